@@ -1,0 +1,28 @@
+# Compiler options of this project's own targets; nothing here reaches its users.
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(THREADS_PREFER_PTHREAD_FLAG ON)
+find_package(Threads REQUIRED)
+
+# The same bits on every processor: no fused multiply-add. Messages name sources relative to the project.
+function(zef_target_options target)
+  target_compile_features(${target} PRIVATE cxx_std_20)
+  target_compile_options(${target} PRIVATE
+    -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
+    # g++ 12 raises it falsely where strings are joined at -O3.
+    $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    $<$<BOOL:${ZEF_WERROR}>:-Werror>
+    -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
+  if(ZEF_SANITIZE)
+    target_compile_options(${target} PRIVATE -fsanitize=${ZEF_SANITIZE} -fno-omit-frame-pointer
+                           -fno-sanitize-recover=all)
+    target_link_options(${target} PRIVATE -fsanitize=${ZEF_SANITIZE})
+  endif()
+endfunction()
+
+# A shared library shows the public interface and nothing else.
+function(zef_limit_exports target)
+  set(map ${PROJECT_SOURCE_DIR}/cmake/zefExports.map)
+  target_link_options(${target} PRIVATE LINKER:--version-script=${map})
+  set_target_properties(${target} PROPERTIES LINK_DEPENDS ${map})
+endfunction()

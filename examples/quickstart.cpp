@@ -1,0 +1,11 @@
+#include "zef.h"
+
+int main()
+{
+    std::string cloud = "scan.xyz";
+    std::vector<TARN_ZEF::Point3> points;
+    if (!TARN_ZEF::readPoints_auto(cloud, points))
+        return 1;
+    const std::shared_ptr<TARN_ZEF::Mesh> pMesh = TARN_ZEF::reconstruct_auto(points, false, 1.0);
+    return pMesh && TARN_ZEF::writeMesh_auto("mesh.ply", pMesh, true) ? 0 : 1;
+}

@@ -1,0 +1,35 @@
+#ifndef ZEF_PROGRESSBASE_H
+#define ZEF_PROGRESSBASE_H
+
+#include "zef_export.h"
+
+#include <string>
+
+namespace TARN_ZEF
+{
+// Receiver of progress: derive from it and hand it to subscribe().
+//
+// Ownership:  the library keeps a plain pointer; the receiver must outlive the calls that it watches.
+// Threads:    update() runs on the thread that made the library call, with an internal lock held.
+class ZEF_API ProgressBase
+{
+public:
+    ProgressBase() = default;
+    ProgressBase(const ProgressBase&) {}
+    ProgressBase& operator=(const ProgressBase&) { return *this; }
+    virtual ~ProgressBase();
+
+    // name      the running call: "Reconstruct", "Melt", "ToCloud", "Density Estimation", "EdgeFlips",
+    //           "EdgeFlipsS", "Smoothing" or "Reduce"
+    // fraction  0.0 to 1.0, about 200 calls for a whole run
+    // Must not call back into the library and must not throw.
+    virtual void update(const std::string& name, double fraction) = 0;
+};
+
+// Makes pProgress the receiver of all library calls of the calling thread, in place of an earlier one. It
+// stays until replaced or until the thread ends. A null pointer does nothing.
+ZEF_API void subscribe(ProgressBase* pProgress);
+
+} // namespace TARN_ZEF
+
+#endif

@@ -1,0 +1,13 @@
+// The whole public interface of ZEF.
+#ifndef ZEF_ZEF_H
+#define ZEF_ZEF_H
+
+#include "Mesh.h"
+#include "Point3.h"
+#include "ProgressBase.h"
+#include "Vector3.h"
+#include "ZefBugException.h"
+#include "testDataGenerators.h"
+#include "zef_api_functions.h"
+
+#endif

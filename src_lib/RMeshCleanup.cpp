@@ -1,0 +1,229 @@
+// Members of RMesh that clean a mesh: orientation, duplicate and flat triangles, coinciding vertices.
+#include "RMesh.h"
+
+#include "Progress.h"
+#include "RPatch.h"
+#include "tools.h"
+#include "zefRand.h"
+
+#include <algorithm>
+#include <iostream>
+
+namespace TARN_ZEF
+{
+namespace
+{
+const double MAX_MOVE_IN_CELLS = 0.1;       // of relocateVertex
+const double MAX_RELOCATE_DEV_ANGLE = 170.0; // degrees
+} // namespace
+
+void RMesh::deletePatches()
+{
+    for (RPatch* pPatch : vRP)
+        delete pPatch;
+    vRP.clear();
+}
+
+int RMesh::createPatchesOrient()
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_cpo", vAllRT.size());
+    deletePatches();
+    for (RTriangle* pRT : vAllRT)
+    {
+        if (!pRT->isAlive())
+            continue;
+        pRT->bVisited = false;
+        pRT->setPatch(nullptr);
+    }
+    for (RTriangle* pRT : vAllRT)
+    {
+        if (!pRT->isAlive() || pRT->bVisited)
+            continue;
+        vRP.push_back(new RPatch(this));
+        growPatch(pRT, vRP.back(), pProgress);
+    }
+    pProgress->setFinished(true);
+    return static_cast<int>(vRP.size());
+}
+
+// Breadth first across edges of degree 2. The start is not marked: its first neighbour reaches it again,
+// and if the surface can't be oriented, that is the place where it may be turned.
+void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
+{
+    std::vector<RTriangle*> vWorkspace{pStart};
+    for (std::size_t head = 0; head < vWorkspace.size(); ++head)
+    {
+        RTriangle* pRT = vWorkspace[head];
+        pProgress->increment();
+        pPatch->addT(pRT);
+        for (const REdge* pRE : pRT->aRE)
+        {
+            RTriangle* pNeigT = pRE->getDegree() == 2 ? pRE->getNeigT(pRT) : nullptr;
+            if (pNeigT == nullptr || pNeigT->bVisited)
+                continue;
+            vWorkspace.push_back(pNeigT);
+            if (pRT->needFlip(pNeigT))
+                pNeigT->flipOrientation();
+            pNeigT->bVisited = true;
+        }
+    }
+}
+
+void RMesh::createPatches(int maxT)
+{
+    deletePatches();
+    for (RTriangle* pStart : vAllRT)
+    {
+        if (!pStart->isAlive() || pStart->bVisited)
+            continue;
+        vRP.push_back(new RPatch(this));
+        int num = 1;
+        std::vector<RTriangle*> vWorkspace{pStart};
+        for (std::size_t head = 0; head < vWorkspace.size(); ++head)
+        {
+            RTriangle* pRT = vWorkspace[head];
+            vRP.back()->addT(pRT);
+            for (const REdge* pRE : pRT->aRE)
+            {
+                RTriangle* pNeigT = pRE->getNeigT(pRT);
+                if (pNeigT == nullptr || pNeigT->bVisited || ++num >= maxT)
+                    continue;
+                vWorkspace.push_back(pNeigT);
+                pNeigT->bVisited = true;
+            }
+        }
+    }
+}
+
+int RMesh::killDuplicateT()
+{
+    std::vector<RTriangle*> vKillT;
+    std::vector<RTriangle*> vAtEdge;
+    std::vector<const Point3*> vOppVtx;
+    for (const REdge* pRE : vAllRE)
+    {
+        if (pRE->getDegree() < 2)
+            continue;
+        vAtEdge.assign(pRE->vRT.begin(), pRE->vRT.end());
+        std::sort(vAtEdge.begin(), vAtEdge.end(), ByCreationRT());
+        vOppVtx.clear();
+        for (RTriangle* pRT : vAtEdge)
+        {
+            const Point3* pOpp = pRT->getThirdPoint(pRE->p0, pRE->p1);
+            if (std::find(vOppVtx.begin(), vOppVtx.end(), pOpp) != vOppVtx.end())
+                vKillT.push_back(pRT);
+            else
+                vOppVtx.push_back(pOpp);
+        }
+    }
+    for (RTriangle* pRT : vKillT)
+        if (pRT->isAlive())
+            pRT->kill(this);
+    return static_cast<int>(vKillT.size());
+}
+
+// Last triangle first; the triangles around a collapse have new shapes and come before all others.
+void RMesh::killDegenerate()
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_kdeg", 3 * vAllRT.size());
+    std::vector<RTriangle*> vWork;
+    for (std::size_t i = vAllRT.size(); i-- > 0;)
+    {
+        vWork.push_back(vAllRT[i]);
+        while (!vWork.empty())
+        {
+            RTriangle* pRT = vWork.back();
+            vWork.pop_back();
+            pProgress->increment();
+            if (pRT->isAlive() && isFlat(pRT->aCorner[0], pRT->aCorner[1], pRT->aCorner[2]))
+                collapseBest(pRT, vWork);
+        }
+    }
+    killDuplicateT();
+    pProgress->setFinished(true);
+}
+
+double RMesh::worstTurn(const std::vector<RTriangle*>& vIncT, const Point3* pSrc, const Point3* pTrg) const
+{
+    double worst = 0.0;
+    for (const RTriangle* pRT : vIncT)
+        worst = std::max(worst, pRT->getDevAngle(pRT->indexOf(pSrc), pTrg, true));
+    return worst;
+}
+
+void RMesh::collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork)
+{
+    double bestDev = 361.0;
+    REdge* pBestRE = nullptr;
+    Point3* pBestSrc = nullptr;
+    std::vector<RTriangle*> vIncT;
+    std::vector<REdge*> vIncRE;
+    for (Point3* pSrc : pRT->aCorner)
+    {
+        vIncT.clear();
+        vIncRE.clear();
+        getIncidentT(pSrc, vIncT);
+        getIncidentRE(pSrc, vIncRE);
+        ASSEX(!vIncT.empty());
+        ASSEX(!vIncRE.empty());
+        for (REdge* pRE : vIncRE)
+        {
+            const double worst = worstTurn(vIncT, pSrc, pRE->getOtherPoint(pSrc));
+            if (bestDev > worst)
+            {
+                bestDev = worst;
+                pBestRE = pRE;
+                pBestSrc = pSrc;
+            }
+        }
+    }
+    ASSEX(pBestRE != 0);
+    ASSEX(pBestSrc != 0);
+    Point3* pTrg = pBestRE->getOtherPoint(pBestSrc);
+    exchangeCorner(pBestSrc, pTrg);
+    getIncidentT(pTrg, vWork);
+}
+
+bool RMesh::relocateVertex(Point3* pVtx)
+{
+    std::vector<REdge*> vIncRE;
+    getIncidentRE(pVtx, vIncRE);
+    if (vIncRE.empty())
+        return false;
+    double x = 0.0, y = 0.0, z = 0.0;
+    for (const REdge* pRE : vIncRE)
+        pRE->getOtherPoint(pVtx)->addOwnCoords(x, y, z);
+    const auto num = static_cast<double>(vIncRE.size());
+    Point3 goal(x / num, y / num, z / num);
+
+    const double maxMove = MAX_MOVE_IN_CELLS * cellSize;
+    const Vector3 moveVec = goal - *pVtx;
+    const double length = moveVec.length();
+    if (length > maxMove)
+        goal = *pVtx + moveVec * (maxMove / length);
+    while (hasVertexAt(goal))
+    {
+        const double dx = zefRand() * maxMove / ZEF_RAND_MAX;
+        const double dy = zefRand() * maxMove / ZEF_RAND_MAX;
+        const double dz = zefRand() * maxMove / ZEF_RAND_MAX;
+        goal.set(goal.x() + dx, goal.y() + dy, goal.z() + dz);
+    }
+
+    std::vector<RTriangle*> vIncT;
+    getIncidentT(pVtx, vIncT);
+    for (const RTriangle* pRT : vIncT)
+    {
+        const double devAngle = pRT->getDevAngle(pRT->indexOf(pVtx), &goal, false);
+        std::cout << "devAngle would be " << toText(devAngle) << "\n";
+        if (devAngle > MAX_RELOCATE_DEV_ANGLE)
+            return false;
+    }
+    if (goal != *pVtx)
+    {
+        std::cout << "updateVertex" << std::endl;
+        updateVertex(pVtx, goal);
+    }
+    return true;
+}
+
+} // namespace TARN_ZEF

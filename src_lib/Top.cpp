@@ -1,0 +1,289 @@
+#include "Top.h"
+
+#include "Bundle.h"
+#include "CMesh.h"
+#include "CPatch.h"
+#include "HoleToCCD.h"
+#include "Progress.h"
+#include "Voro.h"
+#include "zefRand.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <memory>
+#include <set>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// Largest pieces that killTinyBorderPatches may remove, by the place in the order of passes.
+const int MAX_TINY_BEFORE_PATCHES = 40;
+const int MAX_TINY_AT_END = 100;
+const int MAX_TINY_MELT = 8;
+
+// Cube configurations that leave dangling triangles: the rotations and mirrors of one.
+const std::array<int, 8> vKillConfigs = {27, 39, 78, 114, 141, 177, 216, 228};
+
+// Appends the values that occur exactly num times; sorts the input.
+void appendRepeated(u64* pBegin, u64* pEnd, std::ptrdiff_t num, std::vector<u64>& vResult)
+{
+    std::sort(pBegin, pEnd);
+    while (pBegin != pEnd)
+    {
+        u64* pNext = std::upper_bound(pBegin, pEnd, *pBegin);
+        if (pNext - pBegin == num)
+            vResult.push_back(*pBegin);
+        pBegin = pNext;
+    }
+}
+
+// The cell corners that the unit cells of all three corners of the triangle share.
+void appendSharedByTriangle(const Calc& calc, const CTriangle& ct, std::vector<u64>& vGeneratingVCDs)
+{
+    std::array<u64, 24> vVCD24;
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        vVCD24[8 * i] = ct.getCorner(static_cast<int>(i));
+        calc.completeArray8Up(&vVCD24[8 * i]);
+    }
+    appendRepeated(vVCD24.data(), vVCD24.data() + vVCD24.size(), 3, vGeneratingVCDs);
+}
+
+void appendSharedByEdge(const Calc& calc, const CEdge& edge, std::vector<u64>& vGeneratingVCDs)
+{
+    std::array<u64, 16> vTmpVCD;
+    vTmpVCD[0] = edge.v0;
+    calc.completeArray8Up(&vTmpVCD[0]);
+    vTmpVCD[8] = edge.v1;
+    calc.completeArray8Up(&vTmpVCD[8]);
+    appendRepeated(vTmpVCD.data(), vTmpVCD.data() + vTmpVCD.size(), 2, vGeneratingVCDs);
+}
+
+// Positions first, NaN after all numbers, so that this is an order for any input.
+bool isCoordinateLess(double a, double b)
+{
+    return std::isnan(b) ? !std::isnan(a) : a < b;
+}
+bool isPositionLess(const Point3& a, const Point3& b)
+{
+    const double aA[3] = {a.x(), a.y(), a.z()};
+    const double aB[3] = {b.x(), b.y(), b.z()};
+    return std::lexicographical_compare(aA, aA + 3, aB, aB + 3, isCoordinateLess);
+}
+using PointBundle = std::pair<Point3, Bundle*>;
+bool isPointBundleLess(const PointBundle& a, const PointBundle& b)
+{
+    return isPositionLess(a.first, b.first);
+}
+
+// Up to a hundredth of a spacing on each axis. An offset that is too small for the coordinates moves x to the
+// next value that there is.
+Point3 shiftAtRandom(const Point3& p, double spacing)
+{
+    double aOffset[3];
+    for (double& offset : aOffset)
+        offset = zefRand() % 1000 / 100000.0 * spacing;
+    const Point3 moved(p.x() + aOffset[0], p.y() + aOffset[1], p.z() + aOffset[2]);
+    if (moved != p)
+        return moved;
+    return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
+}
+} // namespace
+
+Top::Top(CMesh* pCMesh_, Calc* pCalc_)
+    : pCMesh(pCMesh_)
+    , pCalc(pCalc_)
+    , rotx(pCMesh_, true)
+{
+}
+
+// --- The orders of passes ----------------------------------------------------------------------------------
+
+void Top::run(Voro* pVoro)
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_unif", 2);
+    unifyDiagonals();
+    pProgress->increment();
+    killDegenerate();
+    pProgress->increment();
+    pProgress->setFinished(true);
+
+    solveAllPatches(true, nullptr);
+    cbsComplete(pVoro);
+    killDegenerate();
+
+    pProgress = getRootProgress()->getChildProgressSetTodo("TP_itr", 3);
+    std::vector<CEdge*> vBorders;
+    getBordersKillDeg1nn(vBorders);
+    pProgress->increment();
+    for (CEdge* pCE : vBorders)
+        integrateCCD(pCE);
+    pProgress->increment();
+    killTinyBorderPatches(MAX_TINY_BEFORE_PATCHES);
+    pProgress->increment();
+    pProgress->setFinished(true);
+
+    pProgress = getRootProgress()->getChildProgressSetTodo("TP_pps", 5);
+    solveAllPatches(false, pProgress);
+    pProgress->setFinished(true);
+    finish();
+}
+
+void Top::runMelt(Voro* pVoro)
+{
+    unifyDiagonals();
+    cbsComplete(pVoro);
+    cbsComplete(pVoro);
+    std::vector<CEdge*> vBorders;
+    getBordersKillDeg1nn(vBorders);
+    for (CEdge* pCE : vBorders)
+        integrateCCD(pCE);
+    killTinyBorderPatches(MAX_TINY_MELT);
+    solveAllPatches(true, nullptr);
+    killTinyBorderPatches(MAX_TINY_MELT);
+    pCMesh->averageBundles();
+    pCMesh->splitDegenerate();
+    separateDuplicatePoints();
+    orientAll();
+}
+
+void Top::finish()
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_fin", 1);
+    killTinyBorderPatches(MAX_TINY_AT_END);
+    pProgress->increment();
+    // A cut of the whole mesh into patches belongs here, but nothing reads it.
+    pCMesh->deletePatches();
+    pProgress->increment();
+    orientAll();
+    pProgress->increment();
+    HoleToCCD holeToCCD(pCMesh, pCalc);
+    std::vector<Point3> vPixels;
+    holeToCCD.run(vPixels);
+    // The pass before turns triangles along the borders, and new ones follow their neighbours only.
+    orientAll();
+    pProgress->increment();
+    pProgress->setFinished(true);
+}
+
+// --- Flat faces and flat triangles -------------------------------------------------------------------------
+
+bool Top::moveOneCorner(const CTriangle& ct, int ici)
+{
+    for (int i = 0; i < 3; ++i)
+        if (pCMesh->laplacianForOne(ct.getCorner((ici + i) % 3)))
+            return true;
+    return false;
+}
+
+void Top::killDegenerate()
+{
+    std::vector<CTriangle*> vKids;
+    const std::size_t numT = pCMesh->getAllT().size(); // what the loop makes comes behind
+    for (std::size_t i = 0; i < numT; ++i)
+    {
+        CTriangle* pCT = pCMesh->getAllT()[i];
+        if (!pCT->isAlive() || !pCT->isDegenerate(pCMesh))
+            continue;
+        const int ici = pCT->getLargestEdgeICI(pCMesh);
+        CEdge* pCE = pCT->getCEdge(ici);
+        if (pCE->getDegree() == 1)
+        {
+            pCT->kill(pCMesh);
+            continue;
+        }
+        vKids.clear();
+        if (pCE->trySplitNeigsKillT(pCMesh, pCT, ici, vKids) || moveOneCorner(*pCT, ici))
+            continue;
+        errorMessage(ZEF_HERE, "No success of trySplitNeigsKillT() and laplacianForOne()");
+        throw ZefBugException();
+    }
+}
+
+// --- Borders -----------------------------------------------------------------------------------------------
+
+void Top::cbsComplete(Voro* pVoro)
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_cbcpl", 7);
+    std::vector<CEdge*> vBorders;
+    getBordersKillDeg1nn(vBorders);
+    pProgress->increment();
+    std::vector<u64> vGeneratingVCDs;
+    for (const CEdge* pCE : vBorders)
+    {
+        ASSEX_TEXT(pCE->vCT.size() == 1, "vT.size()==1");
+        appendSharedByTriangle(*pCalc, *pCE->vCT[0], vGeneratingVCDs);
+    }
+    pProgress->increment();
+    std::vector<CEdge*> vDeg4;
+    pCMesh->getDegN(4, vDeg4);
+    pProgress->increment();
+    for (const CEdge* pCE : vDeg4)
+        appendSharedByEdge(*pCalc, *pCE, vGeneratingVCDs);
+    pProgress->increment();
+    std::sort(vGeneratingVCDs.begin(), vGeneratingVCDs.end());
+    vGeneratingVCDs.erase(std::unique(vGeneratingVCDs.begin(), vGeneratingVCDs.end()), vGeneratingVCDs.end());
+    pCMesh = pVoro->borderFix(vGeneratingVCDs);
+    pProgress->increment();
+    pCMesh->averageBundles();
+    pProgress->increment();
+    unifyDiagonals();
+    pProgress->increment();
+    pProgress->setFinished(true);
+}
+
+void Top::pruneCases()
+{
+    std::array<std::vector<CTriangle*>, vKillConfigs.size()> vByConfig;
+    for (CTriangle* pCT : pCMesh->getAllT())
+    {
+        const int cfg = std::max(pCT->getCfg(), 0);
+        ASSEX(cfg < 256);
+        const auto it = std::find(vKillConfigs.begin(), vKillConfigs.end(), cfg);
+        if (pCT->isAlive() && it != vKillConfigs.end())
+            vByConfig[static_cast<std::size_t>(it - vKillConfigs.begin())].push_back(pCT);
+    }
+    for (const std::vector<CTriangle*>& vT : vByConfig)
+        for (CTriangle* pCT : vT)
+            if (pCT->hasBorderEdge())
+                pCT->kill(pCMesh);
+}
+
+// --- Positions ---------------------------------------------------------------------------------------------
+
+void Top::separateDuplicatePoints()
+{
+    std::vector<PointBundle> vPointBundle;
+    vPointBundle.reserve(pCMesh->getBundleMap()->size());
+    pCMesh->getBundleMap()->forEach([&](u64, Bundle* pBundle)
+                                    { vPointBundle.emplace_back(*pBundle->pPoint, pBundle); });
+    std::stable_sort(vPointBundle.begin(), vPointBundle.end(), isPointBundleLess);
+    std::vector<Bundle*> vDupBundles;
+    for (std::size_t i = 0; i < vPointBundle.size();)
+    {
+        std::size_t end = i + 1;
+        while (end < vPointBundle.size() && vPointBundle[end].first == vPointBundle[i].first)
+            ++end;
+        for (std::size_t k = i; end - i >= 2 && k < end; ++k)
+            vDupBundles.push_back(vPointBundle[k].second);
+        i = end;
+    }
+    std::set<Point3> sUniquePoints;
+    for (Bundle* pBundle : vDupBundles)
+    {
+        Point3 pos = *pBundle->pPoint;
+        bool bFree = sUniquePoints.insert(pos).second;
+        while (!bFree)
+        {
+            pos = shiftAtRandom(pos, pCMesh->getAvgSpacing());
+            const bool bTaken = std::binary_search(vPointBundle.begin(), vPointBundle.end(),
+                                                   PointBundle(pos, nullptr), isPointBundleLess);
+            bFree = !bTaken && sUniquePoints.insert(pos).second;
+        }
+        pBundle->pPoint->set(pos);
+    }
+}
+
+} // namespace TARN_ZEF

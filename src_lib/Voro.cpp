@@ -1,0 +1,287 @@
+#include "Voro.h"
+
+#include "CMesh.h"
+#include "CubeWalk.h"
+#include "Progress.h"
+#include "RemoveDecider.h"
+
+#include <algorithm>
+#include <bit>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// Four cells on one face of the cube: the diagonal of the square is open.
+bool isFlat(int cfg)
+{
+    return cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240;
+}
+
+// The eight rotations of case 27, in the order in which they are pruned.
+const int PRUNE_CONFIGS[] = {27, 39, 78, 114, 141, 177, 216, 228};
+
+bool hasLooseEdge(const CTriangle* pCT)
+{
+    for (int i = 0; i < 3; ++i)
+        if (pCT->getCEdge(i)->getDegree() < 2)
+            return true;
+    return false;
+}
+
+void sortUnique(std::vector<u64>& v)
+{
+    std::sort(v.begin(), v.end());
+    v.erase(std::unique(v.begin(), v.end()), v.end());
+}
+
+// Whether a triangle with the third corner stands on the edge, which must have the two others as ends.
+bool hasThird(const CEdge* pCE, u64 third)
+{
+    return std::any_of(pCE->vCT.begin(), pCE->vCT.end(),
+                       [third](const CTriangle* pCT) { return pCT->hasCorner(third); });
+}
+} // namespace
+
+Voro::Voro(Calc* pCalc_, BundleMap* pCCDBundle_, TriMode triMode_)
+    : pCalc(pCalc_)
+    , pCCDBundle(pCCDBundle_)
+    , casx(triMode_, false)
+{
+    vCCD.reserve(pCCDBundle->size());
+    pCCDBundle->forEach([this](u64 ccd, Bundle*) { vCCD.push_back(ccd); });
+    buildIndex();
+}
+
+Voro::~Voro()
+{
+    if (bOwnsMesh)
+        delete pCMesh;
+}
+
+CMesh* Voro::takeMesh() noexcept
+{
+    bOwnsMesh = false;
+    return pCMesh;
+}
+
+void Voro::buildIndex()
+{
+    // The cubes of a cell reach one step up on each axis.
+    const u64 top = pCalc->numberToSparse(pCalc->getNumCells() - 1, AXTRIBIT_Z);
+    for (const u64 ccd : vCCD)
+        ASSEX_TEXT((~ccd & top << 2) != 0 && (~ccd & top << 1) != 0 && (~ccd & top) != 0, "false");
+    pIndex = std::make_unique<CellIndex>(vCCD);
+}
+
+void Voro::fatExtractTriangles()
+{
+    if (pCMesh == nullptr)
+    {
+        pCMesh = new CMesh(this, pCalc, pCCDBundle);
+        bOwnsMesh = true;
+    }
+    else
+        pCMesh->clearAll();
+
+    std::vector<Ambiguous> vAmbiguousT;
+    extract(vAmbiguousT);
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_amb", 2);
+    solveAmbiguousT(vAmbiguousT);
+    pProgress->increment();
+    pCMesh->killDuplicates();
+    pProgress->increment();
+    pProgress->setFinished(true);
+}
+
+void Voro::extract(std::vector<Ambiguous>& vAmbiguousT)
+{
+    pCMesh->prepareCorners(vCCD);
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_ftx", 8 * vCCD.size());
+    u64 numVisited = 0;
+    CubeWalk cubes(*pIndex);
+    cubes.walk(
+        [&](const CubeWalk::Cube& cube)
+        {
+            if (++numVisited == pProgress->getReportEvery())
+            {
+                pProgress->increment(numVisited);
+                numVisited = 0;
+            }
+            const Casx::TutRow& row = casx.getTutTriangles(cube.getCfg());
+            if (row.numTriangles == 0)
+                return;
+            const auto corner = [&](int i) { return pCMesh->getPreparedCorner(cube.getRank(row.corners[i])); };
+            if (isFlat(cube.getCfg()))
+            {
+                ASSEX_TEXT(row.numTriangles == 2, "vTriVCD.size()==6");
+                Ambiguous entry{{}, cube.getBase(), cube.getCfg()};
+                for (int i = 0; i < 6; ++i)
+                    entry.aCorner[i] = corner(i)->ccd;
+                vAmbiguousT.push_back(entry);
+                return;
+            }
+            for (int t = 0; t < row.numTriangles; ++t)
+            {
+                CVertex* pA = corner(3 * t);
+                CVertex* pB = corner(3 * t + 1);
+                CVertex* pC = corner(3 * t + 2);
+                const CEdge* pCE = pCMesh->getCE(pA, pB);
+                if (pCE == nullptr || !hasThird(pCE, pC->ccd))
+                    pCMesh->createT(pA, pB, pC, cube.getBase(), cube.getCfg());
+            }
+        });
+    pProgress->setFinished(true);
+}
+
+void Voro::createUnlessThere(u64 edgeA, u64 edgeB, u64 a, u64 b, u64 c, const Ambiguous& entry)
+{
+    const CEdge* pCE = pCMesh->getCE(edgeA, edgeB);
+    if (pCE == nullptr || !pCE->hasTriangle(a, b, c))
+        pCMesh->createT(a, b, c, entry.baseCCD, entry.cfg);
+}
+
+// The mesh made by the other cubes decides on the diagonal; an earlier square binds a later one.
+void Voro::solveAmbiguousT(const std::vector<Ambiguous>& vAmbiguousT)
+{
+    for (const Ambiguous& entry : vAmbiguousT)
+    {
+        u64 v0 = entry.aCorner[0];
+        u64 v1 = entry.aCorner[1];
+        u64 v2 = entry.aCorner[2];
+        const u64* pV3 = std::find_if(entry.aCorner + 3, entry.aCorner + 6,
+                                      [=](u64 v) { return v != v0 && v != v1 && v != v2; });
+        const bool bFound = pV3 != entry.aCorner + 6;
+        ASSEX(bFound);
+        const u64 v3 = *pV3;
+
+        // Afterwards v0-v3 is the diagonal that the table did not choose, v1-v2 the one that it chose.
+        if (pCalc->getNeigType(v3, v0) != NT_EDGE)
+            std::swap(v0, v1);
+        if (pCalc->getNeigType(v3, v0) != NT_EDGE)
+            std::swap(v0, v2);
+        ASSEX(pCalc->getNeigType(v3, v0) == NT_EDGE);
+
+        if (pCMesh->getCE(v1, v2) != nullptr)
+        {
+            createUnlessThere(v1, v2, v0, v1, v2, entry);
+            createUnlessThere(v1, v2, v2, v1, v3, entry);
+        }
+        else
+        {
+            createUnlessThere(v0, v3, v0, v1, v3, entry);
+            createUnlessThere(v0, v3, v0, v3, v2, entry);
+        }
+    }
+}
+
+void Voro::thinNewExtractTriangles()
+{
+    if (bOwnsMesh)
+        delete pCMesh;
+    pCMesh = new CMesh(this, pCalc, pCCDBundle);
+    bOwnsMesh = true;
+    std::vector<Ambiguous> vAmbiguousT;
+    extract(vAmbiguousT);
+    solveAmbiguousT(vAmbiguousT);
+    pruneCase27();
+}
+
+void Voro::pruneCase27()
+{
+    std::vector<std::vector<CTriangle*>> vByCfg(256);
+    for (CTriangle* pCT : pCMesh->getAllT())
+    {
+        ASSEX(pCT->getCfg() < 256);
+        if (pCT->isAlive())
+            vByCfg[static_cast<std::size_t>(std::max(pCT->getCfg(), 0))].push_back(pCT);
+    }
+    for (const int cfg : PRUNE_CONFIGS)
+        for (CTriangle* pCT : vByCfg[static_cast<std::size_t>(cfg)])
+            if (hasLooseEdge(pCT))
+                pCT->kill(pCMesh);
+}
+
+// --- Border fix --------------------------------------------------------------------------------------------
+
+CMesh* Voro::borderFix(const std::vector<u64>& vGeneratingVCDs)
+{
+    std::vector<u64> vExtraCCD;
+    std::vector<u64> vRemoveCCD;
+    createExtraCCDs_borderFix(vGeneratingVCDs, vExtraCCD, vRemoveCCD);
+
+    std::vector<u64> vUnion;
+    vUnion.reserve(vCCD.size() + vExtraCCD.size());
+    std::set_union(vCCD.begin(), vCCD.end(), vExtraCCD.begin(), vExtraCCD.end(), std::back_inserter(vUnion));
+    vCCD = std::move(vUnion);
+    buildIndex();
+    removeCells(vRemoveCCD, vExtraCCD);
+    buildIndex();
+    fatExtractTriangles();
+
+    // Cells that the table left without a bundle before may be in use now, extra or not.
+    std::vector<u64> vWithout;
+    pCMesh->forEachVertex(
+        [&](const CVertex& vertex)
+        {
+            if (vertex.pFirstT != nullptr && vertex.pBundle == nullptr)
+                vWithout.push_back(vertex.ccd);
+        });
+    vWithout.insert(vWithout.end(), vExtraCCD.begin(), vExtraCCD.end());
+    sortUnique(vWithout);
+    for (const u64 ccd : vWithout)
+        pCMesh->addBundle(ccd);
+    pCMesh->removeUnusableBundles();
+    pCMesh->averageBundles();
+    return pCMesh;
+}
+
+int Voro::getConfig(u64 baseCCD) const
+{
+    CCD array[8];
+    array[5] = baseCCD;
+    pCalc->completeArray8Down(array);
+    int cfg = 0;
+    for (int i = 0; i < 8; ++i)
+        cfg |= static_cast<int>(pIndex->contains(array[i])) << i;
+    return cfg;
+}
+
+void Voro::createExtraCCDs_borderFix(const std::vector<u64>& vGeneratingVCDs, std::vector<u64>& vExtraCCD,
+                                     std::vector<u64>& vRemoveCCD) const
+{
+    for (const u64 vcd : vGeneratingVCDs)
+    {
+        const int cfg = getConfig(vcd);
+        ASSEX_TEXT(cfg != 0, "q_it!=vCCD2CB.end()");
+        const int numMembers = std::popcount(static_cast<unsigned int>(cfg));
+        if (numMembers < 3 || numMembers > 7)
+            continue;
+        const int extra = Casx::getExtraMask(cfg);
+        const int remove = extra > 0 ? Casx::getRemoveMask(cfg) : 0;
+        CCD array[8];
+        array[5] = vcd;
+        pCalc->completeArray8Down(array);
+        for (int i = 0; i < 8; ++i)
+        {
+            if ((extra >> i & 1) != 0)
+                vExtraCCD.push_back(array[i]);
+            if ((remove >> i & 1) != 0)
+                vRemoveCCD.push_back(array[i]);
+        }
+    }
+    sortUnique(vExtraCCD);
+    sortUnique(vRemoveCCD);
+}
+
+// A cell that is extra is never removed; each doomed cell counts for the decisions after it.
+void Voro::removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD)
+{
+    RemoveDecider decider(pIndex.get(), pCalc);
+    for (const u64 ccd : vRemoveCCD)
+        if (!std::binary_search(vExtraCCD.begin(), vExtraCCD.end(), ccd) && decider.canRemove(ccd))
+            decider.addDoomed(ccd);
+    std::erase_if(vCCD, [&](u64 ccd) { return decider.isDoomed(ccd); });
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,178 @@
+#ifndef ZEF_SIMPLEPOOL_H
+#define ZEF_SIMPLEPOOL_H
+
+#include "definitions.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdlib>
+#include <iostream>
+#include <vector>
+
+namespace TARN_ZEF
+{
+// Storage for many small records of one type, from a few large blocks. Slots are given back only together,
+// when the pool dies: a pointer to a record stays valid as long as the pool.
+//
+// Ownership:  the pool owns raw storage only. The user constructs by placement into a slot; a user whose
+//             records need their destructors runs them with forEach() before the pool goes.
+// Invariant:  every block but the last is handed out in full; within a block, slots follow each other in
+//             the order of getNext().
+// Threads:    one at a time.
+// Cost:       getNext() is a comparison and an addition; a general allocation once a block.
+// Errors:     a second init() and a failed allocation print and end the process with status 1.
+template <typename T>
+class SimplePool
+{
+    static_assert(alignof(T) <= alignof(std::max_align_t), "blocks have the alignment of malloc");
+
+public:
+    SimplePool() = default;
+    ~SimplePool();
+    SimplePool(const SimplePool&) = delete;
+    SimplePool& operator=(const SimplePool&) = delete;
+
+    // Allocates the first block. Both sizes count records. A negative increaseSize lets the pool choose:
+    // half of the first block, then each block twice the last, up to blocks of about 100 MB. Customary: the
+    // expected number, and increaseOf() it.
+    void init(int initialSize_, int increaseSize_);
+
+    // An uninitialised slot. A pool that was never initialised throws ZefBugException.
+    [[nodiscard]] T* getNext()
+    {
+        if (currentIdx + 1 < currentSize) [[likely]]
+            return pCurrent + ++currentIdx;
+        return getFirstOfNewBlock();
+    }
+
+    // Number of slots handed out.
+    [[nodiscard]] std::size_t size() const;
+
+    // Calls f(T*) for every slot handed out, in the order of getNext(). All of them must hold a constructed
+    // object if f looks at it.
+    template <typename F>
+    void forEach(F f) const;
+
+    // The customary size of the following blocks: a fifth of the first, at least 100.
+    [[nodiscard]] static constexpr int increaseOf(int initial)
+    {
+        return std::max(static_cast<int>(0.2 * initial), 100);
+    }
+
+private:
+    // n < 0 derives the size from the last block.
+    void addBlock(std::ptrdiff_t n);
+    [[nodiscard]] std::ptrdiff_t deriveSize() const;
+    [[nodiscard]] T* getFirstOfNewBlock();
+    [[noreturn]] static void endProcess(const char* text);
+
+    std::vector<T*> vContainers;
+    std::vector<std::ptrdiff_t> vSizes;
+    T* pCurrent = nullptr;
+    std::ptrdiff_t currentIdx = -1;
+    std::ptrdiff_t currentSize = 0;
+    int initialSize = 0;
+    int increaseSize = 0;
+    bool initialized = false;
+    bool bFirstBlock = true;
+    std::ptrdiff_t increaseLimit = -1;
+};
+
+template <typename T>
+SimplePool<T>::~SimplePool()
+{
+    // Many blocks are the sign of a badly chosen first size.
+    if (vContainers.size() > 50)
+        std::cout << "SimplePool::~SimplePool: Number of containers to release:" << vContainers.size()
+                  << std::endl;
+    for (T* pBlock : vContainers)
+        std::free(static_cast<void*>(pBlock));
+}
+
+template <typename T>
+void SimplePool<T>::init(int initialSize_, int increaseSize_)
+{
+    constexpr std::ptrdiff_t maxBlockBytes = 100'000'000;
+    if (initialized)
+        endProcess("SimplePool::init(..), ERROR: This pool is already initialized");
+    increaseLimit = maxBlockBytes / static_cast<std::ptrdiff_t>(sizeof(T));
+    if (increaseLimit == 0)
+    {
+        std::cout << "TarnPool::init(..), Warning: increaseLimit=1" << std::endl;
+        increaseLimit = 1;
+    }
+    initialSize = initialSize_;
+    increaseSize = increaseSize_;
+    addBlock(initialSize);
+    initialized = true;
+}
+
+template <typename T>
+std::size_t SimplePool<T>::size() const
+{
+    std::ptrdiff_t num = currentIdx + 1;
+    for (std::size_t i = 0; i + 1 < vSizes.size(); ++i)
+        num += vSizes[i];
+    return static_cast<std::size_t>(num);
+}
+
+template <typename T>
+template <typename F>
+void SimplePool<T>::forEach(F f) const
+{
+    for (std::size_t i = 0; i < vContainers.size(); ++i)
+    {
+        const std::ptrdiff_t num = i + 1 < vContainers.size() ? vSizes[i] : currentIdx + 1;
+        for (std::ptrdiff_t k = 0; k < num; ++k)
+            f(vContainers[i] + k);
+    }
+}
+
+template <typename T>
+std::ptrdiff_t SimplePool<T>::deriveSize() const
+{
+    ASSEX(!vSizes.empty());
+    ASSEX(vSizes.back() > 0);
+    const std::ptrdiff_t last = vSizes.back();
+    const std::ptrdiff_t half = last / 2 == 0 ? last : last / 2;
+    return std::min(bFirstBlock ? half : 2 * last, increaseLimit);
+}
+
+template <typename T>
+void SimplePool<T>::addBlock(std::ptrdiff_t n)
+{
+    const std::ptrdiff_t num = n < 0 ? deriveSize() : n;
+    vSizes.reserve(vSizes.size() + 1);
+    vContainers.reserve(vContainers.size() + 1);
+    void* const pBlock = std::malloc(static_cast<std::size_t>(num) * sizeof(T));
+    // An empty block may be a null pointer.
+    if (pBlock == nullptr && num > 0)
+        endProcess("SimplePool::alloc(..), ERROR: Out of memory, sorry");
+    vSizes.push_back(num);
+    vContainers.push_back(static_cast<T*>(pBlock));
+    pCurrent = vContainers.back();
+    currentIdx = -1;
+    currentSize = num;
+}
+
+template <typename T>
+T* SimplePool<T>::getFirstOfNewBlock()
+{
+    ASSEX(initialized);
+    ASSEX(increaseSize != 0);
+    addBlock(increaseSize);
+    bFirstBlock = false;
+    currentIdx = 0;
+    return pCurrent;
+}
+
+template <typename T>
+void SimplePool<T>::endProcess(const char* text)
+{
+    std::cout << text << std::endl;
+    std::exit(1);
+}
+
+} // namespace TARN_ZEF
+
+#endif

@@ -1,0 +1,106 @@
+#include "zef_api_functions.h"
+
+#include "CloudMgr.h"
+#include "Hal.h"
+#include "Progress.h"
+#include "RMesh.h"
+#include "Visualizer3.h"
+
+#include <iomanip>
+#include <iostream>
+
+namespace TARN_ZEF
+{
+namespace
+{
+const double ABSENT_SPACING = -1.0;
+const double NO_FEATURE_ANGLE = 361.0; // above any dihedral angle
+const int VERSION_MAJOR = 1;
+const int VERSION_MINOR = 11;
+
+std::shared_ptr<Mesh> reconstructCloud(const std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs,
+                                       double spacingFactor)
+{
+    prepareProgress("Reconstruct");
+    CloudMgr cloudMgr;
+    cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, false, NO_FEATURE_ANGLE, bSmooth);
+    Hal hal(&cloudMgr);
+    std::shared_ptr<Mesh> pMesh = hal.reconstruct();
+    finishProgress();
+    return pMesh;
+}
+} // namespace
+
+std::shared_ptr<Mesh> reconstruct_auto(std::vector<Point3>& vPoints, bool bSmooth, double spacingFactor)
+{
+    return reconstructCloud(vPoints, bSmooth, ABSENT_SPACING, spacingFactor);
+}
+
+std::shared_ptr<Mesh> reconstruct_abs(std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs)
+{
+    return reconstructCloud(vPoints, bSmooth, spacingAbs, ABSENT_SPACING);
+}
+
+std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle)
+{
+    prepareProgress("Melt");
+    CloudMgr cloudMgr;
+    cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
+    Hal hal(&cloudMgr);
+    std::shared_ptr<Mesh> pMesh = hal.oneMelt();
+    finishProgress();
+    return pMesh;
+}
+
+void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle,
+             std::vector<Point3>& vResult)
+{
+    prepareProgress("ToCloud");
+    CloudMgr cloudMgr;
+    cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
+    Hal hal(&cloudMgr);
+    std::vector<Point3*> vPoints;
+    hal.toCloud(vPoints);
+    vResult.reserve(vResult.size() + vPoints.size());
+    for (const Point3* pPoint : vPoints)
+        vResult.push_back(*pPoint);
+    finishProgress();
+}
+
+// Leaves the progress tree as it is; the next call resets it.
+double estimateAvgSpacing(std::vector<Point3>& vPoints)
+{
+    prepareProgress("Density Estimation");
+    CloudMgr cloudMgr;
+    return cloudMgr.addPoints(vPoints, ABSENT_SPACING, 1.0, false, NO_FEATURE_ANGLE, false);
+}
+
+void findHoles(std::shared_ptr<Mesh> pMesh)
+{
+    std::vector<REdge*> vRE;
+    pMesh->getRMesh()->getDegN(1, vRE);
+    Visualizer3 vis("holes.list", nullptr, false);
+    std::vector<Point3*> vCorners;
+    pMesh->getTriangles(vCorners);
+    vis.writeTriangles(vCorners, "CGREEN");
+    vis.writeSegments(vRE, 3, "CRED");
+}
+
+void getVersion(int& major, int& minor)
+{
+    major = VERSION_MAJOR;
+    minor = VERSION_MINOR;
+}
+
+void printVersion()
+{
+    std::cout << "ZEF, version " << VERSION_MAJOR << "." << std::setw(2) << std::setfill('0') << VERSION_MINOR
+              << std::setfill(' ') << std::endl;
+}
+
+bool isRelease()
+{
+    return false;
+}
+
+} // namespace TARN_ZEF

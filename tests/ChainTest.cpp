@@ -1,0 +1,345 @@
+#include "Chain.h"
+
+#include "ChainMgr.h"
+#include "ConEdge.h"
+#include "VcdEdgeMap.h"
+#include "ZefBugException.h"
+#include "helpers/SheetMesh.h"
+#include "helpers/checkMesh.h"
+#include "tools.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <random>
+#include <set>
+
+namespace TARN_ZEF
+{
+namespace
+{
+const auto NO_HOLE = [](int, int) { return false; };
+
+// Sizes of the chains that are not empty, ascending, the closed ones or the open ones.
+std::vector<std::size_t> sizesOf(const ChainMgr& mgr, bool bClosed)
+{
+    std::vector<std::size_t> vSizes;
+    for (std::size_t i = 0; i < mgr.getNumChains(); ++i)
+        if (mgr.getChain(i)->size() != 0 && mgr.getChain(i)->isClosed() == bClosed)
+            vSizes.push_back(mgr.getChain(i)->size());
+    std::sort(vSizes.begin(), vSizes.end());
+    return vSizes;
+}
+
+std::size_t numTwisted(const ChainMgr& mgr)
+{
+    std::size_t num = 0;
+    for (std::size_t i = 0; i < mgr.getNumChains(); ++i)
+        num += mgr.getChain(i)->isClosed() && mgr.getChain(i)->hasMoebius() ? 1 : 0;
+    return num;
+}
+
+// Edges join end to end in the directions that they carry, and no corner comes twice.
+void expectLinked(const Chain& chain)
+{
+    const std::vector<CEdge*>& vCE = chain.getEdges();
+    u64 vcd = 0;
+    u64 right = 0;
+    chain.getEnds(vcd, right);
+    std::set<u64> sSeen;
+    for (const CEdge* pCE : vCE)
+    {
+        EXPECT_EQ(pCE->getSource(), vcd);
+        EXPECT_TRUE(sSeen.insert(vcd).second) << "corner visited twice";
+        vcd = pCE->getTarget();
+    }
+    EXPECT_EQ(vcd, right);
+    EXPECT_EQ(sSeen.count(right), chain.isClosed() ? 1u : 0u);
+}
+} // namespace
+
+// Judge: the container that the text of the operations has in mind.
+TEST(VcdEdgeMap, behavesLikeAMultimap)
+{
+    SheetMesh m;
+    m.addSheet(6, NO_HOLE);
+    std::vector<CEdge*> vAll;
+    m.mesh.getAllCE(vAll);
+    std::mt19937 rng(5);
+    for (int round = 0; round < 20; ++round)
+    {
+        std::shuffle(vAll.begin(), vAll.end(), rng);
+        const std::vector<CEdge*> vFirst(vAll.begin(), vAll.begin() + 30);
+        VcdEdgeMap map(vFirst);
+        std::multimap<u64, CEdge*> judge;
+        const auto enter = [&judge](CEdge* pCE)
+        {
+            judge.emplace(pCE->v0, pCE);
+            judge.emplace(pCE->v1, pCE);
+        };
+        std::for_each(vFirst.begin(), vFirst.end(), enter);
+        for (int step = 0; !judge.empty(); ++step)
+        {
+            CEdge* pCE = vAll[rng() % 60];
+            const bool bIn =
+                std::any_of(judge.begin(), judge.end(), [=](auto& e) { return e.second == pCE; });
+            if (step % 3 == 0 && step < 60 && !bIn)
+            {
+                map.addEdge(pCE);
+                enter(pCE);
+            }
+            else if (step % 7 == 0)
+            {
+                map.eraseVCD(pCE->v0);
+                judge.erase(pCE->v0);
+            }
+            else
+            {
+                map.eraseEdge(pCE);
+                std::erase_if(judge, [=](const auto& e) { return e.second == pCE; });
+            }
+            ASSERT_EQ(map.size(), judge.size());
+            std::vector<CEdge*> vMine;
+            map.getAllEdges(vMine);
+            std::vector<CEdge*> vJudge;
+            for (const auto& entry : judge)
+                vJudge.push_back(entry.second);
+            ASSERT_EQ(vMine, vJudge);
+            ASSERT_EQ(map.count(pCE->v1), judge.count(pCE->v1));
+            if (judge.empty())
+                break;
+            ASSERT_EQ(map.getFirstVCD(), judge.begin()->first);
+            ASSERT_EQ(map.getFirstEdge(), judge.begin()->second);
+        }
+    }
+}
+
+TEST(ChainMgr, splitsBorders)
+{
+    struct Case
+    {
+        const char* name;
+        bool (*isHole)(int x, int y);
+        std::vector<std::size_t> vClosed;
+    };
+    const Case cases[] = {
+        {"sheet", [](int, int) { return false; }, {24}},
+        {"two holes apart", [](int x, int y) { return y == 2 && (x == 1 || x == 4); }, {4, 4, 24}},
+        {"touching in a corner",
+         [](int x, int y) { return (x == 1 && y == 1) || (x == 2 && y == 2); },
+         {4, 4, 24}},
+        {"row of three", [](int x, int y) { return x == y && x >= 1 && x < 4; }, {4, 4, 4, 24}},
+        // The hole touches the rim in one corner, where rim and hole are cut apart.
+        {"touching the rim", [](int x, int y) { return (x == 0 && y == 0) || (x == 1 && y == 1); }, {4, 24}},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        SheetMesh m;
+        m.addSheet(6, c.isHole);
+        const ChainMgr mgr(&m.mesh, VcdEdgeMap(m.getBorders()), true);
+        EXPECT_EQ(sizesOf(mgr, true), c.vClosed);
+        EXPECT_EQ(sizesOf(mgr, false), std::vector<std::size_t>());
+        for (std::size_t i = 0; i < mgr.getNumChains(); ++i)
+            if (mgr.getChain(i)->size() != 0)
+                expectLinked(*mgr.getChain(i));
+    }
+}
+
+TEST(ChainMgr, keepsEveryEdgeInAtMostOneChain)
+{
+    std::mt19937 rng(11);
+    for (int round = 0; round < 200; ++round)
+    {
+        SCOPED_TRACE(round);
+        SheetMesh m;
+        m.addSheet(5, NO_HOLE);
+        std::vector<CEdge*> vAll;
+        m.mesh.getAllCE(vAll);
+        std::shuffle(vAll.begin(), vAll.end(), rng);
+        const std::vector<CEdge*> vCE(vAll.begin(), vAll.begin() + 1 + round % 60);
+        const bool bTryClose = round % 2 == 0;
+        const ChainMgr mgr(&m.mesh, VcdEdgeMap(vCE), bTryClose);
+
+        std::set<CEdge*> sUsed;
+        std::size_t numUsed = 0;
+        for (std::size_t i = 0; i < mgr.getNumChains(); ++i)
+        {
+            const Chain& chain = *mgr.getChain(i);
+            if (chain.size() != 0)
+                expectLinked(chain);
+            sUsed.insert(chain.getEdges().begin(), chain.getEdges().end());
+            numUsed += chain.size();
+        }
+        EXPECT_EQ(sUsed.size(), numUsed);
+
+        if (bTryClose)
+            continue;
+        const std::set<CEdge*> sInput(vCE.begin(), vCE.end());
+        EXPECT_TRUE(std::includes(sInput.begin(), sInput.end(), sUsed.begin(), sUsed.end()));
+        // Only what lies between two junctions may be left over.
+        const VcdEdgeMap input(vCE);
+        for (CEdge* pCE : vCE)
+            EXPECT_TRUE(sUsed.count(pCE) != 0 || (input.count(pCE->v0) > 2 && input.count(pCE->v1) > 2));
+    }
+}
+
+TEST(ChainMgr, closesWithTheLeastDegrees)
+{
+    // A path a - b - c on a fan around the corner m, where another triangle hangs on m - c.
+    SheetMesh m;
+    const u64 a = m.cell(1, 1, 1), b = m.cell(2, 1, 1), c = m.cell(3, 1, 1);
+    const u64 mid = m.cell(2, 3, 1), low = m.cell(2, 5, 1), d = m.cell(5, 5, 5);
+    m.add(a, b, mid);
+    m.add(b, c, mid);
+    m.add(c, d, mid);
+    m.add(a, low, d);
+    m.add(low, c, m.cell(6, 6, 6));
+    const std::vector<CEdge*> vPath{m.mesh.getCE(a, b), m.mesh.getCE(b, c)};
+
+    const ChainMgr mgr(&m.mesh, VcdEdgeMap(vPath), true);
+    ASSERT_EQ(sizesOf(mgr, true), std::vector<std::size_t>{4});
+    std::vector<u64> vVCD;
+    mgr.getChain(0)->getVCDs(vVCD);
+    EXPECT_TRUE(std::binary_search(vVCD.begin(), vVCD.end(), low)) << "degrees 1 + 1 beat 1 + 2";
+
+    // An edge between the ends comes before any pair; without triangles it does not count.
+    CTriangle* pDirectT = m.add(a, c, d);
+    EXPECT_EQ(sizesOf(ChainMgr(&m.mesh, VcdEdgeMap(vPath), true), true), std::vector<std::size_t>{3});
+    pDirectT->kill(&m.mesh);
+    m.mesh.getCE(a, c)->setDirection(ED_NONE);
+    m.mesh.getCE(a, low)->setDirection(ED_NONE);
+    m.mesh.getCE(low, c)->setDirection(ED_NONE);
+    EXPECT_EQ(sizesOf(ChainMgr(&m.mesh, VcdEdgeMap(vPath), true), true), std::vector<std::size_t>{4});
+    EXPECT_EQ(sizesOf(ChainMgr(&m.mesh, VcdEdgeMap(vPath), false), false), std::vector<std::size_t>{2});
+    expectConsistent(m.mesh);
+}
+
+// A ring of separate triangles on a zigzag between the radii 2 and 3, with their tips at one radius.
+TEST(Chain, comparesItsLengthWithTheRim)
+{
+    struct Case
+    {
+        const char* name;
+        double tipRadius;
+        std::size_t maxEdges;
+        bool bShorter;
+    };
+    const Case cases[] = {
+        {"tips at the midpoints", 2.5, 50, false},
+        {"tips far outside", 9.0, 50, true},
+        {"as many edges as allowed", 9.0, 24, true},
+        {"one edge too many", 9.0, 23, false},
+    };
+    const int num = 24;
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        SheetMesh m;
+        const auto onRing = [&](int row, double i, double radius)
+        {
+            const double phi = 6.283185307179586 * i / num;
+            return m.cellAt(static_cast<int>(i) % num, row, 1,
+                            Point3(20 + radius * std::cos(phi), 20 + radius * std::sin(phi), 1));
+        };
+        std::vector<CEdge*> vCE;
+        for (int i = 0; i < num; ++i)
+        {
+            const u64 a = onRing(1, i, i % 2 == 0 ? 2.0 : 3.0);
+            const u64 b = onRing(1, i + 1, i % 2 == 0 ? 3.0 : 2.0);
+            m.add(a, b, onRing(2, i + 0.5, c.tipRadius));
+            vCE.push_back(m.mesh.getCE(a, b));
+        }
+        const ChainMgr mgr(&m.mesh, VcdEdgeMap(vCE), false);
+        ASSERT_EQ(mgr.getNumChains(), 1u);
+        EXPECT_EQ(mgr.getChain(0)->isShorterThanRim(c.maxEdges), c.bShorter);
+    }
+}
+
+TEST(Chain, findsAndUndoesATwist)
+{
+    for (const int num : {5, 6, 13})
+    {
+        SCOPED_TRACE(num);
+        SheetMesh plain;
+        plain.addRing(num, false);
+        EXPECT_EQ(numTwisted(ChainMgr(&plain.mesh, VcdEdgeMap(plain.getBorders()), true)), 0u);
+
+        SheetMesh m;
+        m.addRing(num, true);
+        ASSERT_FALSE(m.orient());
+        const std::size_t numT = m.mesh.getNumAliveT();
+        ChainMgr mgr(&m.mesh, VcdEdgeMap(m.getBorders()), true);
+        ASSERT_EQ(sizesOf(mgr, true), std::vector<std::size_t>{2u * static_cast<std::size_t>(num)});
+        ASSERT_TRUE(mgr.getChain(0)->hasMoebius());
+        mgr.getChain(0)->fixMoebius();
+
+        expectConsistent(m.mesh);
+        EXPECT_EQ(m.mesh.getNumAliveT(), numT);
+        EXPECT_TRUE(m.orient());
+        const ChainMgr repaired(&m.mesh, VcdEdgeMap(m.getBorders()), true);
+        EXPECT_EQ(sizesOf(repaired, true).size(), 2u) << "an untwisted ring has two borders";
+        EXPECT_EQ(numTwisted(repaired), 0u);
+    }
+}
+
+// Flaps on one edge along y, each given by the angle of its tip around that edge.
+TEST(ConEdge, ratesByTheBendBetweenTheMembers)
+{
+    struct Case
+    {
+        const char* name;
+        std::vector<double> vTips; // degrees; the first two are members
+        std::size_t numMembers;
+        double value;
+        bool bManifold;
+    };
+    const Case cases[] = {
+        {"flat", {0, 180}, 2, 0.0, true},
+        {"right angle", {0, 90}, 2, 90.0, true},
+        {"sharp fold", {0, 30}, 2, 150.0, true},
+        {"non-manifold, sheets back to back", {0, 20, 200}, 2, 20.0, false},
+        {"non-manifold, flat", {0, 180, 90}, 2, 180.0, false},
+        {"three members", {0, 90, 180, 270}, 3, 181.0, true},
+    };
+    for (const Case& c : cases)
+        for (int flips = 0; flips < 4; ++flips)
+        {
+            SCOPED_TRACE(c.name);
+            SheetMesh m;
+            const u64 a = m.cellAt(1, 1, 1, Point3(0, 0, 0));
+            const u64 b = m.cellAt(1, 2, 1, Point3(0, 1, 0));
+            std::set<CTriangle*, ByCreationCT> sT;
+            for (std::size_t i = 0; i < c.vTips.size(); ++i)
+            {
+                const double phi = c.vTips[i] / DEGREES_PER_RAD;
+                const u64 tip =
+                    m.cellAt(3, 3, static_cast<int>(i), Point3(std::cos(phi), 0.5, std::sin(phi)));
+                CTriangle* pCT = m.add(a, b, tip);
+                if (((flips >> i) & 1) != 0)
+                    pCT->flipOrientation();
+                if (i < c.numMembers)
+                    sT.insert(pCT);
+            }
+            const ConEdge ce(&m.mesh, m.mesh.getCE(a, b), sT);
+            EXPECT_NEAR(ce.value, c.value, 1e-4);
+            EXPECT_EQ(ce.bManifold, c.bManifold);
+            EXPECT_EQ(ce.numMemT, static_cast<int>(c.numMembers));
+        }
+}
+
+TEST(ConEdge, missingNormalsAndBorders)
+{
+    SheetMesh m;
+    const u64 a = m.cellAt(1, 1, 1, Point3(0, 0, 0));
+    const u64 b = m.cellAt(1, 2, 1, Point3(0, 1, 0));
+    m.add(a, b, m.cellAt(2, 1, 1, Point3(0, 2, 0)));
+    const auto isMember = [](CTriangle*) { return true; };
+    EXPECT_THROW(ConEdge(&m.mesh, m.mesh.getCE(a, b), isMember), ZefBugException);
+    m.add(a, b, m.cellAt(3, 1, 1, Point3(1, 0, 0)));
+    EXPECT_EQ(ConEdge(&m.mesh, m.mesh.getCE(a, b), isMember).value, 90.0);
+}
+
+} // namespace TARN_ZEF

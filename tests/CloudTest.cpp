@@ -1,0 +1,359 @@
+#include "CellOrder.h"
+#include "CloudMgr.h"
+#include "Progress.h"
+#include "Smooth.h"
+#include "WorkerPool.h"
+#include "helpers/StreamCapture.h"
+#include "tools.h"
+#include "zefRand.h"
+#include "zef_api_functions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <filesystem>
+#include <iostream>
+#include <limits>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
+constexpr double INF = std::numeric_limits<double>::infinity();
+
+// All calls of the intake need a tree.
+class CloudIntake : public ::testing::Test
+{
+protected:
+    CloudIntake() { prepareProgress("Reconstruct"); }
+    ~CloudIntake() override { getRootProgress()->reset(); }
+};
+
+// On the plane that is spanned by two vectors at right angles of the given length.
+std::vector<Point3> makeGrid(int num, const Vector3& u, const Vector3& v)
+{
+    std::vector<Point3> vPoints;
+    for (int i = 0; i < num; ++i)
+        for (int k = 0; k < num; ++k)
+            vPoints.push_back(Point3(100.0, 200.0, -300.0) + u * i + v * k);
+    return vPoints;
+}
+
+std::vector<Point3> makeRandomSheet(int num, double size, double noise)
+{
+    ZefRandom random(11);
+    const auto draw = [&] { return (random.next() * 32768.0 + random.next()) / (32768.0 * 32768.0); };
+    std::vector<Point3> v;
+    for (int i = 0; i < num; ++i)
+    {
+        const double x = size * draw();
+        const double y = size * draw();
+        v.emplace_back(x, y, 0.1 * size * std::sin(6.0 * x / size) + noise * draw());
+    }
+    return v;
+}
+
+// A closed box of twelve triangles.
+std::vector<Point3> makeBox(double size)
+{
+    const int faces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                             {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
+    std::vector<Point3> v;
+    for (const auto& face : faces)
+        for (const int corner : {face[0], face[1], face[2], face[0], face[2], face[3]})
+            v.emplace_back(size * (corner & 1), size * (corner >> 1 & 1), size * (corner >> 2));
+    return v;
+}
+
+// What the intake makes of points: the cells and their points.
+std::map<u64, Point3> takeIn(const std::vector<Point3>& vPoints, double spacingAbs, bool bMelt, bool bSmooth)
+{
+    CloudMgr mgr;
+    mgr.addPoints(vPoints, spacingAbs, 1.0, bMelt, 20.0, bSmooth);
+    std::vector<Bundle*> vBundles;
+    Calc* pCalc = nullptr;
+    mgr.getBundles(vBundles, pCalc);
+    std::map<u64, Point3> mResult;
+    u64 previous = 0;
+    for (const Bundle* pBundle : vBundles)
+    {
+        EXPECT_GT(pBundle->ccd, previous);
+        EXPECT_EQ(pBundle->ccd, pCalc->getCCD(*pBundle->pPoint));
+        previous = pBundle->ccd;
+        mResult.emplace(pBundle->ccd, *pBundle->pPoint);
+    }
+    return mResult;
+}
+} // namespace
+
+TEST_F(CloudIntake, DetectsTheSpacingOfGrids)
+{
+    const Vector3 tilted1(0.8, 0.36, 0.48), tilted2(-0.6, 0.48, 0.64);
+    for (const int num : {20, 50, 200, 400})
+        for (const double step : {1e-3, 1.0, 700.0})
+            for (const bool bTilted : {false, true})
+            {
+                SCOPED_TRACE(std::to_string(num) + " * " + std::to_string(step));
+                const Vector3 u = (bTilted ? tilted1 : Vector3(1.0, 0.0, 0.0)) * step;
+                const Vector3 v = (bTilted ? tilted2 : Vector3(0.0, 1.0, 0.0)) * step;
+                Cloud cloud("grid", -1.0, 2.0, false);
+                cloud.setPoints(makeGrid(num, u, v));
+                cloud.estimateResolution();
+                EXPECT_GT(cloud.getSpacing(), 0.95 * step);
+                EXPECT_LT(cloud.getSpacing(), 1.35 * step);
+                EXPECT_EQ(cloud.getUsedSpacing(), 2.0 * cloud.getSpacing());
+            }
+}
+
+TEST_F(CloudIntake, DetectsTheSpacingOfRandomPoints)
+{
+    for (const int num : {3000, 30000, 100000})
+    {
+        SCOPED_TRACE(num);
+        std::vector<Point3> v = makeRandomSheet(num, 50.0, 0.0);
+        for (Point3& p : v)
+            p.set(p.x(), p.y(), 0.0);
+        Cloud cloud("random", 0.0, 1.0, false);
+        cloud.setPoints(v);
+        cloud.estimateResolution();
+        const double ratio = cloud.getSpacing() / std::sqrt(2500.0 / num);
+        EXPECT_GT(ratio, 1.05);
+        EXPECT_LT(ratio, 1.3);
+    }
+}
+
+TEST_F(CloudIntake, LatticeHoldsExtentAndFrame)
+{
+    const struct
+    {
+        double extent, spacing;
+        int numLevels;
+    } rows[] = {{100.0, 1.0, 7}, {118.0, 1.0, 7}, {119.0, 1.0, 8}, {0.0, 1.0, 4}, {1.0, 1.0 / (1 << 20), 21}};
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.extent);
+        Cloud cloud("pair", row.spacing, -1.0, false);
+        const Point3 low(-5.0, 7.0, 9.0);
+        cloud.setPoints({low, low + Vector3(0.0, row.extent, 0.0)});
+        cloud.estimateResolution();
+        cloud.createCalc();
+        EXPECT_EQ(cloud.getSpacing(), -1.0);
+        EXPECT_EQ(cloud.getCalc()->getNumLevels(), row.numLevels);
+        EXPECT_EQ(cloud.getCalc()->getCellSizeX(), row.spacing);
+        // 4.5 cells of frame: the lowest point stands in the middle of cell 4.
+        EXPECT_EQ(cloud.getCalc()->getRCD(low), makeRCD(4, 4, 4));
+    }
+}
+
+TEST_F(CloudIntake, RefusesWhatHasNoLattice)
+{
+    const Point3 a(1.0, 2.0, 3.0);
+    const std::vector<Point3> vGrid = makeGrid(10, {1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
+    const struct
+    {
+        const char* name;
+        std::vector<Point3> vPoints;
+        double spacingAbs, spacingFactor;
+        bool bMelt;
+        const char* condition;
+    } rows[] = {
+        {"identical points", {a, a, a}, -1.0, 1.0, false, "usedSpacing>0"},
+        {"one point", {a}, -1.0, 1.0, false, "usedSpacing>0"},
+        {"pairs that part at the top only",
+         {a, a + Vector3(1e-9, 0.0, 0.0), a},
+         -1.0,
+         0.0,
+         false,
+         "usedSpacing>0"},
+        {"points that fall together", {{0, 0, 0}, {0, 0, 1e-7}, {0, 0, 1e-6 / 2}}, -1.0, 0.0, false, ""},
+        {"factor 0", vGrid, -1.0, 0.0, false, "usedSpacing>0"},
+        {"spacing 0 without a factor", vGrid, 0.0, -1.0, false, "usedSpacing>0"},
+        {"spacing not a number", vGrid, NOT_A_NUMBER, -1.0, false, "usedSpacing>0"},
+        {"factor not a number", vGrid, -1.0, NOT_A_NUMBER, false, "usedSpacing>0"},
+        {"infinite spacing", vGrid, INF, -1.0, false, ""},
+        {"spacing too fine", vGrid, 1e-6, -1.0, false, "numCReal>=numReqC"},
+        {"spacing far too fine", vGrid, 5e-324, -1.0, false, "numCReal>=numReqC"},
+        {"infinite extent", {{-1e308, 0, 0}, {1e308, 0, 0}}, 1.0, -1.0, false, "numCReal>=numReqC"},
+        {"infinite extent, no spacing", {{-1e308, 0, 0}, {1e308, 0, 0}, {5, 0, 0}}, -1.0, 1.0, false, ""},
+        {"huge extent", {{0, 0, 0}, {1e308, 0, 0}, {1e307, 0, 0}}, -1.0, 1.0, false, ""},
+        {"not whole triangles", {a, a, a, a}, 1.0, -1.0, true, "v.size() % kTriangleCorners == 0"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        const StreamCapture out(std::cout);
+        CloudMgr mgr;
+        EXPECT_THROW(mgr.addPoints(row.vPoints, row.spacingAbs, row.spacingFactor, row.bMelt, 20.0, false),
+                     ZefBugException);
+        EXPECT_TRUE(out.contains(row.condition)) << out.text();
+    }
+}
+
+TEST_F(CloudIntake, LeavesNonFinitePointsOut)
+{
+    const std::vector<Point3> vSheet = makeRandomSheet(2000, 1000.0, 3.0);
+    std::vector<Point3> vSpoilt = vSheet;
+    vSpoilt.insert(vSpoilt.begin(), {NOT_A_NUMBER, 0.0, 0.0});
+    vSpoilt.insert(vSpoilt.begin() + 1000, {0.0, INF, 0.0});
+    vSpoilt.emplace_back(0.0, 0.0, -INF);
+    const std::vector<Point3> vBox = makeBox(1000.0);
+    std::vector<Point3> vSpoiltBox = vBox;
+    vSpoiltBox.insert(vSpoiltBox.begin() + 6, {{0, 0, 0}, {NOT_A_NUMBER, 0, 0}, {5e5, 0, 0}});
+
+    const StreamCapture out(std::cout);
+    const auto mSheet = takeIn(vSpoilt, -1.0, false, false);
+    EXPECT_TRUE(out.contains("Skipped 3 non-finite points"));
+    EXPECT_EQ(mSheet, takeIn(vSheet, -1.0, false, false));
+    EXPECT_EQ(takeIn(vSpoiltBox, 40.0, true, false), takeIn(vBox, 40.0, true, false));
+    EXPECT_TRUE(out.contains("Skipped 1 non-finite triangles"));
+    EXPECT_FALSE(mSheet.empty());
+}
+
+TEST_F(CloudIntake, EmptyInputGivesNoLattice)
+{
+    for (const bool bMelt : {false, true})
+        for (const std::vector<Point3>& v :
+             {std::vector<Point3>(), std::vector<Point3>(3, {NOT_A_NUMBER, 0, 0})})
+        {
+            const StreamCapture out(std::cout);
+            CloudMgr mgr;
+            EXPECT_EQ(mgr.addPoints(v, -1.0, 1.0, bMelt, 20.0, false), -1.0);
+            EXPECT_TRUE(out.contains("Nothing to do for cloud inputPointsViaMemory"));
+            std::vector<Bundle*> vBundles;
+            Calc* pCalc = mgr.getClouds()[0]->getCalc();
+            mgr.getBundles(vBundles, pCalc);
+            EXPECT_EQ(pCalc, nullptr);
+            EXPECT_TRUE(vBundles.empty());
+        }
+    std::vector<std::pair<u64, u64>> v;
+    EXPECT_THROW(CloudMgr().getFeatures(v), ZefBugException);
+}
+
+// Judge: the rule for one node after the other, in maps.
+TEST_F(CloudIntake, BundlesFollowFromTheNodes)
+{
+    for (const bool bSmooth : {false, true})
+    {
+        const std::vector<Point3> vPoints = makeRandomSheet(4000, 2000.0, 60.0);
+        CloudMgr mgr;
+        mgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, bSmooth);
+        std::vector<Bundle*> vBundles;
+        Calc* pCalc = nullptr;
+        mgr.getBundles(vBundles, pCalc);
+        Smooth smooth(vPoints, pCalc);
+        smooth.run(bSmooth);
+        std::map<std::pair<u64, std::uint32_t>, std::size_t> mNodes;
+        for (std::size_t i = 0; i < smooth.getNodes().size(); ++i)
+            mNodes.emplace(
+                std::pair(pCalc->getCCD(smooth.getNodes()[i].getPoint()), smooth.getNodes()[i].getNumber()),
+                i);
+        std::map<u64, Point3> mExpected;
+        u64 previous = ~u64{0};
+        int numProjected = 0;
+        for (const auto& [cellAndNumber, i] : mNodes)
+        {
+            const u64 ccd = cellAndNumber.first;
+            const SNode& node = smooth.getNodes()[i];
+            if (ccd != previous && node.hasPlane())
+            {
+                const bool bProject = smooth.getLinks(i).size() > 7 && !node.isCrease();
+                numProjected += bProject ? 1 : 0;
+                const Point3 p = bProject ? node.projection(pCalc->getMid(ccd)) : node.getPoint();
+                mExpected.emplace(pCalc->getCCD(p), p);
+            }
+            previous = ccd;
+        }
+        EXPECT_GT(numProjected, 100);
+        EXPECT_EQ(takeIn(vPoints, -1.0, false, bSmooth), mExpected);
+    }
+}
+
+TEST_F(CloudIntake, ResultIsTheSameForEveryNumberOfThreads)
+{
+    const int numThreads = getNumThreads();
+    const std::vector<Point3> vPoints = makeRandomSheet(60000, 5000.0, 30.0);
+    setNumThreads(1);
+    const auto mOne = takeIn(vPoints, -1.0, false, true);
+    for (const int num : {2, 3, 8})
+    {
+        setNumThreads(num);
+        EXPECT_EQ(takeIn(vPoints, -1.0, false, true), mOne) << num;
+    }
+    setNumThreads(numThreads);
+}
+
+TEST_F(CloudIntake, WeldsByExactCoordinates)
+{
+    std::vector<Point3> vBox = makeBox(1000.0);
+    const auto countBorders = [](const std::vector<Point3>& v)
+    {
+        CloudMgr mgr;
+        EXPECT_EQ(mgr.addPoints(v, 40.0, -1.0, true, 20.0, false), -1.0);
+        std::vector<std::pair<u64, u64>> vBorders;
+        mgr.getBorders(vBorders);
+        return vBorders.size();
+    };
+    EXPECT_EQ(countBorders(vBox), 0u);
+    vBox[0] = {-0.0, 0.0, -0.0};
+    EXPECT_EQ(countBorders(vBox), 0u);
+    vBox[0] = {std::numeric_limits<double>::denorm_min(), 0.0, 0.0};
+    EXPECT_GT(countBorders(vBox), 0u);
+}
+
+TEST_F(CloudIntake, ReadsFiles)
+{
+    const std::string base = (std::filesystem::temp_directory_path() / "zefCloudTest").string();
+    std::vector<Point3> vPoints = makeRandomSheet(1500, 1000.0, 3.0);
+    for (const std::string ext : {".xyz", ".bin"})
+    {
+        const StreamCapture out(std::cout);
+        std::string file = base + ext;
+        vPoints.emplace_back(0.0, NOT_A_NUMBER, 0.0);
+        ASSERT_TRUE(ext == ".xyz" ? writePoints_ASCII(file.c_str(), vPoints)
+                                  : writePoints_BIN(file.c_str(), vPoints));
+        vPoints.pop_back();
+        CloudMgr mgr;
+        mgr.readFiles({file}, -1.0, 1.5, false, false);
+        std::remove(file.c_str());
+        CloudMgr mgrOfPoints;
+        mgrOfPoints.addPoints(vPoints, -1.0, 1.5, false, 361.0, false);
+        EXPECT_EQ(mgr.getClouds()[0]->getNumInputPoints(), vPoints.size());
+        EXPECT_EQ(mgr.getClouds()[0]->getUsedSpacing(), mgrOfPoints.getClouds()[0]->getUsedSpacing());
+    }
+    const struct
+    {
+        std::vector<std::string> vFiles;
+        bool bMelt;
+        const char* text;
+        bool bThrows;
+    } rows[] = {
+        {{"a.xyz", "b.xyz"},
+         false,
+         "Sorry, the current implementation state allows only one input file.",
+         true},
+        {{"a.stl"}, false, "Input file is of type STL, use --fmelt (-m) instead", true},
+        {{"a.stl"}, true, "For an STL provide also the -a option please", true},
+        {{"/no such.xyz"}, false, "void Cloud::readPoints(), Error reading file: /no such.xyz", false},
+        {{"points.doc"}, false, "Unknown file format", false},
+        {{"artificial123.xyz"}, false, "Number of artificial points:100000", false},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.text);
+        const StreamCapture out(std::cout);
+        const StreamCapture err(std::cerr);
+        CloudMgr mgr;
+        if (row.bThrows)
+            EXPECT_THROW(mgr.readFiles(row.vFiles, -1.0, 1.0, row.bMelt, false), ZefBugException);
+        else
+            mgr.readFiles(row.vFiles, -1.0, 1.0, row.bMelt, false);
+        EXPECT_TRUE(out.contains(row.text)) << out.text();
+    }
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,390 @@
+#include "Pixel.h"
+
+#include "Progress.h"
+#include "tools.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <memory>
+#include <random>
+#include <set>
+
+using namespace TARN_ZEF;
+
+namespace
+{
+// A welded soup on its lattice, and what Pixel makes of it.
+struct Sampled
+{
+    std::vector<Point3> vSoup;
+    std::vector<Point3*> vCorners;
+    std::unique_ptr<Calc> pCalc;
+    std::vector<Point3> vPixels;
+    CCDPairs vFeatures;
+    CCDPairs vBorders;
+
+    [[nodiscard]] std::set<CCD> getCells() const
+    {
+        std::set<CCD> sCells;
+        for (const Point3& p : vPixels)
+            sCells.insert(pCalc->getCCD(p));
+        return sCells;
+    }
+};
+
+// A lattice of cells with a frame of 4.5 cells around the points.
+std::unique_ptr<Calc> makeCalc(const std::vector<Point3>& vPoints, double spacing)
+{
+    double low[3] = {DBL_MAX, DBL_MAX, DBL_MAX};
+    double high[3] = {-DBL_MAX, -DBL_MAX, -DBL_MAX};
+    for (const Point3& p : vPoints)
+    {
+        const double values[3] = {p.x(), p.y(), p.z()};
+        for (int i = 0; i < 3; ++i)
+        {
+            low[i] = std::min(low[i], values[i]);
+            high[i] = std::max(high[i], values[i]);
+        }
+    }
+    const double extent = std::max({high[0] - low[0], high[1] - low[1], high[2] - low[2]});
+    const int level = static_cast<int>(std::log2(std::ceil(extent / spacing) + 9.0)) + 1;
+    const double edge = std::exp2(level) * spacing;
+    const double frame = 4.5 * spacing;
+    return std::make_unique<Calc>(low[0] - frame, low[1] - frame, low[2] - frame, edge, edge, edge, level);
+}
+
+Sampled sample(const std::vector<Point3>& vSoup, double spacing, double featureAngle)
+{
+    Sampled s;
+    s.vSoup = vSoup;
+    s.pCalc = makeCalc(vSoup, spacing);
+    std::map<Point3, Point3*> mPointVtx;
+    for (Point3& p : s.vSoup)
+        s.vCorners.push_back(mPointVtx.emplace(p, &p).first->second);
+    getRootProgress()->reset();
+    getRootProgress()->setName("Melt");
+    Pixel pixel(s.vCorners, s.pCalc.get());
+    pixel.run(s.vPixels, s.vFeatures, s.vBorders, featureAngle);
+    getRootProgress()->reset();
+    return s;
+}
+
+std::vector<Point3> makeCube(const Point3& low, double len)
+{
+    constexpr int kQuads[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                                  {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    const auto corner = [&](int i)
+    { return low + Vector3((i & 1) ? len : 0.0, (i & 2) ? len : 0.0, (i & 4) ? len : 0.0); };
+    std::vector<Point3> vSoup;
+    for (const auto& q : kQuads)
+        for (const int i : {0, 1, 2, 0, 2, 3})
+            vSoup.push_back(corner(q[i]));
+    return vSoup;
+}
+
+const std::vector<Point3> kSquare = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 0, 0}, {10, 10, 0}, {0, 10, 0}};
+
+// Largest difference of two cells in any index.
+u64 getCellDistance(const Calc& calc, CCD a, CCD b)
+{
+    u64 pa[3], pb[3];
+    calc.getXYZ(a, pa[0], pa[1], pa[2]);
+    calc.getXYZ(b, pb[0], pb[1], pb[2]);
+    u64 distance = 0;
+    for (int i = 0; i < 3; ++i)
+        distance = std::max(distance, pa[i] > pb[i] ? pa[i] - pb[i] : pb[i] - pa[i]);
+    return distance;
+}
+
+// Holds for every soup: a point per cell, and pairs of different cells that have points.
+void expectSound(const Sampled& s)
+{
+    const std::set<CCD> sCells = s.getCells();
+    EXPECT_EQ(sCells.size(), s.vPixels.size());
+    for (const auto& [ccd0, ccd1] : s.vFeatures)
+    {
+        ASSERT_LT(ccd0, ccd1);
+        ASSERT_TRUE(sCells.count(ccd0) != 0 && sCells.count(ccd1) != 0);
+    }
+    const std::set<std::pair<CCD, CCD>> sFeatures(s.vFeatures.begin(), s.vFeatures.end());
+    for (const auto& border : s.vBorders)
+        ASSERT_TRUE(sFeatures.count(border) != 0);
+}
+
+// Every place of the surface has a pixel in its cell or in one next to it.
+void expectCovered(const Sampled& s, std::mt19937_64& random)
+{
+    const std::set<CCD> sCells = s.getCells();
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (std::size_t i = 0; i < s.vSoup.size(); i += 3)
+    {
+        if (getAreaByCross(s.vSoup[i], s.vSoup[i + 1], s.vSoup[i + 2]) == 0.0)
+            continue;
+        for (int n = 0; n < 50; ++n)
+        {
+            const double a = std::sqrt(unit(random));
+            const double b = unit(random);
+            const Point3 p = s.vSoup[i] + (s.vSoup[i + 1] - s.vSoup[i]) * (a * (1.0 - b)) +
+                             (s.vSoup[i + 2] - s.vSoup[i]) * (a * b);
+            CCD block[27];
+            s.pCalc->completeArray27(s.pCalc->getCCD(p), block);
+            ASSERT_TRUE(std::any_of(block, block + 27, [&](CCD ccd) { return sCells.count(ccd) != 0; }));
+        }
+    }
+}
+} // namespace
+
+TEST(PixelSurface, cubeIsCoveredOnceAndOnItsSurface)
+{
+    const Sampled s = sample(makeCube(Point3(0, 0, 0), 1.0), 0.05, 40.0);
+    EXPECT_EQ(s.vPixels.size(), 2402u); // a shell of 21 x 21 x 21 cells
+    EXPECT_EQ(s.vFeatures.size(), 240u);
+    EXPECT_TRUE(s.vBorders.empty());
+    expectSound(s);
+    for (const Point3& p : s.vPixels)
+    {
+        const double toWall =
+            std::max({std::fabs(p.x() - 0.5), std::fabs(p.y() - 0.5), std::fabs(p.z() - 0.5)});
+        ASSERT_NEAR(toWall, 0.5, 1e-12);
+    }
+}
+
+TEST(PixelSurface, flatSquareHasBordersButNoDiagonalFeature)
+{
+    const Sampled s = sample(kSquare, 1.0, 40.0);
+    EXPECT_EQ(s.vPixels.size(), 121u);
+    EXPECT_EQ(s.vBorders.size(), 40u);
+    EXPECT_EQ(s.vFeatures, s.vBorders);
+    expectSound(s);
+}
+
+TEST(PixelSurface, featureAngleDecides)
+{
+    struct Case
+    {
+        const char* name;
+        double featureAngle;
+        std::size_t numFeatures;
+    };
+    const Case cases[] = {
+        {"below the bend of 90 degrees", 89.0, 240},
+        {"above it", 91.0, 0},
+        {"no feature at all", 361.0, 0},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        const Sampled s = sample(makeCube(Point3(1, 2, 3), 1.0), 0.05, c.featureAngle);
+        EXPECT_EQ(s.vFeatures.size(), c.numFeatures);
+        EXPECT_EQ(s.vPixels.size(), 2402u);
+        expectSound(s);
+    }
+    // An edge with one triangle is a feature whatever the angle.
+    EXPECT_EQ(sample(kSquare, 1.0, 361.0).vBorders.size(), 40u);
+}
+
+TEST(PixelSurface, cornersOfASingleTriangleComeFirst)
+{
+    const std::vector<Point3> vSoup = {{0.3, 0.1, 0.2}, {7.1, 1.2, 0.4}, {2.2, 5.7, 3.3}};
+    const Sampled s = sample(vSoup, 0.5, 40.0);
+    ASSERT_GT(s.vPixels.size(), 3u);
+    EXPECT_EQ(std::set<Point3>(s.vPixels.begin(), s.vPixels.begin() + 3),
+              std::set<Point3>(vSoup.begin(), vSoup.end()));
+    EXPECT_EQ(s.vBorders, s.vFeatures);
+    expectSound(s);
+}
+
+TEST(PixelSurface, randomSoupsAreSoundAndCovered)
+{
+    std::mt19937_64 random(21);
+    std::uniform_real_distribution<double> coordinate(-10.0, 10.0);
+    for (const double offset : {0.0, 5e6})
+    {
+        for (int n = 0; n < 10; ++n)
+        {
+            SCOPED_TRACE(n);
+            std::vector<Point3> vPool;
+            for (int i = 0; i < 8; ++i)
+                vPool.emplace_back(offset + coordinate(random), offset + coordinate(random),
+                                   coordinate(random));
+            std::vector<Point3> vSoup;
+            for (int i = 0; i < 36; ++i) // corners repeat: degenerate and non-manifold triangles come up
+                vSoup.push_back(vPool[random() % 8]);
+            const Sampled s = sample(vSoup, 0.7, 40.0);
+            expectSound(s);
+            expectCovered(s, random);
+            EXPECT_EQ(sample(s.vSoup, 0.7, 40.0).vPixels, s.vPixels);
+        }
+    }
+}
+
+TEST(PixelSurface, hardSoups)
+{
+    struct Case
+    {
+        const char* name;
+        std::vector<Point3> vSoup;
+        double spacing;
+        std::size_t minPixels;
+    };
+    const Case cases[] = {
+        {"needle", {{0, 0, 0}, {100, 0, 0}, {50, 1e-7, 0}}, 1.0, 101},
+        {"needle in the limit", {{0, 0, 0}, {100, 1e-300, 0}, {50, 3e-14, 0}}, 1.0, 101},
+        {"folded pair", {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 0}, {10, 0, 0}, {1, 9, 0}}, 1.0, 60},
+        {"twice the same", {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 0}, {0, 10, 0}, {10, 0, 0}}, 1.0, 60},
+        {"three at an edge",
+         {{0, 0, 0},
+          {10, 0, 0},
+          {0, 10, 0},
+          {0, 0, 0},
+          {10, 0, 0},
+          {0, 0, 10},
+          {0, 0, 0},
+          {10, 0, 0},
+          {0, -9, -9}},
+         1.0,
+         150},
+        {"edges of 20000 cells", {{0, 0, 0}, {20000, 7, 13}, {10000, 20000, 1}}, 100.0, 20000},
+        {"long edges", {{5e6, 5e6, 0}, {5e6 + 1000, 5e6 + 0.01, 0.03}, {5e6, 5e6 + 0.2, 0}}, 0.05, 40000},
+        {"inside one cell", {{0, 0, 0}, {0.01, 0, 0}, {0, 0.01, 0}}, 1.0, 1},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        const Sampled s = sample(c.vSoup, c.spacing, 40.0);
+        EXPECT_GE(s.vPixels.size(), c.minPixels);
+        expectSound(s);
+    }
+}
+
+TEST(PixelSurface, degenerateTrianglesAreSkipped)
+{
+    const std::vector<Point3> vLine = {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {0, 0, 0}, {3, 0, 0}, {3, 0, 0}};
+    EXPECT_TRUE(sample(vLine, 0.5, 40.0).vPixels.empty());
+    std::vector<Point3> vMixed = kSquare;
+    vMixed.insert(vMixed.begin(), vLine.begin(), vLine.begin() + 3);
+    EXPECT_EQ(sample(vMixed, 1.0, 40.0).vBorders.size(), 40u);
+    Point3 p;
+    const Calc calc(0, 0, 0, 16, 16, 16, 4);
+    EXPECT_THROW(Pixel({}, &calc), ZefBugException);
+    EXPECT_THROW(Pixel({&p, &p}, &calc), ZefBugException);
+}
+
+TEST(PixelEdge, walksThroughNeighbouringCells)
+{
+    std::mt19937_64 random(22);
+    std::uniform_real_distribution<double> coordinate(1.0, 63.0);
+    for (const double offset : {0.0, 5e6})
+    {
+        const Calc calc(offset, offset, offset, 64.0, 64.0, 64.0, 6);
+        const auto makePoint = [&](bool bOnGrid)
+        {
+            const auto one = [&]
+            { return offset + (bOnGrid ? std::floor(coordinate(random)) : coordinate(random)); };
+            const double x = one();
+            const double y = one();
+            return Point3(x, y, one());
+        };
+        std::vector<Point3> vEnds = {makePoint(false), makePoint(false), makePoint(true)};
+        std::vector<Point3*> vCorners = {&vEnds[0], &vEnds[1], &vEnds[2]};
+        const Pixel pixel(vCorners, &calc);
+        for (int n = 0; n < 400; ++n)
+        {
+            const Point3 p0 = makePoint(n % 3 == 0);
+            const Point3 p1 = makePoint(n % 5 == 0);
+            std::vector<RCDPoint> vRaster;
+            pixel.rasterizeEdge(p0, p1, vRaster);
+            if (calc.getRCD(p0) == calc.getRCD(p1))
+            {
+                ASSERT_TRUE(vRaster.empty());
+                continue;
+            }
+            ASSERT_EQ(vRaster.front(), RCDPoint(calc.getRCD(p0), p0));
+            ASSERT_EQ(vRaster.back(), RCDPoint(calc.getRCD(p1), p1));
+            for (std::size_t i = 0; i < vRaster.size(); ++i)
+            {
+                ASSERT_EQ(calc.getRCD(vRaster[i].second), vRaster[i].first);
+                ASSERT_LT(getDistanceToLine(p0, p1, vRaster[i].second), 1e-7);
+                if (i > 0)
+                {
+                    const CCD previous = calc.getCCD(vRaster[i - 1].second);
+                    ASSERT_LE(getCellDistance(calc, previous, calc.getCCD(vRaster[i].second)), 1u);
+                }
+            }
+        }
+    }
+}
+
+TEST(PixelEdge, planeThroughACell)
+{
+    const Calc calc(0.0, 0.0, 0.0, 16.0, 16.0, 16.0, 4);
+    std::vector<Point3> vEnds = {{1, 1, 1}, {5, 1, 1}, {1, 5, 1}};
+    const Pixel pixel({&vEnds[0], &vEnds[1], &vEnds[2]}, &calc);
+    struct Case
+    {
+        const char* name;
+        Plane plane;
+        bool bOK;
+        Point3 mid;
+    };
+    const Case cases[] = {
+        {"across z", Plane(Point3(0, 0, 3.25), Vector3(0, 0, 1)), true, Point3(3.5, 3.5, 3.25)},
+        {"cuts a corner off", Plane(Point3(3.3, 3, 3), Vector3(1, 1, 1)), true, Point3(3.1, 3.1, 3.1)},
+        {"diagonal", Plane(Point3(3.5, 3.5, 3.5), Vector3(1, 1, 1)), true, Point3(3.5, 3.5, 3.5)},
+        {"passes by", Plane(Point3(0, 0, 5), Vector3(0, 0, 1)), false, Point3()},
+    };
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        bool bOK = !c.bOK;
+        const Point3 mid = pixel.getMidOfCutPlane(makeRCD(3, 3, 3), c.plane, bOK);
+        EXPECT_EQ(bOK, c.bOK);
+        EXPECT_NEAR((mid - c.mid).length(), 0.0, 1e-12);
+    }
+}
+
+TEST(FeatureChains, edgesRunOnAsLongAsTheyBendLittle)
+{
+    // A ring of 12 edges bent by 30 degrees, a straight row that ends in it, and borders across.
+    std::vector<Point3> vPoints;
+    for (int i = 0; i < 12; ++i)
+        vPoints.emplace_back(std::cos(i * M_PI / 6.0), std::sin(i * M_PI / 6.0), 0.0);
+    for (int i = 1; i <= 3; ++i)
+        vPoints.emplace_back(1.0 + i, 0.0, 0.0);
+    vPoints.emplace_back(5.0, 0.0, 0.0);
+    const auto edge = [&](double maxDih, std::size_t a, std::size_t b)
+    { return std::make_pair(maxDih, std::make_pair(&vPoints[std::min(a, b)], &vPoints[std::max(a, b)])); };
+    FeatureList list;
+    for (std::size_t i = 0; i < 12; ++i)
+        list.push_back(edge(50.0 + static_cast<double>(i), i, (i + 1) % 12));
+    list.push_back(edge(45.0, 0, 12));
+    list.push_back(edge(47.0, 12, 13));
+    list.push_back(edge(43.0, 13, 14));
+    list.push_back(edge(FeatureEdge::BORDER_DIH, 14, 15)); // straight on, but an open edge
+    FeatureList sorted = list;
+    std::sort(sorted.begin(), sorted.end());
+    FeatureList ordered = sorted;
+    FeatureChainMgr mgr(ordered);
+    mgr.reorder();
+
+    ASSERT_EQ(ordered.size(), list.size());
+    std::vector<std::size_t> vLengths;
+    for (std::size_t i = 0; i < ordered.size(); ++i)
+    {
+        const bool bNew = i == 0 || ordered[i].second.first != ordered[i - 1].second.second;
+        if (bNew)
+            vLengths.push_back(0);
+        ++vLengths.back();
+    }
+    // The straight row has the lowest mean angle, the ring comes next, the open edge last.
+    EXPECT_EQ(vLengths, (std::vector<std::size_t>{3, 12, 1}));
+    EXPECT_EQ(ordered[3].second.first, ordered[14].second.second);
+    for (auto& [maxDih, ends] : ordered)
+        if (ends.second < ends.first)
+            std::swap(ends.first, ends.second);
+    std::sort(ordered.begin(), ordered.end());
+    EXPECT_EQ(ordered, sorted);
+}

@@ -1,0 +1,264 @@
+#include "RMesh.h"
+
+#include "PointTable.h"
+#include "Progress.h"
+#include "RPatch.h"
+#include "RTop.h"
+#include "helpers/checkMesh.h"
+#include "helpers/meshShapes.h"
+#include "tools.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <map>
+#include <random>
+
+namespace TARN_ZEF
+{
+namespace
+{
+struct PreparedTree
+{
+    PreparedTree() { prepareProgress("Reconstruct"); }
+    ~PreparedTree() { finishProgress(); }
+};
+
+std::size_t countDegree(const RMesh& mesh, int deg)
+{
+    std::vector<REdge*> vRE;
+    mesh.getDegN(deg, vRE);
+    return vRE.size();
+}
+
+long eulerNumber(const RMesh& mesh)
+{
+    std::vector<Point3*> vP;
+    mesh.getPoints(vP);
+    return static_cast<long>(vP.size()) - static_cast<long>(countDegree(mesh, -99)) +
+           static_cast<long>(mesh.getNumT());
+}
+
+// Edges of degree 2 along which the triangles run the same way.
+std::size_t countDisagreeing(const RMesh& mesh)
+{
+    std::size_t num = 0;
+    for (const REdge* pRE : mesh.getAllRE())
+    {
+        RTriangle* pRT0 = nullptr;
+        RTriangle* pRT1 = nullptr;
+        num += pRE->getTwoT(pRT0, pRT1, true) && pRT0->needFlip(pRT1) ? 1 : 0;
+    }
+    return num;
+}
+} // namespace
+
+TEST(RMesh, shapesHaveTheirKnownNumbers)
+{
+    struct Row
+    {
+        const char* name;
+        RMeshSource source;
+        long euler;
+        std::size_t numBorder;
+    };
+    for (const Row& row : {Row{"plane", planeSource(10), 1, 40}, Row{"torus", torusSource(24, 12), 0, 0},
+                           Row{"cube", cubeSource(6, false), 2, 0}})
+    {
+        SCOPED_TRACE(row.name);
+        const RMesh mesh(row.source);
+        expectConsistent(mesh);
+        EXPECT_EQ(eulerNumber(mesh), row.euler);
+        EXPECT_EQ(countDegree(mesh, 1), row.numBorder);
+        EXPECT_EQ(countDegree(mesh, -1), 0u);
+        EXPECT_EQ(countDisagreeing(mesh), 0u);
+    }
+    EXPECT_THROW(countDegree(RMesh(planeSource(1)), -2), ZefBugException);
+}
+
+TEST(RMesh, randomCollapsesKeepAllLinks)
+{
+    const PreparedTree tree;
+    std::mt19937 rng(17);
+    for (int run = 0; run < 10; ++run)
+    {
+        SCOPED_TRACE(run);
+        RMesh mesh(run % 2 == 0 ? torusSource(20, 10) : planeSource(12));
+        // No test before a collapse: edges merge, fins and twins arise, and all links must hold.
+        for (int step = 0; step < 60; ++step)
+        {
+            std::vector<REdge*> vRE;
+            mesh.getDegN(-99, vRE);
+            if (vRE.empty())
+                break;
+            const REdge* pRE = vRE[rng() % vRE.size()];
+            mesh.exchangeCorner(pRE->getVtx0(), pRE->getVtx1());
+        }
+        expectConsistent(mesh);
+        mesh.killDuplicateT();
+        expectConsistent(mesh);
+        EXPECT_EQ(mesh.killDuplicateT(), 0);
+        RTop(&mesh).run();
+        expectConsistent(mesh);
+        std::vector<RTriangle*> vT;
+        mesh.getAliveT(vT);
+        for (const RTriangle* pRT : vT)
+            EXPECT_FALSE(isFlat(pRT->getCorner(0), pRT->getCorner(1), pRT->getCorner(2)));
+    }
+}
+
+TEST(RMesh, flippingTwiceRevivesTheSameEdge)
+{
+    RMesh mesh(planeSource(4));
+    std::vector<REdge*> vRE;
+    mesh.getDegN(2, vRE);
+    std::size_t numFlipped = 0;
+    for (REdge* pRE : vRE)
+    {
+        Point3* const ends[2] = {pRE->getVtx0(), pRE->getVtx1()};
+        REdge* pNew = pRE->tryFlipEdge(&mesh, nullptr, nullptr);
+        if (pNew == nullptr)
+            continue; // a side of two squares: the flip would be flat
+        ++numFlipped;
+        EXPECT_EQ(pRE->getDegree(), 0);
+        expectConsistent(mesh);
+        EXPECT_EQ(pNew->tryFlipEdge(&mesh, nullptr, nullptr), pRE);
+        EXPECT_TRUE(pRE->has(ends[0]) && pRE->has(ends[1]));
+        EXPECT_EQ(mesh.getRE(pNew->getVtx0(), pNew->getVtx1()), pNew);
+    }
+    EXPECT_GE(numFlipped, 16u) << "at least the diagonals of the squares";
+    EXPECT_EQ(countDisagreeing(mesh), 0u);
+    EXPECT_DOUBLE_EQ(mesh.getArea(), 16.0);
+}
+
+TEST(RMesh, scrambledOrientationComesBackConsistent)
+{
+    const PreparedTree tree;
+    std::mt19937 rng(23);
+    for (int numParts = 1; numParts <= 3; ++numParts)
+    {
+        RMeshSource source;
+        for (int part = 0; part < numParts; ++part)
+        {
+            const RMeshSource ball = cubeSource(4, true);
+            const auto first = static_cast<std::uint32_t>(source.vPoints.size());
+            for (const Point3& p : ball.vPoints)
+                source.vPoints.push_back(p + Vector3(20.0 * part, 0.0, 0.0));
+            for (std::size_t i = 0; i < ball.vCorners.size(); i += 3)
+            {
+                const bool bTurn = rng() % 2 == 0;
+                source.vCorners.push_back(first + ball.vCorners[i]);
+                source.vCorners.push_back(first + ball.vCorners[i + (bTurn ? 2 : 1)]);
+                source.vCorners.push_back(first + ball.vCorners[i + (bTurn ? 1 : 2)]);
+            }
+        }
+        RMesh mesh(source);
+        EXPECT_GT(countDisagreeing(mesh), 0u);
+        EXPECT_EQ(mesh.createPatchesOrient(), numParts);
+        EXPECT_EQ(countDisagreeing(mesh), 0u);
+        expectConsistent(mesh);
+        std::size_t numMembers = 0;
+        for (const RPatch* pPatch : mesh.getPatches())
+            numMembers += pPatch->getNumT();
+        EXPECT_EQ(numMembers, mesh.getNumT());
+    }
+}
+
+TEST(RMesh, nonManifoldEdgeSeparatesPatches)
+{
+    const PreparedTree tree;
+    RMeshSource source = planeSource(2);
+    source.vPoints.emplace_back(1.0, 0.5, 1.0); // a fin on the edge between points 1 and 4
+    source.vCorners.insert(source.vCorners.end(), {1, 4, 9});
+    RMesh mesh(source);
+    EXPECT_EQ(countDegree(mesh, -1), 1u);
+    std::vector<REdge*> vRE;
+    mesh.getDegN(-1, vRE);
+    EXPECT_EQ(vRE.front()->tryFlipEdge(&mesh, nullptr, nullptr), nullptr) << "three triangles";
+    EXPECT_EQ(mesh.createPatchesOrient(), 2) << "the plane around the edge's end, and the fin";
+    expectConsistent(mesh);
+}
+
+TEST(RMesh, splitKeepsAreaAndOrientation)
+{
+    RMesh mesh(planeSource(3));
+    std::vector<REdge*> vRE;
+    mesh.getDegN(2, vRE);
+    for (REdge* pRE : vRE)
+    {
+        if (!pRE->isAlive())
+            continue;
+        const Point3& a = *pRE->getVtx0();
+        const Point3& b = *pRE->getVtx1();
+        Point3* pMid = mesh.getVertexAt((a.x() + b.x()) / 2, (a.y() + b.y()) / 2, 0.0, true);
+        ASSERT_NE(pMid, nullptr);
+        pRE->split(pMid, &mesh);
+    }
+    expectConsistent(mesh);
+    EXPECT_NEAR(mesh.getArea(), 9.0, 1e-12);
+    EXPECT_EQ(countDisagreeing(mesh), 0u);
+    EXPECT_EQ(eulerNumber(mesh), 1);
+}
+
+TEST(RMesh, flatCapVanishesWithoutAHole)
+{
+    const PreparedTree tree;
+    RMeshSource source = cubeSource(4, false);
+    RMesh mesh(source);
+    // A vertex in the middle of a face slides onto its neighbour's edge: flat triangles on both sides.
+    Point3* pVtx = mesh.getVertexAt(0.0, 0.0, 2.0, false);
+    mesh.updateVertex(pVtx, Point3(0.99999999, 0.0, 2.0));
+    mesh.killDegenerate();
+    expectConsistent(mesh);
+    EXPECT_EQ(countDegree(mesh, 1), 0u);
+    EXPECT_EQ(eulerNumber(mesh), 2);
+    EXPECT_NEAR(mesh.getArea(), 96.0, 1e-6);
+}
+
+TEST(RMesh, umbrellasAreTheFansOfAPinchedVertex)
+{
+    RMeshSource source = cubeSource(2, true);
+    const RMeshSource second = cubeSource(2, true);
+    const auto shift = static_cast<std::uint32_t>(source.vPoints.size() - 1);
+    // The second ball's point 0 is the first ball's point 0; its other points follow.
+    for (std::size_t i = 1; i < second.vPoints.size(); ++i)
+        source.vPoints.push_back(second.vPoints[i] + Vector3(50.0, 0.0, 0.0));
+    for (const std::uint32_t corner : second.vCorners)
+        source.vCorners.push_back(corner == 0 ? 0 : corner + shift);
+    const RMesh mesh(source);
+    std::vector<Point3*> vP;
+    mesh.getPoints(vP);
+    std::vector<std::vector<RTriangle*>> vUmbrellas;
+    mesh.getUmbrellas(vP.front(), vUmbrellas);
+    std::vector<RTriangle*> vIncT;
+    mesh.getIncidentT(vP.front(), vIncT);
+    ASSERT_EQ(vUmbrellas.size(), 2u);
+    EXPECT_EQ(vUmbrellas[0].size(), vUmbrellas[1].size());
+    EXPECT_EQ(vUmbrellas[0].size() + vUmbrellas[1].size(), vIncT.size());
+}
+
+TEST(PointTable, agreesWithAMapUnderRandomUpdates)
+{
+    std::mt19937 rng(31);
+    std::vector<Point3> vPoints(400);
+    std::map<Point3, Point3*> mPoints;
+    PointTable table;
+    const auto draw = [&rng] { return Point3(rng() % 8, rng() % 8, rng() % 8 == 0 ? -0.0 : rng() % 4); };
+    for (int step = 0; step < 20000; ++step)
+    {
+        Point3& point = vPoints[rng() % vPoints.size()];
+        const auto it = mPoints.find(point);
+        const bool bEntered = it != mPoints.end() && it->second == &point;
+        ASSERT_EQ(table.erase(&point), bEntered);
+        if (bEntered)
+            mPoints.erase(it);
+        point = draw();
+        ASSERT_EQ(table.insert(&point), mPoints.emplace(point, &point).second);
+        const Point3 query = draw();
+        const auto itQuery = mPoints.find(query);
+        ASSERT_EQ(table.find(query), itQuery == mPoints.end() ? nullptr : itQuery->second);
+    }
+    EXPECT_EQ(table.size(), mPoints.size());
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,469 @@
+#include "Smooth.h"
+#include "CellOrder.h"
+#include "Progress.h"
+#include "RemoveDecider.h"
+#include "SheetGaps.h"
+#include "tools.h"
+#include "zefRand.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <map>
+#include <set>
+#include <vector>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr double CELL = 100.0;
+const Calc LATTICE(0.0, 0.0, 0.0, 64 * CELL, 64 * CELL, 64 * CELL, 6);
+
+// A node of the plain algorithm that judges Smooth: lists and sorted sets, one step after the other.
+struct RefNode
+{
+    RCD rcd;
+    Point3 pos;
+    int numPoints;
+    Point3 start = pos;
+    Point3 prev = pos;
+    Vector3 move = {};
+    std::vector<std::size_t> vLinks = {}; // creation numbers
+    double area = 0.0;
+    Plane plane = {};
+    bool bHasPlane = false;
+    bool bCrease = false;
+};
+
+class RefSmooth
+{
+public:
+    RefSmooth(const std::vector<Point3>& vPoints, bool bSmooth)
+    {
+        create(vPoints);
+        complete();
+        relink();
+        if (bSmooth)
+        {
+            move();
+            complete();
+            relink();
+        }
+        vOrder.resize(v.size());
+        for (std::size_t i = 0; i < v.size(); ++i)
+            vOrder[i] = i;
+        std::stable_sort(vOrder.begin(), vOrder.end(),
+                         [this](std::size_t a, std::size_t b) { return v[a].rcd < v[b].rcd; });
+        estimate();
+    }
+
+    std::vector<RefNode> v;          // by creation number
+    std::vector<std::size_t> vOrder; // creation numbers, sorted by cell
+
+private:
+    void create(const std::vector<Point3>& vPoints)
+    {
+        std::map<RCD, std::vector<Point3>> mGroups;
+        for (const Point3& p : vPoints)
+            mGroups[LATTICE.getRCD(p)].push_back(p);
+        for (const auto& [rcd, vGroup] : mGroups)
+        {
+            double x = 0.0, y = 0.0, z = 0.0;
+            for (const Point3& p : vGroup)
+                p.addOwnCoords(x, y, z);
+            const double n = static_cast<double>(vGroup.size());
+            v.push_back({rcd, vGroup.size() == 1 ? vGroup[0] : Point3(x / n, y / n, z / n),
+                         static_cast<int>(vGroup.size())});
+        }
+    }
+
+    void add(const std::vector<CCD>& vCells)
+    {
+        for (const CCD ccd : vCells)
+            v.push_back({LATTICE.ccdToRCD(ccd), LATTICE.getMid(ccd), 0});
+    }
+
+    void complete()
+    {
+        std::set<CCD> sOrg;
+        for (const RefNode& node : v)
+            sOrg.insert(LATTICE.getCCD(node.pos));
+        std::set<CCD> sCubes;
+        for (const CCD ccd : sOrg)
+        {
+            CCD array[8] = {ccd};
+            LATTICE.completeArray8Up(array);
+            sCubes.insert(array, array + 8);
+        }
+        std::map<CCD, int> mPossible;
+        for (const CCD cube : sCubes)
+        {
+            CCD array[8] = {};
+            array[5] = cube;
+            LATTICE.completeArray8Down(array);
+            for (const CCD ccd : array)
+                ++mPossible[ccd];
+        }
+        std::vector<CCD> vCard8, vAny, vTake;
+        for (const auto& [ccd, num] : mPossible)
+            if (num >= 6 && sOrg.count(ccd) == 0)
+                (num == 8 ? vCard8 : vAny).push_back(ccd);
+        add(vCard8);
+        sOrg.insert(vCard8.begin(), vCard8.end());
+        const std::vector<CCD> vOrg(sOrg.begin(), sOrg.end());
+        RemoveDecider decider(&vOrg, &LATTICE);
+        for (const CCD ccd : vAny)
+            if (!decider.canRemove(ccd))
+                vTake.push_back(ccd);
+        add(vTake);
+    }
+
+    void link(std::size_t a, std::size_t b)
+    {
+        if (std::find(v[a].vLinks.begin(), v[a].vLinks.end(), b) != v[a].vLinks.end())
+            return;
+        v[a].vLinks.push_back(b);
+        v[b].vLinks.push_back(a);
+    }
+
+    void relink()
+    {
+        std::map<RCD, std::vector<std::size_t>> mCubes;
+        for (std::size_t i = 0; i < v.size(); ++i)
+        {
+            v[i].vLinks.clear();
+            u64 x, y, z;
+            splitRCD(v[i].rcd, x, y, z);
+            for (u64 k = 0; k < 8; ++k)
+                mCubes[makeRCD(x + (k >> 2), y + (k >> 1 & 1), z + (k & 1))].push_back(i);
+        }
+        for (const auto& [cube, vGroup] : mCubes)
+            for (std::size_t i = 0; i < vGroup.size(); ++i)
+                for (std::size_t k = i + 1; k < vGroup.size(); ++k)
+                    link(vGroup[i], vGroup[k]);
+    }
+
+    void move()
+    {
+        for (RefNode& node : v)
+            node.prev = node.pos;
+        for (RefNode& node : v)
+        {
+            Point3 mean;
+            double num = 0.0;
+            for (const std::size_t i : node.vLinks)
+                if (v[i].numPoints != 0)
+                {
+                    mean = mean + (v[i].prev - Point3());
+                    num += 1.0;
+                }
+            if (num > 0.0)
+                node.pos = mean = Point3(mean.x() / num, mean.y() / num, mean.z() / num);
+            const Vector3 old = (node.start - Point3()) * 0.3 + (node.prev - Point3()) * 0.7;
+            node.move = node.vLinks.empty() ? Vector3() : mean - Point3(old.x(), old.y(), old.z());
+        }
+        std::vector<RefNode> vMoved;
+        for (const RefNode& node : v)
+        {
+            Vector3 sum;
+            for (const std::size_t i : node.vLinks)
+                sum.add(v[i].move);
+            const std::size_t n = node.vLinks.size();
+            const Vector3 m = node.move * 0.2 + sum * (0.8 / static_cast<double>(n));
+            const Point3 target = node.pos - m;
+            if (n >= 8 && m.getMaxAbsComponent() < CELL && LATTICE.getRCD(target) != node.rcd)
+                vMoved.push_back({LATTICE.getRCD(target), target, -1});
+        }
+        v.insert(v.end(), vMoved.begin(), vMoved.end());
+    }
+
+    void setPlane(RefNode& node, const Vector3& nnv, double area)
+    {
+        node.plane = Plane(node.pos, nnv);
+        node.area = area;
+        node.bHasPlane = true;
+    }
+
+    bool fit(RefNode& node, const std::vector<std::size_t>& vLinks)
+    {
+        if (vLinks.size() < 2)
+            return false;
+        double xx = 0, xy = 0, xz = 0, yy = 0, yz = 0, zz = 0, area = 0;
+        const Vector3 d0 = v[vLinks[0]].pos - node.pos;
+        for (const std::size_t i : vLinks)
+        {
+            const Vector3 d = v[i].pos - node.pos;
+            xx += d.x() * d.x();
+            xy += d.x() * d.y();
+            xz += d.x() * d.z();
+            yy += d.y() * d.y();
+            yz += d.y() * d.z();
+            zz += d.z() * d.z();
+            if (i != vLinks[0])
+                area += crossProduct(d0, d).length() / 2.0;
+        }
+        if (area < Smooth::getMinArea(CELL))
+            return false;
+        const double det[3] = {yy * zz - yz * yz, xx * zz - xz * xz, xx * yy - xy * xy};
+        Vector3 n(xy * yz - xz * yy, xy * xz - yz * xx, det[2]);
+        if (det[0] >= det[1] && det[0] >= det[2])
+            n = {det[0], xz * yz - xy * zz, xy * yz - xz * yy};
+        else if (det[1] >= det[0] && det[1] >= det[2])
+            n = {xz * yz - xy * zz, det[1], xy * xz - yz * xx};
+        if (n.isDegenerate())
+            return false;
+        setPlane(node, normalize(n), area);
+        return true;
+    }
+
+    void estimate()
+    {
+        for (const std::size_t i : vOrder)
+            fit(v[i], v[i].vLinks);
+        std::vector<std::pair<double, std::size_t>> vRel;
+        for (const std::size_t i : vOrder)
+        {
+            int aNum[2] = {0, 0};
+            for (const std::size_t k : v[i].vLinks)
+                if (v[i].bHasPlane && v[k].bHasPlane)
+                    ++aNum[getAngleDegree(v[i].plane.getNV(), v[k].plane.getNV()) < 15.0 ? 0 : 1];
+            if (aNum[0] < 4 || aNum[0] <= 2 * aNum[1])
+                vRel.emplace_back(v[i].area, i);
+        }
+        std::set<std::size_t> sBad;
+        for (const auto& [area, i] : vRel)
+            sBad.insert(i);
+        for (std::size_t i = 0; i < v.size(); ++i)
+            if (sBad.count(i) == 0)
+                v[i].area = DBL_MAX;
+        std::sort(vRel.begin(), vRel.end());
+        for (const auto& [area, i] : vRel)
+            average(v[i]);
+        for (const auto& [area, i] : vRel)
+            if (v[i].area != DBL_MAX)
+                search(i);
+        markCreases();
+    }
+
+    void average(RefNode& node)
+    {
+        std::vector<Vector3> vVecs;
+        for (const std::size_t i : node.vLinks)
+            if (v[i].area == DBL_MAX)
+                vVecs.push_back(v[i].plane.getNV());
+        if (vVecs.size() < 4)
+            return;
+        Vector3 avgVec = vVecs[1];
+        for (std::size_t i = 1; i < vVecs.size(); ++i)
+            avgVec = avgVec + vVecs[i] * (getAngleDegree(vVecs[i], vVecs[0]) < 90.0 ? 1.0 : -1.0);
+        if (avgVec.isDegenerate())
+            return;
+        avgVec = normalize(avgVec);
+        for (const Vector3& vec : vVecs)
+            if (getAngleDegree(vec, avgVec) > 20.0)
+                return;
+        setPlane(node, avgVec, DBL_MAX);
+    }
+
+    void search(std::size_t number)
+    {
+        u64 x, y, z, nx, ny, nz;
+        splitRCD(v[number].rcd, x, y, z);
+        std::vector<std::size_t> vGathered;
+        for (const std::size_t i : vOrder)
+        {
+            splitRCD(v[i].rcd, nx, ny, nz);
+            if (i != number && nx + 2 - x <= 4 && ny + 2 - y <= 4 && nz + 2 - z <= 4)
+                vGathered.push_back(i);
+        }
+        if (fit(v[number], vGathered))
+            v[number].area = DBL_MAX;
+    }
+
+    void markCreases()
+    {
+        for (const std::size_t i : vOrder)
+            for (const std::size_t k : v[i].vLinks)
+            {
+                if (v[i].bCrease || !v[i].bHasPlane || !v[k].bHasPlane)
+                    continue;
+                const double angle = getAngleDegree(v[i].plane.getNV(), v[k].plane.getNV());
+                if (angle > 20.0 && angle < 160.0)
+                    v[i].bCrease = v[k].bCrease = true;
+            }
+    }
+};
+
+void expectSame(const Smooth& smooth, const RefSmooth& ref)
+{
+    const std::vector<SNode>& vNodes = smooth.getNodes();
+    ASSERT_EQ(vNodes.size(), ref.v.size());
+    for (std::size_t i = 0; i < vNodes.size(); ++i)
+    {
+        SCOPED_TRACE(i);
+        const RefNode& expected = ref.v[ref.vOrder[i]];
+        ASSERT_EQ(vNodes[i].getNumber(), ref.vOrder[i]);
+        ASSERT_EQ(vNodes[i].getRCD(), expected.rcd);
+        ASSERT_EQ(vNodes[i].getPoint(), expected.pos);
+        ASSERT_EQ(vNodes[i].getNumPoints(), expected.numPoints);
+        std::vector<std::size_t> vLinks;
+        for (const std::uint32_t link : smooth.getLinks(i))
+            vLinks.push_back(vNodes[link].getNumber());
+        ASSERT_EQ(vLinks, expected.vLinks);
+        ASSERT_EQ(vNodes[i].getArea(), expected.area);
+        ASSERT_EQ(vNodes[i].isCrease(), expected.bCrease);
+        ASSERT_EQ(vNodes[i].hasPlane(), expected.bHasPlane);
+        if (!expected.bHasPlane)
+            continue;
+        ASSERT_EQ(std::memcmp(&vNodes[i].getNNV(), &expected.plane.getNV(), sizeof(Vector3)), 0);
+        ASSERT_EQ(sqDistance(vNodes[i].projection(Point3()),
+                             Point3() + expected.plane.getNV() * expected.plane.getD()),
+                  0.0);
+    }
+}
+
+double draw(ZefRandom& random, double low, double high)
+{
+    return low + (high - low) * random.next() / ZEF_RAND_MAX;
+}
+
+struct CloudCase
+{
+    const char* name;
+    int numPoints;
+    double (*height)(double x, double y); // in cells
+    double noise;                         // in cells
+};
+
+std::vector<Point3> makeCloud(const CloudCase& c)
+{
+    ZefRandom random(5);
+    std::vector<Point3> v;
+    for (int i = 0; i < c.numPoints; ++i)
+    {
+        const double x = draw(random, 8.0, 50.0);
+        const double y = draw(random, 8.0, 50.0);
+        const double z = 20.0 + c.height(x, y) + draw(random, -c.noise, c.noise);
+        v.emplace_back(CELL * x, CELL * y, CELL * z);
+    }
+    return v;
+}
+
+const CloudCase CLOUDS[] = {
+    {"flat", 2500, [](double, double) { return 0.3; }, 0.01},
+    {"sheet with holes", 900, [](double x, double y) { return 0.2 * x + 0.1 * y; }, 0.3},
+    {"waves", 3000, [](double x, double y) { return 3.0 * std::sin(x / 5.0) * std::cos(y / 4.0); }, 0.1},
+    {"roof", 4000, [](double x, double) { return -0.7 * std::fabs(x - 29.0); }, 0.05},
+    {"noise", 3000, [](double x, double) { return 0.1 * x; }, 2.0},
+    {"scattered", 200, [](double, double) { return 0.0; }, 10.0},
+};
+} // namespace
+
+TEST(Smooth, EqualsThePlainAlgorithm)
+{
+    prepareProgress("Reconstruct");
+    for (const CloudCase& c : CLOUDS)
+        for (const bool bSmooth : {false, true})
+        {
+            SCOPED_TRACE(std::string(c.name) + (bSmooth ? ", smoothed" : ""));
+            const std::vector<Point3> vPoints = makeCloud(c);
+            Smooth smooth(vPoints, &LATTICE);
+            smooth.run(bSmooth);
+            expectSame(smooth, RefSmooth(vPoints, bSmooth));
+        }
+    getRootProgress()->reset();
+}
+
+TEST(Smooth, ClosesOneMissingCellOfASheet)
+{
+    prepareProgress("Reconstruct");
+    std::vector<Point3> vPoints;
+    for (int x = 10; x < 20; ++x)
+        for (int y = 10; y < 20; ++y)
+            if (x != 15 || y != 15)
+                vPoints.emplace_back(CELL * (x + 0.5), CELL * (y + 0.5), CELL * 30.5);
+    Smooth smooth(vPoints, &LATTICE);
+    smooth.run(false);
+    const auto& vNodes = smooth.getNodes();
+    ASSERT_EQ(vNodes.size(), 100u);
+    const auto it =
+        std::find_if(vNodes.begin(), vNodes.end(), [](const SNode& n) { return n.getNumPoints() == 0; });
+    ASSERT_NE(it, vNodes.end());
+    EXPECT_EQ(it->getRCD(), makeRCD(15, 15, 30));
+    EXPECT_EQ(it->getNumber(), 99u);
+    EXPECT_EQ(std::fabs(it->getNNV().z()), 1.0);
+    getRootProgress()->reset();
+}
+
+TEST(Smooth, LonePointsHaveNoPlane)
+{
+    prepareProgress("Reconstruct");
+    Smooth smooth({{1010.0, 1020.0, 1030.0}, {1030.0, 1040.0, 1050.0}, {4000.0, 4000.0, 4000.0}}, &LATTICE);
+    smooth.run(true);
+    ASSERT_EQ(smooth.getNodes().size(), 2u);
+    EXPECT_EQ(smooth.getNodes()[0].getNumPoints(), 2);
+    EXPECT_EQ(smooth.getNodes()[0].getPoint(), Point3(1020.0, 1030.0, 1040.0));
+    for (const SNode& node : smooth.getNodes())
+    {
+        EXPECT_FALSE(node.hasPlane());
+        EXPECT_THROW((void)node.getNNV(), ZefBugException);
+    }
+    getRootProgress()->reset();
+}
+
+TEST(AngleLimit, AnswersAsTheExactAngleAroundTheLimit)
+{
+    ZefRandom random(3);
+    for (const double degrees : {15.0, 20.0, 90.0, 160.0})
+    {
+        const AngleLimit limit(degrees);
+        for (int i = 0; i < 3000; ++i)
+        {
+            const double scale = std::pow(10.0, -draw(random, 0.0, 16.0));
+            const double angle = (degrees + draw(random, -1.0, 1.0) * scale) / DEGREES_PER_RAD;
+            const double turn = draw(random, 0.0, 6.0);
+            const Vector3 a(std::cos(turn), std::sin(turn), 0.0);
+            const Vector3 b(std::cos(turn + angle), std::sin(turn + angle), 0.0);
+            ASSERT_EQ(limit.isBelow(a, b), getAngleDegree(a, b) < degrees) << degrees << " " << scale;
+            ASSERT_EQ(limit.isAbove(a, b), getAngleDegree(a, b) > degrees) << degrees << " " << scale;
+        }
+        EXPECT_THROW((void)limit.isBelow({2.0, 0.0, 0.0}, {1.0, 0.0, 0.0}), ZefBugException);
+    }
+}
+
+TEST(CellOrder, EqualsTheSortedPairs)
+{
+    // The bits that codes may have; with all of them, codes and elements do not fit in one word.
+    for (const u64 mask : {RCD_MASK_X, makeRCD(0x3FF, 0x3FF, 0x3FF), u64{0}, ~u64{0}})
+    {
+        SCOPED_TRACE(mask);
+        ZefRandom random(9);
+        std::vector<std::pair<u64, std::uint32_t>> vExpected;
+        std::vector<u64> vCodes;
+        for (std::uint32_t i = 0; i < 5000; ++i)
+        {
+            u64 code = static_cast<u64>(random.next() % 40);
+            for (int k = 0; k < 4; ++k)
+                code = code * 0x9E3779B97F4A7C15 + 12345;
+            vCodes.push_back(code & mask);
+            vExpected.emplace_back(code & mask, i);
+        }
+        std::sort(vExpected.begin(), vExpected.end());
+        const CellOrder order(vCodes);
+        ASSERT_EQ(order.size(), vExpected.size());
+        for (std::size_t i = 0; i < order.size(); ++i)
+            ASSERT_EQ(std::pair(order.getCode(i), order.getElement(i)), vExpected[i]);
+        const std::vector<std::uint32_t> vFirsts = order.getFirsts();
+        for (std::size_t i = 0; i + 1 < vFirsts.size(); ++i)
+        {
+            EXPECT_EQ(vExpected[vFirsts[i]].first, vExpected[vFirsts[i + 1] - 1].first);
+            EXPECT_TRUE(i == 0 || vExpected[vFirsts[i]].first != vExpected[vFirsts[i] - 1].first);
+        }
+        EXPECT_EQ(vFirsts.back(), vExpected.size());
+    }
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,202 @@
+#include "Voro.h"
+
+#include "CMesh.h"
+#include "Progress.h"
+#include "helpers/LatticeMesh.h"
+#include "helpers/checkMesh.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <random>
+#include <set>
+
+namespace TARN_ZEF
+{
+namespace
+{
+using Corners = std::array<u64, 3>;
+
+// The extraction again, in the plainest way: a sorted list of (cube, member) pairs, and sets. It is the
+// judge of the block walk.
+class PlainExtraction
+{
+public:
+    PlainExtraction(const Calc& calc_, const std::vector<u64>& vCells)
+        : calc(calc_)
+    {
+        std::map<u64, std::vector<u64>> mCubes;
+        for (const u64 ccd : vCells)
+        {
+            CCD array[8] = {ccd};
+            calc.completeArray8Up(array);
+            for (const u64 base : array)
+                mCubes[base].push_back(ccd);
+        }
+        std::vector<std::vector<u64>> vFlat;
+        for (const auto& [base, vMembers] : mCubes)
+            visit(base, vMembers, vFlat);
+        for (const std::vector<u64>& square : vFlat)
+            solveSquare(square);
+    }
+
+    std::vector<Corners> vTriangles;
+
+private:
+    void visit(u64 base, const std::vector<u64>& vMembers, std::vector<std::vector<u64>>& vFlat)
+    {
+        CCD array[8];
+        array[5] = base;
+        calc.completeArray8Down(array);
+        int cfg = 0;
+        for (int i = 0; i < 8; ++i)
+            cfg |= std::count(vMembers.begin(), vMembers.end(), array[i]) != 0 ? 1 << i : 0;
+        std::vector<CCD> vTri;
+        casx.getTriangles(cfg, array, vTri, TUT);
+        if (cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240)
+        {
+            vFlat.push_back(vTri);
+            return;
+        }
+        for (std::size_t i = 0; i < vTri.size(); i += 3)
+            make(vTri[i], vTri[i + 1], vTri[i + 2]);
+    }
+    void solveSquare(const std::vector<u64>& v)
+    {
+        u64 v0 = v[0], v1 = v[1], v2 = v[2];
+        const u64 v3 = *std::find_if(v.begin() + 3, v.end(),
+                                     [&](u64 c) { return c != v0 && c != v1 && c != v2; });
+        if (calc.getNeigType(v3, v0) != NT_EDGE)
+            std::swap(v0, v1);
+        if (calc.getNeigType(v3, v0) != NT_EDGE)
+            std::swap(v0, v2);
+        if (sEdges.count(std::minmax(v1, v2)) != 0)
+        {
+            make(v0, v1, v2);
+            make(v2, v1, v3);
+        }
+        else
+        {
+            make(v0, v1, v3);
+            make(v0, v3, v2);
+        }
+    }
+    void make(u64 a, u64 b, u64 c)
+    {
+        Corners key{a, b, c};
+        std::sort(key.begin(), key.end());
+        if (!sMade.insert(key).second)
+            return;
+        vTriangles.push_back({a, b, c});
+        for (const auto& edge : {std::minmax(a, b), std::minmax(b, c), std::minmax(a, c)})
+            sEdges.insert({edge.first, edge.second});
+    }
+
+    const Calc& calc;
+    Casx casx{TM_FAT, false};
+    std::set<Corners> sMade;
+    std::set<std::pair<u64, u64>> sEdges;
+};
+
+std::vector<Corners> aliveCorners(const CMesh& mesh)
+{
+    std::vector<CTriangle*> vT;
+    mesh.getAliveT(vT);
+    std::vector<Corners> v;
+    for (const CTriangle* pCT : vT)
+        v.push_back({pCT->getC0(), pCT->getC1(), pCT->getC2()});
+    return v;
+}
+
+// Cells of a noisy ball's surface across the rims of blocks, plus some anywhere.
+void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra)
+{
+    const int radius = 3 + static_cast<int>(rng() % 6);
+    for (int x = -radius - 1; x <= radius + 1; ++x)
+        for (int y = -radius - 1; y <= radius + 1; ++y)
+            for (int z = -radius - 1; z <= radius + 1; ++z)
+                if (std::abs(x * x + y * y + z * z - radius * radius) <= radius && rng() % 12 != 0)
+                    lm.cell(24 + x, 31 + y, 32 + z);
+    for (int i = 0; i < numExtra; ++i)
+        lm.cell(12 + static_cast<int>(rng() % 30), 16 + static_cast<int>(rng() % 30), 20 + static_cast<int>(rng() % 20));
+}
+
+std::vector<u64> cellsOf(const LatticeMesh& lm)
+{
+    std::vector<u64> v;
+    lm.map.forEach([&v](u64 ccd, const Bundle*) { v.push_back(ccd); });
+    return v;
+}
+
+struct PreparedTree
+{
+    PreparedTree() { prepareProgress("Reconstruct"); }
+    ~PreparedTree() { finishProgress(); }
+};
+} // namespace
+
+TEST(Voro, makesTheTrianglesOfThePlainExtractionInOrder)
+{
+    const PreparedTree tree;
+    std::mt19937 rng(11);
+    for (int run = 0; run < 30; ++run)
+    {
+        SCOPED_TRACE(run);
+        LatticeMesh lm;
+        fillRandomCells(lm, rng, run * 20);
+        Voro voro(&lm.calc, &lm.map, TM_FAT);
+        voro.fatExtractTriangles();
+        EXPECT_EQ(aliveCorners(*voro.getCMesh()), PlainExtraction(lm.calc, cellsOf(lm)).vTriangles);
+        expectConsistent(*voro.getCMesh());
+        const std::vector<Corners> vFirst = aliveCorners(*voro.getCMesh());
+        voro.fatExtractTriangles();
+        EXPECT_EQ(aliveCorners(*voro.getCMesh()), vFirst) << "a second extraction on the same cells";
+    }
+}
+
+TEST(Voro, squareWithoutDiagonalTakesTheOneNotInTheTable)
+{
+    const PreparedTree tree;
+    LatticeMesh lm;
+    const u64 corners[4] = {lm.cell(20, 20, 20), lm.cell(21, 20, 20), lm.cell(20, 21, 20), lm.cell(21, 21, 20)};
+    Voro voro(&lm.calc, &lm.map, TM_FAT);
+    voro.fatExtractTriangles();
+    EXPECT_EQ(aliveCorners(*voro.getCMesh()).size(), 2u) << "two flat cubes, one square";
+    // The table keeps the diagonal through the lowest corner of a face.
+    EXPECT_EQ(voro.getCMesh()->getCE(corners[0], corners[3]), nullptr);
+    EXPECT_NE(voro.getCMesh()->getCE(corners[1], corners[2]), nullptr);
+}
+
+TEST(Voro, borderFixLeavesEveryCornerWithABundle)
+{
+    const PreparedTree tree;
+    std::mt19937 rng(3);
+    for (int run = 0; run < 20; ++run)
+    {
+        SCOPED_TRACE(run);
+        LatticeMesh lm;
+        fillRandomCells(lm, rng, 300);
+        const std::vector<u64> vBefore = cellsOf(lm);
+        Voro voro(&lm.calc, &lm.map, TM_FAT);
+        voro.fatExtractTriangles();
+        std::vector<u64> vGenerating;
+        for (const CTriangle* pCT : voro.getCMesh()->getAllT())
+            vGenerating.push_back(pCT->getGeneratingVCD());
+        CMesh* pCMesh = voro.borderFix(vGenerating);
+        EXPECT_EQ(pCMesh, voro.getCMesh()) << "the mesh object stays";
+        EXPECT_TRUE(std::is_sorted(voro.getCells().begin(), voro.getCells().end()));
+        EXPECT_NE(voro.getCells(), vBefore);
+        std::vector<u64> vUsed;
+        pCMesh->getUsedCCDs(vUsed);
+        for (const u64 ccd : vUsed)
+        {
+            EXPECT_NE(pCMesh->findBundle(ccd), nullptr);
+            EXPECT_TRUE(std::binary_search(voro.getCells().begin(), voro.getCells().end(), ccd));
+        }
+        expectConsistent(*pCMesh);
+    }
+}
+
+} // namespace TARN_ZEF

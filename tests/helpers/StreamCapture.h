@@ -1,0 +1,37 @@
+#ifndef ZEF_TESTS_STREAMCAPTURE_H
+#define ZEF_TESTS_STREAMCAPTURE_H
+
+#include <ostream>
+#include <sstream>
+#include <string>
+
+namespace TARN_ZEF
+{
+// Catches what goes to a stream (std::cout, std::cerr) while it lives.
+class StreamCapture
+{
+public:
+    explicit StreamCapture(std::ostream& os_)
+        : os(os_)
+        , pOldBuffer(os_.rdbuf(caught.rdbuf()))
+    {
+    }
+    ~StreamCapture() { os.rdbuf(pOldBuffer); }
+    StreamCapture(const StreamCapture&) = delete;
+    StreamCapture& operator=(const StreamCapture&) = delete;
+
+    [[nodiscard]] std::string text() const { return caught.str(); }
+    [[nodiscard]] bool contains(const std::string& part) const
+    {
+        return text().find(part) != std::string::npos;
+    }
+
+private:
+    std::ostringstream caught;
+    std::ostream& os;
+    std::streambuf* pOldBuffer;
+};
+
+} // namespace TARN_ZEF
+
+#endif

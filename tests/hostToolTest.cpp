@@ -1,0 +1,285 @@
+// The command line tool from outside: exit status, output streams, and which files it leaves.
+#include "MeshStatistics.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <set>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace
+{
+namespace fs = std::filesystem;
+using Files = std::map<std::string, std::string>; // name to content
+
+std::string contentOf(const fs::path& name)
+{
+    std::ifstream file(name, std::ios::binary);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+struct Result
+{
+    int status;
+    std::string out;
+    std::string err;
+};
+
+// Runs the tool inside a folder of its own that holds a cloud of a unit ball and some odd inputs.
+class HostTool : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        std::string pattern = (fs::temp_directory_path() / "zef-tool-test-XXXXXX").string();
+        ASSERT_NE(mkdtemp(pattern.data()), nullptr);
+        base = pattern;
+        folder = base / "work";
+        fs::create_directories(folder / "folder.ply");
+        writeBall("ball.xyz", 0.0, "nan nan nan\n1 inf 2\n");
+        writeBall("far.xyz", 5000000.0, "");
+        write("empty.xyz", "");
+        write("two.xyz", "0 0 0\n1 1 1\n");
+        write("same.xyz", "1 2 3\n1 2 3\n1 2 3\n1 2 3\n");
+        write("nan.xyz", "nan 0 0\n0 nan 0\n0 0 nan\n");
+        write("soup.stl", "solid s\nendsolid s\n");
+        write("cut.ply", "ply\nformat ascii 1.0\nelement vertex 9\n");
+        write("cloud.foo", "0 0 0\n");
+        write("old.ply", "precious");
+    }
+    void TearDown() override { fs::remove_all(base); }
+
+    void write(const std::string& name, const std::string& content) const
+    {
+        std::ofstream(folder / name) << content;
+    }
+
+    // A spiral of 3000 points about a centre on the x axis.
+    void writeBall(const std::string& name, double centre, const std::string& rest) const
+    {
+        std::ofstream file(folder / name);
+        file.precision(17);
+        for (int i = 0; i < 3000; ++i)
+        {
+            const double z = 1.0 - (2 * i + 1) / 3000.0;
+            const double r = std::sqrt(1.0 - z * z);
+            file << centre + r * std::cos(2.4 * i) << " " << r * std::sin(2.4 * i) << " " << z << "\n";
+        }
+        file << rest;
+    }
+
+    // prefix: shell commands to run first, in the same shell.
+    Result run(const std::string& arguments, const std::string& prefix = "") const
+    {
+        const std::string out = (base / "out.txt").string();
+        const std::string err = (base / "err.txt").string();
+        const std::string command = "cd '" + folder.string() + "' && { " + prefix + "'" ZEF_TOOL "' " +
+                                    arguments + "; } >'" + out + "' 2>'" + err + "'";
+        const int status = std::system(command.c_str());
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, contentOf(out), contentOf(err)};
+    }
+
+    Files files() const
+    {
+        Files result;
+        for (const auto& entry : fs::directory_iterator(folder))
+            result[entry.path().filename().string()] = entry.is_regular_file() ? contentOf(entry.path()) : "";
+        return result;
+    }
+
+    fs::path base;
+    fs::path folder;
+};
+
+struct FailureCase
+{
+    const char* name;
+    const char* arguments;
+    int status;
+    const char* words; // the reason holds them
+    const char* prefix = "";
+};
+
+const FailureCase FAILURES[] = {
+    {"nothing given", "", 2, "IN"},
+    {"no target", "ball.xyz", 2, "OUT"},
+    {"unknown option", "ball.xyz new.ply --nonsense", 2, "nonsense"},
+    {"zero spacing", "ball.xyz new.ply -a 0", 2, "above 0"},
+    {"negative factor", "ball.xyz new.ply -f -1", 2, "above 0"},
+    {"spacing not a number", "ball.xyz new.ply -a nan", 2, "above 0"},
+    {"both spacings", "ball.xyz new.ply -a 1 -f 1", 2, "excludes"},
+    {"unknown target type", "ball.xyz new.foo", 2, ".stl"},
+    {"target without type", "ball.xyz new", 2, ".stl"},
+    {"target is the input", "old.ply old.ply", 2, "replace"},
+    {"picture of another type", "ball.xyz new.ply --png new.jpg", 2, ".png"},
+    {"half a view", "ball.xyz new.ply --view 30", 2, "--view"},
+    {"no input file", "none.xyz new.ply", 1, "no such file"},
+    {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
+    {"input is a folder", "folder.ply new.ply", 1, "folder"},
+    {"triangles", "soup.stl new.ply", 1, "triangles"},
+    {"broken input", "cut.ply new.ply", 1, "cut.ply"},
+    {"empty input", "empty.xyz old.ply", 1, "no points"},
+    {"no finite point", "nan.xyz old.ply", 1, "no points"},
+    {"too few points", "two.xyz old.ply", 1, "only 2"},
+    {"one place", "same.xyz old.ply", 1, "the same"},
+    {"spacing far too small", "ball.xyz old.ply -a 1e-9", 1, "too small"},
+    {"spacing far too large", "ball.xyz old.ply -a 1000", 1, "no surface"},
+    {"target folder missing", "ball.xyz none/new.ply", 1, "none"},
+    {"target is a folder", "ball.xyz folder.ply", 1, "regular file"},
+    {"target is a device", "ball.xyz full.ply", 1, "regular file", "ln -sf /dev/full full.ply; "},
+    {"picture folder missing", "ball.xyz old.ply --png none/new.png", 1, "none"},
+    {"no room for the mesh", "ball.xyz old.ply", 1, "disk full", "ulimit -f 1; "},
+    {"no room for the picture", "ball.xyz --png-cloud a.png", 1, "cannot write", "ulimit -f 2; "},
+    {"figures cannot be printed", "ball.xyz old.ply --json >/dev/full", 1, "standard output"},
+    {"spacing cannot be printed", "ball.xyz --spacing >/dev/full", 1, "standard output"},
+};
+
+TEST_F(HostTool, aFailureTellsWhyAndLeavesAllFilesAlone)
+{
+    for (const FailureCase& c : FAILURES)
+    {
+        SCOPED_TRACE(c.name);
+        const Files before = files();
+        const Result result = run(c.arguments, c.prefix);
+        EXPECT_EQ(result.status, c.status);
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err.find(c.words), std::string::npos) << result.err;
+        fs::remove(folder / "full.ply");
+        EXPECT_EQ(files(), before);
+    }
+}
+
+TEST_F(HostTool, readOnlyFolderIsRefusedEarly)
+{
+    // The superuser may write everywhere.
+    if (geteuid() == 0)
+        return;
+    fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
+    const Result result = run("ball.xyz new.ply");
+    fs::permissions(folder, fs::perms::owner_all);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("folder"), std::string::npos) << result.err;
+}
+
+// The members of one line of JSON with numbers only.
+std::map<std::string, double> parseJson(const std::string& line)
+{
+    std::map<std::string, double> members;
+    std::istringstream text(line);
+    char c = 0;
+    text >> c;
+    EXPECT_EQ(c, '{');
+    while (c != '}' && text)
+    {
+        std::string key;
+        double value = 0.0;
+        text >> std::ws;
+        EXPECT_EQ(text.get(), '"');
+        std::getline(text, key, '"');
+        EXPECT_TRUE(text >> c && c == ':' && text >> value >> c) << line;
+        EXPECT_TRUE(members.emplace(key, value).second) << key << " twice";
+    }
+    EXPECT_EQ(text.get(), '\n');
+    EXPECT_EQ(text.get(), EOF);
+    return members;
+}
+
+TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
+{
+    const Result result = run("ball.xyz old.ply --json --threads 2");
+    ASSERT_EQ(result.status, 0) << result.err;
+    std::map<std::string, double> figures = parseJson(result.out);
+    const std::set<std::string> expected = {"points",      "spacing",          "vertices",   "triangles",
+                                            "borderEdges", "nonManifoldEdges", "components", "read_s",
+                                            "compute",     "write_s",          "peak_mb"};
+    std::set<std::string> keys;
+    for (const auto& [key, value] : figures)
+        keys.insert(key);
+    EXPECT_EQ(keys, expected);
+    EXPECT_EQ(figures["points"], 3000); // the two that are not finite do not count
+    EXPECT_EQ(figures["borderEdges"], 0);
+    EXPECT_EQ(figures["nonManifoldEdges"], 0);
+    EXPECT_EQ(figures["components"], 1);
+    EXPECT_EQ(figures["vertices"] - figures["triangles"] / 2, 2); // Euler number of a ball
+    const std::string ply = contentOf(folder / "old.ply");
+    EXPECT_NE(ply.find("format binary"), std::string::npos);
+    std::ostringstream vertexLine;
+    vertexLine << "element vertex " << figures["vertices"] << "\n";
+    EXPECT_NE(ply.find(vertexLine.str()), std::string::npos);
+}
+
+TEST_F(HostTool, spacingIsPrintedAlone)
+{
+    const Result result = run("ball.xyz --spacing");
+    EXPECT_EQ(result.status, 0) << result.err;
+    // The mean area of a point is 4 pi / 3000, which is 0.065 squared.
+    EXPECT_NEAR(std::stod(result.out), 0.065, 0.03) << result.out;
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1);
+}
+
+TEST_F(HostTool, quietMeansQuietAndFilesAppearWhole)
+{
+    const Result result = run("ball.xyz new.stl -q -s -f 1.5 --png mesh.png --png-cloud cloud.png --wire");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.out + result.err, "");
+    Files after = files();
+    for (const char* pName : {"mesh.png", "cloud.png"})
+    {
+        EXPECT_EQ(after[pName].substr(0, 8), "\x89PNG\r\n\x1a\n") << pName;
+        EXPECT_GT(after[pName].size(), 20000u) << pName; // an empty background packs far smaller
+    }
+    EXPECT_EQ(after["new.stl"].substr(0, 5), "solid");
+    EXPECT_NE(after["new.stl"].find("endsolid"), std::string::npos);
+    EXPECT_EQ(after.size(), 14u);
+}
+
+TEST_F(HostTool, lostDigitsAreTold)
+{
+    EXPECT_NE(run("far.xyz new.ply").err.find(".stl"), std::string::npos);
+    EXPECT_EQ(run("far.xyz new.stl").err, "");
+    EXPECT_EQ(run("ball.xyz new.ply -q").err, "");
+}
+
+struct MeshCase
+{
+    const char* name;
+    std::size_t numVertices;
+    std::vector<int> vCorners;
+    std::size_t numBorderEdges;
+    std::size_t numNonManifoldEdges;
+    std::size_t numComponents;
+};
+
+TEST(MeshStatistics, edgesAndPieces)
+{
+    const MeshCase cases[] = {
+        {"no triangle", 3, {}, 0, 0, 0},
+        {"triangle and a lone vertex", 4, {3, 1, 2}, 3, 0, 1},
+        {"tetrahedron", 4, {0, 2, 1, 0, 1, 3, 1, 2, 3, 2, 0, 3}, 0, 0, 1},
+        {"two triangles, wound against each other", 4, {0, 1, 2, 0, 1, 3}, 4, 0, 1},
+        {"three on one edge", 5, {0, 1, 2, 1, 0, 3, 0, 1, 4}, 6, 1, 1},
+        {"touching in a vertex", 5, {0, 1, 2, 2, 3, 4}, 6, 0, 1},
+        {"apart", 6, {0, 2, 4, 1, 3, 5}, 6, 0, 2},
+    };
+    for (const MeshCase& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        const TARN_TOOL::MeshStatistics statistics(c.numVertices, c.vCorners);
+        EXPECT_EQ(statistics.numTriangles, c.vCorners.size() / 3);
+        EXPECT_EQ(statistics.numBorderEdges, c.numBorderEdges);
+        EXPECT_EQ(statistics.numNonManifoldEdges, c.numNonManifoldEdges);
+        EXPECT_EQ(statistics.numComponents, c.numComponents);
+    }
+}
+} // namespace

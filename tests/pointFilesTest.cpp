@@ -1,0 +1,501 @@
+#include "zef_api_functions.h"
+
+#include "LineReader.h"
+#include "TextNumbers.h"
+#include "TextWriter.h"
+#include "helpers/StreamCapture.h"
+#include "helpers/TempFile.h"
+#include "helpers/dataDir.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cfloat>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <iostream>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// Equal bit for bit, so that NaN equals NaN and the sign of zero counts.
+[[nodiscard]] bool sameBits(double a, double b)
+{
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
+
+void expectSamePoints(const std::vector<Point3>& vA, const std::vector<Point3>& vB)
+{
+    ASSERT_EQ(vA.size(), vB.size());
+    for (std::size_t i = 0; i < vA.size(); ++i)
+    {
+        ASSERT_TRUE(sameBits(vA[i].x(), vB[i].x()) && sameBits(vA[i].y(), vB[i].y()) &&
+                    sameBits(vA[i].z(), vB[i].z()))
+            << "point " << i << ": " << vA[i].x() << " " << vA[i].y() << " " << vA[i].z() << " and "
+            << vB[i].x() << " " << vB[i].y() << " " << vB[i].z();
+    }
+}
+
+// Doubles of any magnitude, denormal ones included, all finite.
+[[nodiscard]] double anyFinite(std::mt19937_64& rng)
+{
+    for (;;)
+    {
+        const double d = std::bit_cast<double>(rng());
+        if (std::isfinite(d))
+            return d;
+    }
+}
+
+// The judge of the text format: line by line through a stream of the standard library.
+[[nodiscard]] std::vector<Point3> readByStream(const std::string& content)
+{
+    std::vector<Point3> vPoints;
+    std::istringstream stream(content);
+    for (std::string line; std::getline(stream, line);)
+    {
+        std::istringstream words(line);
+        double x = 0.0;
+        double y = 0.0;
+        double z = 0.0;
+        if (words >> x >> y >> z)
+            vPoints.emplace_back(x, y, z);
+    }
+    return vPoints;
+}
+
+[[nodiscard]] std::string binContent(std::int32_t typ, std::uint64_t num, const std::vector<double>& vDoubles)
+{
+    std::string s(12 + 8 * vDoubles.size(), '\0');
+    std::memcpy(s.data(), &typ, 4);
+    std::memcpy(s.data() + 4, &num, 8);
+    if (!vDoubles.empty())
+        std::memcpy(s.data() + 12, vDoubles.data(), 8 * vDoubles.size());
+    return s;
+}
+
+} // namespace
+
+TEST(FileTypeTest, OnlyThreeSpellingsOfEachExtensionCount)
+{
+    const struct
+    {
+        const char* name;
+        FileType type;
+    } rows[] = {
+        {"a.stl", FT_STL},      {"a.Stl", FT_STL},        {"a.PLY", FT_PLY},     {"a.xyz", FT_ASCII},
+        {"a.Txt", FT_ASCII},    {"a.ASC", FT_ASCII},      {"a.bin", FT_BIN},     {"a.list", FT_LIST},
+        {"a.LIST", FT_LIST},    {"a.List", FT_LIST},      {"a.sTl", FT_UNKNOWN}, {"a.LiSt", FT_UNKNOWN},
+        {"a.plyx", FT_UNKNOWN}, {"a.xyz.gz", FT_UNKNOWN}, {".xyz", FT_ASCII},    {"axlist", FT_UNKNOWN},
+    };
+    for (const auto& row : rows)
+        EXPECT_EQ(row.type, getFileType(row.name)) << row.name;
+    for (const char* tooShort : {"", "a", "xyz", "abcd"})
+        EXPECT_THROW(static_cast<void>(getFileType(tooShort)), std::out_of_range) << tooShort;
+}
+
+TEST(TextNumbersTest, LinesGiveThePointsThatAStreamExtracts)
+{
+    std::vector<std::string> vLines = {
+        "1 2 3",
+        " \t1\t\v2\f 3 \r",
+        "+1 -2 +.5",
+        "1. .5 -.5e1",
+        "1,2,3",
+        "1.0,2.0,3.0",
+        "1 2 3abc",
+        "1 2 3,4",
+        "1.5abc 2 3",
+        "1-2-3",
+        "1+2+3",
+        "1.2.3 4",
+        "nan 1 2",
+        "1 inf 2",
+        "1 2 -nan",
+        "0x10 1 2",
+        "1 2 0x10",
+        "1 2 3e",
+        "1 2 3e+",
+        "1 2 3e+x",
+        "1 2 3ex",
+        "1e 2 3",
+        "1e5.5 2",
+        "1 2 +-3",
+        "1 2 -+3",
+        "1 2 --3",
+        "1 2 -",
+        "1 2 +",
+        "1 2 .",
+        "1 2 -.",
+        "1 2 .e5",
+        "1 2 5.e5",
+        "1 2 1e999",
+        "1 2 -1e999",
+        "1e-999 -1e-999 3",
+        "4.9e-324 2e-324 2.5e-324",
+        "0e999999999999 1 2",
+        "1 2 1e99999999999999999999",
+        "1 2 1e-99999999999999999999",
+        "00012 -000.5 0000",
+        "1.7976931348623157e308 1.7976931348623159e308 1",
+        "",
+        " ",
+        "1",
+        "1 2",
+        "x y z",
+        "# 1 2 3",
+        "1 2 3 4 5 6",
+        "1E5 1e+05 1e-05",
+        "1d5 2 3",
+        "1 2 infinity",
+        "123456789012345678901234567890 0.1234567890123456789012345 3",
+        "1_000 2 3",
+        "1 2 3f",
+        "- 1 2 3",
+        std::string("1 2\0 3", 6),
+        std::string("1 2 3\0", 6),
+        "\xEF\xBB\xBF"
+        "1 2 3",
+        std::string(400, '1') + " 2 3",
+        "0." + std::string(400, '0') + "1 2 3",
+        std::string(400, '1') + "e-395 0." + std::string(400, '0') + "1e395 3",
+    };
+    std::mt19937_64 rng(1);
+    const std::string alphabet = "0123456789+-.eE \t\rxnaif,";
+    for (int i = 0; i < 30000; ++i)
+    {
+        std::string line;
+        for (std::size_t n = rng() % 24; n > 0; --n)
+            line += alphabet[rng() % (rng() % 4 == 0 ? alphabet.size() : 17)];
+        vLines.push_back(line);
+    }
+    for (int i = 0; i < 5000; ++i)
+    {
+        std::ostringstream os;
+        os.precision(static_cast<std::streamsize>(1 + rng() % 19));
+        os << anyFinite(rng) << " " << anyFinite(rng) << " " << anyFinite(rng);
+        vLines.push_back(os.str());
+    }
+    for (const std::string& line : vLines)
+    {
+        SCOPED_TRACE("line [" + line + "]");
+        const std::vector<Point3> vExpected = readByStream(line);
+        Point3 point;
+        ASSERT_EQ(!vExpected.empty(), extractPoint(line, point));
+        if (!vExpected.empty())
+            expectSamePoints(vExpected, {point});
+    }
+}
+
+TEST(TextNumbersTest, WholeTokens)
+{
+    float f = 0.0F;
+    EXPECT_TRUE(parseNumber("1e-60", f));
+    EXPECT_EQ(0.0F, f);
+    EXPECT_FALSE(parseNumber("1e39", f));
+    EXPECT_TRUE(parseNumber("+inf", f));
+    EXPECT_TRUE(std::isinf(f));
+    EXPECT_FALSE(parseNumber("+-1", f));
+    EXPECT_FALSE(parseNumber("1,5", f));
+    EXPECT_FALSE(parseNumber("+", f));
+
+    std::uint8_t u = 7;
+    for (const char* bad : {"256", "-1", "1.5", "", "1x", "nan", "inf", "1e3"})
+        EXPECT_FALSE(parseNumber(bad, u)) << bad;
+    EXPECT_EQ(7, u);
+    EXPECT_TRUE(parseNumber("2.55e2", u));
+    EXPECT_EQ(255, u);
+}
+
+TEST(TextWriterTest, DigitsAreThoseOfAStream)
+{
+    std::mt19937_64 rng(2);
+    std::vector<double> vValues = {0.0,          -0.0,          0.1,      1e5,      123456789.0, 1e15,
+                                   1e16,         1e18,          1e-5,     DBL_MAX,  DBL_MIN,     5e-324,
+                                   std::nan(""), -std::nan(""), INFINITY, -INFINITY};
+    for (int i = 0; i < 20000; ++i)
+        vValues.push_back(i % 2 == 0 ? anyFinite(rng) : std::ldexp(static_cast<double>(rng() % 100000), -8));
+    for (const int precision : {10, 15, 18})
+    {
+        std::ostringstream expected;
+        expected.precision(precision);
+        std::ostringstream actual;
+        TextWriter writer(actual, precision);
+        for (const double value : vValues)
+        {
+            expected << value << "\n";
+            writer.number(value);
+            writer.text("\n");
+        }
+        writer.flush();
+        EXPECT_EQ(expected.str(), actual.str());
+    }
+}
+
+TEST(LineReaderTest, LinesAcrossBlocksAndAllEnds)
+{
+    std::mt19937_64 rng(3);
+    std::string content;
+    std::vector<std::string> vExpected;
+    for (int i = 0; i < 200; ++i)
+    {
+        vExpected.emplace_back(i == 100 ? 1000000 : rng() % 9000, static_cast<char>('a' + i % 26));
+        const char* const ends[] = {"\n", "\r", "\r\n"};
+        content += vExpected.back();
+        // An empty line after a lone CR would merge with it into CR LF.
+        content += ends[i % 3];
+        if (i % 3 == 1 && rng() % 2 == 0)
+            content += "\r", vExpected.emplace_back();
+    }
+    content += "last";
+    vExpected.emplace_back("last");
+
+    std::istringstream stream(content);
+    ByteSource source(stream);
+    LineReader lines(source, LineEnds::LF_OR_CR);
+    std::string_view line;
+    std::size_t num = 0;
+    for (; lines.next(line); ++num)
+    {
+        ASSERT_LT(num, vExpected.size());
+        ASSERT_EQ(vExpected[num], line) << num;
+    }
+    EXPECT_EQ(vExpected.size(), num);
+    EXPECT_EQ(num, lines.getLineNumber());
+}
+
+TEST(PointFilesTest, TextFileEqualsTheLineByLineReading)
+{
+    std::mt19937_64 rng(4);
+    std::string content = "x y z intensity\r\n";
+    while (content.size() < 700000)
+    {
+        content += std::to_string(static_cast<double>(rng() % 1000000) / 1000.0) + " -" +
+                   std::to_string(rng() % 1000) + "\t1e" + std::to_string(rng() % 20);
+        content += rng() % 5 == 0 ? " 255 0 0\r\n" : rng() % 50 == 0 ? "\n\n# comment 1 2 3\n" : "\n";
+    }
+    content += "1 2 3"; // without an end
+    const TempFile file(".xyz", content);
+    std::vector<Point3> vPoints = {Point3(7, 7, 7)};
+    ASSERT_TRUE(readPoints_ASCII(file.c_str(), vPoints));
+    std::vector<Point3> vExpected = readByStream(content);
+    ASSERT_GT(vExpected.size(), 10000U);
+    vExpected.insert(vExpected.begin(), Point3(7, 7, 7));
+    expectSamePoints(vExpected, vPoints);
+}
+
+TEST(PointFilesTest, DoublesComeBackExactly)
+{
+    std::mt19937_64 rng(5);
+    std::vector<Point3> vPoints;
+    for (int i = 0; i < 20000; ++i)
+        vPoints.emplace_back(anyFinite(rng), anyFinite(rng), anyFinite(rng));
+    for (const char* extension : {".xyz", ".bin"})
+    {
+        TempFile file(extension);
+        ASSERT_TRUE(writePoints_auto(file.path, vPoints, true));
+        std::vector<Point3> vRead;
+        ASSERT_TRUE(readPoints_auto(file.path, vRead));
+        expectSamePoints(vPoints, vRead);
+    }
+}
+
+TEST(PointFilesTest, BinaryFilesThatAreShortOrOdd)
+{
+    const struct
+    {
+        const char* what;
+        std::string content;
+        bool bOK;
+        std::vector<Point3> vExpected;
+    } rows[] = {
+        {"whole", binContent(30, 1, {1, 2, 3}), true, {{1, 2, 3}}},
+        {"bytes left over", binContent(30, 1, {1, 2, 3, 4}), true, {{1, 2, 3}}},
+        {"two coordinates", binContent(20, 2, {1, 2, 3, 4}), true, {{1, 2, 0}, {3, 4, 0}}},
+        {"short by a point and a half", binContent(30, 3, {1, 2, 3, 4, 5}), true, {{1, 2, 3}, {4, 5, 0}, {}}},
+        {"two coordinates, short", binContent(20, 3, {1, 2, 3}), true, {{1, 2, 0}, {3, 0, 0}, {}}},
+        {"cut within a double",
+         binContent(30, 2, {1, 2, 3, 4, 5}).substr(0, 49),
+         true,
+         {{1, 2, 3}, {4, 0, 0}}},
+        {"cut within the count", binContent(30, 1, {}).substr(0, 9), true, {}},
+        {"cut within the type", std::string("\x1E\0", 2), false, {}},
+        {"other type", binContent(40, 1, {1, 2, 3}), false, {}},
+        {"count beyond 2^31", binContent(30, u64{1} << 31, {1, 2, 3}), false, {}},
+        {"count that wraps", binContent(30, ~u64{0} / 24 + 2, {1, 2, 3}), false, {}},
+        {"count that would fill the memory", binContent(30, 0x7FFFFFFF, {1, 2, 3}), false, {}},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.what);
+        const TempFile file(".bin", row.content);
+        const StreamCapture out(std::cout);
+        std::vector<Point3> vPoints = {Point3(7, 7, 7)};
+        EXPECT_EQ(row.bOK, readPoints_BIN(file.c_str(), vPoints));
+        EXPECT_EQ(row.bOK, !out.contains(file.path));
+        std::vector<Point3> vExpected = row.vExpected;
+        vExpected.insert(vExpected.begin(), Point3(7, 7, 7));
+        expectSamePoints(vExpected, vPoints);
+    }
+}
+
+TEST(PointFilesTest, FailuresTellTheFileAndAppendNothing)
+{
+    const std::string missing = "/nonexistent/folder/a";
+    std::vector<Point3> vPoints = {Point3(1, 2, 3)};
+    const TempFile wrongType(".bin", binContent(40, 0, {}));
+    std::string unknown = missing + ".doc";
+    std::string stl = missing + ".stl";
+    const struct
+    {
+        const char* what;
+        std::function<bool()> call;
+        std::string words;
+    } rows[] = {
+        {"text", [&] { return readPoints_ASCII(missing.c_str(), vPoints); }, missing + " is unreadable"},
+        {"folder", [&] { return readPoints_ASCII("/", vPoints); }, "/ is unreadable"},
+        {"binary", [&] { return readPoints_BIN(missing.c_str(), vPoints); }, missing + " can't be read"},
+        {"type", [&] { return readPoints_BIN(wrongType.c_str(), vPoints); },
+         wrongType.path + " has wrong filetype 40, expected: 30 or 20"},
+        {"STL", [&] { return readSTL_ASCII(missing.c_str(), vPoints); },
+         "readSTL(): " + missing + " is unreadable"},
+        {"PLY", [&] { return readPly(missing.c_str(), true, vPoints); },
+         "readPly, ERROR: Failed to open " + missing},
+        {"write text", [&] { return writePoints_ASCII(missing.c_str(), vPoints); },
+         missing + " can't be written"},
+        {"write binary", [&] { return writePoints_BIN(missing.c_str(), vPoints); },
+         missing + " can't be written"},
+        {"write PLY", [&] { return writePointsPly(missing, vPoints, true); }, "Can't write " + missing},
+        {"unknown", [&] { return readPoints_auto(unknown, vPoints); },
+         "Filename extension of [" + unknown + "] is not valid, expected *.ply, *.xyz or *.bin"},
+        {"no STL", [&] { return readPoints_auto(stl, vPoints); }, "Filename extension of [" + stl},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.what);
+        const StreamCapture out(std::cout);
+        const StreamCapture err(std::cerr);
+        EXPECT_FALSE(row.call());
+        EXPECT_TRUE(out.contains(row.words) || err.contains(row.words)) << out.text() << err.text();
+        EXPECT_EQ(1U, vPoints.size());
+    }
+}
+
+TEST(PointFilesTest, FullDiskIsReported)
+{
+    if (!std::filesystem::exists("/dev/full"))
+        return;
+    std::vector<Point3> vPoints = {Point3(1, 2, 3)}; // fits every buffer: only the closing fails
+    const StreamCapture out(std::cout);
+    const StreamCapture err(std::cerr);
+    EXPECT_FALSE(writePoints_ASCII("/dev/full", vPoints));
+    EXPECT_FALSE(writePoints_BIN("/dev/full", vPoints));
+    EXPECT_FALSE(writePointsPly("/dev/full", vPoints, true));
+    EXPECT_FALSE(writePointsPly("/dev/full", vPoints, false));
+}
+
+TEST(PointFilesTest, UnknownExtensionWritesPlyUnderTheGivenName)
+{
+    TempFile file(".foo");
+    std::vector<Point3> vPoints = {Point3(1, 2, 3)};
+    const StreamCapture out(std::cout);
+    const StreamCapture err(std::cerr);
+    EXPECT_FALSE(writePoints_auto(file.path, vPoints, true));
+    EXPECT_TRUE(
+        err.contains("Filename [" + file.path + "] is not valid, using [zef_output_bin.ply] instead"));
+    std::vector<Point3> vRead;
+    EXPECT_TRUE(readPly(file.c_str(), true, vRead));
+    expectSamePoints(vPoints, vRead);
+}
+
+TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
+{
+    const std::string facet = "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n";
+    const std::string whole = facet + "endloop\nendfacet\n";
+    std::string binary(84 + 50, 'x');
+    std::memcpy(binary.data() + 80, "\1\0\0\0", 4);
+    std::string crlf;
+    for (const char c : whole)
+        crlf += c == '\n' ? std::string(" \r\n\t ") : std::string(1, c);
+    const struct
+    {
+        const char* what;
+        std::string content;
+        int numTriangles; // -1: refused
+    } rows[] = {
+        {"nothing", "", 0},
+        {"blanks", " \n\n", 0},
+        {"no facets", "solid a\nendsolid a\n", 0},
+        {"two solids, no ends", "solid a\n" + whole + "solid b\n" + whole, 2},
+        {"blanks around, CRLF", "  solid a\r\n\t " + crlf, 1},
+        {"capital start, small rest", "OUTER LOOP\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n", 1},
+        {"keyword in the name", "solid vertex outer loop\n" + whole, 1},
+        {"normal that is no number", "solid\nfacet normal NaN NaN NaN\n" + whole, 1},
+        {"ends after the third corner", "solid\n" + facet, 1},
+        {"next facet ends the first", "solid\n" + facet + whole, 2},
+        {"corners outside facets", "solid\nvertex 9 9 9\n" + whole + "vertex 9 9 9\n", 1},
+        {"four corners", "solid\n" + facet + "vertex 5 5 5\nendloop\n" + whole, -1},
+        {"two corners", "solid\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\n" + whole, -1},
+        {"capitals only", "SOLID\nOUTER LOOP\nVERTEX 0 0 0\nVERTEX 1 0 0\nVERTEX 0 1 0\nENDLOOP\n", -1},
+        {"cut within a facet", "solid\n" + whole + "outer loop\nvertex 0 0 0\n", -1},
+        {"corner of two numbers", "solid\nouter loop\nvertex 0 0\n", -1},
+        {"comma as point", "solid\nouter loop\nvertex 0,5 0 0\n", -1},
+        {"other text", "ply\nformat ascii 1.0\n", -1},
+        {"binary by its size", binary, -1},
+        {"binary by its bytes", "solid a" + std::string(100, '\0'), -1},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.what);
+        const TempFile file(".stl", row.content);
+        const StreamCapture out(std::cout);
+        std::vector<Point3> vCorners(3);
+        EXPECT_EQ(row.numTriangles >= 0, readSTL_ASCII(file.c_str(), vCorners));
+        EXPECT_EQ(row.numTriangles < 0, out.contains(file.path));
+        EXPECT_EQ(3 + 3 * static_cast<std::size_t>(std::max(0, row.numTriangles)), vCorners.size());
+        for (std::size_t i = 3; i < vCorners.size(); i += 3)
+            EXPECT_EQ(Point3(1, 0, 0), vCorners[i + 1]);
+    }
+}
+
+// Each row of the table of expected results: a count, "refuse", or several answers divided by "/".
+TEST(PointFilesTest, RealFilesGiveWhatTheirTableTells)
+{
+    if (dataDir().empty())
+        return;
+    std::ifstream table(dataDir() + "/files/expected.tsv");
+    std::string line;
+    std::getline(table, line);
+    int numRows = 0;
+    for (; std::getline(table, line); ++numRows)
+    {
+        std::istringstream fields(line);
+        std::string name;
+        std::string aExpected[2];
+        fields >> name >> aExpected[0] >> aExpected[1];
+        SCOPED_TRACE(name);
+        std::string path = dataDir() + "/files/" + name;
+        const StreamCapture out(std::cout);
+        for (const bool bTriangles : {false, true})
+        {
+            if (aExpected[bTriangles] == "-")
+                continue;
+            std::vector<Point3> vPoints;
+            const bool bOK = !bTriangles                   ? readPoints_auto(path, vPoints)
+                             : getFileType(path) == FT_STL ? readSTL_ASCII(path.c_str(), vPoints)
+                                                           : readPly(path.c_str(), false, vPoints);
+            const std::string answer =
+                bOK ? std::to_string(vPoints.size() / (bTriangles ? 3 : 1)) : std::string("refuse");
+            EXPECT_NE(std::string::npos, ("/" + aExpected[bTriangles] + "/").find("/" + answer + "/"))
+                << answer << " is not in " << aExpected[bTriangles];
+        }
+    }
+    EXPECT_GT(numRows, 40);
+}
+
+} // namespace TARN_ZEF

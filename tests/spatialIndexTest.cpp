@@ -1,0 +1,322 @@
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tarn_locate3/RTree.h"
+#include "tarn_octree/Octree.h"
+#include "tarn_tools/HilbertSort2.h"
+#include "tarn_tools/HilbertSort3.h"
+
+namespace TARN_ZEF
+{
+namespace
+{
+struct Cell
+{
+    int x;
+    int y;
+    int z;
+};
+
+// Every place of the curve is taken once, and places that follow each other are neighbours.
+void expectCurve(const std::vector<std::pair<unsigned, Cell>>& vPlaces)
+{
+    std::vector<std::pair<unsigned, Cell>> vSorted = vPlaces;
+    std::sort(vSorted.begin(), vSorted.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (std::size_t i = 0; i < vSorted.size(); ++i)
+    {
+        ASSERT_EQ(vSorted[i].first, i);
+        if (i == 0)
+            continue;
+        const Cell& a = vSorted[i - 1].second;
+        const Cell& b = vSorted[i].second;
+        ASSERT_EQ(std::abs(a.x - b.x) + std::abs(a.y - b.y) + std::abs(a.z - b.z), 1) << "at place " << i;
+    }
+}
+
+TEST(HilbertSort, CurveFillsTheCubeInUnitSteps)
+{
+    for (const int numLevels : {1, 3, 5})
+    {
+        SCOPED_TRACE(numLevels);
+        const int num = 1 << numLevels;
+        const HilbertSort3 hilbert(-1.0, 2.0, 0.0, num - 1.0, num + 2.0, num, 3 * numLevels);
+        std::vector<std::pair<unsigned, Cell>> vPlaces;
+        for (int x = 0; x < num; ++x)
+        {
+            for (int y = 0; y < num; ++y)
+            {
+                for (int z = 0; z < num; ++z)
+                    vPlaces.push_back({hilbert.getIndex(x - 0.5, y + 2.5, z + 0.5), {x, y, z}});
+            }
+        }
+        expectCurve(vPlaces);
+    }
+}
+
+TEST(HilbertSort, CurveFillsTheRectangleInUnitSteps)
+{
+    for (const int numLevels : {1, 4, 6})
+    {
+        SCOPED_TRACE(numLevels);
+        const int num = 1 << numLevels;
+        const HilbertSort2 hilbert(0.0, -3.0, num, 10.0 * num - 3.0, 2 * numLevels);
+        std::vector<std::pair<unsigned, Cell>> vPlaces;
+        for (int x = 0; x < num; ++x)
+        {
+            for (int y = 0; y < num; ++y)
+                vPlaces.push_back({hilbert.getIndex(x + 0.5, 10.0 * y + 2.0), {x, y, 0}});
+        }
+        expectCurve(vPlaces);
+    }
+}
+
+TEST(HilbertSortDeathTest, BadLengthsEndTheProcess)
+{
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto make3 = [](int numBits) { HilbertSort3(0.0, 0.0, 0.0, 1.0, 1.0, 1.0, numBits); };
+    EXPECT_EXIT(make3(0), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(make3(10), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(make3(33), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(HilbertSort2(0.0, 0.0, 1.0, 1.0, 31), testing::ExitedWithCode(1), "");
+    EXPECT_EXIT(TARN_LOCATE3::RTree(31), testing::ExitedWithCode(1), "");
+}
+
+// Places for the items of a tree.
+struct Scene
+{
+    const char* name;
+    std::size_t num;
+    void (*place)(std::mt19937_64& random, double (&p)[3]);
+};
+
+double draw(std::mt19937_64& random)
+{
+    return std::uniform_real_distribution<double>(-50.0, 50.0)(random);
+}
+
+constexpr Scene scenes[] = {
+    {"none", 0, [](std::mt19937_64&, double (&)[3]) {}},
+    {"one", 1, [](std::mt19937_64& random, double (&p)[3]) { p[0] = p[1] = p[2] = draw(random); }},
+    {"spread", 100'000,
+     [](std::mt19937_64& random, double (&p)[3])
+     {
+         for (double& x : p)
+             x = draw(random);
+     }},
+    {"flat box", 20'000,
+     [](std::mt19937_64& random, double (&p)[3])
+     {
+         p[0] = 0.001 * draw(random);
+         p[1] = draw(random);
+         p[2] = 5.0;
+     }},
+    {"line", 5000, [](std::mt19937_64& random, double (&p)[3]) { p[0] = p[1] = p[2] = draw(random); }},
+    {"grid with repeats", 5000,
+     [](std::mt19937_64& random, double (&p)[3])
+     {
+         for (double& x : p)
+             x = static_cast<double>(random() % 7) * 10.0 - 30.0;
+     }},
+    {"identical", 3000, [](std::mt19937_64&, double (&p)[3]) { p[0] = p[1] = p[2] = 10.0; }},
+    {"towards a corner", 3000,
+     [](std::mt19937_64& random, double (&p)[3])
+     { p[0] = p[1] = p[2] = std::ldexp(1.0, -static_cast<int>(random() % 1000)); }},
+};
+
+// Empty, thin, small, half and all; some with faces on the items.
+std::vector<Box> makeQueries(std::mt19937_64& random)
+{
+    std::vector<Box> vQueries = {
+        {-100.0, -100.0, -100.0, 100.0, 100.0, 100.0}, {10.0, 10.0, 10.0, 10.0, 10.0, 10.0},
+        {0.0, -30.0, -30.0, 20.0, 10.0, 0.0},          {200.0, 0.0, 0.0, 201.0, 1.0, 1.0},
+        {-50.0, -50.0, 4.0, 50.0, 50.0, 5.0},          {1.0, 1.0, 1.0, 0.0, 0.0, 0.0}};
+    for (const double size : {0.01, 1.0, 10.0, 60.0})
+    {
+        for (int i = 0; i < 8; ++i)
+        {
+            const double x = draw(random);
+            const double y = draw(random);
+            const double z = draw(random);
+            vQueries.push_back({x, y, z, x + size, y + size, z + size});
+        }
+    }
+    return vQueries;
+}
+
+std::vector<Box> makeItems(const Scene& scene, double maxSize, std::mt19937_64& random)
+{
+    std::vector<Box> vItems(scene.num);
+    std::uniform_real_distribution<double> drawSize(0.0, maxSize);
+    for (Box& item : vItems)
+    {
+        double p[3] = {};
+        scene.place(random, p);
+        const double size = maxSize > 0.0 ? drawSize(random) : 0.0;
+        item = {p[0], p[1], p[2], p[0] + size, p[1] + 0.5 * size, p[2] + size};
+    }
+    return vItems;
+}
+
+template <typename Tree>
+void expectAnswers(const Tree& tree, const std::vector<Box>& vItems, std::mt19937_64& random)
+{
+    for (const Box& query : makeQueries(random))
+    {
+        std::vector<void*> vResult;
+        tree.query(vResult, query);
+        std::vector<const void*> vFound(vResult.begin(), vResult.end());
+        std::sort(vFound.begin(), vFound.end());
+        std::vector<const void*> vExpected;
+        for (const Box& item : vItems)
+        {
+            if (item.xmin <= query.xmax && item.xmax >= query.xmin && item.ymin <= query.ymax &&
+                item.ymax >= query.ymin && item.zmin <= query.zmax && item.zmax >= query.zmin)
+                vExpected.push_back(&item);
+        }
+        ASSERT_TRUE(vFound == vExpected) << "query from " << query.xmin << " to " << query.xmax << ": "
+                                         << vFound.size() << " for " << vExpected.size();
+    }
+}
+
+TEST(RTree, FindsWhatOverlaps)
+{
+    for (const Scene& scene : scenes)
+    {
+        for (const double maxSize : {0.0, 3.0})
+        {
+            SCOPED_TRACE(std::string(scene.name) + ", boxes up to " + std::to_string(maxSize));
+            std::mt19937_64 random(scene.num);
+            std::vector<Box> vItems = makeItems(scene, maxSize, random);
+            TARN_LOCATE3::RTree tree;
+            for (Box& b : vItems)
+                tree.addObject(&b, b.xmin, b.ymin, b.zmin, b.xmax, b.ymax, b.zmax);
+            tree.build();
+            expectAnswers(tree, vItems, random);
+        }
+    }
+}
+
+void countNodes(const TARN_LOCATE3::Node& node, std::vector<std::size_t>& vLevels, std::size_t level)
+{
+    if (vLevels.size() <= level)
+        vLevels.push_back(0);
+    ++vLevels[level];
+    for (const TARN_LOCATE3::Node* pChild : node.getChildren())
+    {
+        EXPECT_EQ(pChild->getParent(), &node);
+        EXPECT_TRUE(pChild->getBox().xmin >= node.getBox().xmin &&
+                    pChild->getBox().zmax <= node.getBox().zmax);
+        countNodes(*pChild, vLevels, level + 1);
+    }
+}
+
+TEST(RTree, LevelsAreFilledFromTheLeavesUp)
+{
+    struct Case
+    {
+        std::size_t num;
+        std::vector<std::size_t> levels;
+    };
+    const Case cases[] = {{1, {1}},     {2, {1}},        {3, {1, 2}},
+                          {16, {1, 8}}, {17, {1, 2, 9}}, {1000, {1, 8, 63, 500}}};
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.num);
+        std::mt19937_64 random(5);
+        TARN_LOCATE3::RTree tree;
+        for (std::size_t i = 0; i < c.num; ++i)
+        {
+            const double x = draw(random);
+            tree.addObject(nullptr, x, x, -x, x, x, -x);
+        }
+        tree.build();
+        std::vector<std::size_t> vLevels;
+        countNodes(*tree.getRoot(), vLevels, 0);
+        EXPECT_EQ(vLevels, c.levels);
+    }
+}
+
+TEST(RTree, RefusesBoxesInsideOutAndChangesAfterTheBuild)
+{
+    TARN_LOCATE3::RTree tree;
+    EXPECT_THROW(tree.addObject(nullptr, 0.0, 0.0, 1.0, 1.0, 1.0, 0.0), ZefBugException);
+    tree.build();
+    EXPECT_EQ(tree.getRoot(), nullptr);
+    tree.addObject(nullptr, 0.0, 0.0, 0.0, 1.0, 1.0, 1.0);
+    tree.build();
+    EXPECT_THROW(tree.build(), ZefBugException);
+    EXPECT_THROW(tree.addObject(nullptr, 0.0, 0.0, 0.0, 1.0, 1.0, 1.0), ZefBugException);
+}
+
+// Items lie in the boxes of their nodes; inner nodes have two children or more. Returns the items below.
+std::size_t checkNode(const TARN_OCTREE::OctNode& node, std::size_t& maxLeaf)
+{
+    for (const TARN_OCTREE::OctItem* pItem : node.getItems())
+        EXPECT_TRUE(node.getBox().contains(pItem->x, pItem->y, pItem->z));
+    if (node.isLeaf())
+    {
+        maxLeaf = std::max(maxLeaf, node.getItems().size());
+        return node.getItems().size();
+    }
+    EXPECT_GE(node.getChildren().size(), 2u);
+    std::size_t num = 0;
+    for (const TARN_OCTREE::OctNode* pChild : node.getChildren())
+        num += checkNode(*pChild, maxLeaf);
+    EXPECT_EQ(num, node.getItems().size());
+    return num;
+}
+
+TEST(Octree, FindsWhatLiesInTheBox)
+{
+    for (const Scene& scene : scenes)
+    {
+        SCOPED_TRACE(scene.name);
+        std::mt19937_64 random(scene.num);
+        std::vector<Box> vItems = makeItems(scene, 0.0, random);
+        TARN_OCTREE::Octree tree;
+        for (Box& b : vItems)
+            tree.add(&b, b.xmin, b.ymin, b.zmin);
+        tree.build();
+        expectAnswers(tree, vItems, random);
+        if (scene.num > 0)
+        {
+            std::size_t maxLeaf = 0;
+            EXPECT_EQ(checkNode(*tree.getRoot(), maxLeaf), scene.num);
+            if (std::string(scene.name) == "spread")
+            {
+                EXPECT_LE(maxLeaf, 4u);
+            }
+        }
+    }
+}
+
+TEST(Octree, FewOrInseparableItemsStayInOneLeaf)
+{
+    struct Case
+    {
+        const char* name;
+        int num;
+        double step;
+        bool bLeaf;
+    };
+    const Case cases[] = {
+        {"four apart", 4, 1.0, true}, {"five apart", 5, 1.0, false}, {"identical", 1000, 0.0, true}};
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        TARN_OCTREE::Octree tree;
+        for (int i = 0; i < c.num; ++i)
+            tree.add(nullptr, i * c.step, 0.0, 0.0);
+        tree.build();
+        EXPECT_EQ(tree.getRoot()->isLeaf(), c.bLeaf);
+    }
+}
+
+} // namespace
+} // namespace TARN_ZEF
