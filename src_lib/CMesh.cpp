@@ -350,7 +350,21 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
         std::cout << "deg=" << deg << std::endl;
         ASSEX_TEXT(false, "false");
     }
-    collectInMapOrder(vCE, [deg](const CEdge* pCE) { return fitsDegree(pCE->getDegree(), deg); });
+    const auto fits = [deg](const CEdge* pCE) { return fitsDegree(pCE->getDegree(), deg); };
+    if (deg == 2 || deg == -99)
+    {
+        collectInMapOrder(vCE, fits); // nearly all edges
+        return;
+    }
+    const auto start = static_cast<std::ptrdiff_t>(vCE.size());
+    forEachEdge(
+        [&](CEdge* pCE)
+        {
+            if (fits(pCE))
+                vCE.push_back(pCE);
+        });
+    std::sort(vCE.begin() + start, vCE.end(), [](const CEdge* pA, const CEdge* pB)
+              { return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1; });
 }
 
 void CMesh::getAllCE(std::vector<CEdge*>& vCE) const

@@ -1,7 +1,6 @@
 #include "HoleToCCD.h"
 
 #include "CEdge.h"
-#include "CPatch.h"
 #include "CTriangle.h"
 #include "Chain.h"
 #include "ChainMgr.h"
@@ -28,13 +27,8 @@ HoleToCCD::~HoleToCCD() = default;
 
 bool HoleToCCD::run(std::vector<Point3>& vPixels)
 {
-    // The components as they were before any hole closed. Whatever patches the mesh had before are gone with
-    // this, and none refers to a mesh that has changed.
-    pCMesh->createCCPatches();
-    std::vector<CPatch*> vTakenPatches;
-    pCMesh->takePatches(vTakenPatches);
-    const std::vector<std::unique_ptr<CPatch>> vPatches(vTakenPatches.begin(), vTakenPatches.end());
-
+    // None may refer to a mesh that changes. The components before any hole closed are of no use here.
+    pCMesh->deletePatches();
     fillAll();
     return !vPixels.empty();
 }

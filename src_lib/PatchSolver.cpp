@@ -19,11 +19,12 @@ const double MAX_PAIR_SHARE = 0.1;
 const std::uint32_t MIN_CLOSED = 4; // a tetrahedron
 const std::uint32_t MAX_BUBBLE = 7; // a closed patch below this size may be a free bubble
 
-// A closed patch of 100 triangles and more is split only below a thickness of 0.4 spacings. A large part of
-// the mesh that is clearly thicker by a quicker sum need not be measured exactly.
+// A closed patch of 100 triangles and more is split only below a thickness of 0.4 spacings. What is a large
+// part of the mesh and clearly thicker by a quicker sum need not be measured exactly.
 const std::size_t MIN_QUICK_SIZE = 100;
 const std::size_t QUICK_PART = 16;
 const double CLEARLY_THICK = 0.45;
+const double CLEARLY_LARGE_SHARE = 0.11; // likewise, of a patch in a pair
 } // namespace
 
 PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
@@ -48,7 +49,7 @@ bool PatchSolver::pass(bool bStrict, Progress& progress)
     collectSides();
     collectRecords();
     progress.increment();
-    std::vector<std::pair<Record*, Record*>> vPairs;
+    std::vector<RecordPair> vPairs;
     std::vector<Record> vClosed;
     classify(vPairs, vClosed);
     progress.increment();
@@ -124,7 +125,7 @@ bool PatchSolver::isBoundaryLess(const Record& a, const Record& b) const
         vBoundaryCE.data() + b.firstBoundary, vBoundaryCE.data() + b.endBoundary, ByCreationCE());
 }
 
-void PatchSolver::classify(std::vector<std::pair<Record*, Record*>>& vPairs, std::vector<Record>& vClosed)
+void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosed)
 {
     NumberSet hasWalls;
     for (std::size_t i = 0; i < vRecords.size(); ++i)
@@ -172,6 +173,51 @@ CPatch* PatchSolver::chooseVictim(CPatch* p0, CPatch* p1, double sumArea)
     return p0->getSize() < p1->getSize() ? p0 : p1;
 }
 
+// Pairs of which one alone has a large share of the mesh stay in any case.
+void PatchSolver::dropHugePairs(std::vector<RecordPair>& vPairs)
+{
+    std::map<Label, double> mArea;
+    for (const auto& [pRecord0, pRecord1] : vPairs)
+        for (const Label label : {pRecord0->label, pRecord1->label})
+            if (isLargePart(label) && !isRemembered(mHugeSize, label))
+                mArea[label] = 0.0;
+    if (!mArea.empty())
+    {
+        double sumArea = 0.0;
+        for (const CTriangle* pCT : pCMesh->getAllT())
+        {
+            if (!pCT->isAlive())
+                continue;
+            const Point3& p0 = *pCT->getVtx(pCMesh, 0);
+            const double area =
+                crossProduct(*pCT->getVtx(pCMesh, 1) - p0, *pCT->getVtx(pCMesh, 2) - p0).length();
+            sumArea += area;
+            const auto it = mArea.find(labels.findRoot(pCT->getNumber()));
+            if (it != mArea.end())
+                it->second += area;
+        }
+        for (const auto& [label, area] : mArea)
+            if (area / sumArea > CLEARLY_LARGE_SHARE)
+                mHugeSize[label] = labels.getSize(label);
+    }
+    std::erase_if(vPairs,
+                  [this](const RecordPair& pair) {
+                      return isRemembered(mHugeSize, pair.first->label) ||
+                             isRemembered(mHugeSize, pair.second->label);
+                  });
+}
+
+bool PatchSolver::isLargePart(Label label) const
+{
+    return labels.getSize(label) >= std::max(MIN_QUICK_SIZE, pCMesh->getNumAliveT() / QUICK_PART);
+}
+
+bool PatchSolver::isRemembered(const std::map<Label, std::uint32_t>& mSize, Label label) const
+{
+    const auto it = mSize.find(label);
+    return it != mSize.end() && it->second == labels.getSize(label);
+}
+
 // The area of the mesh, or a part of it that is enough to see that no pair has a large share.
 double PatchSolver::getEnoughArea(double maxPairArea) const
 {
@@ -186,8 +232,10 @@ double PatchSolver::getEnoughArea(double maxPairArea) const
     return area;
 }
 
-bool PatchSolver::solvePairs(const std::vector<std::pair<Record*, Record*>>& vPairs)
+bool PatchSolver::solvePairs(const std::vector<RecordPair>& vAllPairs)
 {
+    std::vector<RecordPair> vPairs = vAllPairs;
+    dropHugePairs(vPairs);
     double maxPairArea = 0.0;
     bool bNeedArea = false;
     for (const auto& [pRecord0, pRecord1] : vPairs)
@@ -258,15 +306,13 @@ bool PatchSolver::canBeSplit(const Record& record) const
 
 bool PatchSolver::isThick(const Record& record)
 {
-    const std::uint32_t size = labels.getSize(record.label);
-    if (size < std::max(MIN_QUICK_SIZE, pCMesh->getNumAliveT() / QUICK_PART))
+    if (!isLargePart(record.label))
         return false;
-    const auto it = mThickSize.find(record.label);
-    if (it != mThickSize.end() && it->second == size)
+    if (isRemembered(mThickSize, record.label))
         return true;
     if (!(computeThickness(record.label) > CLEARLY_THICK))
         return false;
-    mThickSize[record.label] = size;
+    mThickSize[record.label] = labels.getSize(record.label);
     return true;
 }
 

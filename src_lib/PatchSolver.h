@@ -68,14 +68,19 @@ private:
         CPatch* pPatch = nullptr; // made when it is needed
     };
 
+    using RecordPair = std::pair<Record*, Record*>;
+
     void collectSides();
     void collectRecords();
-    void classify(std::vector<std::pair<Record*, Record*>>& vPairs, std::vector<Record>& vClosed);
-    bool solvePairs(const std::vector<std::pair<Record*, Record*>>& vPairs);
+    void classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosed);
+    bool solvePairs(const std::vector<RecordPair>& vAllPairs);
     bool solveClosed(std::vector<Record>& vClosed, bool bStrict);
+    void dropHugePairs(std::vector<RecordPair>& vPairs);
     [[nodiscard]] double getEnoughArea(double maxPairArea) const;
     [[nodiscard]] bool isBubble(const Record& record) const;
     [[nodiscard]] bool canBeSplit(const Record& record) const;
+    [[nodiscard]] bool isLargePart(Label label) const;
+    [[nodiscard]] bool isRemembered(const std::map<Label, std::uint32_t>& mSize, Label label) const;
     [[nodiscard]] bool isThick(const Record& record);
     [[nodiscard]] double computeThickness(Label label);
     [[nodiscard]] bool hasSameBoundary(const Record& a, const Record& b) const;
@@ -90,9 +95,12 @@ private:
     CMesh* pCMesh;
     Calc* pCalc;
     TriangleUnion labels;
-    std::vector<CEdge*> vWallCE;               // may hold edges that are no walls any more
-    NumberSet wallCE;                          // what vWallCE holds
-    std::map<Label, std::uint32_t> mThickSize; // large patches that are no thin volume, with that size
+    std::vector<CEdge*> vWallCE; // may hold edges that are no walls any more
+    NumberSet wallCE;            // what vWallCE holds
+    // Large patches that need no second look while they have that size: no thin volume; a large share of the
+    // mesh's area.
+    std::map<Label, std::uint32_t> mThickSize;
+    std::map<Label, std::uint32_t> mHugeSize;
 
     // Of the present pass:
     std::vector<Side> vSides;

@@ -176,6 +176,7 @@ private:
     static bool growUmbrella(const Point3* pCenter, std::vector<RTriangle*>& vAvail,
                              std::vector<RTriangle*>& vUmbrella);
     void mergeEdge(REdge* pRE, REdge* pExistingRE);
+    static void collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT);
     void deletePatches();
     void initPools(std::size_t numPoints, std::size_t numTriangles);
     void collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork);

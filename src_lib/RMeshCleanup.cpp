@@ -98,28 +98,38 @@ void RMesh::createPatches(int maxT)
 int RMesh::killDuplicateT()
 {
     std::vector<RTriangle*> vKillT;
-    std::vector<RTriangle*> vAtEdge;
-    std::vector<const Point3*> vOppVtx;
     for (const REdge* pRE : vAllRE)
     {
-        if (pRE->getDegree() < 2)
-            continue;
-        vAtEdge.assign(pRE->vRT.begin(), pRE->vRT.end());
-        std::sort(vAtEdge.begin(), vAtEdge.end(), ByCreationRT());
-        vOppVtx.clear();
-        for (RTriangle* pRT : vAtEdge)
+        if (pRE->getDegree() == 2)
         {
-            const Point3* pOpp = pRT->getThirdPoint(pRE->p0, pRE->p1);
-            if (std::find(vOppVtx.begin(), vOppVtx.end(), pOpp) != vOppVtx.end())
-                vKillT.push_back(pRT);
-            else
-                vOppVtx.push_back(pOpp);
+            RTriangle* pA = pRE->vRT[0];
+            RTriangle* pB = pRE->vRT[1];
+            if (pA->getThirdPoint(pRE->p0, pRE->p1) == pB->getThirdPoint(pRE->p0, pRE->p1))
+                vKillT.push_back(std::max(pA, pB, ByCreationRT()));
         }
+        else if (pRE->getDegree() > 2)
+            collectTwins(pRE, vKillT);
     }
     for (RTriangle* pRT : vKillT)
         if (pRT->isAlive())
             pRT->kill(this);
     return static_cast<int>(vKillT.size());
+}
+
+// Appends the triangles of an edge whose opposite corner an earlier one has.
+void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
+{
+    std::vector<RTriangle*> vAtEdge(pRE->vRT.begin(), pRE->vRT.end());
+    std::sort(vAtEdge.begin(), vAtEdge.end(), ByCreationRT());
+    std::vector<const Point3*> vOppVtx;
+    for (RTriangle* pRT : vAtEdge)
+    {
+        const Point3* pOpp = pRT->getThirdPoint(pRE->p0, pRE->p1);
+        if (std::find(vOppVtx.begin(), vOppVtx.end(), pOpp) != vOppVtx.end())
+            vKillT.push_back(pRT);
+        else
+            vOppVtx.push_back(pOpp);
+    }
 }
 
 // Last triangle first; the triangles around a collapse have new shapes and come before all others.

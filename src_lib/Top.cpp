@@ -159,11 +159,15 @@ void Top::finish()
     pProgress->increment();
     orientAll();
     pProgress->increment();
+    bool bHasBorder = false;
+    pCMesh->forEachEdge([&bHasBorder](const CEdge* pCE)
+                        { bHasBorder = bHasBorder || pCE->getDegree() == 1; });
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
-    // The pass before turns triangles along the borders, and new ones follow their neighbours only.
-    orientAll();
+    // That turns triangles along the borders, and new ones follow their neighbours only.
+    if (bHasBorder)
+        orientAll();
     pProgress->increment();
     pProgress->setFinished(true);
 }

@@ -8,7 +8,6 @@
 #include "TriangleUnion.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace TARN_ZEF
 {
@@ -33,8 +32,41 @@ struct Component
     bool bTurn = false;    // the seed must be turned, and all that agrees with it
 };
 
-// Orients all pieces of a mesh from a few walks in memory order. The turn of each triangle against the first
-// one of its piece is unique, unless the piece is twisted.
+// Turns all that the seed reaches over edges of degree 2 to agree with it, and appends it to vFlood: breadth
+// first, over triangles whose edges all have degree 2 as long as there are any. bVisited tells what was
+// reached.
+void floodOriented(CTriangle* pSeed, std::vector<CTriangle*>& vFlood)
+{
+    std::vector<CTriangle*> vReserveT;
+    pSeed->bVisited = true;
+    vFlood.push_back(pSeed);
+    for (std::size_t i = 0; i < vFlood.size(); ++i)
+    {
+        CTriangle* pCurrentCT = vFlood[i];
+        for (int ici = 0; ici < 3; ++ici)
+        {
+            const CEdge& edge = *pCurrentCT->getCEdge(ici);
+            if (edge.getDegree() != 2)
+                continue;
+            CTriangle* pNeigT = edge.vCT[edge.vCT[0] == pCurrentCT ? 1 : 0];
+            if (pNeigT->bVisited)
+                continue;
+            pNeigT->bVisited = true;
+            if (runsUp(*pCurrentCT, edge) == runsUp(*pNeigT, edge))
+                pNeigT->flipOrientation();
+            (pNeigT->allEdgesManifold() ? vFlood : vReserveT).push_back(pNeigT);
+        }
+        if (i + 1 == vFlood.size())
+        {
+            vFlood.insert(vFlood.end(), vReserveT.begin(), vReserveT.end());
+            vReserveT.clear();
+        }
+    }
+}
+
+// Orients all pieces of a mesh, each with its topmost corner facing up. That takes a few walks in memory
+// order, since the turn of a triangle against the first one of its piece is unique. Only a twisted piece
+// needs a flood, whose order decides where the twist ends.
 class Orienter
 {
 public:
@@ -45,8 +77,7 @@ public:
     {
     }
 
-    // vTwistedT gets the triangles of twisted pieces, which stay as they are.
-    void run(std::vector<CTriangle*>& vTwistedT)
+    void run()
     {
         std::vector<unsigned int> vTwistedSeeds;
         pCMesh->forEachEdge(
@@ -64,8 +95,11 @@ public:
         for (const unsigned int number : vTwistedSeeds)
             vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
         for (Component& component : vComponents)
-            component.bTurn = isUpsideDown(component);
-        turnTriangles(vTwistedT);
+            component.bTurn = !component.bTwisted && isUpsideDown(component);
+        turnTriangles();
+        for (const Component& component : vComponents)
+            if (component.bTwisted)
+                orientTwisted(component);
     }
 
 private:
@@ -90,7 +124,8 @@ private:
                     topmost = ccd;
         }
     }
-    // By the normals of its own triangles at its topmost corner, seen as the seed runs.
+    // By the normals of its own triangles at its topmost corner: as the seed runs, or, in a twisted piece, as
+    // they run themselves.
     [[nodiscard]] bool isUpsideDown(const Component& component)
     {
         vIncT.clear();
@@ -102,22 +137,29 @@ private:
             if (found.root != component.seed)
                 continue;
             const double z = getLatticeNormal(*pCalc, *pCT).z();
-            up += found.bTurned ? -z : z;
+            up += !component.bTwisted && found.bTurned ? -z : z;
         }
         return up < 0.0;
     }
-    void turnTriangles(std::vector<CTriangle*>& vTwistedT)
+    void turnTriangles()
     {
         for (CTriangle* pCT : pCMesh->getAllT())
         {
             if (!pCT->isAlive())
                 continue;
             const Component& component = vComponents[vComponentOf[pCT->getNumber()]];
-            if (component.bTwisted)
-                vTwistedT.push_back(pCT);
-            else if (turns.find(pCT->getNumber()).bTurned != component.bTurn)
+            pCT->bVisited = false;
+            if (!component.bTwisted && turns.find(pCT->getNumber()).bTurned != component.bTurn)
                 pCT->flipOrientation();
         }
+    }
+    void orientTwisted(const Component& component)
+    {
+        std::vector<CTriangle*> vFlood;
+        floodOriented(pCMesh->getAllT()[component.seed], vFlood);
+        if (isUpsideDown(component))
+            for (CTriangle* pCT : vFlood)
+                pCT->flipOrientation();
     }
 
     CMesh* pCMesh;
@@ -188,54 +230,23 @@ void Top::createPatchesOrient(const std::vector<CTriangle*>& vT, std::vector<CPa
     ASSEX(vPatches.empty());
     for (CTriangle* pCT : vT)
         pCT->bVisited = false;
-    std::vector<CTriangle*> dWorkspace; // a queue; its first numPopped entries have left it
-    std::vector<CTriangle*> vReserveT;
+    std::vector<CTriangle*> vFlood;
     for (CTriangle* pSeed : vT)
     {
         if (!pSeed->isAlive() || pSeed->bVisited)
             continue;
-        auto* pPatch = new CPatch(pCMesh, pCalc);
-        vPatches.push_back(pPatch);
-        pSeed->bVisited = true;
-        dWorkspace.assign(1, pSeed);
-        for (std::size_t numPopped = 0; numPopped < dWorkspace.size();)
-        {
-            CTriangle* pCurrentCT = dWorkspace[numPopped++];
-            pPatch->addT(pCurrentCT);
-            for (int i = 0; i < 3; ++i)
-            {
-                const CEdge& edge = *pCurrentCT->getCEdge(i);
-                if (edge.getDegree() != 2)
-                    continue;
-                CTriangle* pNeigT = edge.vCT[edge.vCT[0] == pCurrentCT ? 1 : 0];
-                if (pNeigT->bVisited)
-                    continue;
-                pNeigT->bVisited = true;
-                if (runsUp(*pCurrentCT, edge) == runsUp(*pNeigT, edge))
-                    pNeigT->flipOrientation();
-                (pNeigT->allEdgesManifold() ? dWorkspace : vReserveT).push_back(pNeigT);
-            }
-            if (numPopped == dWorkspace.size())
-            {
-                dWorkspace.swap(vReserveT);
-                vReserveT.clear();
-                numPopped = 0;
-            }
-        }
+        vPatches.push_back(new CPatch(pCMesh, pCalc));
+        vFlood.clear();
+        floodOriented(pSeed, vFlood);
+        for (CTriangle* pCT : vFlood)
+            vPatches.back()->addT(pCT);
     }
 }
 
-// The same as createPatchesOrient() on all triangles and orientPatch() on each of its patches. These go over
-// the surface step by step, which only a twisted piece needs: there the order decides where the twist ends.
+// The same as createPatchesOrient() on all triangles and orientPatch() on each of its patches.
 void Top::orientAll()
 {
-    std::vector<CTriangle*> vTwistedT;
-    Orienter(pCMesh, pCalc).run(vTwistedT);
-    std::vector<CPatch*> vPatches;
-    createPatchesOrient(vTwistedT, vPatches);
-    const std::vector<std::unique_ptr<CPatch>> vOwned(vPatches.begin(), vPatches.end());
-    for (CPatch* pPatch : vPatches)
-        pPatch->orientPatch();
+    Orienter(pCMesh, pCalc).run();
 }
 
 } // namespace TARN_ZEF
