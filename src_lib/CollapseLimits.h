@@ -1,8 +1,13 @@
 #ifndef ZEF_COLLAPSELIMITS_H
 #define ZEF_COLLAPSELIMITS_H
 
+#include <vector>
+
 namespace TARN_ZEF
 {
+class Point3;
+class REdge;
+
 // What a reduction allows.
 struct CollapseLimits
 {
@@ -11,6 +16,14 @@ struct CollapseLimits
     // Whether a collapse also needs that the common neighbours of both ends are exactly the corners of their
     // common triangles. Else a tunnel of three edges closes, and the surface touches itself there.
     bool bKeepTopology;
+};
+
+// What the evaluation of one collapse needs for its time; kept to spare allocations.
+struct CollapseScratch
+{
+    std::vector<const REdge*> vSrcRing;     // opposite the vanishing vertex, of the triangles that stay
+    std::vector<const Point3*> vSrcRingVtx; // their ends, with repetitions
+    std::vector<const Point3*> vCommon;     // third corners of the triangles that vanish
 };
 
 } // namespace TARN_ZEF

@@ -65,6 +65,8 @@ std::shared_ptr<Mesh> Hal::reconstruct()
         return {};
     }
     pProgress->increment();
+    if (bOccupancyStage)
+        thinOccupancy();
     createCCDBundle();
     pProgress->increment();
     pProgress->setFinished(true);

@@ -12,6 +12,7 @@ namespace TARN_ZEF
 class CMesh;
 class Calc;
 class CloudMgr;
+class IsoStore;
 class RMesh;
 struct Bundle;
 
@@ -43,6 +44,12 @@ public:
     // Fills the map from cell to bundle.
     void createCCDBundle();
 
+    // --- Occupancy stage (HalIsoStore.cpp) ---
+    // The bundles' cells as bits. It walks the bundles of this object, which it sorts by cell.
+    [[nodiscard]] std::shared_ptr<IsoStore> createIsoStore();
+    // Whether reconstruct() thins layers of cells before the extraction; off at first.
+    void setOccupancyStage(bool bOccupancyStage_) noexcept { bOccupancyStage = bOccupancyStage_; }
+
 private:
     enum class Repair
     {
@@ -52,8 +59,11 @@ private:
     // Extraction, repair, and the refined mesh, from the map of bundles.
     [[nodiscard]] std::shared_ptr<Mesh> buildMesh(Repair repair);
     [[nodiscard]] std::shared_ptr<Mesh> refineMesh();
+    // Drops the bundles whose cells the passes of the store take away.
+    void thinOccupancy();
 
     CloudMgr* pCloudMgr;
+    bool bOccupancyStage = false;
     Calc* pCalc = nullptr;
     CMesh* pCMesh = nullptr;
     std::vector<Bundle*> vBundles; // the occupied cells, ascending by cell

@@ -14,7 +14,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-// A triangle with so many edges on the known border stands in a corner of it.
+// A triangle with so many edges on the known border, or more, stands in a corner of it.
 const int MAX_BORDER_COUNT = 2;
 
 int countOnBorder(const CTriangle& ct, const std::set<u64>& sBorder)
@@ -55,14 +55,16 @@ public:
         vGroup.assign(1, pSeedT);
     }
 
-    // Goes on from the next triangle of the group; false if there is none. mayCross(edge) tells over which
-    // edges.
-    template <typename MayCross>
-    bool step(MayCross mayCross)
+    // Goes on from the next triangle of the group; false if there is none. mayLeave(ct) tells whether, and
+    // mayCross(edge) over which edges.
+    template <typename MayLeave, typename MayCross>
+    bool step(MayLeave mayLeave, MayCross mayCross)
     {
         if (next == vGroup.size())
             return false;
         const CTriangle* pCT = vGroup[next++];
+        if (!mayLeave(*pCT))
+            return true;
         for (int ici = 0; ici < 3; ++ici)
         {
             const CEdge& edge = *pCT->getCEdge(ici);
@@ -109,26 +111,25 @@ Inspector::~Inspector()
             pCT->kill(pCMesh);
 }
 
-void Inspector::keepGoodPartForKnownBorder(CPatch* pTestPatch, CTriangle* pStartT, const std::set<u64>& sBorder)
+void Inspector::keepGoodPartForKnownBorder(CPatch* pTestPatch, CTriangle* pStartT,
+                                           const std::set<u64>& sBorder)
 {
     clearVisited(*pTestPatch);
     std::vector<CTriangle*> vResult;
     GroupFlood flood(*pTestPatch, vResult, pStartT);
-    int borderCount = 0;
-    std::size_t i = 0;
-    const auto mayCross = [&](const CEdge& edge)
-    { return borderCount < MAX_BORDER_COUNT && edge.getDegree() == 2; };
-    do
+    const auto mayLeave = [&](const CTriangle& ct)
     {
-        if (i == vResult.size())
-            break;
-        borderCount = countOnBorder(*vResult[i++], sBorder);
-        if (borderCount >= MAX_BORDER_COUNT)
-            std::cout << "BorderCount=" << borderCount << ", continue" << std::endl;
-    } while (flood.step(mayCross));
+        const int borderCount = countOnBorder(ct, sBorder);
+        if (borderCount < MAX_BORDER_COUNT)
+            return true;
+        std::cout << "BorderCount=" << borderCount << ", continue" << std::endl;
+        return false;
+    };
+    while (flood.step(mayLeave, [](const CEdge& edge) { return edge.getDegree() == 2; }))
+    {
+    }
 
     vGroupA = vResult;
-    vGroupB.clear();
     vGroupB = getUnreached(*pTestPatch);
     clearVisited(*pTestPatch);
     ASSEX_TEXT(vResult.size() + vGroupB.size() == pTestPatch->getSize(),
@@ -145,10 +146,11 @@ void Inspector::splitFromT(const std::multimap<u64, u64>& mm, CPatch* pTestPatch
     const auto mayCrossA = [&](const CEdge& edge)
     { return edge.getDegreeInPatch(pTestPatch) == 2 && !isOnBorder(edge, mm); };
     const auto mayCrossB = [&](const CEdge& edge) { return edge.getDegree() == 2 && !isOnBorder(edge, mm); };
+    const auto mayLeave = [](const CTriangle&) { return true; };
     for (bool bGrown = true; bGrown;)
     {
-        const bool bGrownA = floodA.step(mayCrossA);
-        const bool bGrownB = floodB.step(mayCrossB);
+        const bool bGrownA = floodA.step(mayLeave, mayCrossA);
+        const bool bGrownB = floodB.step(mayLeave, mayCrossB);
         bGrown = bGrownA || bGrownB;
     }
 
@@ -184,9 +186,12 @@ std::size_t Inspector::countDisagreeing(const std::vector<CTriangle*>& vGroup) c
     {
         const auto itOwn = std::find_if(pCE->vCT.begin(), pCE->vCT.end(),
                                         [&](const CTriangle* pCT) { return sGroup.count(pCT) != 0; });
-        return hasNormal(**itOwn, pCMesh) &&
-               std::any_of(pCE->vCT.begin(), pCE->vCT.end(), [&](const CTriangle* pOther)
-                           { return pOther != *itOwn && (*itOwn)->needFlip(pOther) && hasNormal(*pOther, pCMesh); });
+        return hasNormal(**itOwn, pCMesh) && std::any_of(pCE->vCT.begin(), pCE->vCT.end(),
+                                                         [&](const CTriangle* pOther) {
+                                                             return pOther != *itOwn &&
+                                                                    (*itOwn)->needFlip(pOther) &&
+                                                                    hasNormal(*pOther, pCMesh);
+                                                         });
     };
     return static_cast<std::size_t>(std::count_if(vOuterCE.begin(), vOuterCE.end(), isDisagreeing));
 }

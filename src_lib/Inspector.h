@@ -40,7 +40,8 @@ public:
     // first goes on over edges with two members of the patch, the second over edges of degree 2. The part with
     // more outer edges where it disagrees with what stands beside it is removed, on a tie the smaller one, or
     // the second. What neither reaches goes with it. The patch's outer boundary is stale afterwards.
-    void splitFromT(const std::multimap<u64, u64>& mm, CPatch* pTestPatch, CTriangle* pSeedA, CTriangle* pSeedB);
+    void splitFromT(const std::multimap<u64, u64>& mm, CPatch* pTestPatch, CTriangle* pSeedA,
+                    CTriangle* pSeedB);
 
     // Takes all triangles out of the other patches and kills these.
     void discardOthers(const CPatch* pGrownPatch);
@@ -51,7 +52,8 @@ public:
 
 private:
     // Leaves vKeepT in the patch; vRemoveT are the others.
-    void cut(CPatch* pTestPatch, const std::vector<CTriangle*>& vKeepT, const std::vector<CTriangle*>& vRemoveT);
+    void cut(CPatch* pTestPatch, const std::vector<CTriangle*>& vKeepT,
+             const std::vector<CTriangle*>& vRemoveT);
     // Members that neither group holds, dead ones too.
     [[nodiscard]] std::vector<CTriangle*> getUnreached(const CPatch& patch) const;
     [[nodiscard]] std::size_t countDisagreeing(const std::vector<CTriangle*>& vGroup) const;

@@ -19,7 +19,7 @@ namespace TARN_ZEF
 class CMesh;
 class RPatch;
 struct CollapseLimits;
-struct RECandidate;
+struct CollapseScratch;
 
 // What an RMesh is built from: the corners and alive triangles of a CMesh as flat data. It lets the CMesh
 // go before the RMesh takes its memory.
@@ -140,16 +140,10 @@ public:
     // maxDevAngle degrees. Returns the number of triangles that died with their edges.
     int reduce(double maxSqLen, double maxDevAngle, bool bKeepTopology = false);
     // Square root of the edge's length in cells, plus 100 times the mean turn in radians of the triangles
-    // that stay; NaN if none could be measured, DBL_MAX if the collapse of end iSrc is forbidden. vSrcRing is
-    // scratch.
+    // that stay; NaN if none could be measured, DBL_MAX if the collapse is forbidden. iSrc is the end that
+    // vanishes.
     [[nodiscard]] double getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                            std::vector<REdge*>& vSrcRing) const;
-    [[nodiscard]] RECandidate makeCandidate(REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                            std::vector<REdge*>& vSrcRing) const;
-    // Evaluates both directions of each edge on the pool. vPenaltyRE must come in with two empty candidates an
-    // edge, and leaves with the allowed ones, in order of edge and direction.
-    void evaluateCandidates_MT(const CollapseLimits& limits, const std::vector<REdge*>& vRE,
-                               std::vector<RECandidate>& vPenaltyRE) const;
+                                            CollapseScratch& scratch) const;
 
     // --- Smoothing (RMeshMove.cpp) ---
     // Moves each vertex in turn, unless a vertex stands at its new point by then. Each vertex at most once.
@@ -190,8 +184,8 @@ private:
                                        std::vector<std::pair<double, REdge*>>& vImpRE, int);
     void computePostponedFlips(double minImprovement, double temperature,
                                std::vector<std::pair<double, REdge*>>& vImpRE);
-    [[nodiscard]] bool hasRingEdgeIn(const Point3* pVtx, const std::vector<REdge*>& vRing) const;
-    [[nodiscard]] bool hasStrangerInCommon(const Point3* pA, const Point3* pB) const;
+    [[nodiscard]] bool meetsSrcRing(const Point3* pTrg, bool bKeepTopology,
+                                    const CollapseScratch& scratch) const;
     [[nodiscard]] bool
     areAllPlacesDifferent(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt) const;
 

@@ -46,11 +46,16 @@ int RMesh::createPatchesOrient()
     return static_cast<int>(vRP.size());
 }
 
-// Breadth first across edges of degree 2. The start is not marked: its first neighbour reaches it again,
-// and if the surface can't be oriented, that is the place where it may be turned.
+// Breadth first across edges of degree 2. Triangles at borders and non-manifold edges wait until the clean
+// surface is done, so that a twisted scrap at a rim does not turn what lies behind it. The start is not
+// marked: its first neighbour reaches it again, and if the surface can't be oriented, that is the place
+// where it may be turned.
 void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
 {
+    const auto isRegular = [](const RTriangle* pRT)
+    { return pRT->aRE[0]->getDegree() == 2 && pRT->aRE[1]->getDegree() == 2 && pRT->aRE[2]->getDegree() == 2; };
     std::vector<RTriangle*> vWorkspace{pStart};
+    std::vector<RTriangle*> vReserve;
     for (std::size_t head = 0; head < vWorkspace.size(); ++head)
     {
         RTriangle* pRT = vWorkspace[head];
@@ -61,10 +66,15 @@ void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
             RTriangle* pNeigT = pRE->getDegree() == 2 ? pRE->getNeigT(pRT) : nullptr;
             if (pNeigT == nullptr || pNeigT->bVisited)
                 continue;
-            vWorkspace.push_back(pNeigT);
+            (isRegular(pNeigT) ? vWorkspace : vReserve).push_back(pNeigT);
             if (pRT->needFlip(pNeigT))
                 pNeigT->flipOrientation();
             pNeigT->bVisited = true;
+        }
+        if (head + 1 == vWorkspace.size())
+        {
+            vWorkspace.insert(vWorkspace.end(), vReserve.begin(), vReserve.end());
+            vReserve.clear();
         }
     }
 }

@@ -51,17 +51,17 @@ public:
     // False, and nothing changed, if a triangle would vanish or turn by more than maxDevAngle degrees, or
     // the rings share an edge, or midPoint is taken. After a collapse, the edges at the remaining vertex that
     // are shorter than maxSqLen (squared) enter mmPrioq by squared length.
-    bool tryCollapseEnd(const REdge* pRE, int iEnd, double maxSqLen, double maxDevAngle,
-                        std::multimap<double, REdge*>& mmPrioq);
-    bool tryCollapseMid(const REdge* pRE, const Point3& midPoint, double maxSqLen, double maxDevAngle,
-                        std::multimap<double, REdge*>& mmPrioq);
+    [[nodiscard]] bool tryCollapseEnd(const REdge* pRE, int iEnd, double maxSqLen, double maxDevAngle,
+                                      std::multimap<double, REdge*>& mmPrioq);
+    [[nodiscard]] bool tryCollapseMid(const REdge* pRE, const Point3& midPoint, double maxSqLen,
+                                      double maxDevAngle, std::multimap<double, REdge*>& mmPrioq);
 
     // --- Smoothing ---
     // As the public call, but only the removal of flat triangles reports.
     void laplacianSmoothing(int numIterations);
 
 private:
-    bool flipCap(REdge* pRE);
+    [[nodiscard]] bool flipCap(REdge* pRE);
     void queueEdgesAt(const Point3* pVtx, double maxSqLen, std::multimap<double, REdge*>& mmPrioq) const;
 
     RMesh* pRMesh;

@@ -1,5 +1,6 @@
 #include "Reducer.h"
 
+#include "JobGroup.h"
 #include "Progress.h"
 #include "RMesh.h"
 #include "sortMT2.h"
@@ -13,6 +14,7 @@ namespace TARN_ZEF
 {
 namespace
 {
+const double FORBIDDEN = DBL_MAX;
 // A candidate goes back into the queue if its penalty has grown by more than the tolerance to above the bar.
 const double WORSE_BAR = 2.0;
 const double WORSE_TOLERANCE = 3.0;
@@ -26,6 +28,14 @@ const double DEAR = 6.0;
 const std::size_t MAX_FOR_RECOMPUTE = 1000;
 const int MAX_RECOMPUTES = 5;
 
+const std::size_t MIN_EDGES_PER_JOB = 100;
+const std::size_t MAX_JOBS = 36;
+
+// Candidates ahead of the queue whose pointer, edge and vertices are prefetched.
+const std::size_t FAR_AHEAD = 12;
+const std::size_t MIDDLE_AHEAD = 8;
+const std::size_t NEAR_AHEAD = 4;
+
 struct ByPenalty
 {
     bool operator()(const RECandidate& a, const RECandidate& b) const noexcept
@@ -36,11 +46,19 @@ struct ByPenalty
             return false;
         if (isNaN(a.penalty) != isNaN(b.penalty))
             return isNaN(b.penalty);
-        const unsigned int numberA = a.pRE->getNumber();
-        const unsigned int numberB = b.pRE->getNumber();
-        return numberA != numberB ? numberA < numberB : a.iSrc < b.iSrc;
+        return a.edge != b.edge ? a.edge < b.edge : a.iSrc < b.iSrc;
     }
 };
+
+std::size_t slotOf(unsigned int edge, int iSrc)
+{
+    return 2 * static_cast<std::size_t>(edge) + static_cast<std::size_t>(iSrc);
+}
+
+unsigned int numberOf(const Point3* pVtx)
+{
+    return RVertex::of(pVtx)->number;
+}
 } // namespace
 
 Reducer::Reducer(RMesh* pRMesh_, const CollapseLimits& limits_)
@@ -52,29 +70,28 @@ Reducer::Reducer(RMesh* pRMesh_, const CollapseLimits& limits_)
 int Reducer::run()
 {
     markBorder();
-    Progress* pPrepare = getRootProgress()->getChildProgressSetTodo("RM_redprioq", 2);
-    vChanged.assign(pRMesh->getNumVertices(), 0);
-    evaluate(pRMesh->getAllRE());
-    pPrepare->setFinished(true);
-
+    prepareQueue();
     const auto todo = static_cast<u64>(1.5 * static_cast<double>(queue.size()));
-    pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
     while (!queue.empty())
     {
         RECandidate candidate = queue.front();
         queue.pop();
-        const double freshPen = getFreshPenalty(candidate);
-        const bool bForbidden = freshPen == DBL_MAX;
-        if (!bForbidden && freshPen > WORSE_BAR && freshPen > candidate.penalty + WORSE_TOLERANCE)
+        prefetchCandidates();
+        const double freshPen = getPenalty(candidate.edge, candidate.iSrc, scratch);
+        const bool bAllowed = freshPen != FORBIDDEN;
+        if (bAllowed && freshPen > WORSE_BAR && freshPen > candidate.penalty + WORSE_TOLERANCE)
         {
             candidate.penalty = freshPen;
-            candidate.epoch = numCollapses;
             queue.add(candidate);
             continue;
         }
         pProgress->increment();
-        if (!bForbidden && tryCollapse(candidate) && isRefillDue())
+        if (bAllowed && tryCollapse(candidate) && isRefillDue())
+        {
             refill();
+            pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", queue.size());
+        }
     }
     pProgress->setFinished(true);
     return numKilled;
@@ -82,60 +99,117 @@ int Reducer::run()
 
 void Reducer::markBorder()
 {
-    Progress* pBorder = getRootProgress()->getChildProgressSetTodo("RM_redborder", 2);
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redborder", 2);
     std::vector<REdge*> vBoundaryRE;
     pRMesh->getDegN(1, vBoundaryRE);
-    pBorder->increment();
+    pProgress->increment();
     vIsBorder.assign(pRMesh->getNumVertices(), 0);
     for (const REdge* pRE : vBoundaryRE)
         for (const Point3* pVtx : {pRE->getVtx0(), pRE->getVtx1()})
-            vIsBorder[RVertex::of(pVtx)->number] = 1;
-    pBorder->setFinished(true);
+            vIsBorder[numberOf(pVtx)] = 1;
+    pProgress->setFinished(true);
 }
 
-void Reducer::evaluate(const std::vector<REdge*>& vRE)
+void Reducer::prepareQueue()
 {
-    std::vector<RECandidate> vPenaltyRE(2 * vRE.size());
-    pRMesh->evaluateCandidates_MT(limits, vRE, vPenaltyRE);
-    for (RECandidate& candidate : vPenaltyRE)
-        candidate.epoch = numCollapses;
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprioq", 2);
+    const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
+    vChangedAt.assign(pRMesh->getNumVertices(), now);
+    vEvaluatedAt.assign(2 * vAllRE.size(), 0);
+    vPenalty.assign(2 * vAllRE.size(), FORBIDDEN);
+    vIsDead.resize(vAllRE.size());
+    std::transform(vAllRE.begin(), vAllRE.end(), vIsDead.begin(),
+                   [](const REdge* pRE) { return !pRE->isAlive(); });
+    pProgress->increment();
+    std::vector<unsigned int> vEdges;
+    collectAliveEdges(vEdges);
+    queueEdges(vEdges);
+    pProgress->setFinished(true);
+}
+
+// Edges leave the queue in an order that memory does not know: ask for their parts in time.
+void Reducer::prefetchCandidates() const
+{
+    const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
+    const RECandidate* pFar = queue.guessAhead(FAR_AHEAD);
+    if (pFar != nullptr && !vIsDead[pFar->edge])
+    {
+        __builtin_prefetch(&vAllRE[pFar->edge]);
+        __builtin_prefetch(&vEvaluatedAt[slotOf(pFar->edge, pFar->iSrc)]);
+    }
+    const RECandidate* pMiddle = queue.guessAhead(MIDDLE_AHEAD);
+    if (pMiddle != nullptr && !vIsDead[pMiddle->edge])
+        __builtin_prefetch(vAllRE[pMiddle->edge]);
+    const RECandidate* pNear = queue.guessAhead(NEAR_AHEAD);
+    if (pNear != nullptr && !vIsDead[pNear->edge])
+    {
+        const REdge* pRE = vAllRE[pNear->edge];
+        __builtin_prefetch(pRE->getVtx0());
+        __builtin_prefetch(pRE->getVtx1());
+    }
+}
+
+void Reducer::queueEdges(const std::vector<unsigned int>& vEdges)
+{
+    std::vector<RECandidate> vPenaltyRE;
+    evaluateCandidates_MT(vEdges, vPenaltyRE);
     sortMT(vPenaltyRE.begin(), vPenaltyRE.end(), ByPenalty());
     queue.addSorted(std::move(vPenaltyRE));
 }
 
-void Reducer::startProgress()
+void Reducer::evaluateCandidates_MT(const std::vector<unsigned int>& vEdges,
+                                    std::vector<RECandidate>& vPenaltyRE)
 {
-    pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", queue.size());
+    ASSEX(vPenaltyRE.empty());
+    const std::size_t n = vEdges.size();
+    const std::size_t chunk = std::max(MIN_EDGES_PER_JOB, n / MAX_JOBS);
+    JobGroup jobs;
+    for (std::size_t from = 0; from < n; from += chunk)
+        jobs.push(
+            [&, from, to = std::min(from + chunk, n)]
+            {
+                CollapseScratch buffers;
+                for (std::size_t i = from; i < to; ++i)
+                    for (const int iSrc : {0, 1})
+                        (void)getPenalty(vEdges[i], iSrc, buffers);
+            });
+    jobs.finish();
+    for (const unsigned int edge : vEdges)
+        for (const int iSrc : {0, 1})
+        {
+            const double penalty = vPenalty[slotOf(edge, iSrc)];
+            if (penalty != FORBIDDEN)
+                vPenaltyRE.push_back({penalty, edge, iSrc});
+        }
 }
 
-// As long as no collapse has touched the triangles at both ends, the penalty is what it was.
-double Reducer::getFreshPenalty(const RECandidate& candidate)
+double Reducer::getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers)
 {
-    const REdge* pRE = candidate.pRE;
-    if (vChanged[RVertex::of(pRE->getVtx0())->number] <= candidate.epoch &&
-        vChanged[RVertex::of(pRE->getVtx1())->number] <= candidate.epoch)
-        return candidate.penalty;
-    return pRMesh->getCollapsePenalty(pRE, candidate.iSrc, limits, vScratch);
+    if (vIsDead[edge])
+        return FORBIDDEN;
+    const REdge* pRE = pRMesh->getAllRE()[edge];
+    const std::size_t slot = slotOf(edge, iSrc);
+    if (vEvaluatedAt[slot] <
+        std::max(vChangedAt[numberOf(pRE->getVtx0())], vChangedAt[numberOf(pRE->getVtx1())]))
+    {
+        vPenalty[slot] = pRMesh->getCollapsePenalty(pRE, iSrc, limits, buffers);
+        vEvaluatedAt[slot] = now;
+    }
+    return vPenalty[slot];
 }
 
 // A border vertex moves only along a border that is nearly straight there.
 bool Reducer::tryCollapse(const RECandidate& candidate)
 {
-    REdge* pRE = candidate.pRE;
+    const REdge* pRE = pRMesh->getAllRE()[candidate.edge];
     Point3* pSrc = pRE->getVertex(candidate.iSrc);
     Point3* pTrg = pRE->getOtherPoint(pSrc);
-    if (isBorder(pSrc) && (pRE->getDegree() != 1 || !isBorderStraightAt(pSrc)))
+    if (vIsBorder[numberOf(pSrc)] != 0 && (pRE->getDegree() != 1 || !isBorderStraightAt(pSrc)))
         return false;
     numKilled += pRE->getDegree();
-    noteChange(pSrc, pTrg);
-    pRMesh->exchangeCorner(pSrc, pTrg);
+    collapse(pSrc, pTrg);
     vRefillVtx.push_back(pTrg);
     return true;
-}
-
-bool Reducer::isBorder(const Point3* pVtx) const
-{
-    return vIsBorder[RVertex::of(pVtx)->number] != 0;
 }
 
 // A vertex where several borders touch counts as a corner.
@@ -152,16 +226,25 @@ bool Reducer::isBorderStraightAt(const Point3* pVtx) const
     return !(MIN_BORDER_ANGLE > getAngleDegree(vVecs[0], vVecs[1]));
 }
 
-void Reducer::noteChange(const Point3* pSrc, const Point3* pTrg)
+// Edges at the vanishing vertex die or change their ends; one that was dead may come to life in their place.
+void Reducer::collapse(Point3* pSrc, Point3* pTrg)
 {
-    ++numCollapses;
-    vChanged[RVertex::of(pTrg)->number] = numCollapses;
-    pRMesh->forEachIncidentT(pSrc,
-                             [this](const RTriangle* pRT, int)
-                             {
-                                 for (int i = 0; i < 3; ++i)
-                                     vChanged[RVertex::of(pRT->getCorner(i))->number] = numCollapses;
-                             });
+    ++now;
+    vSrcT.clear();
+    pRMesh->getIncidentT(pSrc, vSrcT);
+    vTouchedRE.clear();
+    for (const RTriangle* pRT : vSrcT)
+        for (int i = 0; i < 3; ++i)
+        {
+            vChangedAt[numberOf(pRT->getCorner(i))] = now;
+            vTouchedRE.push_back(pRT->getRE(i));
+        }
+    pRMesh->exchangeCorner(pSrc, pTrg);
+    for (const REdge* pRE : vTouchedRE)
+        vIsDead[pRE->getNumber()] = !pRE->isAlive();
+    for (const RTriangle* pRT : vSrcT)
+        for (int i = 0; pRT->isAlive() && i < 3; ++i)
+            vIsDead[pRT->getRE(i)->getNumber()] = false;
 }
 
 bool Reducer::isRefillDue() const
@@ -170,42 +253,40 @@ bool Reducer::isRefillDue() const
     return queue.empty() || num >= MANY_COLLAPSES || (num >= SOME_COLLAPSES && queue.front().penalty > DEAR);
 }
 
+// After a full evaluation, what still stands in the queue is met again later and found stale.
 void Reducer::refill()
 {
     const std::size_t num = vRefillVtx.size();
+    std::vector<unsigned int> vEdges;
     if (num > 2 && num < MAX_FOR_RECOMPUTE && ++numRecomputes < MAX_RECOMPUTES)
-    {
-        // What still stands in the queue is met again later and found stale.
-        vRefillVtx.clear();
-        evaluate(pRMesh->getAllRE());
-    }
+        collectAliveEdges(vEdges);
     else
-    {
-        std::vector<REdge*> vRefillRE;
-        collectRefillEdges(vRefillRE);
-        evaluate(vRefillRE);
-    }
-    startProgress();
+        collectRefillEdges(vEdges);
+    vRefillVtx.clear();
+    queueEdges(vEdges);
+}
+
+void Reducer::collectAliveEdges(std::vector<unsigned int>& vEdges) const
+{
+    for (unsigned int edge = 0; edge < vIsDead.size(); ++edge)
+        if (!vIsDead[edge])
+            vEdges.push_back(edge);
 }
 
 // The edges at all refill vertices, by creation, each once.
-void Reducer::collectRefillEdges(std::vector<REdge*>& vRefillRE)
+void Reducer::collectRefillEdges(std::vector<unsigned int>& vEdges)
 {
     std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
     vRefillVtx.erase(std::unique(vRefillVtx.begin(), vRefillVtx.end()), vRefillVtx.end());
-    std::vector<unsigned int> vNumbers;
     for (const Point3* pVtx : vRefillVtx)
         pRMesh->forEachIncidentT(pVtx,
-                                 [&vNumbers](const RTriangle* pRT, int i)
+                                 [&vEdges](const RTriangle* pRT, int i)
                                  {
-                                     vNumbers.push_back(pRT->getRE(RTriangle::getNext(i))->getNumber());
-                                     vNumbers.push_back(pRT->getRE(RTriangle::getPrev(i))->getNumber());
+                                     vEdges.push_back(pRT->getRE(RTriangle::getNext(i))->getNumber());
+                                     vEdges.push_back(pRT->getRE(RTriangle::getPrev(i))->getNumber());
                                  });
-    vRefillVtx.clear();
-    sortMT(vNumbers.begin(), vNumbers.end());
-    vNumbers.erase(std::unique(vNumbers.begin(), vNumbers.end()), vNumbers.end());
-    for (const unsigned int number : vNumbers)
-        vRefillRE.push_back(pRMesh->getAllRE()[number]);
+    sortMT(vEdges.begin(), vEdges.end());
+    vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
 }
 
 } // namespace TARN_ZEF

@@ -10,17 +10,17 @@
 
 namespace TARN_ZEF
 {
-class Point3;
 class Progress;
-class REdge;
 class RMesh;
+class RTriangle;
 
 // The loop of a reduction: collapses edges of a refined mesh, the cheapest first, until none is left that
 // the limits allow.
 //
 // Candidates are evaluated in batches on the pool, collapses are made one by one. The queue is not kept in
 // step: a candidate is evaluated again at its turn, and goes back if it has become much worse; places where
-// something happened are evaluated anew when enough of them have come together.
+// something happened are evaluated anew when enough of them have come together. A penalty depends on the
+// triangles at both ends only, so one that is known stays good until a collapse touches these.
 //
 // Ownership:  none; the mesh must outlive it. Needs a tree of progress.
 // Threads:    the caller's; it is made for one run.
@@ -43,27 +43,37 @@ private:
     };
 
     void markBorder();
-    void evaluate(const std::vector<REdge*>& vRE);
-    void startProgress();
-    [[nodiscard]] double getFreshPenalty(const RECandidate& candidate);
-    // May collapse candidates that passed the tests of the loop; true if it did.
+    void prepareQueue();
+    void prefetchCandidates() const;
+    // Evaluates both directions of the edges and queues those that are allowed.
+    void queueEdges(const std::vector<unsigned int>& vEdges);
+    void evaluateCandidates_MT(const std::vector<unsigned int>& vEdges, std::vector<RECandidate>& vPenaltyRE);
+    [[nodiscard]] double getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers);
+    // Collapses the candidate unless the border forbids it; true if it did.
     bool tryCollapse(const RECandidate& candidate);
-    [[nodiscard]] bool isBorder(const Point3* pVtx) const;
     [[nodiscard]] bool isBorderStraightAt(const Point3* pVtx) const;
-    void noteChange(const Point3* pSrc, const Point3* pTrg);
+    void collapse(Point3* pSrc, Point3* pTrg);
     [[nodiscard]] bool isRefillDue() const;
     void refill();
-    void collectRefillEdges(std::vector<REdge*>& vRefillRE);
+    void collectAliveEdges(std::vector<unsigned int>& vEdges) const;
+    void collectRefillEdges(std::vector<unsigned int>& vEdges);
 
     RMesh* pRMesh;
     CollapseLimits limits;
     StableQueue<RECandidate, Penalty> queue;
-    std::vector<char> vIsBorder;        // by vertex number, as the mesh was at the start
-    std::vector<Point3*> vRefillVtx;    // where collapses went to since the last refill
-    std::vector<unsigned int> vChanged; // by vertex number: the last collapse that touched its triangles
-    std::vector<REdge*> vScratch;
-    Progress* pProgress = nullptr;
-    unsigned int numCollapses = 0;
+    std::vector<char> vIsBorder;     // by vertex number, as the mesh was at the start
+    std::vector<Point3*> vRefillVtx; // where collapses went to since the last refill
+
+    // What is known of penalties. Time counts collapses from 1 on; 0 is before everything.
+    unsigned int now = 1;
+    std::vector<unsigned int> vChangedAt;   // by vertex number: when its triangles changed last
+    std::vector<unsigned int> vEvaluatedAt; // by twice the edge number plus direction
+    std::vector<double> vPenalty;           // likewise
+    std::vector<bool> vIsDead;              // by edge number: degree 0; bits, to stay in the cache
+
+    std::vector<RTriangle*> vSrcT;        // at the vertex that vanishes
+    std::vector<const REdge*> vTouchedRE; // theirs, with repetitions
+    CollapseScratch scratch;
     int numRecomputes = 0;
     int numKilled = 0;
 };

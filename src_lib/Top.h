@@ -2,10 +2,12 @@
 #define ZEF_TOP_H
 
 #include "CEdge.h"
+#include "Point3.h"
 #include "Rotx.h"
 #include "StableQueue.h"
 #include "definitions.h"
 
+#include <map>
 #include <set>
 #include <utility>
 #include <vector>
@@ -18,6 +20,14 @@ class CMesh;
 class CPatch;
 class Progress;
 class Voro;
+
+// What a collapse tries.
+enum SimplifyMode
+{
+    SM_MID_THEN_ENDS = 0,
+    SM_ENDS = 1,
+    SM_MID = 2
+};
 
 // Takes the raw mesh of the extraction and removes what makes it unusable as a surface: crossing diagonals,
 // flat triangles, dangling triangles and frayed pieces at the border, non-manifold fins and bubbles.
@@ -99,8 +109,9 @@ public:
     static void killBoundaryPatches(const std::vector<CPatch*>& vPatches);
     // Closes chains of edges of degree 3 and kills what they cut out.
     void closeChainsKillT();
-    // Finds one or two edges that close an open chain; appends them. A closed one gives true and no edge; no
-    // way, or a chain of which the mesh has lost an edge of degree 1 or 3 and more, gives false.
+    // Finds the edge that joins the ends of an open chain, or two edges over a corner off the chain with the
+    // least sum of degrees; appends them. A closed chain gives true and no edge. False if there are none, or if
+    // an edge of the chain has degree 0 or 2.
     [[nodiscard]] bool tryClose(const Chain* pChain, std::vector<CEdge*>& vNewCE) const;
     // Kills the first part that the chain and the new edges cut off, if it is small against the chain; says
     // whether it did.
@@ -122,6 +133,50 @@ public:
     // Cost: exponential in the size of the cluster; more than 12 patches are turned away.
     bool frac_solvePatchCluster(const std::vector<CPatch*>& vCluster, double meshArea);
 
+    // --- Simplify and flips (TopSimplify.cpp) ---
+    // Shortest edge first, the smallest key of equal ones by time of entry: squared length to edge.
+    using EdgeQueue = std::multimap<double, CEdge*>;
+
+    // Corners on features and on known borders, for the flips and for a melt.
+    void addFeatureCCD(u64 ccd) { sFeatureCCD.insert(ccd); }
+    void addBorderCCD(u64 ccd) { sBorderCCD.insert(ccd); }
+    [[nodiscard]] const std::set<u64>& getFeatureCCDs() const noexcept { return sFeatureCCD; }
+
+    // Flips and collapses that smooth the lattice mesh, in a fixed order.
+    void optimize();
+    // Collapses the edges shorter than maxLen, shortest first, off the borders, where the surface around them
+    // is flat to 5 degrees. Returns whether another pass pays. Two passes over the twins that a collapse may
+    // leave kill all of these.
+    bool simplify(int passNo, double maxLen, SimplifyMode mode);
+    // Collapses the edge to its midpoint if no triangle around would leave its plane by more than 5 degrees
+    // were its corner at mid. The edges at the corner that stays enter mm if they are shorter than allowed.
+    [[nodiscard]] bool killMid(CEdge* pCE, const Point3& mid, double sqMaxLen, EdgeQueue& mm);
+    // The same with end 0 or 1 dying in favour of the other one, which stays where it is.
+    [[nodiscard]] bool killSingle(CEdge* pCE, int end, double sqMaxLen, EdgeQueue& mm);
+    // Kills triangles with a border at edges of more than two triangles, smallest first, until two are left.
+    void killBorderEars();
+
+    // --- Flips (TopFlips.cpp) ---
+    // Greedy flips, the largest gain in energy first, of edges that bend by maxAngle degrees or more.
+    void edgeFlips(double maxAngle);
+    // Appends the edges of degree 2 that bend by maxAngle degrees or more, in map order.
+    void getEdgesForOptimization(double maxAngle, std::vector<CEdge*>& vOptimizable) const;
+    // Three turns of flips that join lattice neighbours on features by edges.
+    void flipFeatures();
+    // Edges that go on at a or b straight from the line (a, b), to 0.2 degrees.
+    [[nodiscard]] int countCollinearConnectors(u64 a, u64 b) const;
+    // Whether the diagonal (v0, v1), v0 < v1, may become (ccd0, ccd1): a new edge, off known borders, that
+    // bends by less than 120 degrees.
+    [[nodiscard]] bool canFlip(u64 v0, u64 v1, u64 ccd0, u64 ccd1) const;
+    // Flips the long edges of triangles with an angle of 170 degrees or more; with bFinal, one that cannot be
+    // flipped loses that corner. Returns the number of changes.
+    int flipExtremeCaps(bool bFinal);
+    // Appends (bend in degrees, edge) for the edges of degree 2 that bend by minAngle or more, the largest
+    // bend first, equal ones by creation.
+    void getAngles(double minAngle, std::vector<std::pair<double, CEdge*>>& vAngle) const;
+    // Flips edges that bend by 150 degrees or more where that makes the bend smaller by 5 degrees.
+    void flipCreases();
+
 protected:
     using PatchPair = std::pair<CPatch*, CPatch*>;
 
@@ -131,6 +186,9 @@ protected:
                                 std::vector<CPatch*>& vClosedPatches, std::vector<CPatch*>& vOpenPatches);
     // Kills one of the two, unless they are large; false if both stay. sumArea  of the whole mesh
     static bool solvePair(CPatch* p0, CPatch* p1, double sumArea);
+    void flipCreases(double minAngle);
+    // Degrees between the triangles at an edge of degree 2; false if one has no normal.
+    [[nodiscard]] bool getBend(const CEdge* pCE, double& angle) const;
 
     CMesh* pCMesh; // the same after cbsComplete(), with other contents
     Calc* pCalc;
@@ -158,6 +216,13 @@ private:
     [[nodiscard]] CPatch* findForeignPatch(CEdge* pBoundaryCE, CPatch* pCurrentPatch, bool& bWarned) const;
     static bool absorbNeighbours(CPatch* pPatch);
 
+    // Whether the triangles at killCCD that do not hold trgCCD keep their planes if it moves to trgPos.
+    [[nodiscard]] bool staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos) const;
+    [[nodiscard]] bool tryCollapse(CEdge* pCE, SimplifyMode mode, double sqMaxLen, EdgeQueue& mm);
+    void enqueueEdgesAt(u64 ccd, double sqMaxLen, EdgeQueue& mm) const;
+    void flipFeaturesAt(u64 ccd);
+    [[nodiscard]] bool removeCap(CEdge* pCE, u64 apex);
+    bool tryFlipCrease(CEdge* pCE, double curAngle);
     bool unifyDiagonalAt(CEdge* pCE);
     void splitNewFlat(CTriangle* pNewT);
     // Moves the first corner that lets itself be moved, from corner ici on; false if none does.

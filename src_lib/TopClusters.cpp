@@ -59,7 +59,8 @@ std::vector<u64> getEdgeMasks(const std::vector<CPatch*>& vCluster)
 // Whether no edge bounds an odd number of the patches of the set.
 bool isClosedSet(u64 set, const std::vector<u64>& vMasks)
 {
-    return std::all_of(vMasks.begin(), vMasks.end(), [set](u64 mask) { return std::popcount(mask & set) % 2 == 0; });
+    return std::all_of(vMasks.begin(), vMasks.end(),
+                       [set](u64 mask) { return std::popcount(mask & set) % 2 == 0; });
 }
 
 // The first pair of disjoint sets with the same boundary, in increasing order; false without one. Two disjoint
@@ -161,7 +162,8 @@ bool Top::frac_createCluster(CPatch* pStartPatch, std::vector<CPatch*>& vCluster
         vBoundary.pop_back();
         std::erase_if(vNeigs, [=](const CPatch* pPatch)
                       { return pPatch == nullptr || pPatch == pStartPatch || !pPatch->isAlive(); });
-        const auto itLargest = std::max_element(vNeigs.begin(), vNeigs.end(), [](const CPatch* pA, const CPatch* pB)
+        const auto itLargest = std::max_element(vNeigs.begin(), vNeigs.end(),
+                                                [](const CPatch* pA, const CPatch* pB)
                                                 { return pA->getSize() < pB->getSize(); });
         for (auto it = vNeigs.begin(); it != vNeigs.end(); ++it)
         {

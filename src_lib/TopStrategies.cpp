@@ -60,7 +60,8 @@ std::vector<CTriangle*> getTrianglesOn(const std::vector<CEdge*>& vCE)
 
 // The pair of edges over a corner off the chain that joins its ends with the least sum of degrees, the first
 // one among equals; null without one.
-std::array<CEdge*, 2> findTwoEdges(const CMesh& mesh, u64 endVCD0, u64 endVCD1, const std::vector<u64>& vChainVCD)
+std::array<CEdge*, 2> findTwoEdges(const CMesh& mesh, u64 endVCD0, u64 endVCD1,
+                                   const std::vector<u64>& vChainVCD)
 {
     std::vector<CEdge*> vCE0;
     mesh.getIncCE(endVCD0, vCE0);
@@ -223,7 +224,8 @@ CTriangle* Top::getMaxT(const std::vector<CPatch*>& vPatches, bool& bNeedFlip) c
     std::vector<std::pair<int, CTriangle*>> vSumT;
     for (CTriangle* pCT : vIncT)
         vSumT.emplace_back(countInLayer(*pCT, maxCCD), pCT);
-    std::stable_sort(vSumT.begin(), vSumT.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    std::stable_sort(vSumT.begin(), vSumT.end(),
+                     [](const auto& a, const auto& b) { return a.first < b.first; });
     for (const auto& [sum, pCT] : vSumT)
     {
         Vector3 coarseNNV;
@@ -269,7 +271,7 @@ CPatch* Top::patchGrowing(const std::vector<CPatch*>& vPatches)
 CPatch* Top::findForeignPatch(CEdge* pBoundaryCE, CPatch* pCurrentPatch, bool& bWarned) const
 {
     CTriangle* pOwnPatchT = pBoundaryCE->getUniqueInPatch(pCurrentPatch);
-    if (pOwnPatchT == nullptr)
+    if (pOwnPatchT == nullptr || pBoundaryCE->vCT.size() < 2)
         return nullptr;
     if (!rotx.sortStar(pOwnPatchT, pBoundaryCE))
     {
@@ -279,8 +281,6 @@ CPatch* Top::findForeignPatch(CEdge* pBoundaryCE, CPatch* pCurrentPatch, bool& b
         return nullptr;
     }
     ASSEX(pBoundaryCE->vCT[0] == pOwnPatchT);
-    if (pBoundaryCE->vCT.size() < 2)
-        return nullptr;
     const CTriangle* pForeignT = pBoundaryCE->vCT[1];
     CPatch* pForeignPatch = pForeignT->getPatch();
     if (pForeignPatch == nullptr)
@@ -382,7 +382,8 @@ bool Top::tryKillT(const Chain* pChain, const std::vector<CEdge*>& vNewCE)
     return false;
 }
 
-bool Top::bfs(CTriangle* pStartT, const EdgeSet& sChainCE, std::size_t maxNumT, std::vector<CTriangle*>& vUsedT)
+bool Top::bfs(CTriangle* pStartT, const EdgeSet& sChainCE, std::size_t maxNumT,
+              std::vector<CTriangle*>& vUsedT)
 {
     std::unordered_set<const CTriangle*> sUsedT{pStartT};
     vUsedT.assign(1, pStartT);

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <map>
 #include <set>
 #include <sstream>
@@ -51,12 +53,20 @@ protected:
         writeBall("far.xyz", 5000000.0, "");
         write("empty.xyz", "");
         write("two.xyz", "0 0 0\n1 1 1\n");
+        write("row.xyz", "0 0 0\n1 1 1\n2 2 2\n3 3 3\n4 4 4\n");
         write("same.xyz", "1 2 3\n1 2 3\n1 2 3\n1 2 3\n");
         write("nan.xyz", "nan 0 0\n0 nan 0\n0 0 nan\n");
         write("soup.stl", "solid s\nendsolid s\n");
         write("cut.ply", "ply\nformat ascii 1.0\nelement vertex 9\n");
+        const std::string plyPoints = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
+                                      "property float y\nproperty float z\n";
+        write("points.ply", plyPoints + "end_header\n0 0 0\n1 0 0\n0 1 0\n");
+        write("nan.ply", plyPoints + "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
+                                     "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n");
         write("cloud.foo", "0 0 0\n");
         write("old.ply", "precious");
+        writeBox("box.stl", 1.0);
+        writeBox("line.stl", 0.0);
     }
     void TearDown() override { fs::remove_all(base); }
 
@@ -66,7 +76,7 @@ protected:
     }
 
     // A spiral of 3000 points about a centre on the x axis.
-    void writeBall(const std::string& name, double centre, const std::string& rest) const
+    void writeBall(const std::string& name, double centre, const std::string& rest, double radius = 1.0) const
     {
         std::ofstream file(folder / name);
         file.precision(17);
@@ -74,9 +84,28 @@ protected:
         {
             const double z = 1.0 - (2 * i + 1) / 3000.0;
             const double r = std::sqrt(1.0 - z * z);
-            file << centre + r * std::cos(2.4 * i) << " " << r * std::sin(2.4 * i) << " " << z << "\n";
+            file << centre + radius * r * std::cos(2.4 * i) << " " << radius * r * std::sin(2.4 * i) << " "
+                 << radius * z << "\n";
         }
         file << rest;
+    }
+
+    // Twelve triangles around a box 2 long whose other edges measure 2 * half.
+    void writeBox(const std::string& name, double half) const
+    {
+        static const int CORNERS[] = {0, 2, 3, 0, 3, 1, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
+                                      2, 6, 7, 2, 7, 3, 0, 4, 6, 0, 6, 2, 1, 3, 7, 1, 7, 5};
+        std::ofstream file(folder / name);
+        file << "solid box\n";
+        for (std::size_t i = 0; i < std::size(CORNERS); ++i)
+        {
+            const int c = CORNERS[i];
+            file << (i % 3 == 0 ? "facet normal 0 0 0\nouter loop\n" : "");
+            file << "vertex " << (c & 1 ? 1 : -1) << " " << (c & 2 ? half : -half) << " "
+                 << (c & 4 ? half : -half) << "\n";
+            file << (i % 3 == 2 ? "endloop\nendfacet\n" : "");
+        }
+        file << "endsolid box\n";
     }
 
     // prefix: shell commands to run first, in the same shell.
@@ -124,17 +153,37 @@ const FailureCase FAILURES[] = {
     {"target is the input", "old.ply old.ply", 2, "replace"},
     {"picture of another type", "ball.xyz new.ply --png new.jpg", 2, ".png"},
     {"half a view", "ball.xyz new.ply --view 30", 2, "--view"},
+    {"triangles without -m", "box.stl new.ply", 2, "Input file is of type STL, use --fmelt (-m) instead"},
+    {"triangles without -a", "box.stl new.ply -m", 2, "For an STL provide also the -a option please"},
+    {"triangles of a point file", "ball.xyz new.ply -m -a 1", 2, ".stl"},
+    {"triangles with a factor", "box.stl new.ply -m -a 1 -f 2", 2, "excludes"},
+    {"sampling without -m", "ball.xyz new.xyz --cloud", 2, "--fmelt"},
+    {"sampling to a mesh file", "box.stl new.stl -m -a 1 --cloud", 2, ".xyz"},
+    {"step on sample points", "box.stl new.xyz -m -a 1 --cloud --flips", 2, "--flips"},
+    {"step without a mesh", "ball.xyz --png-cloud a.png --laplace 1", 2, "--laplace"},
+    {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
+    {"reduction in no unit", "ball.xyz new.ply --reduce 2cm", 2, "LEN"},
+    {"reduction by half a pair", "ball.xyz new.ply --reduce 2c,", 2, "LEN"},
+    {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
+    {"smoothing not at all", "ball.xyz new.ply --laplace 0", 2, "--laplace"},
     {"no input file", "none.xyz new.ply", 1, "no such file"},
     {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
     {"input is a folder", "folder.ply new.ply", 1, "folder"},
-    {"triangles", "soup.stl new.ply", 1, "triangles"},
     {"broken input", "cut.ply new.ply", 1, "cut.ply"},
     {"empty input", "empty.xyz old.ply", 1, "no points"},
     {"no finite point", "nan.xyz old.ply", 1, "no points"},
     {"too few points", "two.xyz old.ply", 1, "only 2"},
     {"one place", "same.xyz old.ply", 1, "the same"},
+    {"all on one line", "row.xyz old.ply", 1, "no surface"},
     {"spacing far too small", "ball.xyz old.ply -a 1e-9", 1, "too small"},
     {"spacing far too large", "ball.xyz old.ply -a 1000", 1, "no surface"},
+    {"broken triangles", "cut.ply old.ply -m -a 1", 1, "cut.ply"},
+    {"no triangles", "soup.stl old.ply -m -a 1", 1, "soup.stl"},
+    {"points for triangles", "points.ply old.ply -m -a 1", 1, "leave out -m"},
+    {"no finite triangle", "nan.ply old.ply -m -a 1", 1, "no triangles"},
+    {"triangles without area", "line.stl old.ply -m -a 0.1", 1, "no surface"},
+    {"too many cells along triangles", "box.stl old.ply -m -a 1e-9", 1, "extent"},
+    {"too many cells on triangles", "box.stl old.xyz -m -a 1e-5 --cloud", 1, "area"},
     {"target folder missing", "ball.xyz none/new.ply", 1, "none"},
     {"target is a folder", "ball.xyz folder.ply", 1, "regular file"},
     {"target is a device", "ball.xyz full.ply", 1, "regular file", "ln -sf /dev/full full.ply; "},
@@ -219,6 +268,89 @@ TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
     EXPECT_NE(ply.find(vertexLine.str()), std::string::npos);
 }
 
+TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
+{
+    const Result result = run("box.stl old.ply -m -a 0.1 --feature-angle 30 --json");
+    ASSERT_EQ(result.status, 0) << result.err;
+    std::map<std::string, double> figures = parseJson(result.out);
+    EXPECT_EQ(figures["inputTriangles"], 12);
+    EXPECT_EQ(figures["borderEdges"], 0);
+    EXPECT_EQ(figures["components"], 1);
+    EXPECT_EQ(figures["vertices"] - figures["triangles"] / 2, 2); // Euler number of a ball
+
+    const Result sampled = run("box.stl new.xyz -m -a 0.1 --cloud --json");
+    ASSERT_EQ(sampled.status, 0) << sampled.err;
+    std::ifstream file(folder / "new.xyz");
+    double num = 0;
+    for (double x, y, z; file >> x >> y >> z; ++num)
+        EXPECT_NEAR(std::max({std::fabs(x), std::fabs(y), std::fabs(z)}), 1.0, 1e-9) << num;
+    EXPECT_EQ(parseJson(sampled.out)["points"], num);
+    EXPECT_NEAR(num, 24.0 / (0.1 * 0.1), 500.0); // about one for each cell on the area of the box
+}
+
+// The texts that follow a key in a line of JSON, in their order.
+std::vector<std::string> valuesOf(const std::string& line, const std::string& key)
+{
+    std::vector<std::string> values;
+    const std::string start = '"' + key + "\": ";
+    for (std::size_t i = line.find(start); i != std::string::npos; i = line.find(start, i + 1))
+    {
+        const std::size_t begin = i + start.size();
+        const char* const pEnds = line[begin] == '"' ? "\"" : ",}";
+        const std::size_t from = line[begin] == '"' ? begin + 1 : begin;
+        values.push_back(line.substr(from, line.find_first_of(pEnds, from) - from));
+    }
+    return values;
+}
+
+TEST_F(HostTool, stepsRunInTheOrderOfTheCommandLine)
+{
+    struct Case
+    {
+        const char* arguments;
+        std::vector<std::string> steps;
+    };
+    const Case cases[] = {
+        {"--flips --reduce 3c --laplace 2", {"flips", "reduce 3c,25", "laplace 2"}},
+        {"--laplace 2 --reduce=0.2,12.5 --flips", {"laplace 2", "reduce 0.2,12.5", "flips"}},
+        {"--reduce 1.5c --flips --reduce 3c,30 --flips --anneal",
+         {"reduce 1.5c,25", "flips", "reduce 3c,30", "flips", "anneal"}},
+    };
+    std::set<std::string> meshes;
+    for (const Case& c : cases)
+    {
+        SCOPED_TRACE(c.arguments);
+        const Result result = run(std::string("ball.xyz new.ply --json ") + c.arguments);
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(valuesOf(result.out, "step"), c.steps);
+        // The mesh first, then one for each step.
+        const std::vector<std::string> triangles = valuesOf(result.out, "triangles");
+        ASSERT_EQ(triangles.size(), c.steps.size() + 1) << result.out;
+        EXPECT_EQ(triangles.front(), triangles.back());
+        double last = 1e9;
+        for (std::size_t i = 0; i < c.steps.size(); ++i)
+        {
+            const double now = std::stod(triangles[i + 1]);
+            EXPECT_LE(now, last); // no step adds triangles
+            if (i > 0 && c.steps[i].substr(0, 6) == "reduce")
+            {
+                EXPECT_LT(now, 0.8 * last);
+            }
+            last = now;
+        }
+        meshes.insert(contentOf(folder / "new.ply"));
+    }
+    EXPECT_EQ(meshes.size(), std::size(cases));
+}
+
+TEST_F(HostTool, stepsOnATinyScaleAreTold)
+{
+    writeBall("tiny.xyz", 0.0, "", 0.01);
+    EXPECT_NE(run("tiny.xyz new.ply --flips").err.find("below 0.001"), std::string::npos);
+    EXPECT_EQ(run("tiny.xyz new.ply").err, "");
+    EXPECT_EQ(run("ball.xyz new.ply --flips").err.find("below"), std::string::npos);
+}
+
 TEST_F(HostTool, spacingIsPrintedAlone)
 {
     const Result result = run("ball.xyz --spacing");
@@ -230,6 +362,7 @@ TEST_F(HostTool, spacingIsPrintedAlone)
 
 TEST_F(HostTool, quietMeansQuietAndFilesAppearWhole)
 {
+    const std::size_t numFiles = files().size();
     const Result result = run("ball.xyz new.stl -q -s -f 1.5 --png mesh.png --png-cloud cloud.png --wire");
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.out + result.err, "");
@@ -241,7 +374,7 @@ TEST_F(HostTool, quietMeansQuietAndFilesAppearWhole)
     }
     EXPECT_EQ(after["new.stl"].substr(0, 5), "solid");
     EXPECT_NE(after["new.stl"].find("endsolid"), std::string::npos);
-    EXPECT_EQ(after.size(), 14u);
+    EXPECT_EQ(after.size(), numFiles + 3);
 }
 
 TEST_F(HostTool, lostDigitsAreTold)

@@ -8,15 +8,13 @@
 #include <filesystem>
 #include <iostream>
 #include <limits>
-#include <locale>
-#include <sstream>
 
 #include <sys/resource.h>
 #include <unistd.h>
 
-#include "JsonLine.h"
 #include "PngRenderer.h"
 #include "ToolError.h"
+#include "numberText.h"
 
 namespace TARN_TOOL
 {
@@ -29,6 +27,8 @@ constexpr double MAX_CELLS = 2097152.0 - 9.0;
 constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
+// Post-processing has limits inside that do not scale with the mesh.
+constexpr double SMALLEST_STEP_SPACING = 0.001;
 
 class Stopwatch
 {
@@ -41,19 +41,6 @@ public:
 private:
     std::chrono::steady_clock::time_point start = std::chrono::steady_clock::now();
 };
-
-std::string textOf(double value)
-{
-    std::ostringstream text;
-    text.imbue(std::locale::classic());
-    text << value;
-    return text.str();
-}
-
-std::string secondsText(double seconds)
-{
-    return textOf(std::round(100.0 * seconds) / 100.0) + " s";
-}
 
 bool isFinite(const Point3& p)
 {
@@ -80,6 +67,40 @@ double peakMegabytesOfProcess()
     return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
+// Leaves out what has a corner that is not finite; returns how many triangles went.
+std::size_t dropUnusableTriangles(std::vector<Point3>& vTriCorners)
+{
+    std::size_t numKept = 0;
+    for (std::size_t i = 0; i + 2 < vTriCorners.size(); i += 3)
+        if (isFinite(vTriCorners[i]) && isFinite(vTriCorners[i + 1]) && isFinite(vTriCorners[i + 2]))
+            for (std::size_t k = 0; k < 3; ++k)
+                vTriCorners[numKept++] = vTriCorners[i + k];
+    const std::size_t numDropped = (vTriCorners.size() - numKept) / 3;
+    vTriCorners.resize(numKept);
+    return numDropped;
+}
+
+double areaOf(const std::vector<Point3>& vTriCorners)
+{
+    double sum = 0.0;
+    for (std::size_t i = 0; i + 2 < vTriCorners.size(); i += 3)
+    {
+        const TARN_ZEF::Vector3 a = vTriCorners[i + 1] - vTriCorners[i];
+        const TARN_ZEF::Vector3 b = vTriCorners[i + 2] - vTriCorners[i];
+        const double dot = a * b;
+        sum += 0.5 * std::sqrt(std::max(0.0, a.sqLength() * b.sqLength() - dot * dot));
+    }
+    return sum;
+}
+
+bool isEmpty(const std::shared_ptr<TARN_ZEF::Mesh>& pMesh)
+{
+    std::vector<Point3*> vTriCorners;
+    if (pMesh)
+        pMesh->getTriangles(vTriCorners);
+    return vTriCorners.empty();
+}
+
 OutputCapture::Mode captureMode(const Options& options)
 {
     if (!options.bVerbose)
@@ -99,37 +120,31 @@ Job::Job(const Options& options_)
 void Job::run()
 {
     openTargets();
-    readCloud();
-    checkCloud();
+    readInput();
+    checkInput();
     if (options.bSpacingOnly)
     {
-        estimateSpacing();
-        printSpacing();
+        report.spacing = estimateSpacing();
+        print(report.getSpacing(options));
         return;
     }
     if (outFile)
     {
-        reconstruct();
-        writeMesh();
-        peakMegabytes = peakMegabytesOfProcess();
-        if (options.spacingAbs > 0.0)
-            spacing = options.spacingAbs;
-        else if (!options.bQuiet || options.bJson)
-        {
-            // Only now: the first call in a process fixes a limit of the plane fit, and that must be the
-            // reconstruction.
-            estimateSpacing();
-            spacing *= options.spacingFactor;
-        }
+        if (options.bCloud)
+            sampleTriangles();
+        else
+            makeMesh();
+        writeResult();
+        report.peakMegabytes = peakMegabytesOfProcess();
+        if (!options.bQuiet || options.bJson)
+            report.spacing = getSpacing();
         noteLostDigits();
     }
     drawPictures();
     if (options.bJson)
-        printFigures();
+        print(report.getJson(options));
     else if (!options.bQuiet)
-        printSummary();
-    if (!std::cout.flush())
-        throw ToolError("cannot write to standard output; no file was written");
+        print(report.getSummary(options));
     commitTargets();
 }
 
@@ -165,7 +180,7 @@ void Job::openTargets()
         pngCloudFile.emplace(options.pngCloudName);
 }
 
-void Job::readCloud()
+void Job::readInput()
 {
     const Stopwatch stopwatch;
     if (options.inName == Options::BUILT_IN_CLOUD)
@@ -181,34 +196,56 @@ void Job::readCloud()
             throw ToolError("cannot read " + name + ": it is a folder; give the name of a file");
         if (access(name.c_str(), R_OK) != 0)
             throw ToolError("cannot read " + name + ": " + std::strerror(errno));
-        const TARN_ZEF::FileType type = name.size() < 4 ? TARN_ZEF::FT_UNKNOWN : TARN_ZEF::getFileType(name);
-        if (type == TARN_ZEF::FT_STL)
-            throw ToolError("cannot read " + name + ": an STL holds triangles, not points; give a cloud");
-        if (type == TARN_ZEF::FT_UNKNOWN || type == TARN_ZEF::FT_LIST)
-            throw ToolError("cannot read " + name +
-                            ": unknown extension, expected .ply, .xyz, .txt, .asc or .bin");
-        if (!library([&] { return TARN_ZEF::readPoints_auto(name, vPoints); }))
-            throw ToolError("cannot read " + name + ": not a readable file of points; check its format");
+        if (options.bMelt)
+            readTriangles(name);
+        else
+            readPoints(name);
         heldMessages.clear();
     }
-    dropUnusablePoints();
-    readSeconds = stopwatch.getSeconds();
+    report.numPoints = vPoints.size();
+    report.readSeconds = stopwatch.getSeconds();
 }
 
-void Job::dropUnusablePoints()
+void Job::readPoints(std::string& name)
 {
+    const TARN_ZEF::FileType type = Options::typeOf(name);
+    if (type == TARN_ZEF::FT_UNKNOWN || type == TARN_ZEF::FT_LIST)
+        throw ToolError("cannot read " + name +
+                        ": unknown extension, expected .ply, .xyz, .txt, .asc or .bin");
+    if (!library([&] { return TARN_ZEF::readPoints_auto(name, vPoints); }))
+        throw ToolError("cannot read " + name + ": not a readable file of points; check its format");
     const std::size_t numDropped = std::erase_if(vPoints, [](const Point3& p) { return !isFinite(p); });
     if (numDropped != 0)
-        note(std::to_string(numDropped) + " points with a NaN or infinite coordinate are left out");
+        note("points left out for a NaN or infinite coordinate: " + std::to_string(numDropped));
 }
 
-void Job::checkCloud() const
+void Job::readTriangles(const std::string& name)
+{
+    const bool bStl = Options::typeOf(name) == TARN_ZEF::FT_STL;
+    if (!library(
+            [&]
+            {
+                return bStl ? TARN_ZEF::readSTL_ASCII(name.c_str(), vPoints)
+                            : TARN_ZEF::readPly(name.c_str(), false, vPoints);
+            }))
+        throw ToolError("cannot read " + name +
+                        (bStl ? ": not a readable text STL; check its format (binary STL is not read)"
+                              : ": not a readable PLY of triangles; for a cloud leave out -m"));
+    const std::size_t numDropped = dropUnusableTriangles(vPoints);
+    if (numDropped != 0)
+        note("triangles left out for a NaN or infinite coordinate: " + std::to_string(numDropped));
+    report.numInputTriangles = vPoints.size() / 3;
+}
+
+void Job::checkInput() const
 {
     const std::string& name = options.inName;
     if (vPoints.empty())
-        throw ToolError(name + " holds no points with finite coordinates; check its format");
+        throw ToolError(name + (options.bMelt
+                                    ? " holds no triangles with finite coordinates; for a cloud leave out -m"
+                                    : " holds no points with finite coordinates; check its format"));
     if (vPoints.size() > MAX_POINTS)
-        throw ToolError(name + " holds more than 2147483647 points; thin it out");
+        throw ToolError(name + " holds more than 2147483647 points or corners; thin it out");
     const double extent = maxExtent(vPoints);
     if (!std::isfinite(extent))
         throw ToolError("the coordinates in " + name + " are too large to work with; check its format");
@@ -219,53 +256,163 @@ void Job::checkCloud() const
         throw ToolError(name + " holds only " + std::to_string(vPoints.size()) +
                         " points, too few for a surface; give a denser cloud");
     if (extent == 0.0)
-        throw ToolError("all points in " + name + " are the same; give a cloud with an extent");
-    if (options.spacingAbs > 0.0 && extent / options.spacingAbs > MAX_CELLS)
-        throw ToolError("a spacing of " + textOf(options.spacingAbs) + " is too small for an extent of " +
-                        textOf(extent) + "; try -a " + textOf(2.0 * extent / MAX_CELLS) + " or more");
+        throw ToolError("all points in " + name + " are the same; give input with an extent");
+    if (options.spacingAbs > 0.0)
+        checkSpacing(extent);
+}
+
+void Job::checkSpacing(double extent) const
+{
+    const double given = options.spacingAbs;
+    if (extent / given > MAX_CELLS)
+        throw ToolError("a spacing of " + textOf(given) + " is too small for an extent of " + textOf(extent) +
+                        "; try -a " + textOf(2.0 * extent / MAX_CELLS) + " or more");
+    if (!options.bMelt)
+        return;
+    // About one point for each cell that the triangles cross.
+    const double area = areaOf(vPoints);
+    const double most = static_cast<double>(MAX_POINTS);
+    if (area / (given * given) > most)
+        throw ToolError("a spacing of " + textOf(given) + " is too small for an area of " + textOf(area) +
+                        "; try -a " + textOf(2.0 * std::sqrt(area / most)) + " or more");
+}
+
+void Job::makeMesh()
+{
+    if (options.bMelt)
+        melt();
+    else
+        reconstruct();
+    improveMesh();
+    takeMesh();
 }
 
 void Job::reconstruct()
 {
+    const bool bGiven = options.spacingAbs > 0.0;
     const Stopwatch stopwatch;
     try
     {
         pMesh = library(
             [&]
             {
-                return options.spacingAbs > 0.0
-                           ? TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs)
-                           : TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
+                return bGiven ? TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs)
+                              : TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
             });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
-        throw ToolError(
-            options.spacingAbs > 0.0
-                ? "the points cannot be reconstructed at this spacing; try another one with -a"
-                : "no usable spacing: the points lie too close together for their extent; remove far "
-                  "outliers or give a spacing with -a");
+        throw ToolError(bGiven
+                            ? "the points cannot be reconstructed at this spacing; try another one with -a"
+                            : "no usable spacing: the points lie too close together for their extent; remove "
+                              "far outliers or give a spacing with -a");
     }
-    computeSeconds = stopwatch.getSeconds();
-    if (pMesh)
-        pMesh->getVertexIndexData(vVertices, vCorners);
-    if (vCorners.empty())
+    report.computeSeconds = stopwatch.getSeconds();
+    if (isEmpty(pMesh))
         throw ToolError(
             "no surface found at this spacing; try another one with -a or -f (an open surface of at most " +
             std::to_string(SMALLEST_OPEN_SURFACE) + " triangles is taken for debris and removed)");
-    statistics = MeshStatistics(vVertices.size(), vCorners);
     heldMessages.clear();
 }
 
-void Job::writeMesh()
+void Job::melt()
 {
     const Stopwatch stopwatch;
-    const std::string& tempName = outFile->create();
-    // For PLY, true asks for the binary form.
-    const bool bWritten = library([&] { return TARN_ZEF::writeMesh_auto(tempName, pMesh, true); });
+    try
+    {
+        pMesh = library([&] { return TARN_ZEF::melt(vPoints, options.spacingAbs, options.featureAngle); });
+    }
+    catch (const TARN_ZEF::ZefBugException&)
+    {
+        throw ToolError("the triangles cannot be remeshed at this spacing; try another one with -a");
+    }
+    report.computeSeconds = stopwatch.getSeconds();
+    if (isEmpty(pMesh))
+        throw ToolError("no surface came out at this spacing; try a smaller one with -a");
+    heldMessages.clear();
+}
+
+void Job::sampleTriangles()
+{
+    std::vector<Point3> vSamples;
+    const Stopwatch stopwatch;
+    try
+    {
+        library(
+            [&]
+            {
+                TARN_ZEF::toCloud(vPoints, options.spacingAbs, options.featureAngle, vSamples);
+                return true;
+            });
+    }
+    catch (const TARN_ZEF::ZefBugException&)
+    {
+        throw ToolError("the triangles cannot be sampled at this spacing; try another one with -a");
+    }
+    report.computeSeconds = stopwatch.getSeconds();
+    if (vSamples.empty())
+        throw ToolError("no points came out: are all triangles degenerate?");
+    vPoints = std::move(vSamples);
+    report.numPoints = vPoints.size();
+    heldMessages.clear();
+}
+
+void Job::improveMesh()
+{
+    if (options.vSteps.empty())
+        return;
+    const bool bNeedsSpacing = std::any_of(options.vSteps.begin(), options.vSteps.end(),
+                                           [](const Step& s) { return s.needsSpacing(); });
+    const double cell = bNeedsSpacing || !options.bQuiet ? getSpacing() : 0.0;
+    if (cell < SMALLEST_STEP_SPACING)
+        note("the spacing of " + textOf(cell) + " is below " + textOf(SMALLEST_STEP_SPACING) +
+             ", where post-processing gets inexact; scale the input up");
+    report.anglesBefore = TriangleAngles(*pMesh);
+    for (const Step& step : options.vSteps)
+    {
+        const Stopwatch stopwatch;
+        try
+        {
+            library(
+                [&]
+                {
+                    step.apply(pMesh, cell);
+                    return true;
+                });
+        }
+        catch (const TARN_ZEF::ZefBugException&)
+        {
+            throw ToolError("--" + step.getText() + " failed on this mesh; leave it out or try other values");
+        }
+        const double seconds = stopwatch.getSeconds();
+        report.computeSeconds += seconds;
+        report.vSteps.push_back({step.getText(), TriangleAngles(*pMesh), seconds});
+        if (report.vSteps.back().angles.numTriangles == 0)
+            throw ToolError("--" + step.getText() + " left no triangle; try smaller values");
+        heldMessages.clear();
+    }
+}
+
+void Job::takeMesh()
+{
+    pMesh->getVertexIndexData(vVertices, vCorners);
+    report.statistics = MeshStatistics(vVertices.size(), vCorners);
+}
+
+void Job::writeResult()
+{
+    const Stopwatch stopwatch;
+    std::string tempName = outFile->create();
+    // For a PLY, binary form is true with meshes and false with points.
+    const bool bWritten = library(
+        [&]
+        {
+            return options.bCloud ? TARN_ZEF::writePoints_auto(tempName, vPoints, false)
+                                  : TARN_ZEF::writeMesh_auto(tempName, pMesh, true);
+        });
     if (!bWritten)
         throw ToolError("cannot write " + options.outName + " whole: is the disk full?");
-    writeSeconds = stopwatch.getSeconds();
+    report.writeSeconds = stopwatch.getSeconds();
     heldMessages.clear();
 }
 
@@ -287,11 +434,22 @@ void Job::drawPictures()
         write(*pngCloudFile, renderer.drawCloud(vPoints));
 }
 
-void Job::estimateSpacing()
+double Job::getSpacing()
+{
+    if (options.spacingAbs > 0.0)
+        return options.spacingAbs;
+    if (report.spacing < 0.0)
+        report.spacing = estimateSpacing() * options.spacingFactor;
+    return report.spacing;
+}
+
+double Job::estimateSpacing()
 {
     try
     {
-        spacing = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
+        const double detected = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
+        heldMessages.clear();
+        return detected;
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -299,7 +457,6 @@ void Job::estimateSpacing()
             "no spacing can be detected: the points lie too close together for their extent; remove far "
             "outliers");
     }
-    heldMessages.clear();
 }
 
 void Job::noteLostDigits()
@@ -307,14 +464,22 @@ void Job::noteLostDigits()
     if (TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
         return;
     double largest = 0.0;
+    const auto include = [&largest](const Point3& p) {
+        largest = std::max({largest, std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
+    };
+    if (options.bCloud)
+        std::for_each(vPoints.begin(), vPoints.end(), include);
     for (const Point3* pPoint : vVertices)
-        largest = std::max({largest, std::fabs(pPoint->x()), std::fabs(pPoint->y()), std::fabs(pPoint->z())});
+        include(*pPoint);
     const auto stored = static_cast<float>(largest);
     const double step = std::nextafter(stored, std::numeric_limits<float>::max()) - stored;
-    const double detail = spacing > 0.0 ? spacing : pMesh->getAverageEdgeLength();
+    const double detail = report.spacing > 0.0 ? report.spacing
+                          : pMesh              ? pMesh->getAverageEdgeLength()
+                                               : options.spacingAbs;
     if (step > detail / 1000.0)
         note("PLY stores these large coordinates only in steps of " + textOf(step) +
-             "; to keep their digits write .stl, which has 10");
+             (options.bCloud ? "; to keep their digits write .xyz or .bin"
+                             : "; to keep their digits write .stl, which has 10"));
 }
 
 void Job::commitTargets()
@@ -324,71 +489,10 @@ void Job::commitTargets()
             (*pFile)->commit();
 }
 
-void Job::printSpacing() const
+void Job::print(const std::string& text) const
 {
-    if (options.bJson)
-    {
-        JsonLine line;
-        line.add("points", vPoints.size());
-        line.add("spacing", spacing);
-        std::cout << line.getText() << "\n";
-    }
-    else
-        std::cout << textOf(spacing) << "\n";
-    if (!std::cout.flush())
-        throw ToolError("cannot write to standard output");
-}
-
-void Job::printFigures() const
-{
-    JsonLine line;
-    line.add("points", vPoints.size());
-    if (pMesh)
-    {
-        line.add("spacing", spacing);
-        line.add("vertices", statistics.numVertices);
-        line.add("triangles", statistics.numTriangles);
-        line.add("borderEdges", statistics.numBorderEdges);
-        line.add("nonManifoldEdges", statistics.numNonManifoldEdges);
-        line.add("components", statistics.numComponents);
-        line.add("read_s", readSeconds);
-        line.add("compute", computeSeconds);
-        line.add("write_s", writeSeconds);
-        line.add("peak_mb", peakMegabytes);
-    }
-    std::cout << line.getText() << "\n";
-}
-
-void Job::printSummary() const
-{
-    std::cout << options.inName << ": " << vPoints.size() << " points";
-    if (pMesh)
-    {
-        std::cout << ", spacing " << textOf(spacing);
-        if (options.spacingAbs > 0.0)
-            std::cout << " (given)";
-        else if (options.spacingFactor != 1.0)
-            std::cout << " (" << textOf(options.spacingFactor) << " times the detected one)";
-        else
-            std::cout << " (detected)";
-        std::cout << "\n"
-                  << options.outName << ": " << statistics.numVertices << " vertices, "
-                  << statistics.numTriangles << " triangles, " << statistics.numComponents
-                  << (statistics.numComponents == 1 ? " piece, " : " pieces, ");
-        if (statistics.numBorderEdges == 0)
-            std::cout << "closed";
-        else
-            std::cout << statistics.numBorderEdges << " border edges";
-        if (statistics.numNonManifoldEdges != 0)
-            std::cout << ", " << statistics.numNonManifoldEdges << " non-manifold edges";
-        std::cout << "\nread " << secondsText(readSeconds) << ", reconstruct " << secondsText(computeSeconds)
-                  << ", write " << secondsText(writeSeconds) << ", peak memory "
-                  << std::llround(peakMegabytes) << " MB";
-    }
-    std::cout << "\n";
-    for (const std::string& name : {options.pngName, options.pngCloudName})
-        if (!name.empty())
-            std::cout << name << ": picture\n";
+    if (!(std::cout << text).flush())
+        throw ToolError("cannot write to standard output; no file was written");
 }
 
 void Job::note(const std::string& text)

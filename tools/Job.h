@@ -1,10 +1,10 @@
 #ifndef ZEF_TOOLS_JOB_H
 #define ZEF_TOOLS_JOB_H
 
-#include "MeshStatistics.h"
 #include "Options.h"
 #include "OutputCapture.h"
 #include "ProgressBar.h"
+#include "Report.h"
 #include "SafeOutputFile.h"
 #include "zef.h"
 
@@ -15,7 +15,7 @@
 
 namespace TARN_TOOL
 {
-// One run of the tool: read, reconstruct, write, draw, report. Output files appear only when everything has
+// One run of the tool: read, reconstruct, improve, write, draw, report. Output files appear only when everything has
 // worked.
 //
 // Threads:    one job for each process; it turns the standard streams aside during library calls.
@@ -39,19 +39,28 @@ private:
     auto library(F call);
 
     void openTargets();
-    void readCloud();
-    void dropUnusablePoints();
-    void checkCloud() const;
-    void reconstruct();
-    void writeMesh();
-    void drawPictures();
-    void estimateSpacing();
-    void noteLostDigits();
-    void commitTargets();
+    void readInput();
+    void readPoints(std::string& name);
+    void readTriangles(const std::string& name);
+    void checkInput() const;
+    void checkSpacing(double extent) const;
 
-    void printSpacing() const;
-    void printFigures() const;
-    void printSummary() const;
+    void makeMesh();
+    void reconstruct();
+    void melt();
+    void sampleTriangles();
+    void improveMesh();
+    void takeMesh();
+    void writeResult();
+    void drawPictures();
+
+    // The spacing in force. The first call in automatic mode takes in the points once more: after the
+    // reconstruction only, as the first intake in a process fixes a limit of the plane fit.
+    double getSpacing();
+    double estimateSpacing();
+    void noteLostDigits();
+    void print(const std::string& text) const;
+    void commitTargets();
     void note(const std::string& text);
 
     const Options& options;
@@ -62,17 +71,12 @@ private:
     std::optional<SafeOutputFile> pngFile;
     std::optional<SafeOutputFile> pngCloudFile;
 
-    std::vector<TARN_ZEF::Point3> vPoints; // finite ones only
+    // Finite ones only: the points, or three for each triangle, or the sample points of the triangles.
+    std::vector<TARN_ZEF::Point3> vPoints;
     std::shared_ptr<TARN_ZEF::Mesh> pMesh;
     std::vector<TARN_ZEF::Point3*> vVertices; // of pMesh
     std::vector<int> vCorners; // three consecutive entries, indices into vVertices, are one triangle
-    MeshStatistics statistics;
-
-    double spacing = -1.0; // in force; the detected one if only that is asked for
-    double readSeconds = 0.0;
-    double computeSeconds = 0.0;
-    double writeSeconds = 0.0;
-    double peakMegabytes = 0.0;
+    Report report;
 };
 
 } // namespace TARN_TOOL

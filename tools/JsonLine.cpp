@@ -8,17 +8,30 @@ namespace TARN_TOOL
 {
 void JsonLine::add(const char* pKey, std::size_t value)
 {
-    addText(pKey, std::to_string(value));
+    addRaw(pKey, std::to_string(value));
 }
 
 void JsonLine::add(const char* pKey, double value)
 {
     std::array<char, 32> text;
     const auto [pEnd, error] = std::to_chars(text.data(), text.data() + text.size(), value);
-    addText(pKey, std::isfinite(value) ? std::string(text.data(), pEnd) : "null");
+    addRaw(pKey, std::isfinite(value) ? std::string(text.data(), pEnd) : "null");
 }
 
-void JsonLine::addText(const char* pKey, const std::string& value)
+void JsonLine::add(const char* pKey, const std::string& value)
+{
+    addRaw(pKey, '"' + value + '"');
+}
+
+void JsonLine::add(const char* pKey, const std::vector<JsonLine>& vValues)
+{
+    std::string list;
+    for (const JsonLine& value : vValues)
+        list += (list.empty() ? "" : ", ") + value.getText();
+    addRaw(pKey, '[' + list + ']');
+}
+
+void JsonLine::addRaw(const char* pKey, const std::string& value)
 {
     if (!members.empty())
         members += ", ";

@@ -3,23 +3,26 @@
 
 #include <cstddef>
 #include <string>
+#include <vector>
 
 namespace TARN_TOOL
 {
-// One JSON object of numbers on one line, the members in the order in which they were added. Keys are plain
-// words. Independent of the locale.
+// One JSON object on one line, the members in the order in which they were added. Keys and text values are
+// plain words: no quotes, backslashes or control characters. Independent of the locale.
 class JsonLine
 {
 public:
     void add(const char* pKey, std::size_t value);
     // As many digits as bring the number back exactly; null if it is not finite.
     void add(const char* pKey, double value);
+    void add(const char* pKey, const std::string& value);
+    void add(const char* pKey, const std::vector<JsonLine>& vValues);
 
     // Without a line end.
     [[nodiscard]] std::string getText() const { return "{" + members + "}"; }
 
 private:
-    void addText(const char* pKey, const std::string& value);
+    void addRaw(const char* pKey, const std::string& value);
 
     std::string members;
 };

@@ -1,15 +1,13 @@
 #include "Options.h"
 
 #include <array>
-#include <charconv>
-#include <cmath>
 #include <filesystem>
 #include <iostream>
 #include <system_error>
 
 #include <CLI/CLI.hpp>
 
-#include "zef.h"
+#include "numberText.h"
 
 namespace TARN_TOOL
 {
@@ -18,8 +16,10 @@ namespace
 constexpr int EXIT_USAGE = 2;
 
 constexpr const char* EXAMPLES = R"(Files:
-  IN   .ply .xyz .txt .asc .bin, or artificial123.xyz for the built-in sample cloud
-  OUT  .ply (binary, coordinates as float), .stl (text, 10 digits) or .list (Geomview)
+  IN   .ply .xyz .txt .asc .bin, or artificial123.xyz for the built-in sample cloud;
+       with -m triangles: .stl .ply
+  OUT  .ply (binary, coordinates as float), .stl (text, 10 digits) or .list (Geomview);
+       with --cloud points: .ply .xyz .txt .asc .bin
 
 Examples:
   zef scan.ply mesh.ply                     spacing detected from the points
@@ -27,6 +27,8 @@ Examples:
   zef scan.ply mesh.ply -a 0.5              spacing of 0.5, in units of the points
   zef scan.ply --spacing                    print the detected spacing
   zef scan.ply mesh.ply --png mesh.png      draw the mesh
+  zef part.stl mesh.ply -m -a 0.5           remesh triangles evenly, edges about 0.5 long
+  zef scan.ply mesh.ply --reduce 3c --flips thin flat regions, then even out the triangles
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
 Exit status: 0 success, 1 input or result unusable, 2 wrong usage.)";
@@ -37,17 +39,6 @@ std::string versionText()
     int minor = 0;
     TARN_ZEF::getVersion(major, minor);
     return "zef " + std::to_string(major) + (minor < 10 ? ".0" : ".") + std::to_string(minor);
-}
-
-// The whole of text as a finite number, independent of the locale.
-std::optional<double> parseNumber(const std::string& text)
-{
-    double value = 0.0;
-    const char* const pEnd = text.data() + text.size();
-    const auto [pStop, error] = std::from_chars(text.data(), pEnd, value);
-    if (error != std::errc() || pStop != pEnd || !std::isfinite(value))
-        return std::nullopt;
-    return value;
 }
 
 // Two numbers with a comma between.
@@ -67,12 +58,20 @@ std::string checkPositive(const std::string& text)
     return value && *value > 0.0 ? std::string() : "expects a number above 0, not " + text;
 }
 
-bool isMeshName(const std::string& name)
+bool isMeshType(TARN_ZEF::FileType type)
 {
-    if (name.size() < 4)
-        return false;
-    const TARN_ZEF::FileType type = TARN_ZEF::getFileType(name);
     return type == TARN_ZEF::FT_PLY || type == TARN_ZEF::FT_STL || type == TARN_ZEF::FT_LIST;
+}
+
+bool isPointType(TARN_ZEF::FileType type)
+{
+    return type == TARN_ZEF::FT_PLY || type == TARN_ZEF::FT_ASCII || type == TARN_ZEF::FT_BIN;
+}
+
+std::string checkAngle(const std::string& text)
+{
+    const auto value = parseNumber(text);
+    return value && *value >= 0.0 ? std::string() : "expects degrees of at least 0, not " + text;
 }
 
 void checkPngName(const std::string& optionName, const std::string& name)
@@ -82,47 +81,144 @@ void checkPngName(const std::string& optionName, const std::string& name)
         throw CLI::ValidationError(optionName, "the name of a picture ends in .png, not " + name);
 }
 
+// Triangles want -m, and -m wants triangles and a spacing.
+void checkMelt(const Options& options)
+{
+    const TARN_ZEF::FileType type = Options::typeOf(options.inName);
+    if (!options.bMelt)
+    {
+        if (type == TARN_ZEF::FT_STL)
+            throw CLI::ValidationError("IN", "Input file is of type STL, use --fmelt (-m) instead");
+        return;
+    }
+    if (type != TARN_ZEF::FT_STL && type != TARN_ZEF::FT_PLY)
+        throw CLI::ValidationError("--fmelt",
+                                   "reads triangles from .stl or .ply, not from " + options.inName);
+    if (options.spacingAbs <= 0.0)
+        throw CLI::ValidationError("--fmelt", "For an STL provide also the -a option please");
+    if (!options.bCloud)
+        return;
+    if (options.outName.empty() || !options.pngName.empty())
+        throw CLI::ValidationError("--cloud", "writes points to OUT and makes no mesh to draw");
+    if (!options.vSteps.empty())
+        throw CLI::ValidationError("--cloud", "makes no mesh that --" + options.vSteps.front().getText() +
+                                                  " could improve");
+}
+
+void checkTarget(const Options& options)
+{
+    const std::string& name = options.outName;
+    if (name.empty())
+    {
+        if (!options.pngName.empty())
+            throw CLI::ValidationError("--png", "draws the mesh and needs OUT; --png-cloud draws the points");
+        if (!options.vSteps.empty())
+            throw CLI::ValidationError("OUT", "is missing: --" + options.vSteps.front().getText() +
+                                                  " works on a mesh");
+        if (options.pngCloudName.empty() && !options.bSpacingOnly)
+            throw CLI::RequiredError("OUT");
+        return;
+    }
+    const TARN_ZEF::FileType type = Options::typeOf(name);
+    if (options.bCloud ? !isPointType(type) : !isMeshType(type))
+        throw CLI::ValidationError(
+            "OUT", "unknown extension of " + name + ", expected " +
+                       (options.bCloud ? ".ply, .xyz, .txt, .asc or .bin" : ".ply, .stl or .list"));
+    std::error_code ec;
+    if (std::filesystem::equivalent(options.inName, name, ec))
+        throw CLI::ValidationError("OUT", "would replace the input " + options.inName);
+}
+
 void checkTogether(const Options& options)
 {
-    if (!options.outName.empty() && !isMeshName(options.outName))
-        throw CLI::ValidationError("OUT", "unknown extension of " + options.outName +
-                                              ", expected .ply, .stl or .list");
+    checkMelt(options);
+    checkTarget(options);
     checkPngName("--png", options.pngName);
     checkPngName("--png-cloud", options.pngCloudName);
     if (!options.pngName.empty() && options.pngName == options.pngCloudName)
         throw CLI::ValidationError("--png-cloud", "needs another name than --png");
-    if (options.outName.empty() && !options.pngName.empty())
-        throw CLI::ValidationError("--png", "draws the mesh and needs OUT; --png-cloud draws the points");
-    if (options.outName.empty() && options.pngCloudName.empty() && !options.bSpacingOnly)
-        throw CLI::RequiredError("OUT");
-    std::error_code ec;
-    if (!options.outName.empty() && std::filesystem::equivalent(options.inName, options.outName, ec))
-        throw CLI::ValidationError("OUT", "would replace the input " + options.inName);
 }
 
-void defineOptions(CLI::App& app, Options& options, std::string& angles, std::string& focus)
+void defineReconstruction(CLI::App& app, Options& options)
 {
-    app.add_option("IN", options.inName, "Points to read")->required();
-    app.add_option("OUT", options.outName, "Mesh to write; not needed with --spacing or --png-cloud");
-    app.set_version_flag("--version", versionText());
-
     const std::string reconstruction = "Reconstruction";
     CLI::Option* pAbs =
         app.add_option("-a,--spacing-abs", options.spacingAbs, "Point spacing, in units of the points")
             ->check(checkPositive)
             ->type_name("LENGTH")
             ->group(reconstruction);
-    app.add_option("-f,--spacing-factor", options.spacingFactor,
-                   "Factor on the detected spacing (1.0): 1.25 to 1.5 for uneven clouds")
-        ->check(checkPositive)
-        ->type_name("FACTOR")
-        ->excludes(pAbs)
+    CLI::Option* pFactor =
+        app.add_option("-f,--spacing-factor", options.spacingFactor,
+                       "Factor on the detected spacing (1.0): 1.25 to 1.5 for uneven clouds")
+            ->check(checkPositive)
+            ->type_name("FACTOR")
+            ->excludes(pAbs)
+            ->group(reconstruction);
+    CLI::Option* pSmooth =
+        app.add_flag("-s,--smooth", options.bSmooth, "Smooth the points first, for noisy scans")
+            ->group(reconstruction);
+    CLI::Option* pSpacing =
+        app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
+            ->group(reconstruction);
+    CLI::Option* pMelt =
+        app.add_flag("-m,--fmelt", options.bMelt, "IN holds triangles: remesh them evenly; needs -a")
+            ->excludes(pFactor)
+            ->excludes(pSmooth)
+            ->excludes(pSpacing)
+            ->group(reconstruction);
+    app.add_option("--feature-angle", options.featureAngle,
+                   "With -m: edges of more degrees stay sharp (10); 361 keeps none")
+        ->check(checkAngle)
+        ->type_name("ANGLE")
+        ->needs(pMelt)
         ->group(reconstruction);
-    app.add_flag("-s,--smooth", options.bSmooth, "Smooth the points first, for noisy scans")
+    app.add_flag("--cloud", options.bCloud, "With -m: write points on the surface instead of a mesh")
+        ->needs(pMelt)
         ->group(reconstruction);
-    app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
-        ->group(reconstruction);
+}
 
+// Each use of one of these options adds a step, so that the order on the command line counts.
+void defineSteps(CLI::App& app, Options& options)
+{
+    const std::string group = "Post-processing, in the order given";
+    const auto addFlag = [&](const char* pName, Step::Kind kind, const char* pText)
+    {
+        app.add_flag_callback(
+               pName, [&options, kind] { options.vSteps.push_back({.kind = kind}); }, pText)
+            ->trigger_on_parse()
+            ->group(group);
+    };
+    addFlag("--flips", Step::Kind::FLIPS, "Turn edges where that makes the surface smoother");
+    addFlag("--anneal", Step::Kind::ANNEAL, "The same by annealing: slow, a little better");
+    app.add_option_function<std::string>(
+           "--reduce",
+           [&options](const std::string& text)
+           {
+               const std::optional<Step> step = Step::parseReduce(text);
+               if (!step)
+                   throw CLI::ValidationError("--reduce",
+                                              "expects LEN or LEN,ANGLE like 0.5 or 2c,25, not " + text);
+               options.vSteps.push_back(*step);
+           },
+           "Thin flat regions: collapse edges up to LEN (2c: two spacings) that turn no triangle by more "
+           "than "
+           "ANGLE degrees (25)")
+        ->trigger_on_parse()
+        ->type_name("LEN[,ANGLE]")
+        ->group(group);
+    app.add_option_function<int>(
+           "--laplace",
+           [&options](int num)
+           { options.vSteps.push_back({.kind = Step::Kind::LAPLACE, .numIterations = num}); },
+           "Move each vertex to the mean of its neighbours, N times")
+        ->check(CLI::Range(1, 1000))
+        ->trigger_on_parse()
+        ->type_name("N")
+        ->group(group);
+}
+
+void definePictures(CLI::App& app, Options& options, std::string& angles, std::string& focus)
+{
     const std::string pictures = "Pictures";
     app.add_option("--png", options.pngName, "Draw the mesh; back sides are orange")
         ->type_name("FILE")
@@ -145,7 +241,10 @@ void defineOptions(CLI::App& app, Options& options, std::string& angles, std::st
         ->type_name("X,Y")
         ->group(pictures);
     app.add_flag("--wire", options.view.bWire, "Draw the edges of the triangles")->group(pictures);
+}
 
+void defineRunning(CLI::App& app, Options& options)
+{
     const std::string running = "Running";
     app.add_option("--threads", options.numThreads, "Worker threads; as many as the machine has if not given")
         ->check(CLI::Range(1, 256))
@@ -158,11 +257,22 @@ void defineOptions(CLI::App& app, Options& options, std::string& angles, std::st
         ->excludes(pVerbose)
         ->group(running);
 }
+
+void defineOptions(CLI::App& app, Options& options, std::string& angles, std::string& focus)
+{
+    app.add_option("IN", options.inName, "Points to read, or triangles with -m")->required();
+    app.add_option("OUT", options.outName, "Mesh to write; not needed with --spacing or --png-cloud");
+    app.set_version_flag("--version", versionText());
+    defineReconstruction(app, options);
+    defineSteps(app, options);
+    definePictures(app, options, angles, focus);
+    defineRunning(app, options);
+}
 } // namespace
 
 std::optional<int> Options::parse(int argc, char** argv)
 {
-    CLI::App app("Turns a point cloud into a clean triangle mesh.", "zef");
+    CLI::App app("Turns a point cloud, or a triangle soup, into a clean triangle mesh.", "zef");
     app.footer(EXAMPLES);
     std::string angles;
     std::string focus;
@@ -187,6 +297,11 @@ std::optional<int> Options::parse(int argc, char** argv)
         return EXIT_USAGE;
     }
     return std::nullopt;
+}
+
+TARN_ZEF::FileType Options::typeOf(const std::string& name)
+{
+    return name.size() < 4 ? TARN_ZEF::FT_UNKNOWN : TARN_ZEF::getFileType(name);
 }
 
 } // namespace TARN_TOOL

@@ -1,19 +1,22 @@
 #ifndef ZEF_TOOLS_OPTIONS_H
 #define ZEF_TOOLS_OPTIONS_H
 
+#include "Step.h"
 #include "ViewOptions.h"
+#include "zef.h"
 
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace TARN_TOOL
 {
 // What the command line asks for, checked: after parse() all values are usable together.
 struct Options
 {
-    // A file of points, or BUILT_IN_CLOUD for the sample cloud.
+    // A file of points, BUILT_IN_CLOUD for the sample cloud, or with bMelt a file of triangles.
     std::string inName;
-    std::string outName;      // empty: no mesh is wanted
+    std::string outName;      // empty: no mesh is wanted; with bCloud a file of points
     std::string pngName;      // empty: no picture of the mesh
     std::string pngCloudName; // empty: no picture of the points
 
@@ -21,6 +24,12 @@ struct Options
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
     bool bSpacingOnly = false; // print the detected spacing and stop
+
+    bool bMelt = false;         // IN holds triangles; the spacing is given
+    bool bCloud = false;        // only with bMelt: sample points instead of a mesh
+    double featureAngle = 10.0; // degrees above which an edge of the triangles stays sharp
+
+    std::vector<Step> vSteps; // on the finished mesh, in this order
 
     ViewOptions view;
 
@@ -34,6 +43,9 @@ struct Options
     // Reads the command line. Returns the status to end the process with, or nothing if there is a job to
     // do: help and version end with 0, wrong usage with 2 and a line on the error stream.
     [[nodiscard]] std::optional<int> parse(int argc, char** argv);
+
+    // By extension; the library's own answer but for names too short to have one.
+    [[nodiscard]] static TARN_ZEF::FileType typeOf(const std::string& name);
 };
 
 } // namespace TARN_TOOL

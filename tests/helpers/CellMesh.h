@@ -6,6 +6,7 @@
 #include "BundleMap.h"
 #include "CMesh.h"
 #include "Calc.h"
+#include "Progress.h"
 #include "Voro.h"
 
 #include <algorithm>
@@ -13,12 +14,13 @@
 #include <cmath>
 #include <deque>
 #include <map>
+#include <memory>
 #include <random>
 #include <vector>
 
 namespace TARN_ZEF
 {
-// Cells have edge 1. The position of a cell's bundle is off its centre by up to 0.3 on each axis.
+// Prepares the progress tree of the thread. Cells have edge 1. The position of a cell's bundle is off its centre by up to 0.3 on each axis.
 class CellMesh
 {
 public:
@@ -34,6 +36,7 @@ public:
                 for (int z = 6; z < 6 + size; ++z)
                     if (isIn(x, y, z, rng))
                         add(x, y, z, rng, mBundle);
+        prepareProgress("Reconstruct");
         map.assignSorted({mBundle.begin(), mBundle.end()});
         pVoro = std::make_unique<Voro>(&calc, &map, TM_FAT);
         pVoro->fatExtractTriangles();

@@ -5,14 +5,23 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 
 namespace TARN_ZEF
 {
 namespace
 {
+std::vector<RTriangle*> trianglesAt(const RMesh& mesh, const Point3* pVtx)
+{
+    std::vector<RTriangle*> v;
+    mesh.getIncidentT(pVtx, v);
+    return v;
+}
+
 void checkTriangle(const RMesh& mesh, const RTriangle* pRT)
 {
-    EXPECT_FALSE(pRT->isCombDegenerate()) << "triangle " << pRT->getNumber();
+    SCOPED_TRACE(testing::Message() << "triangle " << pRT->getNumber());
+    EXPECT_FALSE(pRT->isCombDegenerate());
     for (int i = 0; i < 3; ++i)
     {
         const Point3* pCorner = pRT->getCorner(i);
@@ -20,64 +29,62 @@ void checkTriangle(const RMesh& mesh, const RTriangle* pRT)
         const Point3* pB = pRT->getCorner(RTriangle::getPrev(i));
         const REdge* pRE = pRT->getRE(i);
         EXPECT_TRUE(pRE->has(pA) && pRE->has(pB) && !pRE->has(pCorner))
-            << "edge " << i << " of triangle " << pRT->getNumber() << " is not opposite its corner";
+            << "edge " << i << " is not opposite its corner";
         EXPECT_EQ(mesh.getRE(pA, pB), pRE) << "look-up finds another edge";
+        EXPECT_EQ(mesh.getRE(pB, pA), pRE);
         EXPECT_EQ(std::count(pRE->getTriangles().begin(), pRE->getTriangles().end(), pRT), 1);
-        std::vector<RTriangle*> vIncT;
-        mesh.getIncidentT(pCorner, vIncT);
-        EXPECT_EQ(std::count(vIncT.begin(), vIncT.end(), pRT), 1) << "vertex list lacks the triangle";
-        EXPECT_TRUE(mesh.hasVertexAt(*pCorner)) << "vertex not found by its coordinates";
+        const std::vector<RTriangle*> vAt = trianglesAt(mesh, pCorner);
+        EXPECT_EQ(std::count(vAt.begin(), vAt.end(), pRT), 1) << "corner list lacks the triangle";
+        EXPECT_EQ(RVertex::of(pCorner)->pLastT, vAt.back()) << "tail of the corner's list";
+        EXPECT_TRUE(std::isfinite(pCorner->x()) && std::isfinite(pCorner->y()) && std::isfinite(pCorner->z()));
     }
 }
 
-// Every edge lists alive triangles of its own only, and edges out of use have none.
-void checkEdges(const RMesh& mesh)
+// Lists hold nothing dead and nothing strange, and their lengths add up.
+void checkLists(const RMesh& mesh)
 {
-    std::size_t numEntries = 0;
-    unsigned int number = 0;
-    for (const REdge* pRE : mesh.getAllRE())
+    std::size_t numAtEdges = 0;
+    for (std::size_t i = 0; i < mesh.getNumRE(); ++i)
     {
-        EXPECT_EQ(pRE->getNumber(), number++);
-        EXPECT_TRUE(ByCreationVtx()(pRE->getVtx0(), pRE->getVtx1())) << "ends out of order";
-        numEntries += pRE->getTriangles().size();
+        const REdge* pRE = mesh.getAllRE()[i];
+        EXPECT_EQ(pRE->getNumber(), i);
+        EXPECT_TRUE(ByCreationVtx()(pRE->getVtx0(), pRE->getVtx1()));
+        numAtEdges += static_cast<std::size_t>(pRE->getDegree());
         for (const RTriangle* pRT : pRE->getTriangles())
-            EXPECT_TRUE(pRT->isAlive() && pRT->has(pRE->getVtx0()) && pRT->has(pRE->getVtx1()));
+            EXPECT_TRUE(pRT->isAlive() && pRT->hasEdge(pRE->getVtx0(), pRE->getVtx1())) << "edge " << i;
     }
-    EXPECT_EQ(numEntries, 3 * mesh.getNumT());
-}
+    EXPECT_EQ(numAtEdges, 3 * mesh.getNumT());
 
-void checkVertices(const RMesh& mesh)
-{
     std::vector<Point3*> vP;
     mesh.getPoints(vP);
     EXPECT_TRUE(std::is_sorted(vP.begin(), vP.end(), ByCreationVtx()));
-    std::size_t numEntries = 0;
+    std::size_t numAtVertices = 0;
     for (const Point3* pVtx : vP)
     {
-        std::vector<RTriangle*> vIncT;
-        mesh.getIncidentT(pVtx, vIncT);
-        numEntries += vIncT.size();
-        for (const RTriangle* pRT : vIncT)
-            EXPECT_TRUE(pRT->isAlive() && pRT->has(pVtx));
+        const std::vector<RTriangle*> vAt = trianglesAt(mesh, pVtx);
+        numAtVertices += vAt.size();
+        for (const RTriangle* pRT : vAt)
+            EXPECT_TRUE(pRT->isAlive() && pRT->has(pVtx)) << "vertex " << RVertex::of(pVtx)->number;
+        EXPECT_TRUE(mesh.hasVertexAt(*pVtx)) << "vertex " << RVertex::of(pVtx)->number;
     }
-    EXPECT_EQ(numEntries, 3 * mesh.getNumT());
+    EXPECT_EQ(numAtVertices, 3 * mesh.getNumT());
 }
 } // namespace
 
 void expectConsistent(const RMesh& mesh)
 {
     std::size_t numAlive = 0;
-    unsigned int number = 0;
-    for (const RTriangle* pRT : mesh.getAllT())
+    for (std::size_t i = 0; i < mesh.getAllT().size(); ++i)
     {
-        EXPECT_EQ(pRT->getNumber(), number++);
-        numAlive += pRT->isAlive() ? 1 : 0;
-        if (pRT->isAlive())
-            checkTriangle(mesh, pRT);
+        const RTriangle* pRT = mesh.getAllT()[i];
+        EXPECT_EQ(pRT->getNumber(), i);
+        if (!pRT->isAlive())
+            continue;
+        ++numAlive;
+        checkTriangle(mesh, pRT);
     }
     EXPECT_EQ(numAlive, mesh.getNumT());
-    checkEdges(mesh);
-    checkVertices(mesh);
+    checkLists(mesh);
 }
 
 } // namespace TARN_ZEF

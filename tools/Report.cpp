@@ -1,0 +1,131 @@
+#include "Report.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+#include "JsonLine.h"
+#include "numberText.h"
+
+namespace TARN_TOOL
+{
+namespace
+{
+std::string anglesText(const TriangleAngles& angles)
+{
+    const auto rounded = [](double degrees) { return textOf(std::round(10.0 * degrees) / 10.0); };
+    return std::to_string(angles.numTriangles) + " triangles, smallest angle " + rounded(angles.smallest) +
+           " degrees, in the mean " + rounded(angles.mean);
+}
+
+std::string spacingRemark(const Options& options)
+{
+    if (options.spacingAbs > 0.0)
+        return " (given)";
+    if (options.spacingFactor != 1.0)
+        return " (" + textOf(options.spacingFactor) + " times the detected one)";
+    return " (detected)";
+}
+} // namespace
+
+std::string Report::getJson(const Options& options) const
+{
+    JsonLine line;
+    if (options.bMelt)
+        line.add("inputTriangles", numInputTriangles);
+    if (!options.bMelt || options.bCloud)
+        line.add("points", numPoints);
+    if (!options.outName.empty())
+    {
+        line.add("spacing", spacing);
+        if (!options.bCloud)
+        {
+            line.add("vertices", statistics.numVertices);
+            line.add("triangles", statistics.numTriangles);
+            line.add("borderEdges", statistics.numBorderEdges);
+            line.add("nonManifoldEdges", statistics.numNonManifoldEdges);
+            line.add("components", statistics.numComponents);
+        }
+        line.add("read_s", readSeconds);
+        line.add("compute", computeSeconds);
+        line.add("write_s", writeSeconds);
+        line.add("peak_mb", peakMegabytes);
+    }
+    if (!vSteps.empty())
+    {
+        std::vector<JsonLine> vLines(vSteps.size());
+        for (std::size_t i = 0; i < vSteps.size(); ++i)
+        {
+            vLines[i].add("step", vSteps[i].text);
+            vLines[i].add("triangles", vSteps[i].angles.numTriangles);
+            vLines[i].add("compute", vSteps[i].seconds);
+        }
+        line.add("steps", vLines);
+    }
+    return line.getText() + "\n";
+}
+
+std::string Report::getSummary(const Options& options) const
+{
+    std::string text = options.inName + ": ";
+    text += options.bMelt ? std::to_string(numInputTriangles) + " triangles"
+                          : std::to_string(numPoints) + " points";
+    if (!options.outName.empty())
+    {
+        text += ", spacing " + textOf(spacing) + spacingRemark(options) + "\n" + getSteps();
+        text += options.outName + ": ";
+        text += options.bCloud ? std::to_string(numPoints) + " points" : getMeshLine();
+        const double stepSeconds =
+            std::accumulate(vSteps.begin(), vSteps.end(), 0.0,
+                            [](double sum, const StepResult& s) { return sum + s.seconds; });
+        text += "\nread " + secondsText(readSeconds);
+        text += (options.bCloud  ? ", sample "
+                 : options.bMelt ? ", melt "
+                                 : ", reconstruct ") +
+                secondsText(std::max(0.0, computeSeconds - stepSeconds));
+        if (!vSteps.empty())
+            text += ", post-process " + secondsText(stepSeconds);
+        text += ", write " + secondsText(writeSeconds) + ", peak memory " +
+                std::to_string(std::llround(peakMegabytes)) + " MB";
+    }
+    text += "\n";
+    for (const std::string& name : {options.pngName, options.pngCloudName})
+        if (!name.empty())
+            text += name + ": picture\n";
+    return text;
+}
+
+std::string Report::getSpacing(const Options& options) const
+{
+    if (!options.bJson)
+        return textOf(spacing) + "\n";
+    JsonLine line;
+    line.add("points", numPoints);
+    line.add("spacing", spacing);
+    return line.getText() + "\n";
+}
+
+std::string Report::getSteps() const
+{
+    if (vSteps.empty())
+        return "";
+    std::string text = "before: " + anglesText(anglesBefore) + "\n";
+    for (const StepResult& step : vSteps)
+        text += step.text + ": " + anglesText(step.angles) + ", " + secondsText(step.seconds) + "\n";
+    return text;
+}
+
+std::string Report::getMeshLine() const
+{
+    std::string text = std::to_string(statistics.numVertices) + " vertices, " +
+                       std::to_string(statistics.numTriangles) + " triangles, " +
+                       std::to_string(statistics.numComponents) +
+                       (statistics.numComponents == 1 ? " piece, " : " pieces, ");
+    text += statistics.numBorderEdges == 0 ? "closed"
+                                           : std::to_string(statistics.numBorderEdges) + " border edges";
+    if (statistics.numNonManifoldEdges != 0)
+        text += ", " + std::to_string(statistics.numNonManifoldEdges) + " non-manifold edges";
+    return text;
+}
+
+} // namespace TARN_TOOL

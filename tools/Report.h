@@ -1,0 +1,48 @@
+#ifndef ZEF_TOOLS_REPORT_H
+#define ZEF_TOOLS_REPORT_H
+
+#include "MeshStatistics.h"
+#include "Options.h"
+#include "TriangleAngles.h"
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+namespace TARN_TOOL
+{
+// The figures of one run, and their two forms: a summary for people, one line of JSON for programs.
+struct Report
+{
+    struct StepResult
+    {
+        std::string text;
+        TriangleAngles angles; // of the mesh after the step
+        double seconds = 0.0;
+    };
+
+    std::size_t numPoints = 0;         // read, or sampled from triangles
+    std::size_t numInputTriangles = 0; // of a triangle soup
+    double spacing = -1.0;             // in force; the detected one if only that is asked for
+    TriangleAngles anglesBefore;       // before the first step; not filled in without steps
+    std::vector<StepResult> vSteps;
+    MeshStatistics statistics; // of the mesh as it was written
+    double readSeconds = 0.0;
+    double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
+    double writeSeconds = 0.0;
+    double peakMegabytes = 0.0;
+
+    // Both end with a line end.
+    [[nodiscard]] std::string getJson(const Options& options) const;
+    [[nodiscard]] std::string getSummary(const Options& options) const;
+    // The detected spacing alone, in the form that the options ask for.
+    [[nodiscard]] std::string getSpacing(const Options& options) const;
+
+private:
+    [[nodiscard]] std::string getSteps() const;
+    [[nodiscard]] std::string getMeshLine() const;
+};
+
+} // namespace TARN_TOOL
+
+#endif
