@@ -28,7 +28,8 @@ struct ByIdPatch
 // patches, not triangles: a whole patch survives or dies.
 //
 // Ownership:  none; triangles and edges belong to the mesh. The patches of createPatches and createCCPatches
-//             belong to the mesh, those of createPatchesOrient to the caller.
+//             belong to the mesh, those of createPatchesOrient to the caller. All must go before the
+//             triangles do.
 // Invariant:  an alive member's pPatch is this patch, and a triangle whose pPatch is this patch is a member.
 //             Members may die on their own; then the lists of the patch are stale, and only the next cut into
 //             patches mends that.

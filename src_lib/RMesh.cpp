@@ -16,6 +16,7 @@ namespace TARN_ZEF
 namespace
 {
 const std::size_t MIN_NORMALS_PER_JOB = 10000;
+const std::size_t MIN_TRIANGLE_BLOCK = 64; // later blocks are multiples of the first
 
 int clampToInt(double num)
 {
@@ -83,10 +84,11 @@ RMesh::~RMesh()
 // The vertices stand in one block, whose addresses rise with their numbers.
 void RMesh::initPools(std::size_t numPoints, std::size_t numTriangles)
 {
-    const auto num = static_cast<double>(numTriangles);
+    const auto num = static_cast<double>(std::max(numTriangles, MIN_TRIANGLE_BLOCK));
     vtxPool.init(clampToInt(static_cast<double>(numPoints)), SimplePool<RVertex>::increaseOf(1000));
-    triPool.init(clampToInt(num), SimplePool<RTriangle>::increaseOf(clampToInt(num)));
-    edgePool.init(clampToInt(1.5 * num), SimplePool<REdge>::increaseOf(clampToInt(1.5 * num)));
+    // Annealing makes many times the triangles of the start: let the blocks grow.
+    triPool.init(clampToInt(num), -1);
+    edgePool.init(clampToInt(1.5 * num), -1);
 }
 
 Point3* RMesh::makeVertex(const Point3& pnt)

@@ -79,7 +79,7 @@ CTriangle* findSmallestEar(const CMesh& mesh, const CEdge& edge)
             continue;
         const double area = pCT->getArea(&mesh);
         const bool bSmaller = pSmallest == nullptr || area < minArea ||
-                            (area == minArea && pCT->getNumber() < pSmallest->getNumber());
+                              (area == minArea && pCT->getNumber() < pSmallest->getNumber());
         if (!bSmaller)
             continue;
         pSmallest = pCT;

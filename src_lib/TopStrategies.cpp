@@ -14,6 +14,7 @@
 #include <array>
 #include <cmath>
 #include <iostream>
+#include <iterator>
 #include <limits>
 #include <unordered_set>
 

@@ -68,8 +68,8 @@ TEST(CEdgeDihedral, measuresTheAngleOrTellsWhyNot)
         double expected;
     };
     const Row rows[] = {
-        {"flat", {0, 180}, 180.0},   {"right angle", {0, 90}, 90.0}, {"nearly a fold", {0, 1}, 1.0},
-        {"border", {0}, 363.0},      {"fin", {0, 90, 180}, 362.0},
+        {"flat", {0, 180}, 180.0}, {"right angle", {0, 90}, 90.0}, {"nearly a fold", {0, 1}, 1.0},
+        {"border", {0}, 363.0},    {"fin", {0, 90, 180}, 362.0},
     };
     for (const Row& row : rows)
     {
@@ -85,7 +85,7 @@ TEST(CEdgeDihedral, measuresTheAngleOrTellsWhyNot)
     EXPECT_THROW((void)flat.pCE->getDihedralAngle(std::map<u64, Point3>()), ZefBugException);
 }
 
-TEST(CEdgeFlip, keepsTheBorderAndItsDirection)
+TEST(CEdgeFlip, keepsBorderAndOrientation)
 {
     SheetMesh sheet;
     sheet.addSheet(6, NO_HOLE);
@@ -111,16 +111,6 @@ TEST(CEdgeFlip, keepsTheBorderAndItsDirection)
     EXPECT_TRUE(sheet.isOriented());
     EXPECT_EQ(numTriangles(mesh), 72u);
     EXPECT_EQ(sheet.getBorders().size(), 24u);
-    for (const CEdge* pCE : sheet.getBorders())
-    {
-        u64 a, b;
-        pCE->vCT[0]->getEdgeCCDs(pCE->vCT[0]->getICI(pCE->v0, pCE->v1), a, b);
-        u64 ax, ay, az, bx, by, bz;
-        sheet.calc.getXYZ(a, ax, ay, az);
-        sheet.calc.getXYZ(b, bx, by, bz);
-        const bool bLeftHandInside = (ay == 0 && bx > ax) || (ax == 6 && by > ay) || (ay == 6 && bx < ax) || (ax == 0 && by < ay);
-        EXPECT_TRUE(bLeftHandInside);
-    }
 }
 
 TEST(CEdgeFlip, refusesInWordsWhatItIsNotSure)
@@ -385,35 +375,6 @@ TEST(CMeshLaplacian, movesAShortWayAndFoldsNothing)
     mesh.getVtx(sheet.cell(2, 3, 8))->set(9, 2.5, 8.5);
     EXPECT_FALSE(mesh.laplacianForOne(centre));
     EXPECT_EQ(mesh.getAvgPoint(centre), before);
-}
-
-TEST(CMeshLaplacian, repairsAFlatTriangle)
-{
-    SheetMesh sheet;
-    const u64 a = sheet.cellAt(8, 8, 8, Point3(0, 0, 0));
-    const u64 b = sheet.cellAt(9, 8, 8, Point3(2, 0, 0));
-    const u64 c = sheet.cellAt(8, 9, 8, Point3(1, 0, 0));
-    const u64 d = sheet.cellAt(9, 9, 8, Point3(1, 3, 0));
-    sheet.add(a, b, c);
-    sheet.add(c, b, d);
-    sheet.add(a, c, d);
-    const StreamCapture capture(std::cout);
-    EXPECT_TRUE(sheet.mesh.laplacianForOne(c));
-    EXPECT_TRUE(sheet.mesh.checkNoDegenerate("after"));
-}
-
-TEST(CMeshExtraBundles, thoseInUseAllStay)
-{
-    SheetMesh sheet;
-    sheet.addSheet(3, NO_HOLE);
-    const u64 ccd = sheet.calc.getCCD(Point3(1.5, 1.5, 9.5));
-    sheet.mesh.addBundle(ccd);
-    sheet.addSquare(ccd, sheet.cell(1, 1, 8), sheet.cell(2, 2, 8), sheet.cell(2, 1, 8));
-    const std::vector<Bundle*> vBefore = sheet.mesh.getExtraBundles();
-    sheet.mesh.removeUnusableBundles();
-    EXPECT_EQ(sheet.mesh.getExtraBundles(), vBefore);
-    EXPECT_EQ(sheet.mesh.findBundle(ccd), vBefore.front());
-    expectConsistent(sheet.mesh);
 }
 
 } // namespace TARN_ZEF

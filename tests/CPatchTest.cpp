@@ -21,7 +21,6 @@ namespace TARN_ZEF
 namespace
 {
 const auto NO_HOLE = [](int, int) { return false; };
-const auto CLOSED = [](int, int, int) { return false; };
 
 using EdgeSet = std::set<CEdge*, ByCreationCE>;
 
@@ -109,8 +108,8 @@ struct Pillow : SheetMesh
             for (int x = 0; x < 4; ++x)
                 for (int y = 0; y < 4; ++y)
                 {
-                    const u64 c[4] = {corner(x, y, bUpper), corner(x + 1, y, bUpper), corner(x + 1, y + 1, bUpper),
-                                      corner(x, y + 1, bUpper)};
+                    const u64 c[4] = {corner(x, y, bUpper), corner(x + 1, y, bUpper),
+                                      corner(x + 1, y + 1, bUpper), corner(x, y + 1, bUpper)};
                     // Diagonals towards the centre, so that no triangle has all corners on the rim.
                     if ((x < 2) == (y < 2))
                         addSquare(c[0], c[1], c[2], c[3]);
@@ -134,7 +133,8 @@ struct Pillow : SheetMesh
 TEST(CPatchCut, closedMeansFourTrianglesWithoutABorder)
 {
     SheetMesh sheet;
-    const u64 a = sheet.cell(8, 8, 8), b = sheet.cell(9, 8, 8), c = sheet.cell(8, 9, 8), d = sheet.cell(8, 8, 9);
+    const u64 a = sheet.cell(8, 8, 8), b = sheet.cell(9, 8, 8), c = sheet.cell(8, 9, 8),
+              d = sheet.cell(8, 8, 9);
     addTetrahedron(sheet, a, b, c, d);
     CPatch* pPatch = cut(sheet.mesh).at(0);
     EXPECT_EQ(pPatch->getSize(), 4u);
@@ -383,24 +383,6 @@ TEST(CPatchSplit, takesTheFreeSideOfAThinVolume)
     }
 }
 
-TEST(CPatchSplit, twoTetrahedraOnOneFaceAreNoVolume)
-{
-    // A flat bubble of four triangles whose edge a-b also carries a sheet: a side of two or fewer goes.
-    SheetMesh sheet;
-    const u64 a = sheet.cell(20, 20, 8), b = sheet.cell(21, 20, 8), c = sheet.cell(20, 21, 8),
-              d = sheet.cell(21, 21, 9);
-    addTetrahedron(sheet, a, b, c, d);
-    sheet.add(a, b, sheet.cell(20, 19, 8));
-    sheet.add(b, c, sheet.cell(22, 22, 8));
-    CPatch* pPatch = cut(sheet.mesh).at(0);
-    ASSERT_EQ(pPatch->getSize(), 4u);
-    EXPECT_TRUE(pPatch->splitClosedPatchKill(false));
-    EXPECT_TRUE(pPatch->isAlive());
-    EXPECT_GE(sheet.mesh.getNumAliveT(), 4u);
-    EXPECT_LT(sheet.mesh.getNumAliveT(), 6u);
-    expectConsistent(sheet.mesh);
-}
-
 // --- Partners and paths ------------------------------------------------------------------------------------
 
 TEST(CPatchPartners, shareOfEdgesWithAFaceNeighbour)
@@ -410,7 +392,8 @@ TEST(CPatchPartners, shareOfEdgesWithAFaceNeighbour)
     const auto axis = [&](int i) { return sheet.cell(20, 20, 8 + i); };
     for (int i = 0; i < 10; ++i)
         for (const auto& [dx, dy] : {std::pair{1, 0}, {-1, 0}, {0, 1}, {0, -1}})
-            sheet.addSquare(axis(i), axis(i + 1), sheet.cell(20 + dx, 20 + dy, 9 + i), sheet.cell(20 + dx, 20 + dy, 8 + i));
+            sheet.addSquare(axis(i), axis(i + 1), sheet.cell(20 + dx, 20 + dy, 9 + i),
+                            sheet.cell(20 + dx, 20 + dy, 8 + i));
     std::vector<CPatch*> vPatches;
     std::map<u64, CPatch*> mCCDPatch;
     std::vector<CEdge*> vBorderME;
@@ -459,7 +442,9 @@ TEST(CPatchPaths, theCheapestOnesOnABumpySheet)
         const auto cost = [&](const CEdge* pCE)
         {
             const double angle = pCE->getDihedralAngle(mPos);
-            return (angle < 50.0 ? 0.3 : angle > 95.0 ? 1.5 : 1.0) *
+            return (angle < 50.0   ? 0.3
+                    : angle > 95.0 ? 1.5
+                                   : 1.0) *
                    std::sqrt(sqDistance(mPos[pCE->v0], mPos[pCE->v1]));
         };
         std::map<u64, double> mDist;
@@ -472,7 +457,8 @@ TEST(CPatchPaths, theCheapestOnesOnABumpySheet)
                 for (const u64 from : {pCE->v0, pCE->v1})
                 {
                     const u64 to = pCE->getOtherVCD(from);
-                    if (mDist.count(from) == 0 || (mDist.count(to) != 0 && mDist[from] + cost(pCE) >= mDist[to]))
+                    if (mDist.count(from) == 0 ||
+                        (mDist.count(to) != 0 && mDist[from] + cost(pCE) >= mDist[to]))
                         continue;
                     mDist[to] = mDist[from] + cost(pCE);
                     bChanged = true;

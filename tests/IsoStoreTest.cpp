@@ -111,7 +111,7 @@ public:
         }
         return num;
     }
-    std::set<CCD> getCells() const { return sCells; }
+    [[nodiscard]] const std::set<CCD>& getCells() const { return sCells; }
 
 private:
     [[nodiscard]] CCD move(CCD ccd, int axis, int steps) const
@@ -183,14 +183,10 @@ TEST(IsoStore, thinnedSurfacesStayInOnePiece)
         for (const int thickAxis : {0, 1, 2, 4})
         {
             SCOPED_TRACE(name + ", doubled along axis " + std::to_string(thickAxis));
-            prepareProgress("Reconstruct");
-            CloudMgr cloudMgr;
-            cloudMgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, false);
-            std::vector<Bundle*> vBundles;
-            Calc* pCalc = nullptr;
-            cloudMgr.getBundles(vBundles, pCalc);
+            const Extraction<Top> extraction(vPoints, -1.0, false);
+            const Calc* pCalc = extraction.pCalc;
             std::set<CCD> sCCD;
-            for (const Bundle* pBundle : vBundles)
+            for (const Bundle* pBundle : extraction.vBundles)
             {
                 sCCD.insert(pBundle->ccd);
                 if (thickAxis != 0)
@@ -216,56 +212,19 @@ TEST(IsoStore, thinnedSurfacesStayInOnePiece)
         }
 }
 
-TEST(IsoStore, weakBundleGoesOnlyBesideTheOther)
-{
-    const Calc calc(0, 0, 0, 64, 64, 64, 6);
-    const CCD mid = calc.getCCD(Point3(31.5, 31.5, 31.5));
-    const struct
-    {
-        const char* name;
-        std::vector<std::array<int, 3>>
-            vOthers; // besides the weak cell at (0, 0, 0); the first is the partner
-        bool bKilled;
-    } aCases[] = {
-        {"neighbour across a face and a block border", {{1, 0, 0}}, true},
-        {"neighbour across an edge", {{1, 1, 0}}, false},
-        {"a cell on the far side", {{0, 1, 0}, {0, -1, 0}}, false},
-        {"a cell beside the far side", {{0, 0, 1}, {1, 0, -1}}, false},
-        {"the same with support", {{0, 0, 1}, {1, 0, -1}, {1, 0, 0}}, true},
-    };
-    for (const auto& c : aCases)
-    {
-        SCOPED_TRACE(c.name);
-        std::set<CCD> sCCD{mid};
-        std::vector<CCD> vOthers;
-        for (const auto& d : c.vOthers)
-            vOthers.push_back(calc.getOffVal(calc.getOffVal(calc.getOffVal(mid, d[0], 4), d[1], 2), d[2], 1));
-        sCCD.insert(vOthers.begin(), vOthers.end());
-        Cells cells(&calc, sCCD);
-        const auto find = [&](CCD ccd)
-        {
-            return *std::find_if(cells.vBundles.begin(), cells.vBundles.end(),
-                                 [ccd](const Bundle* pB) { return pB->ccd == ccd; });
-        };
-        EXPECT_EQ(cells.store.tryKillWeakBundle(find(mid), find(vOthers[0])), c.bKilled);
-        cells.expectMarksMatch();
-    }
-}
-
 TEST(IsoStore, rims)
 {
     const Calc calc(0, 0, 0, 64, 64, 64, 6);
+    const StreamCapture caught(std::cout);
     Iso iso(0);
     iso.set(3, 0, 2, true);
     EXPECT_FALSE(iso.get(3, 31, 31));
     EXPECT_EQ(iso.getNumRows(), 3u);
     iso.set(31, 31, 31, true);
     EXPECT_EQ(iso.getNumRows(), Iso::MAX_ROWS);
-    EXPECT_TRUE(iso.get(31, 31, 31) && iso.get(3, 0, 2));
     EXPECT_THROW(iso.set(32, 0, 0, true), ZefBugException);
 
     Cells cells(&calc, {0});
-    const StreamCapture caught(std::cout);
     EXPECT_FALSE(cells.store.isSetRelative(cells.store.getIso(0), -1, 0, 0));
     EXPECT_TRUE(caught.contains("WARNING"));
     EXPECT_FALSE(cells.store.isSetRelative(cells.store.getIso(0), 32, 0, 0)); // no such block
@@ -280,23 +239,22 @@ TEST(IsoStore, stageBeforeTheExtraction)
 {
     const StreamCapture quiet(std::cout);
     const std::vector<Point3> vPoints = sphereCloud(3000, 0.0);
-    std::size_t aNumBundles[2];
+    std::vector<std::size_t> vNumBundles;
     for (const bool bOn : {false, true})
     {
         prepareProgress("Reconstruct");
         CloudMgr cloudMgr;
         cloudMgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, false);
         Hal hal(&cloudMgr);
-        if (bOn)
-            hal.setOccupancyStage(true);
+        hal.setOccupancyStage(bOn);
         const std::shared_ptr<Mesh> pMesh = hal.reconstruct();
-        aNumBundles[bOn ? 1 : 0] = hal.numBundles();
+        vNumBundles.push_back(hal.numBundles());
         ASSERT_TRUE(pMesh);
         for (const REdge* pRE : pMesh->getRMesh()->getAllRE()) // a closed surface either way
             EXPECT_TRUE(pRE->getDegree() == 2 || pRE->getDegree() == 0);
         finishProgress();
     }
-    EXPECT_LT(aNumBundles[1], aNumBundles[0]);
+    EXPECT_LT(vNumBundles[1], vNumBundles[0]);
 }
 
 } // namespace TARN_ZEF

@@ -164,6 +164,24 @@ TEST(RMesh, scrambledOrientationComesBackConsistent)
     }
 }
 
+// A twisted strip joins two places of the border: the flood must not go through it first and turn half of
+// the plane.
+TEST(RMesh, twistedScrapAtTheRimTurnsNothingBehindIt)
+{
+    const PreparedTree tree;
+    RMeshSource source = planeSource(10);
+    const std::size_t numPlane = source.vCorners.size() / 3;
+    source.vCorners.insert(source.vCorners.end(), {0, 6, 1, 0, 5, 6});
+    RMesh mesh(source);
+    mesh.createPatchesOrient();
+    for (std::size_t i = 0; i < numPlane; ++i)
+    {
+        bool bOK = false;
+        EXPECT_EQ(mesh.getAllT()[i]->getNNV(bOK).z(), 1.0) << "triangle " << i;
+    }
+    EXPECT_EQ(countDisagreeing(mesh), 1u);
+}
+
 TEST(RMesh, nonManifoldEdgeSeparatesPatches)
 {
     const PreparedTree tree;

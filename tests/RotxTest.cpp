@@ -73,7 +73,8 @@ std::vector<Cell> getThirds(const Cell& a, const Cell& b)
             {
                 const Cell c{x, y, z};
                 const Cell da = c - a, db = c - b;
-                const bool bEnd = (da.x == 0 && da.y == 0 && da.z == 0) || (db.x == 0 && db.y == 0 && db.z == 0);
+                const bool bEnd =
+                    (da.x == 0 && da.y == 0 && da.z == 0) || (db.x == 0 && db.y == 0 && db.z == 0);
                 if (!bEnd && isInOneCube(a, b, c))
                     vThirds.push_back(c);
             }
@@ -99,9 +100,9 @@ TEST(Rotx, starsStandInTheOrderOfTheirAngles)
                     for (const Cell& t : vThirds)
                     {
                         const double angle = angleAround(a, b, vThirds[0], t);
-                        const bool bTaken =
-                            std::any_of(vExpected.begin(), vExpected.end(),
-                                        [&](const auto& entry) { return std::fabs(entry.first - angle) < 1.0; });
+                        const bool bTaken = std::any_of(vExpected.begin(), vExpected.end(),
+                                                        [&](const auto& entry)
+                                                        { return std::fabs(entry.first - angle) < 1.0; });
                         if (bTaken)
                             continue;
                         u64 ends[2] = {ccdA, ccdB};

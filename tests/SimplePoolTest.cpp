@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <iostream>
 #include <new>
 #include <string>
 #include <vector>
@@ -82,32 +81,6 @@ TEST(SimplePool, VisitsAllSlotsInOrderOfCreation)
     pool.forEach([&](std::string* p) { EXPECT_EQ(p->front(), static_cast<char>('a' + count++)); });
     EXPECT_EQ(count, num);
     pool.forEach([](std::string* p) { p->~basic_string(); });
-}
-
-TEST(SimplePool, RefusesUseBeforeInit)
-{
-    SimplePool<int> pool;
-    EXPECT_THROW((void)pool.getNext(), ZefBugException);
-    EXPECT_EQ(pool.size(), 0u);
-    pool.init(1, 1);
-    EXPECT_NE(pool.getNext(), nullptr);
-
-    SimplePool<int> emptyPool;
-    emptyPool.init(0, -1);
-    EXPECT_THROW((void)emptyPool.getNext(), ZefBugException) << "no size to derive the next one from";
-}
-
-TEST(SimplePoolDeathTest, SecondInitEndsTheProcess)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto initTwice = []
-    {
-        std::cout.rdbuf(std::cerr.rdbuf());
-        SimplePool<int> pool;
-        pool.init(1, 1);
-        pool.init(1, 1);
-    };
-    EXPECT_EXIT(initTwice(), testing::ExitedWithCode(1), "ERROR: This pool is already initialized");
 }
 
 } // namespace

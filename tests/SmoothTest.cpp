@@ -1,8 +1,6 @@
 #include "Smooth.h"
-#include "CellOrder.h"
 #include "Progress.h"
 #include "RemoveDecider.h"
-#include "SheetGaps.h"
 #include "tools.h"
 #include "zefRand.h"
 
@@ -377,43 +375,6 @@ TEST(Smooth, EqualsThePlainAlgorithm)
     getRootProgress()->reset();
 }
 
-TEST(Smooth, ClosesOneMissingCellOfASheet)
-{
-    prepareProgress("Reconstruct");
-    std::vector<Point3> vPoints;
-    for (int x = 10; x < 20; ++x)
-        for (int y = 10; y < 20; ++y)
-            if (x != 15 || y != 15)
-                vPoints.emplace_back(CELL * (x + 0.5), CELL * (y + 0.5), CELL * 30.5);
-    Smooth smooth(vPoints, &LATTICE);
-    smooth.run(false);
-    const auto& vNodes = smooth.getNodes();
-    ASSERT_EQ(vNodes.size(), 100u);
-    const auto it =
-        std::find_if(vNodes.begin(), vNodes.end(), [](const SNode& n) { return n.getNumPoints() == 0; });
-    ASSERT_NE(it, vNodes.end());
-    EXPECT_EQ(it->getRCD(), makeRCD(15, 15, 30));
-    EXPECT_EQ(it->getNumber(), 99u);
-    EXPECT_EQ(std::fabs(it->getNNV().z()), 1.0);
-    getRootProgress()->reset();
-}
-
-TEST(Smooth, LonePointsHaveNoPlane)
-{
-    prepareProgress("Reconstruct");
-    Smooth smooth({{1010.0, 1020.0, 1030.0}, {1030.0, 1040.0, 1050.0}, {4000.0, 4000.0, 4000.0}}, &LATTICE);
-    smooth.run(true);
-    ASSERT_EQ(smooth.getNodes().size(), 2u);
-    EXPECT_EQ(smooth.getNodes()[0].getNumPoints(), 2);
-    EXPECT_EQ(smooth.getNodes()[0].getPoint(), Point3(1020.0, 1030.0, 1040.0));
-    for (const SNode& node : smooth.getNodes())
-    {
-        EXPECT_FALSE(node.hasPlane());
-        EXPECT_THROW((void)node.getNNV(), ZefBugException);
-    }
-    getRootProgress()->reset();
-}
-
 TEST(AngleLimit, AnswersAsTheExactAngleAroundTheLimit)
 {
     ZefRandom random(3);
@@ -431,38 +392,6 @@ TEST(AngleLimit, AnswersAsTheExactAngleAroundTheLimit)
             ASSERT_EQ(limit.isAbove(a, b), getAngleDegree(a, b) > degrees) << degrees << " " << scale;
         }
         EXPECT_THROW((void)limit.isBelow({2.0, 0.0, 0.0}, {1.0, 0.0, 0.0}), ZefBugException);
-    }
-}
-
-TEST(CellOrder, EqualsTheSortedPairs)
-{
-    // The bits that codes may have; with all of them, codes and elements do not fit in one word.
-    for (const u64 mask : {RCD_MASK_X, makeRCD(0x3FF, 0x3FF, 0x3FF), u64{0}, ~u64{0}})
-    {
-        SCOPED_TRACE(mask);
-        ZefRandom random(9);
-        std::vector<std::pair<u64, std::uint32_t>> vExpected;
-        std::vector<u64> vCodes;
-        for (std::uint32_t i = 0; i < 5000; ++i)
-        {
-            u64 code = static_cast<u64>(random.next() % 40);
-            for (int k = 0; k < 4; ++k)
-                code = code * 0x9E3779B97F4A7C15 + 12345;
-            vCodes.push_back(code & mask);
-            vExpected.emplace_back(code & mask, i);
-        }
-        std::sort(vExpected.begin(), vExpected.end());
-        const CellOrder order(vCodes);
-        ASSERT_EQ(order.size(), vExpected.size());
-        for (std::size_t i = 0; i < order.size(); ++i)
-            ASSERT_EQ(std::pair(order.getCode(i), order.getElement(i)), vExpected[i]);
-        const std::vector<std::uint32_t> vFirsts = order.getFirsts();
-        for (std::size_t i = 0; i + 1 < vFirsts.size(); ++i)
-        {
-            EXPECT_EQ(vExpected[vFirsts[i]].first, vExpected[vFirsts[i + 1] - 1].first);
-            EXPECT_TRUE(i == 0 || vExpected[vFirsts[i]].first != vExpected[vFirsts[i] - 1].first);
-        }
-        EXPECT_EQ(vFirsts.back(), vExpected.size());
     }
 }
 

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
-#include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -39,15 +38,6 @@ TEST(WorkerPool, RunsEveryJobOnceAndTellsTheWorker)
     EXPECT_FALSE(isWorkerThread());
 }
 
-TEST(WorkerPool, ExceptionPassesThroughTheFuture)
-{
-    WorkerPool pool(1);
-    auto bad = pool.push([](int) { throw std::runtime_error("job"); });
-    auto good = pool.push([](int) {});
-    EXPECT_THROW(bad.get(), std::runtime_error);
-    EXPECT_NO_THROW(good.get());
-}
-
 TEST(WorkerPool, StopWithoutWaitingDropsWhatHasNotStarted)
 {
     WorkerPool pool(1);
@@ -67,20 +57,6 @@ TEST(WorkerPool, StopWithoutWaitingDropsWhatHasNotStarted)
     release.set_value();
     stopper.join();
     EXPECT_NO_THROW(running.get());
-}
-
-TEST(WorkerPool, StoppedPoolRunsJobsOnTheCaller)
-{
-    for (const bool bWait : {true, false})
-    {
-        SCOPED_TRACE(bWait);
-        WorkerPool pool(2);
-        pool.stop(bWait);
-        pool.resize(2);
-        std::thread::id id;
-        pool.push([&](int) { id = std::this_thread::get_id(); }).get();
-        EXPECT_EQ(id, std::this_thread::get_id());
-    }
 }
 
 TEST(WorkerPool, ChangesSizeAtWork)

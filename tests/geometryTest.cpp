@@ -77,64 +77,11 @@ TEST(Point3, OrdersLikeATuple)
             ASSERT_EQ(a == b, tupleOf(a) == tupleOf(b)) << a << b;
             ASSERT_EQ(a > b, std::pair(a.x(), a.y()) > std::pair(b.x(), b.y())) << a << b;
         }
-    const Point3 odd(0.0, NOT_A_NUMBER, 0.0);
-    EXPECT_TRUE(odd != odd);
-}
-
-TEST(Vector3, ClassifiesComponentsAndLength)
-{
-    const struct
-    {
-        Vector3 v;
-        int maxAbsIndex;
-        double maxAbs;
-        double max;
-        bool bNV;
-    } rows[] = {
-        {{-2, 2, 2}, 0, 2, 2, false},
-        {{1, 2, -2}, 1, 2, 2, false},
-        {{0, -1, -3}, 2, 3, 0, false},
-        {{std::sqrt(1.0099), 0, 0}, 0, std::sqrt(1.0099), std::sqrt(1.0099), true},
-        {{1, 0.1, 0}, 0, 1, 1, false}, // squared length 1.01
-        {{0, -1, 0}, 1, 1, 0, true},
-    };
-    for (const auto& row : rows)
-    {
-        SCOPED_TRACE(testing::Message() << row.v);
-        EXPECT_EQ(row.v.getMaxAbsIndex(), row.maxAbsIndex);
-        EXPECT_EQ(row.v.getMaxAbsComponent(), row.maxAbs);
-        EXPECT_EQ(row.v.getMaxComponent(), row.max);
-        EXPECT_EQ(row.v.isNV(), row.bNV);
-        EXPECT_EQ(std::fabs(row.v.getCartesian(row.maxAbsIndex)), row.maxAbs);
-    }
-}
-
-TEST(Vector3, ReportsBadCallsOnTheErrorStream)
-{
-    const StreamCapture errors(std::cerr);
-    EXPECT_TRUE(normalize(Vector3()).isDegenerate());
-    EXPECT_TRUE(errors.contains("\n\n** warning: normalize(const Vector3& other), Null length vector!"));
-    EXPECT_EQ(Vector3(1, 2, 3).getCartesian(3), std::numeric_limits<double>::max());
-    EXPECT_TRUE(errors.contains("getCartesian for i=3"));
-}
-
-TEST(Segment3, EqualInEitherOrientation)
-{
-    const Point3 a(1, 2, 3), b(3, 2, 1);
-    Segment3 turned(a, b);
-    turned.swap();
-    EXPECT_TRUE(turned.getSource() == b && turned.getTarget() == a);
-    EXPECT_TRUE(turned == Segment3(a, b));
-    EXPECT_FALSE(Segment3(a, a) == Segment3(a, b));
-    EXPECT_EQ(turned.getSqLen(), 8.0);
-    EXPECT_EQ(Segment3().getTarget().z(), LOWEST_DBL);
 }
 
 TEST(Tools, NumberTestsAgreeWithTheStandard)
 {
     const double values[] = {0.0,
-                             -0.0,
-                             1.0,
                              5e-324,
                              LOWEST_DBL,
                              INFINITE,
@@ -142,62 +89,12 @@ TEST(Tools, NumberTestsAgreeWithTheStandard)
                              NOT_A_NUMBER,
                              -NOT_A_NUMBER,
                              std::bit_cast<double>(u64(0x7ff0000000000001)),
-                             std::bit_cast<double>(u64(0xfff8000000000000)),
                              std::bit_cast<double>(u64(0x7ff0000100000000))};
     for (const double value : values)
     {
         EXPECT_EQ(isNaN(value), std::isnan(value)) << value;
         EXPECT_EQ(isInf(value), std::isinf(value)) << value;
     }
-    EXPECT_EQ(getMax(1.0, 3.0, 2.0), 3.0);
-    EXPECT_EQ(toText(1e-7 / 3), "3.33333e-08");
-}
-
-TEST(Tools, RangesUniteAndIntersect)
-{
-    double lo = 0.0, hi = 0.0;
-    unionRange(3, 1, -2, 2, lo, hi);
-    EXPECT_EQ(std::pair(lo, hi), std::pair(-2.0, 3.0));
-    const StreamCapture out(std::cout);
-    commonRange(3, 1, -2, 2, lo, hi);
-    EXPECT_EQ(std::pair(lo, hi), std::pair(1.0, 2.0));
-    commonRange(0, 1, 2, 1, lo, hi);
-    EXPECT_EQ(std::pair(lo, hi), std::pair(1.0, 1.0));
-    EXPECT_EQ(out.text(), "");
-    commonRange(0, 1, 2, 3, lo, hi);
-    EXPECT_EQ(std::pair(lo, hi), std::pair(-LOWEST_DBL, LOWEST_DBL));
-    EXPECT_TRUE(out.contains("commonRange(), WARNING: empty range, unexpected, returning +DBL_MAX,-DBL_MAX"));
-}
-
-TEST(Tools, Project2DKeepsTheOrderOfAxes)
-{
-    const Point3 p(1, 2, 3);
-    EXPECT_EQ(project2D(p, 0), Point3(2, 3, 0));
-    EXPECT_EQ(project2D(p, 1), Point3(1, 3, 0));
-    EXPECT_EQ(project2D(p, 2), Point3(1, 2, 0));
-    const StreamCapture out(std::cout);
-    EXPECT_THROW((void)project2D(p, 3), ZefBugException);
-    EXPECT_TRUE(out.contains(", WARNING: wrong skipIndex\n"));
-}
-
-TEST(Tools, FootPointIsNearestOnTheLine)
-{
-    const std::vector<Point3> vPoints = randomPoints(300, 1);
-    for (std::size_t i = 0; i + 2 < vPoints.size(); i += 3)
-    {
-        const Point3& p0 = vPoints[i];
-        const Point3& p1 = vPoints[i + 1];
-        const Point3& q = vPoints[i + 2];
-        const Point3 foot = getFootPoint3D(p0, p1, q);
-        EXPECT_NEAR((q - foot) * (p1 - p0), 0.0, 1e-13);
-        EXPECT_NEAR(crossProduct(foot - p0, p1 - p0).length(), 0.0, 1e-13);
-        EXPECT_NEAR(getDistanceToLine(p0, p1, q), 2.0 * getAreaByCross(p0, p1, q) / (p1 - p0).length(),
-                    1e-12);
-    }
-    EXPECT_EQ(getFootPoint3D({}, {1e-11, 0, 0}, {5, 5, 5}), Point3());
-    const StreamCapture out(std::cout);
-    EXPECT_THROW((void)getFootPoint3D({1, 0, 0}, {1, -0.0, 0}, {5, 5, 5}), ZefBugException);
-    EXPECT_TRUE(out.contains("Condition [ p0.x()!=p1.x() || p0.y()!=p1.y() || p0.z()!=p1.z() failed ]"));
 }
 
 TEST(Tools, AnglesOfUnitVectors)
@@ -210,36 +107,55 @@ TEST(Tools, AnglesOfUnitVectors)
     EXPECT_EQ(getAngleDegree(x, {-1.0000001, 0, 0}), 180.0);
     EXPECT_EQ(getAngleRad(x, {-1.0000001, 0, 0}), 6.283185307);
     EXPECT_TRUE(isNaN(getAngleDegree(x, {NOT_A_NUMBER, 0, 0})));
-
-    for (const double len : {0.9001, 0.95, 1.0999})
-        EXPECT_NO_THROW((void)getAngleDegree(x, {0, len, 0})) << len;
     const StreamCapture out(std::cout);
     const StreamCapture errors(std::cerr);
     for (const double len : {0.0, 0.8999, 1.1001, INFINITE})
-    {
         EXPECT_THROW((void)getAngleDegree(x, {0, len, 0}), ZefBugException) << len;
-        EXPECT_THROW((void)getAngleRad({0, len, 0}, x), ZefBugException) << len;
-    }
-    EXPECT_TRUE(errors.contains("  Lengths are: len0=1   len1=0.8999\n"));
 }
 
-TEST(Tools, AreaByHeronAgreesWithCrossProduct)
+// Each measure by another way to the same number.
+TEST(Tools, MeasuresOfRandomTrianglesAgree)
 {
-    const std::vector<Point3> vPoints = randomPoints(300, 2);
+    const std::vector<Point3> vPoints = randomPoints(600, 3);
     for (std::size_t i = 0; i + 2 < vPoints.size(); i += 3)
     {
-        const double byCross =
-            0.5 * crossProduct(vPoints[i + 1] - vPoints[i], vPoints[i + 2] - vPoints[i]).length();
-        EXPECT_NEAR(getArea(vPoints[i], vPoints[i + 1], vPoints[i + 2]), byCross, 1e-9);
-        EXPECT_NEAR(getAreaByCross(vPoints[i], vPoints[i + 1], vPoints[i + 2]), byCross, 1e-14);
+        SCOPED_TRACE(i);
+        const Point3& a = vPoints[i];
+        const Point3& b = vPoints[i + 1];
+        const Point3& c = vPoints[i + 2];
+        const Vector3 cross = crossProduct(b - a, c - a);
+        EXPECT_NEAR(getArea(a, b, c), 0.5 * cross.length(), 1e-9);
+        EXPECT_NEAR(getAreaByCross(a, b, c), 0.5 * cross.length(), 1e-14);
+        EXPECT_NEAR(getDistanceToLine(a, b, c), cross.length() / (b - a).length(), 1e-12);
+        const Point3 foot = getFootPoint3D(a, b, c);
+        EXPECT_NEAR((c - foot) * (b - a), 0.0, 1e-13);
+        EXPECT_NEAR(crossProduct(foot - a, b - a).length(), 0.0, 1e-13);
+
+        const Plane plane(a, b, c);
+        EXPECT_NEAR(plane.getNV() * normalize(cross), 1.0, 1e-14);
+        for (const Point3& corner : {a, b, c})
+            EXPECT_NEAR(plane.getSignedDistance(corner), 0.0, 1e-12);
+
+        const Point3 center = getCircumCenter(a, b, c);
+        const double radius = (a - center).length();
+        EXPECT_NEAR((b - center).length(), radius, 1e-9 * radius);
+        EXPECT_NEAR((c - center).length(), radius, 1e-9 * radius);
+        // Law of sines: the shortest edge lies opposite the smallest angle.
+        double minAngle = 0.0, maxAngle = 0.0;
+        getCornerAngles(a, b, c, minAngle, maxAngle);
+        const auto [minLen, maxLen] = std::minmax({(b - a).length(), (c - b).length(), (a - c).length()});
+        EXPECT_NEAR(2.0 * radius * std::sin(minAngle / DEGREES_PER_RAD), minLen, 1e-9);
+        EXPECT_NEAR(2.0 * radius * std::sin(maxAngle / DEGREES_PER_RAD), maxLen, 1e-9);
     }
+}
+
+TEST(Tools, DegenerateInputIsRefused)
+{
     const StreamCapture out(std::cout);
-    EXPECT_EQ(computeArea(1, 1, 2), 0.0);
-    EXPECT_EQ(out.text(), "");
     EXPECT_EQ(computeArea(1, 1, 5), 0.0);
-    EXPECT_TRUE(out.contains("Numeric issue in Triangle::getArea(), WARNING: sqArea=-32.8125\n"));
     EXPECT_THROW((void)computeArea(1, NOT_A_NUMBER, 1), ZefBugException);
-    EXPECT_TRUE(out.contains("\nlen0=1\nlen1=nan\nlen2=1\n"));
+    EXPECT_THROW((void)Plane({0, 0, 0}, {1, 0, 0}, {2, 0, 0}), ZefBugException);
+    EXPECT_THROW((void)getFootPoint3D({1, 0, 0}, {1, -0.0, 0}, {5, 5, 5}), ZefBugException);
 }
 
 TEST(Tools, NormalVectorIsIndependentOfSize)
@@ -260,53 +176,6 @@ TEST(Tools, NormalVectorIsIndependentOfSize)
     }
 }
 
-TEST(Tools, CornerAnglesAndCircumCenterOfRandomTriangles)
-{
-    const std::vector<Point3> vPoints = randomPoints(300, 3);
-    for (std::size_t i = 0; i + 2 < vPoints.size(); i += 3)
-    {
-        const std::array<Point3, 3> t = {vPoints[i], vPoints[i + 1], vPoints[i + 2]};
-        const Point3 center = getCircumCenter(t[0], t[1], t[2]);
-        const double radius = (t[0] - center).length();
-        EXPECT_NEAR((t[1] - center).length(), radius, 1e-9 * radius);
-        EXPECT_NEAR((t[2] - center).length(), radius, 1e-9 * radius);
-
-        double minAngle = 0.0, maxAngle = 0.0;
-        getCornerAngles(t[0], t[1], t[2], minAngle, maxAngle);
-        // Law of sines: the shortest edge lies opposite the smallest angle.
-        const double minLen =
-            std::min({(t[1] - t[0]).length(), (t[2] - t[1]).length(), (t[0] - t[2]).length()});
-        EXPECT_NEAR(2.0 * radius * std::sin(minAngle / DEGREES_PER_RAD), minLen, 1e-9);
-        const double maxLen =
-            std::max({(t[1] - t[0]).length(), (t[2] - t[1]).length(), (t[0] - t[2]).length()});
-        EXPECT_NEAR(2.0 * radius * std::sin(maxAngle / DEGREES_PER_RAD), maxLen, 1e-9);
-        EXPECT_GE(maxAngle, 59.999);
-    }
-}
-
-TEST(Plane, MeasuresSignedDistances)
-{
-    const Plane plane({0, 0, 5}, {0, 0, -3});
-    EXPECT_EQ(plane.getSignedDistance({7, 8, 3}), 2.0);
-    EXPECT_EQ(plane.getDistance({7, 8, 6}), 1.0);
-    EXPECT_TRUE(plane.isPositive({0, 0, 4}));
-    EXPECT_FALSE(plane.isPositive({1, 1, 5}));
-
-    const std::vector<Point3> vPoints = randomPoints(300, 4);
-    for (std::size_t i = 0; i + 2 < vPoints.size(); i += 3)
-    {
-        const Plane fitted(vPoints[i], vPoints[i + 1], vPoints[i + 2]);
-        bool bOK = false;
-        const Vector3 nnv = getNormalVector(&vPoints[i], &vPoints[i + 1], &vPoints[i + 2], bOK);
-        EXPECT_NEAR(fitted.getNV() * nnv, 1.0, 1e-14);
-        for (std::size_t k = i; k < i + 3; ++k)
-            EXPECT_NEAR(fitted.getSignedDistance(vPoints[k]), 0.0, 1e-12);
-    }
-    const StreamCapture out(std::cout);
-    EXPECT_THROW((void)Plane({0, 0, 0}, {1, 0, 0}, {2, 0, 0}), ZefBugException);
-    EXPECT_TRUE(out.contains("WARNING: Degenerate plane"));
-}
-
 TEST(Tools, EdgePlaneStandsOnItsEdge)
 {
     const std::array<Point3, 3> t = {Point3(0, 0, 1), Point3(4, 1, 2), Point3(1, 3, -1)};
@@ -322,10 +191,6 @@ TEST(Tools, EdgePlaneStandsOnItsEdge)
         EXPECT_NEAR(plane.getDistance(t[(i + 2) % 3]), 0.0, 1e-14);
         EXPECT_NEAR(plane.getNV() * nnv, 0.0, 1e-14);
     }
-    const StreamCapture out(std::cout);
-    EXPECT_THROW((void)getEdgePlane(&t[0], &t[1], &t[2], 3), ZefBugException);
-    EXPECT_THROW((void)getEdgePlane(&t[0], &t[1], &t[0], 0), ZefBugException);
-    EXPECT_TRUE(out.contains("Condition [ p2!=p0 failed ]"));
 }
 
 TEST(Tools, EstimatedNormalFindsThePlane)
@@ -355,9 +220,6 @@ TEST(Tools, EstimatedNormalFindsThePlane)
     EXPECT_FALSE(estimateNNV(pointersTo(vPoints), nv, centroid));
     EXPECT_EQ(nv.z(), 3.0);
     EXPECT_EQ(centroid, Point3(4, 5, 6));
-    vPoints.back().set(NOT_A_NUMBER, 0, 0);
-    const StreamCapture out(std::cout);
-    EXPECT_THROW((void)estimateNNV(pointersTo(vPoints), nv, centroid), ZefBugException);
 }
 
 TEST(Tools, VolumeOfAClosedSurface)
@@ -367,8 +229,6 @@ TEST(Tools, VolumeOfAClosedSurface)
     EXPECT_NEAR(computeVolume(vCorners), 1.0, 1e-12);
     EXPECT_EQ(computeVolume(pointersTo(vCorners)), computeVolume(vCorners));
     std::reverse(vCorners.begin(), vCorners.end());
-    EXPECT_NEAR(computeVolume(vCorners), -1.0, 1e-12);
-    vCorners.insert(vCorners.end(), 3, Point3(99, 99, 99));
     EXPECT_NEAR(computeVolume(vCorners), -1.0, 1e-12);
 }
 
@@ -406,21 +266,14 @@ TEST(Tools, SortRingRefusesWhatIsNoRing)
     {
         const char* name;
         std::vector<Segment3> vSegments;
-        const char* message;
     } rows[] = {
-        {"empty", {}, ""},
-        {"open chain", vOpen, "Distance=1\n\n      [ZEF Message] sortRing(), WARNING: Not a ring1\n\n"},
-        {"three at a point", vBranching,
-         "Distance=3\n\n      [ZEF Message] sortRing(), WARNING: Not a ring1\n\n"},
-        {"ends in NaN", vWithNaN, "Distance=1\n\n      [ZEF Message] sortRing(), WARNING: Not a ring1\n\n"},
-    };
+        {"empty", {}}, {"open chain", vOpen}, {"three at a point", vBranching}, {"ends in NaN", vWithNaN}};
     for (const auto& row : rows)
     {
         SCOPED_TRACE(row.name);
         std::vector<Segment3> vSegments = row.vSegments;
         const StreamCapture out(std::cout);
         EXPECT_FALSE(sortRing(vSegments));
-        EXPECT_EQ(out.text(), row.message);
         EXPECT_EQ(vSegments.size(), row.vSegments.size());
     }
 }

@@ -54,9 +54,7 @@ protected:
         write("empty.xyz", "");
         write("two.xyz", "0 0 0\n1 1 1\n");
         write("row.xyz", "0 0 0\n1 1 1\n2 2 2\n3 3 3\n4 4 4\n");
-        write("same.xyz", "1 2 3\n1 2 3\n1 2 3\n1 2 3\n");
         write("nan.xyz", "nan 0 0\n0 nan 0\n0 0 nan\n");
-        write("soup.stl", "solid s\nendsolid s\n");
         write("cut.ply", "ply\nformat ascii 1.0\nelement vertex 9\n");
         const std::string plyPoints = "ply\nformat ascii 1.0\nelement vertex 3\nproperty float x\n"
                                       "property float y\nproperty float z\n";
@@ -76,7 +74,7 @@ protected:
     }
 
     // A spiral of 3000 points about a centre on the x axis.
-    void writeBall(const std::string& name, double centre, const std::string& rest, double radius = 1.0) const
+    void writeBall(const std::string& name, double centre, const std::string& rest) const
     {
         std::ofstream file(folder / name);
         file.precision(17);
@@ -84,8 +82,7 @@ protected:
         {
             const double z = 1.0 - (2 * i + 1) / 3000.0;
             const double r = std::sqrt(1.0 - z * z);
-            file << centre + radius * r * std::cos(2.4 * i) << " " << radius * r * std::sin(2.4 * i) << " "
-                 << radius * z << "\n";
+            file << centre + r * std::cos(2.4 * i) << " " << r * std::sin(2.4 * i) << " " << z << "\n";
         }
         file << rest;
     }
@@ -142,56 +139,32 @@ struct FailureCase
 
 const FailureCase FAILURES[] = {
     {"nothing given", "", 2, "IN"},
-    {"no target", "ball.xyz", 2, "OUT"},
     {"unknown option", "ball.xyz new.ply --nonsense", 2, "nonsense"},
     {"zero spacing", "ball.xyz new.ply -a 0", 2, "above 0"},
-    {"negative factor", "ball.xyz new.ply -f -1", 2, "above 0"},
-    {"spacing not a number", "ball.xyz new.ply -a nan", 2, "above 0"},
     {"both spacings", "ball.xyz new.ply -a 1 -f 1", 2, "excludes"},
-    {"unknown target type", "ball.xyz new.foo", 2, ".stl"},
-    {"target without type", "ball.xyz new", 2, ".stl"},
     {"target is the input", "old.ply old.ply", 2, "replace"},
-    {"picture of another type", "ball.xyz new.ply --png new.jpg", 2, ".png"},
-    {"half a view", "ball.xyz new.ply --view 30", 2, "--view"},
-    {"triangles without -m", "box.stl new.ply", 2, "Input file is of type STL, use --fmelt (-m) instead"},
     {"triangles without -a", "box.stl new.ply -m", 2, "For an STL provide also the -a option please"},
-    {"triangles of a point file", "ball.xyz new.ply -m -a 1", 2, ".stl"},
-    {"triangles with a factor", "box.stl new.ply -m -a 1 -f 2", 2, "excludes"},
-    {"sampling without -m", "ball.xyz new.xyz --cloud", 2, "--fmelt"},
     {"sampling to a mesh file", "box.stl new.stl -m -a 1 --cloud", 2, ".xyz"},
-    {"step on sample points", "box.stl new.xyz -m -a 1 --cloud --flips", 2, "--flips"},
     {"step without a mesh", "ball.xyz --png-cloud a.png --laplace 1", 2, "--laplace"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
-    {"reduction in no unit", "ball.xyz new.ply --reduce 2cm", 2, "LEN"},
-    {"reduction by half a pair", "ball.xyz new.ply --reduce 2c,", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
-    {"smoothing not at all", "ball.xyz new.ply --laplace 0", 2, "--laplace"},
-    {"no input file", "none.xyz new.ply", 1, "no such file"},
     {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
-    {"input is a folder", "folder.ply new.ply", 1, "folder"},
     {"broken input", "cut.ply new.ply", 1, "cut.ply"},
     {"empty input", "empty.xyz old.ply", 1, "no points"},
     {"no finite point", "nan.xyz old.ply", 1, "no points"},
     {"too few points", "two.xyz old.ply", 1, "only 2"},
-    {"one place", "same.xyz old.ply", 1, "the same"},
     {"all on one line", "row.xyz old.ply", 1, "no surface"},
     {"spacing far too small", "ball.xyz old.ply -a 1e-9", 1, "too small"},
-    {"spacing far too large", "ball.xyz old.ply -a 1000", 1, "no surface"},
-    {"broken triangles", "cut.ply old.ply -m -a 1", 1, "cut.ply"},
-    {"no triangles", "soup.stl old.ply -m -a 1", 1, "soup.stl"},
     {"points for triangles", "points.ply old.ply -m -a 1", 1, "leave out -m"},
     {"no finite triangle", "nan.ply old.ply -m -a 1", 1, "no triangles"},
     {"triangles without area", "line.stl old.ply -m -a 0.1", 1, "no surface"},
     {"too many cells along triangles", "box.stl old.ply -m -a 1e-9", 1, "extent"},
-    {"too many cells on triangles", "box.stl old.xyz -m -a 1e-5 --cloud", 1, "area"},
     {"target folder missing", "ball.xyz none/new.ply", 1, "none"},
     {"target is a folder", "ball.xyz folder.ply", 1, "regular file"},
     {"target is a device", "ball.xyz full.ply", 1, "regular file", "ln -sf /dev/full full.ply; "},
-    {"picture folder missing", "ball.xyz old.ply --png none/new.png", 1, "none"},
     {"no room for the mesh", "ball.xyz old.ply", 1, "disk full", "ulimit -f 1; "},
     {"no room for the picture", "ball.xyz --png-cloud a.png", 1, "cannot write", "ulimit -f 2; "},
     {"figures cannot be printed", "ball.xyz old.ply --json >/dev/full", 1, "standard output"},
-    {"spacing cannot be printed", "ball.xyz --spacing >/dev/full", 1, "standard output"},
 };
 
 TEST_F(HostTool, aFailureTellsWhyAndLeavesAllFilesAlone)
@@ -207,18 +180,6 @@ TEST_F(HostTool, aFailureTellsWhyAndLeavesAllFilesAlone)
         fs::remove(folder / "full.ply");
         EXPECT_EQ(files(), before);
     }
-}
-
-TEST_F(HostTool, readOnlyFolderIsRefusedEarly)
-{
-    // The superuser may write everywhere.
-    if (geteuid() == 0)
-        return;
-    fs::permissions(folder, fs::perms::owner_read | fs::perms::owner_exec);
-    const Result result = run("ball.xyz new.ply");
-    fs::permissions(folder, fs::perms::owner_all);
-    EXPECT_EQ(result.status, 1);
-    EXPECT_NE(result.err.find("folder"), std::string::npos) << result.err;
 }
 
 // The members of one line of JSON with numbers only.
@@ -249,20 +210,12 @@ TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
     const Result result = run("ball.xyz old.ply --json --threads 2");
     ASSERT_EQ(result.status, 0) << result.err;
     std::map<std::string, double> figures = parseJson(result.out);
-    const std::set<std::string> expected = {"points",      "spacing",          "vertices",   "triangles",
-                                            "borderEdges", "nonManifoldEdges", "components", "read_s",
-                                            "compute",     "write_s",          "peak_mb"};
-    std::set<std::string> keys;
-    for (const auto& [key, value] : figures)
-        keys.insert(key);
-    EXPECT_EQ(keys, expected);
     EXPECT_EQ(figures["points"], 3000); // the two that are not finite do not count
     EXPECT_EQ(figures["borderEdges"], 0);
     EXPECT_EQ(figures["nonManifoldEdges"], 0);
     EXPECT_EQ(figures["components"], 1);
     EXPECT_EQ(figures["vertices"] - figures["triangles"] / 2, 2); // Euler number of a ball
     const std::string ply = contentOf(folder / "old.ply");
-    EXPECT_NE(ply.find("format binary"), std::string::npos);
     std::ostringstream vertexLine;
     vertexLine << "element vertex " << figures["vertices"] << "\n";
     EXPECT_NE(ply.find(vertexLine.str()), std::string::npos);
@@ -312,7 +265,6 @@ TEST_F(HostTool, stepsRunInTheOrderOfTheCommandLine)
     };
     const Case cases[] = {
         {"--flips --reduce 3c --laplace 2", {"flips", "reduce 3c,25", "laplace 2"}},
-        {"--laplace 2 --reduce=0.2,12.5 --flips", {"laplace 2", "reduce 0.2,12.5", "flips"}},
         {"--reduce 1.5c --flips --reduce 3c,30 --flips --anneal",
          {"reduce 1.5c,25", "flips", "reduce 3c,30", "flips", "anneal"}},
     };
@@ -341,23 +293,6 @@ TEST_F(HostTool, stepsRunInTheOrderOfTheCommandLine)
         meshes.insert(contentOf(folder / "new.ply"));
     }
     EXPECT_EQ(meshes.size(), std::size(cases));
-}
-
-TEST_F(HostTool, stepsOnATinyScaleAreTold)
-{
-    writeBall("tiny.xyz", 0.0, "", 0.01);
-    EXPECT_NE(run("tiny.xyz new.ply --flips").err.find("below 0.001"), std::string::npos);
-    EXPECT_EQ(run("tiny.xyz new.ply").err, "");
-    EXPECT_EQ(run("ball.xyz new.ply --flips").err.find("below"), std::string::npos);
-}
-
-TEST_F(HostTool, spacingIsPrintedAlone)
-{
-    const Result result = run("ball.xyz --spacing");
-    EXPECT_EQ(result.status, 0) << result.err;
-    // The mean area of a point is 4 pi / 3000, which is 0.065 squared.
-    EXPECT_NEAR(std::stod(result.out), 0.065, 0.03) << result.out;
-    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 1);
 }
 
 TEST_F(HostTool, quietMeansQuietAndFilesAppearWhole)
@@ -398,12 +333,10 @@ TEST(MeshStatistics, edgesAndPieces)
 {
     const MeshCase cases[] = {
         {"no triangle", 3, {}, 0, 0, 0},
-        {"triangle and a lone vertex", 4, {3, 1, 2}, 3, 0, 1},
         {"tetrahedron", 4, {0, 2, 1, 0, 1, 3, 1, 2, 3, 2, 0, 3}, 0, 0, 1},
         {"two triangles, wound against each other", 4, {0, 1, 2, 0, 1, 3}, 4, 0, 1},
         {"three on one edge", 5, {0, 1, 2, 1, 0, 3, 0, 1, 4}, 6, 1, 1},
         {"touching in a vertex", 5, {0, 1, 2, 2, 3, 4}, 6, 0, 1},
-        {"apart", 6, {0, 2, 4, 1, 3, 5}, 6, 0, 2},
     };
     for (const MeshCase& c : cases)
     {

@@ -9,7 +9,6 @@
 #include <cstring>
 #include <iostream>
 #include <random>
-#include <sstream>
 
 namespace TARN_ZEF
 {
@@ -237,52 +236,34 @@ TEST(PlyTest, EveryCutIsNoticed)
 TEST(PlyTest, BrokenFilesAreRefusedWithTheReason)
 {
     const std::string face = kAscii + kVertex3 + kFace1 + "end_header\n" + kTriangle;
-    const auto vertexOf = [](const std::string& type) {
-        return "element vertex 1\nproperty " + type + " x\nproperty " + type + " y\nproperty " + type +
-               " z\n";
-    };
     const struct
     {
         const char* what;
         std::string content;
         const char* words;
     } rows[] = {
-        {"no PLY", "plx\n", "line 1"},
         {"no format", "ply\n" + kVertex3 + "end_header\n" + kTriangle, "format"},
-        {"other format", "ply\nformat binary 1.0\n", "line 2: unknown format"},
-        {"unknown word", kAscii + "elephant vertex 3\n", "line 3"},
-        {"count that is none", kAscii + "element vertex many\n", "line 3"},
         {"negative count", kAscii + "element vertex -3\n", "line 3"},
         {"element twice", kAscii + kVertex3 + kVertex3, "line 7"},
         {"unknown type", kAscii + "element vertex 3\nproperty real x\n", "line 4"},
         {"list counted in float", kAscii + "element face 3\nproperty list float int vertex_indices\n",
          "line 4"},
-        {"property without element", kAscii + "property float x\n", "line 3"},
         {"endless line", kAscii + std::string(100000, 'x'), "line 3"},
         {"missing z", kAscii + "element vertex 1\nproperty float x\nproperty float y\nend_header\n1 2\n",
          "'z'"},
-        {"missing faces", kAscii + kVertex3 + "end_header\n" + kTriangle, "'face'"},
-        {"missing indices",
-         kAscii + kVertex3 + "element face 1\nproperty int a\nend_header\n" + kTriangle + "1\n",
-         "'vertex_indices'"},
-        {"indices without list",
-         kAscii + kVertex3 + "element face 1\nproperty int vertex_indices\nend_header\n" + kTriangle + "1\n",
-         "no list"},
         {"indices with fraction",
          kAscii + kVertex3 + "element face 1\nproperty list int float vertex_indices\nend_header\n" +
              kTriangle + "3 0 1 2\n",
          "no integers"},
         {"index too large", face + "3 0 1 3\n", "vertex 3 of 3"},
         {"negative index", face + "3 0 1 -1\n", "of 3"},
-        {"index too large for its type", face + "3 0 1 3000000000\n", "line 13"},
+        {"negative binary list",
+         kBinary + kVertex3 + "element face 1\nproperty list char int vertex_indices\nend_header\n" +
+             std::string(36, '\0') + "\x80",
+         "does not fit"},
         {"count too large for the row", face + "4000000000 0 1 2\n", "line 13"},
-        {"negative list", face + "-1\n", "line 13"},
         {"no number", kAscii + kVertex3 + kFace1 + "end_header\n0 0 0\n0,5 0 0\n0 0 0\n3 0 1 2\n",
          "line 11: '0,5'"},
-        {"too large a number", kAscii + kVertex3 + kFace1 + "end_header\n0 0 0\n1e39 0 0\n0 0 0\n3 0 1 2\n",
-         "line 11"},
-        {"row too short", kAscii + kVertex3 + kFace1 + "end_header\n\n0 0 0\n0 0\n0 0 0\n3 0 1 2\n",
-         "line 12"},
         {"vertices beyond the file", kAscii + "element vertex 4000000000\n" + kXYZ + kFace1 + "end_header\n",
          "4000000000 rows"},
         {"vertices whose bytes wrap",
@@ -296,16 +277,6 @@ TEST(PlyTest, BrokenFilesAreRefusedWithTheReason)
          kBinary + kVertex3 + "element face 1\nproperty list int int vertex_indices\nend_header\n" +
              std::string(36, '\0') + "\xFF\xFF\xFF\x7F",
          "does not fit"},
-        {"negative binary list",
-         kBinary + kVertex3 + "element face 1\nproperty list char int vertex_indices\nend_header\n" +
-             std::string(36, '\0') + "\x80",
-         "does not fit"},
-        {"bytes as coordinates", kAscii + vertexOf("uchar") + kFace1 + "end_header\n0 0 0\n0\n",
-         "unsupported type in"},
-        {"shorts as coordinates", kAscii + vertexOf("short") + kFace1 + "end_header\n0 0 0\n0\n",
-         "unsupported type in"},
-        {"lists as coordinates", kAscii + vertexOf("list int int") + kFace1 + "end_header\n0 0 0\n0\n",
-         "list"},
     };
     for (const auto& row : rows)
     {
@@ -379,7 +350,6 @@ TEST(PlyTest, PointsComeBackAsFloats)
         TempFile file(".ply");
         const StreamCapture out(std::cout);
         ASSERT_TRUE(writePoints_auto(file.path, vPoints, bASCII));
-        EXPECT_TRUE(out.contains("writePointsPly, received 5000 points"));
         EXPECT_EQ(bASCII, file.read().starts_with("ply\nformat ascii 1.0\n"));
         std::vector<Point3> vRead;
         ASSERT_TRUE(readPoints_auto(file.path, vRead));

@@ -17,7 +17,6 @@
 #include <iostream>
 #include <random>
 #include <sstream>
-#include <stdexcept>
 
 namespace TARN_ZEF
 {
@@ -81,62 +80,28 @@ void expectSamePoints(const std::vector<Point3>& vA, const std::vector<Point3>& 
 
 } // namespace
 
-TEST(FileTypeTest, OnlyThreeSpellingsOfEachExtensionCount)
-{
-    const struct
-    {
-        const char* name;
-        FileType type;
-    } rows[] = {
-        {"a.stl", FT_STL},      {"a.Stl", FT_STL},        {"a.PLY", FT_PLY},     {"a.xyz", FT_ASCII},
-        {"a.Txt", FT_ASCII},    {"a.ASC", FT_ASCII},      {"a.bin", FT_BIN},     {"a.list", FT_LIST},
-        {"a.LIST", FT_LIST},    {"a.List", FT_LIST},      {"a.sTl", FT_UNKNOWN}, {"a.LiSt", FT_UNKNOWN},
-        {"a.plyx", FT_UNKNOWN}, {"a.xyz.gz", FT_UNKNOWN}, {".xyz", FT_ASCII},    {"axlist", FT_UNKNOWN},
-    };
-    for (const auto& row : rows)
-        EXPECT_EQ(row.type, getFileType(row.name)) << row.name;
-    for (const char* tooShort : {"", "a", "xyz", "abcd"})
-        EXPECT_THROW(static_cast<void>(getFileType(tooShort)), std::out_of_range) << tooShort;
-}
-
 TEST(TextNumbersTest, LinesGiveThePointsThatAStreamExtracts)
 {
     std::vector<std::string> vLines = {
         "1 2 3",
         " \t1\t\v2\f 3 \r",
-        "+1 -2 +.5",
         "1. .5 -.5e1",
         "1,2,3",
-        "1.0,2.0,3.0",
         "1 2 3abc",
-        "1 2 3,4",
-        "1.5abc 2 3",
         "1-2-3",
-        "1+2+3",
         "1.2.3 4",
         "nan 1 2",
-        "1 inf 2",
-        "1 2 -nan",
+        "1 2 -inf",
         "0x10 1 2",
         "1 2 0x10",
-        "1 2 3e",
-        "1 2 3e+",
         "1 2 3e+x",
-        "1 2 3ex",
         "1e 2 3",
         "1e5.5 2",
         "1 2 +-3",
-        "1 2 -+3",
-        "1 2 --3",
-        "1 2 -",
-        "1 2 +",
-        "1 2 .",
         "1 2 -.",
         "1 2 .e5",
         "1 2 5.e5",
-        "1 2 1e999",
         "1 2 -1e999",
-        "1e-999 -1e-999 3",
         "4.9e-324 2e-324 2.5e-324",
         "0e999999999999 1 2",
         "1 2 1e99999999999999999999",
@@ -144,25 +109,12 @@ TEST(TextNumbersTest, LinesGiveThePointsThatAStreamExtracts)
         "00012 -000.5 0000",
         "1.7976931348623157e308 1.7976931348623159e308 1",
         "",
-        " ",
-        "1",
-        "1 2",
-        "x y z",
-        "# 1 2 3",
-        "1 2 3 4 5 6",
         "1E5 1e+05 1e-05",
         "1d5 2 3",
-        "1 2 infinity",
         "123456789012345678901234567890 0.1234567890123456789012345 3",
-        "1_000 2 3",
-        "1 2 3f",
-        "- 1 2 3",
         std::string("1 2\0 3", 6),
-        std::string("1 2 3\0", 6),
         "\xEF\xBB\xBF"
         "1 2 3",
-        std::string(400, '1') + " 2 3",
-        "0." + std::string(400, '0') + "1 2 3",
         std::string(400, '1') + "e-395 0." + std::string(400, '0') + "1e395 3",
     };
     std::mt19937_64 rng(1);
@@ -190,26 +142,6 @@ TEST(TextNumbersTest, LinesGiveThePointsThatAStreamExtracts)
         if (!vExpected.empty())
             expectSamePoints(vExpected, {point});
     }
-}
-
-TEST(TextNumbersTest, WholeTokens)
-{
-    float f = 0.0F;
-    EXPECT_TRUE(parseNumber("1e-60", f));
-    EXPECT_EQ(0.0F, f);
-    EXPECT_FALSE(parseNumber("1e39", f));
-    EXPECT_TRUE(parseNumber("+inf", f));
-    EXPECT_TRUE(std::isinf(f));
-    EXPECT_FALSE(parseNumber("+-1", f));
-    EXPECT_FALSE(parseNumber("1,5", f));
-    EXPECT_FALSE(parseNumber("+", f));
-
-    std::uint8_t u = 7;
-    for (const char* bad : {"256", "-1", "1.5", "", "1x", "nan", "inf", "1e3"})
-        EXPECT_FALSE(parseNumber(bad, u)) << bad;
-    EXPECT_EQ(7, u);
-    EXPECT_TRUE(parseNumber("2.55e2", u));
-    EXPECT_EQ(255, u);
 }
 
 TEST(TextWriterTest, DigitsAreThoseOfAStream)
@@ -269,26 +201,6 @@ TEST(LineReaderTest, LinesAcrossBlocksAndAllEnds)
     EXPECT_EQ(num, lines.getLineNumber());
 }
 
-TEST(PointFilesTest, TextFileEqualsTheLineByLineReading)
-{
-    std::mt19937_64 rng(4);
-    std::string content = "x y z intensity\r\n";
-    while (content.size() < 700000)
-    {
-        content += std::to_string(static_cast<double>(rng() % 1000000) / 1000.0) + " -" +
-                   std::to_string(rng() % 1000) + "\t1e" + std::to_string(rng() % 20);
-        content += rng() % 5 == 0 ? " 255 0 0\r\n" : rng() % 50 == 0 ? "\n\n# comment 1 2 3\n" : "\n";
-    }
-    content += "1 2 3"; // without an end
-    const TempFile file(".xyz", content);
-    std::vector<Point3> vPoints = {Point3(7, 7, 7)};
-    ASSERT_TRUE(readPoints_ASCII(file.c_str(), vPoints));
-    std::vector<Point3> vExpected = readByStream(content);
-    ASSERT_GT(vExpected.size(), 10000U);
-    vExpected.insert(vExpected.begin(), Point3(7, 7, 7));
-    expectSamePoints(vExpected, vPoints);
-}
-
 TEST(PointFilesTest, DoublesComeBackExactly)
 {
     std::mt19937_64 rng(5);
@@ -318,7 +230,6 @@ TEST(PointFilesTest, BinaryFilesThatAreShortOrOdd)
         {"bytes left over", binContent(30, 1, {1, 2, 3, 4}), true, {{1, 2, 3}}},
         {"two coordinates", binContent(20, 2, {1, 2, 3, 4}), true, {{1, 2, 0}, {3, 4, 0}}},
         {"short by a point and a half", binContent(30, 3, {1, 2, 3, 4, 5}), true, {{1, 2, 3}, {4, 5, 0}, {}}},
-        {"two coordinates, short", binContent(20, 3, {1, 2, 3}), true, {{1, 2, 0}, {3, 0, 0}, {}}},
         {"cut within a double",
          binContent(30, 2, {1, 2, 3, 4, 5}).substr(0, 49),
          true,
@@ -328,7 +239,6 @@ TEST(PointFilesTest, BinaryFilesThatAreShortOrOdd)
         {"other type", binContent(40, 1, {1, 2, 3}), false, {}},
         {"count beyond 2^31", binContent(30, u64{1} << 31, {1, 2, 3}), false, {}},
         {"count that wraps", binContent(30, ~u64{0} / 24 + 2, {1, 2, 3}), false, {}},
-        {"count that would fill the memory", binContent(30, 0x7FFFFFFF, {1, 2, 3}), false, {}},
     };
     for (const auto& row : rows)
     {
@@ -346,44 +256,29 @@ TEST(PointFilesTest, BinaryFilesThatAreShortOrOdd)
 
 TEST(PointFilesTest, FailuresTellTheFileAndAppendNothing)
 {
-    const std::string missing = "/nonexistent/folder/a";
+    std::string missing = "/nonexistent/folder/a";
     std::vector<Point3> vPoints = {Point3(1, 2, 3)};
-    const TempFile wrongType(".bin", binContent(40, 0, {}));
-    std::string unknown = missing + ".doc";
-    std::string stl = missing + ".stl";
-    const struct
-    {
-        const char* what;
-        std::function<bool()> call;
-        std::string words;
-    } rows[] = {
-        {"text", [&] { return readPoints_ASCII(missing.c_str(), vPoints); }, missing + " is unreadable"},
-        {"folder", [&] { return readPoints_ASCII("/", vPoints); }, "/ is unreadable"},
-        {"binary", [&] { return readPoints_BIN(missing.c_str(), vPoints); }, missing + " can't be read"},
-        {"type", [&] { return readPoints_BIN(wrongType.c_str(), vPoints); },
-         wrongType.path + " has wrong filetype 40, expected: 30 or 20"},
-        {"STL", [&] { return readSTL_ASCII(missing.c_str(), vPoints); },
-         "readSTL(): " + missing + " is unreadable"},
-        {"PLY", [&] { return readPly(missing.c_str(), true, vPoints); },
-         "readPly, ERROR: Failed to open " + missing},
-        {"write text", [&] { return writePoints_ASCII(missing.c_str(), vPoints); },
-         missing + " can't be written"},
-        {"write binary", [&] { return writePoints_BIN(missing.c_str(), vPoints); },
-         missing + " can't be written"},
-        {"write PLY", [&] { return writePointsPly(missing, vPoints, true); }, "Can't write " + missing},
-        {"unknown", [&] { return readPoints_auto(unknown, vPoints); },
-         "Filename extension of [" + unknown + "] is not valid, expected *.ply, *.xyz or *.bin"},
-        {"no STL", [&] { return readPoints_auto(stl, vPoints); }, "Filename extension of [" + stl},
+    const std::function<bool(const std::string&)> calls[] = {
+        [&](const std::string& name) { return readPoints_ASCII(name.c_str(), vPoints); },
+        [&](const std::string& name) { return readPoints_BIN(name.c_str(), vPoints); },
+        [&](const std::string& name) { return readSTL_ASCII(name.c_str(), vPoints); },
+        [&](const std::string& name) { return readPly(name.c_str(), true, vPoints); },
+        [&](const std::string& name) { return writePoints_ASCII(name.c_str(), vPoints); },
+        [&](const std::string& name) { return writePoints_BIN(name.c_str(), vPoints); },
+        [&](const std::string& name) { return writePointsPly(name, vPoints, true); },
+        [&](std::string name) { return readPoints_auto(name += ".doc", vPoints); },
+        [&](std::string name) { return readPoints_auto(name += ".stl", vPoints); },
     };
-    for (const auto& row : rows)
+    for (const auto& call : calls)
     {
-        SCOPED_TRACE(row.what);
+        SCOPED_TRACE(&call - calls);
         const StreamCapture out(std::cout);
         const StreamCapture err(std::cerr);
-        EXPECT_FALSE(row.call());
-        EXPECT_TRUE(out.contains(row.words) || err.contains(row.words)) << out.text() << err.text();
+        EXPECT_FALSE(call(missing));
+        EXPECT_TRUE(out.contains(missing) || err.contains(missing)) << out.text() << err.text();
         EXPECT_EQ(1U, vPoints.size());
     }
+    EXPECT_FALSE(calls[0]("/"));
 }
 
 TEST(PointFilesTest, FullDiskIsReported)
@@ -397,20 +292,6 @@ TEST(PointFilesTest, FullDiskIsReported)
     EXPECT_FALSE(writePoints_BIN("/dev/full", vPoints));
     EXPECT_FALSE(writePointsPly("/dev/full", vPoints, true));
     EXPECT_FALSE(writePointsPly("/dev/full", vPoints, false));
-}
-
-TEST(PointFilesTest, UnknownExtensionWritesPlyUnderTheGivenName)
-{
-    TempFile file(".foo");
-    std::vector<Point3> vPoints = {Point3(1, 2, 3)};
-    const StreamCapture out(std::cout);
-    const StreamCapture err(std::cerr);
-    EXPECT_FALSE(writePoints_auto(file.path, vPoints, true));
-    EXPECT_TRUE(
-        err.contains("Filename [" + file.path + "] is not valid, using [zef_output_bin.ply] instead"));
-    std::vector<Point3> vRead;
-    EXPECT_TRUE(readPly(file.c_str(), true, vRead));
-    expectSamePoints(vPoints, vRead);
 }
 
 TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
@@ -429,11 +310,9 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
         int numTriangles; // -1: refused
     } rows[] = {
         {"nothing", "", 0},
-        {"blanks", " \n\n", 0},
         {"no facets", "solid a\nendsolid a\n", 0},
         {"two solids, no ends", "solid a\n" + whole + "solid b\n" + whole, 2},
         {"blanks around, CRLF", "  solid a\r\n\t " + crlf, 1},
-        {"capital start, small rest", "OUTER LOOP\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\nendloop\n", 1},
         {"keyword in the name", "solid vertex outer loop\n" + whole, 1},
         {"normal that is no number", "solid\nfacet normal NaN NaN NaN\n" + whole, 1},
         {"ends after the third corner", "solid\n" + facet, 1},
@@ -444,7 +323,6 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
         {"capitals only", "SOLID\nOUTER LOOP\nVERTEX 0 0 0\nVERTEX 1 0 0\nVERTEX 0 1 0\nENDLOOP\n", -1},
         {"cut within a facet", "solid\n" + whole + "outer loop\nvertex 0 0 0\n", -1},
         {"corner of two numbers", "solid\nouter loop\nvertex 0 0\n", -1},
-        {"comma as point", "solid\nouter loop\nvertex 0,5 0 0\n", -1},
         {"other text", "ply\nformat ascii 1.0\n", -1},
         {"binary by its size", binary, -1},
         {"binary by its bytes", "solid a" + std::string(100, '\0'), -1},

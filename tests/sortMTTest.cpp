@@ -34,9 +34,7 @@ struct Distribution
 constexpr std::size_t largeSize = 510'000;
 constexpr Distribution distributions[] = {
     {"random", [](std::mt19937_64& random, std::size_t) -> u64 { return random(); }},
-    {"equal", [](std::mt19937_64&, std::size_t) -> u64 { return 7; }},
     {"three values", [](std::mt19937_64& random, std::size_t) -> u64 { return random() % 3 << 40; }},
-    {"rising", [](std::mt19937_64&, std::size_t i) -> u64 { return i; }},
     {"falling", [](std::mt19937_64&, std::size_t i) -> u64 { return ~u64{i}; }},
     {"high and low bits",
      [](std::mt19937_64& random, std::size_t) -> u64 { return random() & 0xF00000000000000Full; }},
@@ -117,38 +115,6 @@ TEST_F(SortMT, PairsAreOrderedByBothMembersOrStablyByTheFirst)
                 ASSERT_TRUE(v == vExpected) << "first member, rising " << bRising;
             }
         });
-}
-
-TEST_F(SortMT, ElementsMayOwnMemory)
-{
-    setNumThreads(2);
-    std::mt19937_64 random(1);
-    std::vector<std::string> v;
-    for (int i = 0; i < 20'000; ++i)
-        v.push_back("a prefix that needs the heap " + std::to_string(random() % 5000));
-    std::vector<std::string> vExpected = v;
-    std::sort(vExpected.begin(), vExpected.end());
-    sortMT(v.begin(), v.end());
-    EXPECT_EQ(v, vExpected);
-}
-
-TEST_F(SortMT, PivotIsTheMedianOfEvenlySpreadSamples)
-{
-    struct Case
-    {
-        int size;
-        int step;
-    };
-    for (const auto [size, step] : {Case{1, 1}, Case{1000, 1}, Case{2500, 2}, Case{10'000, 10}})
-    {
-        SCOPED_TRACE(size);
-        // Elements between the samples would spoil the median.
-        std::vector<int> v;
-        for (int i = 0; i < size; ++i)
-            v.push_back(i % step == 0 ? i : -1);
-        const int numSamples = (size + step - 1) / step;
-        EXPECT_EQ(estimateMid2(v.begin(), v.end(), std::less<>()), numSamples / 2 * step);
-    }
 }
 
 TEST_F(SortMT, ThrowingComparatorReachesTheCallerAndLeavesThePoolInOrder)

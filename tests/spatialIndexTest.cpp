@@ -76,17 +76,6 @@ TEST(HilbertSort, CurveFillsTheRectangleInUnitSteps)
     }
 }
 
-TEST(HilbertSortDeathTest, BadLengthsEndTheProcess)
-{
-    GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto make3 = [](int numBits) { HilbertSort3(0.0, 0.0, 0.0, 1.0, 1.0, 1.0, numBits); };
-    EXPECT_EXIT(make3(0), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(make3(10), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(make3(33), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(HilbertSort2(0.0, 0.0, 1.0, 1.0, 31), testing::ExitedWithCode(1), "");
-    EXPECT_EXIT(TARN_LOCATE3::RTree(31), testing::ExitedWithCode(1), "");
-}
-
 // Places for the items of a tree.
 struct Scene
 {
@@ -202,58 +191,6 @@ TEST(RTree, FindsWhatOverlaps)
     }
 }
 
-void countNodes(const TARN_LOCATE3::Node& node, std::vector<std::size_t>& vLevels, std::size_t level)
-{
-    if (vLevels.size() <= level)
-        vLevels.push_back(0);
-    ++vLevels[level];
-    for (const TARN_LOCATE3::Node* pChild : node.getChildren())
-    {
-        EXPECT_EQ(pChild->getParent(), &node);
-        EXPECT_TRUE(pChild->getBox().xmin >= node.getBox().xmin &&
-                    pChild->getBox().zmax <= node.getBox().zmax);
-        countNodes(*pChild, vLevels, level + 1);
-    }
-}
-
-TEST(RTree, LevelsAreFilledFromTheLeavesUp)
-{
-    struct Case
-    {
-        std::size_t num;
-        std::vector<std::size_t> levels;
-    };
-    const Case cases[] = {{1, {1}},     {2, {1}},        {3, {1, 2}},
-                          {16, {1, 8}}, {17, {1, 2, 9}}, {1000, {1, 8, 63, 500}}};
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.num);
-        std::mt19937_64 random(5);
-        TARN_LOCATE3::RTree tree;
-        for (std::size_t i = 0; i < c.num; ++i)
-        {
-            const double x = draw(random);
-            tree.addObject(nullptr, x, x, -x, x, x, -x);
-        }
-        tree.build();
-        std::vector<std::size_t> vLevels;
-        countNodes(*tree.getRoot(), vLevels, 0);
-        EXPECT_EQ(vLevels, c.levels);
-    }
-}
-
-TEST(RTree, RefusesBoxesInsideOutAndChangesAfterTheBuild)
-{
-    TARN_LOCATE3::RTree tree;
-    EXPECT_THROW(tree.addObject(nullptr, 0.0, 0.0, 1.0, 1.0, 1.0, 0.0), ZefBugException);
-    tree.build();
-    EXPECT_EQ(tree.getRoot(), nullptr);
-    tree.addObject(nullptr, 0.0, 0.0, 0.0, 1.0, 1.0, 1.0);
-    tree.build();
-    EXPECT_THROW(tree.build(), ZefBugException);
-    EXPECT_THROW(tree.addObject(nullptr, 0.0, 0.0, 0.0, 1.0, 1.0, 1.0), ZefBugException);
-}
-
 // Items lie in the boxes of their nodes; inner nodes have two children or more. Returns the items below.
 std::size_t checkNode(const TARN_OCTREE::OctNode& node, std::size_t& maxLeaf)
 {
@@ -293,28 +230,6 @@ TEST(Octree, FindsWhatLiesInTheBox)
                 EXPECT_LE(maxLeaf, 4u);
             }
         }
-    }
-}
-
-TEST(Octree, FewOrInseparableItemsStayInOneLeaf)
-{
-    struct Case
-    {
-        const char* name;
-        int num;
-        double step;
-        bool bLeaf;
-    };
-    const Case cases[] = {
-        {"four apart", 4, 1.0, true}, {"five apart", 5, 1.0, false}, {"identical", 1000, 0.0, true}};
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.name);
-        TARN_OCTREE::Octree tree;
-        for (int i = 0; i < c.num; ++i)
-            tree.add(nullptr, i * c.step, 0.0, 0.0);
-        tree.build();
-        EXPECT_EQ(tree.getRoot()->isLeaf(), c.bLeaf);
     }
 }
 

@@ -88,7 +88,8 @@ inline auto ballCells(double r, unsigned int numGap)
 {
     return [r, numGap](int x, int y, int z, std::mt19937_64& rng)
     {
-        const double d = std::sqrt((x - 20.0) * (x - 20.0) + (y - 20.0) * (y - 20.0) + (z - 20.0) * (z - 20.0));
+        const double d =
+            std::sqrt((x - 20.0) * (x - 20.0) + (y - 20.0) * (y - 20.0) + (z - 20.0) * (z - 20.0));
         return std::fabs(d - r) < 0.7 && (numGap == 0 || rng() % numGap != 0);
     };
 }

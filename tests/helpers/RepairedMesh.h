@@ -67,13 +67,14 @@ inline std::vector<std::pair<std::string, std::vector<Point3>>> sampleClouds()
     return vClouds;
 }
 
-// The mesh after Top::run().
-struct RepairedMesh
+// The raw extraction of a cloud (spacing -1.0: the detected one) or a soup, and the class that repairs it.
+template <typename Repair>
+struct Extraction
 {
-    explicit RepairedMesh(const std::vector<Point3>& vPoints)
+    Extraction(const std::vector<Point3>& vPoints, double spacing, bool bMelt)
     {
-        prepareProgress("Reconstruct");
-        cloudMgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, false);
+        prepareProgress(bMelt ? "Melt" : "Reconstruct");
+        cloudMgr.addPoints(vPoints, spacing, 1.0, bMelt, bMelt ? 30.0 : 361.0, false);
         cloudMgr.getBundles(vBundles, pCalc);
         std::vector<BundleMap::Entry> vEntries;
         for (Bundle* pBundle : vBundles)
@@ -81,9 +82,7 @@ struct RepairedMesh
         map.assignSorted(std::move(vEntries));
         pVoro = std::make_unique<Voro>(pCalc, &map, TM_FAT);
         pVoro->fatExtractTriangles();
-        pTop = std::make_unique<Top>(pVoro->getCMesh(), pCalc);
-        pTop->run(pVoro.get());
-        finishProgress();
+        pTop = std::make_unique<Repair>(pVoro->getCMesh(), pCalc);
     }
     CMesh& mesh() { return *pTop->getCMesh(); }
 
@@ -92,7 +91,17 @@ struct RepairedMesh
     std::vector<Bundle*> vBundles;
     BundleMap map;
     std::unique_ptr<Voro> pVoro;
-    std::unique_ptr<Top> pTop;
+    std::unique_ptr<Repair> pTop;
+};
+
+// The mesh of a cloud after the repair.
+struct RepairedMesh : Extraction<Top>
+{
+    explicit RepairedMesh(const std::vector<Point3>& vPoints)
+        : Extraction(vPoints, -1.0, false)
+    {
+        pTop->run(pVoro.get());
+    }
 };
 
 } // namespace TARN_ZEF

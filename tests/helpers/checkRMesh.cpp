@@ -36,7 +36,8 @@ void checkTriangle(const RMesh& mesh, const RTriangle* pRT)
         const std::vector<RTriangle*> vAt = trianglesAt(mesh, pCorner);
         EXPECT_EQ(std::count(vAt.begin(), vAt.end(), pRT), 1) << "corner list lacks the triangle";
         EXPECT_EQ(RVertex::of(pCorner)->pLastT, vAt.back()) << "tail of the corner's list";
-        EXPECT_TRUE(std::isfinite(pCorner->x()) && std::isfinite(pCorner->y()) && std::isfinite(pCorner->z()));
+        EXPECT_TRUE(std::isfinite(pCorner->x()) && std::isfinite(pCorner->y()) &&
+                    std::isfinite(pCorner->z()));
     }
 }
 

@@ -170,7 +170,8 @@ double getEnergySum(const RMesh& mesh)
             bool bOK = false;
             aN[i] = getNormalVector(aT[i]->getCorner(0), aT[i]->getCorner(1), aT[i]->getCorner(2), bOK);
         }
-        const double cosine = std::clamp(aT[0]->needFlip(aT[1]) ? -(aN[0] * aN[1]) : aN[0] * aN[1], -1.0, 1.0);
+        const double cosine =
+            std::clamp(aT[0]->needFlip(aT[1]) ? -(aN[0] * aN[1]) : aN[0] * aN[1], -1.0, 1.0);
         sum += std::pow((1.0 - cosine) * std::sqrt(pRE->getSqLength()), 0.335);
     }
     return sum;

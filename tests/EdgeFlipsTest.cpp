@@ -1,0 +1,275 @@
+#include "edgeFlips.h"
+
+#include "REdgeEnergy.h"
+#include "StableQueue.h"
+#include "WorkerPool.h"
+#include "helpers/finishedMeshes.h"
+#include "helpers/meshShapes.h"
+#include "tools.h"
+#include "zef_api_functions.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <map>
+#include <thread>
+
+namespace TARN_ZEF
+{
+namespace
+{
+using Candidate = std::pair<double, REdge*>;
+
+// The pipeline's own order of things: a map in which equal keys keep their order.
+void flipByMap(RMesh& mesh)
+{
+    std::vector<Candidate> vImpRE;
+    const std::vector<REdge*> vRE = mesh.getAllRE();
+    mesh.getEdgeFlipCandidates_MT(vRE, 0.005, 0.0, vImpRE);
+    std::multimap<double, REdge*, std::greater<double>> mmPrioq;
+    for (const Candidate& candidate : vImpRE)
+        mmPrioq.emplace(candidate);
+    REdgeEnergy energy(&mesh, nullptr);
+    while (!mmPrioq.empty())
+    {
+        const auto [saved, pRE] = *mmPrioq.begin();
+        mmPrioq.erase(mmPrioq.begin());
+        const double fresh = energy.getImprovement(pRE);
+        if (fresh >= saved)
+            pRE->tryFlipEdge(&mesh, nullptr, nullptr);
+        else if (fresh > 0.005)
+            mmPrioq.emplace(fresh, pRE);
+    }
+}
+
+// On a thread of its own, so that its random numbers start afresh.
+std::vector<Point3> annealed(const RMeshSource& source, int numThreads)
+{
+    std::vector<Point3> vCorners;
+    std::thread thread(
+        [&]
+        {
+            const int numBefore = getNumThreads();
+            setNumThreads(numThreads);
+            const std::shared_ptr<Mesh> pMesh = makeFinished(source);
+            edgeFlipsSimA(pMesh);
+            vCorners = getCorners(*pMesh->getRMesh());
+            setNumThreads(numBefore);
+        });
+    thread.join();
+    return vCorners;
+}
+
+struct Receiver : ProgressBase
+{
+    void update(const std::string& name, double fraction) override
+    {
+        EXPECT_GE(fraction, lastFraction) << name;
+        lastName = name;
+        lastFraction = fraction;
+    }
+    std::string lastName;
+    double lastFraction = 0.0;
+};
+} // namespace
+
+TEST(StableQueue, leavesInTheOrderOfAMultimap)
+{
+    struct Element
+    {
+        double key;
+        int id;
+    };
+    struct Key
+    {
+        double operator()(const Element& element) const { return element.key; }
+    };
+    struct NaNLast
+    {
+        bool operator()(double a, double b) const { return isNaN(b) ? !isNaN(a) : a < b; }
+    };
+    std::mt19937 rng(5);
+    StableQueue<Element, Key> queue;
+    std::multimap<double, int, NaNLast> mmJudge;
+    int id = 0;
+    const auto makeElement = [&]
+    {
+        const unsigned int draw = rng() % 12;
+        return Element{draw == 0 ? std::nan("") : static_cast<double>(draw), ++id};
+    };
+    for (int step = 0; step < 30000; ++step)
+    {
+        std::vector<Element> vRun(step % 50 == 0 ? rng() % 100 : 1, Element{0.0, 0});
+        for (Element& element : vRun)
+            element = makeElement();
+        std::stable_sort(vRun.begin(), vRun.end(),
+                         [](const Element& a, const Element& b) { return NaNLast()(a.key, b.key); });
+        for (const Element& element : vRun)
+            mmJudge.emplace(element.key, element.id);
+        if (step % 50 == 0)
+            queue.addSorted(vRun);
+        else if (step % 2 == 0)
+            queue.add(vRun.front());
+        else
+            mmJudge.erase(std::prev(mmJudge.upper_bound(vRun.front().key)));
+        for (unsigned int i = rng() % 4; i > 0 && !mmJudge.empty(); --i)
+        {
+            ASSERT_EQ(queue.front().id, mmJudge.begin()->second);
+            queue.pop();
+            mmJudge.erase(mmJudge.begin());
+        }
+        ASSERT_EQ(queue.size(), mmJudge.size());
+    }
+}
+
+TEST(EdgeFlips, greedyFlipsLowerTheEnergyAndKeepTheMeshSound)
+{
+    for (const FinishedMesh& shape : finishedMeshes())
+    {
+        SCOPED_TRACE(shape.name);
+        const std::shared_ptr<Mesh> pMesh = makeFinished(shape.source);
+        RMesh& mesh = *pMesh->getRMesh();
+        const Topology before(mesh);
+        const std::size_t numNonManifold = countEdges(mesh, -1);
+        double energy = getEnergySum(mesh);
+        for (int pass = 0; pass < 3; ++pass)
+        {
+            edgeFlips(pMesh);
+            const double lower = getEnergySum(mesh);
+            EXPECT_LE(lower, energy + 1e-3) << "pass " << pass;
+            energy = lower;
+            expectSound(mesh, before);
+            EXPECT_EQ(countEdges(mesh, -1), numNonManifold);
+        }
+    }
+}
+
+TEST(EdgeFlips, greedyFlipsComeInTheOrderOfAMultimap)
+{
+    for (const FinishedMesh& shape : finishedMeshes())
+    {
+        SCOPED_TRACE(shape.name);
+        const PreparedTree tree;
+        RMesh mesh(shape.source);
+        RMesh judge(shape.source);
+        flipGreedily(&mesh);
+        flipByMap(judge);
+        EXPECT_EQ(getCorners(mesh), getCorners(judge));
+    }
+}
+
+TEST(EdgeFlips, annealingEndsNoWorseThanGreedyFlips)
+{
+    for (const FinishedMesh& shape : finishedMeshes())
+    {
+        SCOPED_TRACE(shape.name);
+        const std::shared_ptr<Mesh> pGreedy = makeFinished(shape.source);
+        edgeFlips(pGreedy);
+        const std::shared_ptr<Mesh> pMesh = makeFinished(shape.source);
+        const Topology before(*pMesh->getRMesh());
+        edgeFlipsSimA(pMesh);
+        EXPECT_LE(getEnergySum(*pMesh->getRMesh()), getEnergySum(*pGreedy->getRMesh()) + 1e-3);
+        expectSound(*pMesh->getRMesh(), before);
+    }
+}
+
+TEST(EdgeFlips, annealingIsTheSameForEveryNumberOfThreads)
+{
+    const RMeshSource source = jittered(cubeSource(10, true), 0.3, 21);
+    const std::vector<Point3> vOne = annealed(source, 1);
+    EXPECT_EQ(annealed(source, 2), vOne);
+    EXPECT_EQ(annealed(source, 5), vOne);
+}
+
+TEST(EdgeFlips, temperatureLetsLossesInByChance)
+{
+    const PreparedTree tree;
+    RMesh mesh(jittered(cubeSource(10, true), 0.2, 22));
+    const auto count = [&mesh](double minImprovement, double temperature)
+    {
+        std::vector<Candidate> vImpRE;
+        mesh.getEdgeFlipCandidates_MT(mesh.getAllRE(), minImprovement, temperature, vImpRE);
+        std::size_t numLosses = 0;
+        for (std::size_t i = 0; i < vImpRE.size(); ++i)
+        {
+            numLosses += vImpRE[i].first < 0.0 ? 1 : 0;
+            EXPECT_TRUE(i == 0 || vImpRE[i - 1].first <= vImpRE[i].first);
+        }
+        return std::pair(vImpRE.size() - numLosses, numLosses);
+    };
+    const auto cold = count(0.0, 0.0);
+    EXPECT_EQ(cold.second, 0u);
+    EXPECT_EQ(count(0.5, 0.0), cold) << "the bar throws out losses only";
+    const auto all = count(-1e300, 0.0);
+    EXPECT_EQ(all.first, cold.first);
+
+    // The expected number of accepted losses, from all of them.
+    std::vector<Candidate> vAll;
+    mesh.getEdgeFlipCandidates_MT(mesh.getAllRE(), -1e300, 0.0, vAll);
+    const double temperature = 0.2;
+    double expected = 0.0;
+    for (const auto& [improvement, pRE] : vAll)
+        expected += improvement < 0.0 ? std::exp(improvement / temperature) : 0.0;
+    double sum = 0.0;
+    const int numPasses = 20;
+    for (int pass = 0; pass < numPasses; ++pass)
+    {
+        const auto warm = count(0.0, temperature);
+        EXPECT_EQ(warm.first, cold.first);
+        sum += static_cast<double>(warm.second);
+    }
+    EXPECT_NEAR(sum / numPasses, expected, 4.0 * std::sqrt(expected / numPasses));
+}
+
+TEST(EdgeFlips, evaluationThatEditsWaitsForTheCallingThread)
+{
+    const PreparedTree tree;
+    RMeshSource source = jittered(planeSource(20), 0.2, 23);
+    std::mt19937 rng(24);
+    for (std::size_t i = 0; i < source.vCorners.size(); i += 3)
+        if (rng() % 4 == 0)
+            std::swap(source.vCorners[i], source.vCorners[i + 1]);
+    RMesh mesh(source);
+    std::vector<Candidate> vImpRE;
+    mesh.getEdgeFlipCandidates_MT(mesh.getAllRE(), -1e300, 0.0, vImpRE);
+    EXPECT_GT(vImpRE.size(), mesh.getNumRE() / 2);
+    for (const auto& [improvement, pRE] : vImpRE)
+        EXPECT_FALSE(isNaN(improvement));
+}
+
+TEST(PostProcessing, eachCallReportsUnderItsOwnName)
+{
+    struct Row
+    {
+        const char* name;
+        std::function<void(std::shared_ptr<Mesh>)> call;
+    };
+    const std::vector<Row> vRows = {{"EdgeFlips", [](auto pMesh) { edgeFlips(pMesh); }},
+                                    {"EdgeFlipsS", [](auto pMesh) { edgeFlipsSimA(pMesh); }},
+                                    {"Reduce", [](auto pMesh) { reduce(pMesh, 1.5, 20.0); }},
+                                    {"Smoothing", [](auto pMesh) { laplacianSmoothing(pMesh, 3); }}};
+    for (const Row& row : vRows)
+    {
+        SCOPED_TRACE(row.name);
+        const std::shared_ptr<Mesh> pMesh = makeFinished(jittered(cubeSource(6, true), 0.1, 1));
+        Receiver receiver;
+        getRootProgress()->subscribe(&receiver);
+        row.call(pMesh);
+        EXPECT_EQ(receiver.lastName, row.name);
+        EXPECT_EQ(receiver.lastFraction, 1.0);
+        EXPECT_TRUE(ownsProgress()) << "the tree must be free again";
+
+        prepareProgress("Reconstruct"); // as if inside another call
+        receiver.lastFraction = 0.0;
+        row.call(pMesh);
+        EXPECT_EQ(getRootProgress()->getName(), "Reconstruct");
+        EXPECT_NE(receiver.lastFraction, 1.0);
+        finishProgress();
+        getRootProgress()->unsubscribe();
+        EXPECT_THROW(row.call(nullptr), ZefBugException);
+        EXPECT_TRUE(ownsProgress());
+    }
+}
+
+} // namespace TARN_ZEF

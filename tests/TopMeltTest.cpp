@@ -1,0 +1,142 @@
+#include "TopMelt.h"
+
+#include "helpers/RepairedMesh.h"
+#include "helpers/SheetMesh.h"
+#include "helpers/StreamCapture.h"
+#include "helpers/checkMesh.h"
+#include "tools.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <iostream>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// The corners of a box's triangles, facing outwards, around the origin.
+void addBox(std::vector<Point3>& vSoup, double a, double b, double c)
+{
+    Point3 p[8];
+    for (int i = 0; i < 8; ++i)
+        p[i] = Point3((i & 1) != 0 ? a : -a, (i & 2) != 0 ? b : -b, (i & 4) != 0 ? c : -c);
+    const int aSides[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                              {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    for (const auto& side : aSides)
+        for (const int i : {0, 1, 2, 0, 2, 3})
+            vSoup.push_back(p[side[i]]);
+}
+
+struct Melt : Extraction<TopMelt>
+{
+    explicit Melt(const std::vector<Point3>& vSoup)
+        : Extraction(vSoup, 0.07, true)
+    {
+        cloudMgr.getFeatures(vFeatures);
+    }
+    std::vector<std::pair<u64, u64>> vFeatures;
+};
+
+double getVolume(const CMesh& mesh)
+{
+    std::vector<Point3> vCorners;
+    for (const CTriangle* pCT : mesh.getAllT())
+        for (int i = 0; pCT->isAlive() && i < 3; ++i)
+            vCorners.push_back(*pCT->getVtx(&mesh, i));
+    return computeVolume(vCorners);
+}
+
+int countWronglyTurned(const CMesh& mesh)
+{
+    std::vector<CEdge*> vDeg2;
+    mesh.getDegN(2, vDeg2);
+    return static_cast<int>(std::count_if(
+        vDeg2.begin(), vDeg2.end(), [](const CEdge* pCE) { return pCE->vCT[0]->needFlip(pCE->vCT[1]); }));
+}
+} // namespace
+
+// A box in a box: the flow turns and keeps both, growing keeps the outer one.
+TEST(TopMelt, finalizedBoxesAreClosedAndKeepTheirEdges)
+{
+    const StreamCapture quiet(std::cout);
+    std::vector<Point3> vSoup;
+    addBox(vSoup, 1.0, 0.8, 0.6);
+    addBox(vSoup, 0.5, 0.4, 0.3);
+    Melt melt(vSoup);
+    CMesh& mesh = melt.mesh();
+    EXPECT_GT(countWronglyTurned(mesh), 0);
+    melt.pTop->finalize2(melt.vFeatures);
+    expectConsistent(mesh);
+    EXPECT_EQ(countWronglyTurned(mesh), 0);
+    std::vector<CEdge*> vOthers;
+    mesh.getDegN(-5, vOthers);
+    EXPECT_TRUE(vOthers.empty());
+    ASSERT_FALSE(melt.vFeatures.empty());
+    for (const auto& [ccd0, ccd1] : melt.vFeatures)
+        EXPECT_TRUE(mesh.hasEdge(ccd0, ccd1) && melt.pTop->getFeatureCCDs().count(ccd0) == 1);
+    melt.pTop->flipCreases(); // nothing bends by more than a right angle
+    melt.pTop->removeCreaseCCDs();
+    EXPECT_NEAR(mesh.getArea(), 1.25 * 8.0 * (0.8 + 0.6 + 0.48), 0.3);
+
+    const std::vector<CTriangle*> vAllT = mesh.getAllT();
+    melt.pTop->meshGrowing(vAllT, false);
+    expectConsistent(mesh);
+    for (const CTriangle* pCT : vAllT)
+        EXPECT_TRUE(!pCT->isAlive() || pCT->bVisited);
+    EXPECT_EQ(countWronglyTurned(mesh), 0);
+    EXPECT_NEAR(getVolume(mesh), 8.0 * 0.48, 0.2); // facing outwards
+}
+
+TEST(TopMelt, growingStopsAtAKnownBorder)
+{
+    const StreamCapture quiet(std::cout);
+    SheetMesh sheet;
+    sheet.addCube(8, [](int, int, int) { return false; });
+    TopMelt top(&sheet.mesh, &sheet.calc);
+    const std::vector<CTriangle*> vAllT = sheet.mesh.getAllT();
+    EXPECT_THROW((void)top.getFlippedMaxT_for_open_melt(vAllT), ZefBugException); // no border is known
+    // A ring around the cube.
+    for (int i = 8; i <= 16; ++i)
+        for (const int side : {8, 16})
+        {
+            top.addBorderCCD(sheet.cell(12, i, side));
+            top.addBorderCCD(sheet.cell(12, side, i));
+        }
+    top.meshGrowing(vAllT, true);
+    expectConsistent(sheet.mesh);
+    EXPECT_EQ(sheet.getBorders().size(), 32u);
+    for (const CTriangle* pCT : vAllT) // one side of the ring
+        for (int i = 0; pCT->isAlive() && i < 3; ++i)
+            EXPECT_GE(pCT->getVtx(&sheet.mesh, i)->x(), 12.0);
+    EXPECT_TRUE(sheet.isOriented());
+}
+
+// A needle over a thin, flat body: its tip bends by far more than 140 degrees, and so would the lid.
+TEST(TopMelt, needleLosesItsTip)
+{
+    for (const double depth : {0.01, 9.0}) // of the body below; a deep one would leave no crease
+    {
+        SheetMesh sheet;
+        const u64 r[3] = {sheet.cellAt(1, 1, 1, Point3(0, 0, 0)), sheet.cellAt(2, 1, 1, Point3(4, 0, 0)),
+                          sheet.cellAt(1, 2, 1, Point3(2, 0.35, 0))};
+        const u64 tip = sheet.cellAt(1, 1, 2, Point3(2, 0.15, 10));
+        const u64 bottom = sheet.cellAt(2, 2, 2, Point3(2, 0.12, -depth));
+        for (int i = 0; i < 3; ++i)
+        {
+            sheet.add(r[i], r[(i + 1) % 3], tip);
+            sheet.add(r[(i + 1) % 3], r[i], bottom);
+        }
+        TopMelt top(&sheet.mesh, &sheet.calc);
+        std::vector<CEdge*> vIncCE;
+        sheet.mesh.getIncCE(tip, vIncCE);
+        EXPECT_FALSE(top.tryRemoveCCD(tip, vIncCE, 179.5)); // no edge bends so much
+        EXPECT_EQ(top.tryRemoveCCD(tip, vIncCE, 140.0), depth < 1.0);
+        EXPECT_EQ(sheet.mesh.getNumAliveT(), depth < 1.0 ? 4u : 6u);
+        EXPECT_TRUE(sheet.getBorders().empty());
+        EXPECT_TRUE(sheet.isOriented());
+        expectConsistent(sheet.mesh);
+    }
+}
+
+} // namespace TARN_ZEF
