@@ -19,7 +19,7 @@ for kind in static shared; do
     [ $kind = static ] || shared=ON
     prefix=$work/$kind/prefix
     cmake -S . -B "$work/$kind/zef" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
-        -DZEF_BUILD_TESTS=OFF -DZEF_BUILD_BENCHMARKS=OFF -DZEF_BUILD_EXAMPLES=OFF \
+        -DZEF_WERROR=ON -DZEF_BUILD_TESTS=OFF -DZEF_BUILD_BENCHMARKS=OFF -DZEF_BUILD_EXAMPLES=OFF \
         -DCMAKE_INSTALL_PREFIX="$prefix"
     cmake --build "$work/$kind/zef"
     cmake --install "$work/$kind/zef" >/dev/null

@@ -33,12 +33,6 @@ CTriangle::CTriangle(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD
 {
 }
 
-u64 CTriangle::getCorner(int ici) const
-{
-    ASSEX(ici >= 0 && ici < 3);
-    return aVertex[ici]->ccd;
-}
-
 int CTriangle::getICI(u64 ccd) const
 {
     for (int i = 0; i < 3; ++i)
@@ -47,31 +41,12 @@ int CTriangle::getICI(u64 ccd) const
     ASSEX_TEXT(false, "false");
 }
 
-int CTriangle::getICI(u64 a, u64 b) const
-{
-    for (int i = 0; i < 3; ++i)
-        if (aVertex[i]->ccd != a && aVertex[i]->ccd != b)
-            return i;
-    ASSEX_TEXT(false, "false");
-}
-
-u64 CTriangle::getThirdCCD(u64 a, u64 b) const
-{
-    return aVertex[getICI(a, b)]->ccd;
-}
-
 void CTriangle::getOtherCCDs(u64 ccd, u64& a, u64& b) const
 {
     static constexpr int OTHERS[3][2] = {{1, 2}, {0, 2}, {1, 0}};
     const int ici = getICI(ccd);
     a = aVertex[OTHERS[ici][0]]->ccd;
     b = aVertex[OTHERS[ici][1]]->ccd;
-}
-
-CEdge* CTriangle::getCEdge(int ici) const
-{
-    ASSEX(ici >= 0 && ici < 3);
-    return aEdge[ici];
 }
 
 void CTriangle::getEdgeCCDs(int ici, u64& a, u64& b) const

@@ -48,14 +48,24 @@ public:
     [[nodiscard]] u64 getC0() const noexcept { return aVertex[0]->ccd; }
     [[nodiscard]] u64 getC1() const noexcept { return aVertex[1]->ccd; }
     [[nodiscard]] u64 getC2() const noexcept { return aVertex[2]->ccd; }
-    [[nodiscard]] u64 getCorner(int ici) const; // outside 0 to 2 is fatal
+    [[nodiscard]] u64 getCorner(int ici) const // outside 0 to 2 is fatal
+    {
+        ASSEX(ici >= 0 && ici < 3);
+        return aVertex[ici]->ccd;
+    }
     [[nodiscard]] bool hasCorner(u64 ccd) const noexcept
     {
         return getC0() == ccd || getC1() == ccd || getC2() == ccd;
     }
     [[nodiscard]] int getICI(u64 ccd) const;        // not a corner is fatal
-    [[nodiscard]] int getICI(u64 a, u64 b) const;   // the corner that is neither; none is fatal
-    [[nodiscard]] u64 getThirdCCD(u64 a, u64 b) const;
+    [[nodiscard]] int getICI(u64 a, u64 b) const    // the corner that is neither; none is fatal
+    {
+        for (int i = 0; i < 3; ++i)
+            if (aVertex[i]->ccd != a && aVertex[i]->ccd != b)
+                return i;
+        ASSEX_TEXT(false, "false");
+    }
+    [[nodiscard]] u64 getThirdCCD(u64 a, u64 b) const { return aVertex[getICI(a, b)]->ccd; }
     // The other two corners; at the middle corner against the cycle, on purpose: c0: (c1,c2), c1: (c0,c2),
     // c2: (c1,c0). No corner is fatal.
     void getOtherCCDs(u64 ccd, u64& a, u64& b) const;
@@ -63,7 +73,11 @@ public:
     [[nodiscard]] static constexpr int getPrev(int ici) noexcept { return ici == 0 ? 2 : ici - 1; }
 
     // --- Edges ---
-    [[nodiscard]] CEdge* getCEdge(int ici) const; // the edge opposite corner ici
+    [[nodiscard]] CEdge* getCEdge(int ici) const // the edge opposite corner ici
+    {
+        ASSEX(ici >= 0 && ici < 3);
+        return aEdge[ici];
+    }
     void getEdgeCCDs(int ici, u64& a, u64& b) const; // its ends in the direction of the triangle
     [[nodiscard]] bool hasBorderEdge() const;
     [[nodiscard]] bool allEdgesManifold() const; // all three edges have exactly 2 triangles

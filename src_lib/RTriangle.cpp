@@ -22,31 +22,12 @@ int RTriangle::getICI(const Point3* pVtx) const
     ASSEX_TEXT(false, "false");
 }
 
-int RTriangle::getICI(const Point3* pA, const Point3* pB) const
-{
-    for (int i = 0; i < 3; ++i)
-        if (aCorner[i] != pA && aCorner[i] != pB)
-            return i;
-    ASSEX_TEXT(false, "false");
-}
-
-Point3* RTriangle::getThirdPoint(const Point3* pA, const Point3* pB) const
-{
-    return aCorner[getICI(pA, pB)];
-}
-
 bool RTriangle::hasEdge(const Point3* pA, const Point3* pB) const noexcept
 {
     int num = 0;
     for (const Point3* pCorner : aCorner)
         num += pCorner == pA || pCorner == pB ? 1 : 0;
     return num >= 2;
-}
-
-REdge* RTriangle::getRE(int i) const
-{
-    ASSEX_TEXT(i >= 0 && i < 3, "false");
-    return aRE[i];
 }
 
 void RTriangle::getREs(std::vector<REdge*>& vOut) const

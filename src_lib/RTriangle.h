@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "Vector3.h"
+#include "definitions.h"
 
 #include <vector>
 
@@ -34,8 +35,17 @@ public:
     // --- Corners ---
     [[nodiscard]] Point3* getCorner(int i) const; // outside 0 to 2 is fatal
     [[nodiscard]] int getICI(const Point3* pVtx) const;                     // not a corner is fatal
-    [[nodiscard]] int getICI(const Point3* pA, const Point3* pB) const;     // the corner that is neither
-    [[nodiscard]] Point3* getThirdPoint(const Point3* pA, const Point3* pB) const;
+    [[nodiscard]] int getICI(const Point3* pA, const Point3* pB) const      // the corner that is neither
+    {
+        for (int i = 0; i < 3; ++i)
+            if (aCorner[i] != pA && aCorner[i] != pB)
+                return i;
+        ASSEX_TEXT(false, "false");
+    }
+    [[nodiscard]] Point3* getThirdPoint(const Point3* pA, const Point3* pB) const
+    {
+        return aCorner[getICI(pA, pB)];
+    }
     [[nodiscard]] bool has(const Point3* pVtx) const noexcept
     {
         return aCorner[0] == pVtx || aCorner[1] == pVtx || aCorner[2] == pVtx;
@@ -51,7 +61,11 @@ public:
     }
 
     // --- Edges and neighbours ---
-    [[nodiscard]] REdge* getRE(int i) const; // the edge opposite corner i
+    [[nodiscard]] REdge* getRE(int i) const // the edge opposite corner i
+    {
+        ASSEX_TEXT(i >= 0 && i < 3, "false");
+        return aRE[i];
+    }
     void getREs(std::vector<REdge*>& vOut) const; // appends the edges 0-1, 0-2, 1-2
     void getNeigs(int i, std::vector<RTriangle*>& vOut) const; // appends the others at edge i
     [[nodiscard]] bool hasBorderEdge() const;
