@@ -9,7 +9,8 @@ namespace TARN_ZEF
 {
 // Receiver of progress: derive from it and hand it to subscribe().
 //
-// Ownership:  the library keeps a plain pointer; the receiver must outlive the calls that it watches.
+// Ownership:  the library keeps a plain pointer and forgets it when the receiver is destroyed. The receiver
+//             must not be destroyed while a call that it watches is running.
 // Threads:    update() runs on the thread that made the library call, with an internal lock held.
 class ZEF_API ProgressBase
 {
@@ -27,7 +28,7 @@ public:
 };
 
 // Makes pProgress the receiver of all library calls of the calling thread, in place of an earlier one. It
-// stays until replaced or until the thread ends. A null pointer does nothing.
+// stays until replaced, destroyed, or the thread ends. A null pointer does nothing.
 ZEF_API void subscribe(ProgressBase* pProgress);
 
 } // namespace TARN_ZEF

@@ -17,10 +17,10 @@ struct Bundle
     {
     }
 
-    Point3* pPoint;               // the representative point of the cell
-    u64 ccd = 0;                  // the cell; set by the creator
-    int forbiddenDirection = 0;   // mask of axes in which the cell may not be thinned away; -1: cell lost
-    unsigned char bFlag = 0;      // weight 0 to 32 while cells slide
+    Point3* pPoint;             // the representative point of the cell
+    u64 ccd = 0;                // the cell; set by the creator
+    int forbiddenDirection = 0; // mask of axes in which the cell may not be thinned away; -1: cell lost
+    unsigned char bFlag = 0;    // weight 0 to 32 while cells slide
 };
 
 } // namespace TARN_ZEF

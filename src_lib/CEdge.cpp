@@ -87,7 +87,8 @@ CTriangle* CEdge::getNeigT(const CTriangle* pCT) const
 
 bool CEdge::hasTriangle(u64 a, u64 b, u64 c) const
 {
-    return std::any_of(vCT.begin(), vCT.end(), [=](const CTriangle* pCT)
+    return std::any_of(vCT.begin(), vCT.end(),
+                       [=](const CTriangle* pCT)
                        { return pCT->hasCorner(a) && pCT->hasCorner(b) && pCT->hasCorner(c); });
 }
 
@@ -95,8 +96,8 @@ void CEdge::checkOut(CTriangle* pCT)
 {
     if (vCT.eraseSwap(pCT))
         return;
-    std::cout << "CEdge::checkOut, triangle live state: " << pCT->isAlive() << ", corners " << pCT->getC0() << " "
-              << pCT->getC1() << " " << pCT->getC2() << std::endl;
+    std::cout << "CEdge::checkOut, triangle live state: " << pCT->isAlive() << ", corners " << pCT->getC0()
+              << " " << pCT->getC1() << " " << pCT->getC2() << std::endl;
     ASSEX_TEXT(false, "false");
 }
 

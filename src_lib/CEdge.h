@@ -53,13 +53,13 @@ public:
     [[nodiscard]] CTriangle* getTriangle(bool bMustExist, bool bMustBeUnique) const;
     // The first two triangles, null where there is none. Strict: true only at exactly 2, else at 2 or more.
     [[nodiscard]] bool getTwoTriangles(CTriangle*& pT0, CTriangle*& pT1, bool bStrict) const;
-    void getAliveT(std::vector<CTriangle*>& vT) const; // appends
+    void getAliveT(std::vector<CTriangle*>& vT) const;             // appends
     [[nodiscard]] CTriangle* getNeigT(const CTriangle* pCT) const; // the one other; null at none or several
     [[nodiscard]] bool hasTriangle(u64 a, u64 b, u64 c) const;     // in any order
-    void checkOut(CTriangle* pCT); // removes it; not found is fatal
+    void checkOut(CTriangle* pCT);                                 // removes it; not found is fatal
 
     // --- Triangles and patches ---
-    [[nodiscard]] CTriangle* getAdjInPatch(const CTriangle* pCT) const; // none is fatal
+    [[nodiscard]] CTriangle* getAdjInPatch(const CTriangle* pCT) const;    // none is fatal
     [[nodiscard]] CTriangle* getUniqueInPatch(const CPatch* pPatch) const; // null unless exactly one
     [[nodiscard]] int getDegreeInPatch(const CPatch* pPatch) const;
     // Appends the patches of the triangles, in order of their ids, each once.
@@ -102,7 +102,10 @@ private:
 // Orders edges by creation.
 struct ByCreationCE
 {
-    bool operator()(const CEdge* pA, const CEdge* pB) const noexcept { return pA->getNumber() < pB->getNumber(); }
+    bool operator()(const CEdge* pA, const CEdge* pB) const noexcept
+    {
+        return pA->getNumber() < pB->getNumber();
+    }
 };
 
 } // namespace TARN_ZEF

@@ -363,7 +363,8 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
             if (fits(pCE))
                 vCE.push_back(pCE);
         });
-    std::sort(vCE.begin() + start, vCE.end(), [](const CEdge* pA, const CEdge* pB)
+    std::sort(vCE.begin() + start, vCE.end(),
+              [](const CEdge* pA, const CEdge* pB)
               { return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1; });
 }
 
@@ -474,8 +475,8 @@ void CMesh::statistics(const std::string& name) const
             if (pCE->getDegree() > 0)
                 ++mDegreeCount[pCE->getDegree()];
         });
-    std::cout << "Statistics (\"" << name << "\"):\n  Vertices: " << vCCD.size() << "\n  Triangles:  " << numAliveT
-              << "\n";
+    std::cout << "Statistics (\"" << name << "\"):\n  Vertices: " << vCCD.size()
+              << "\n  Triangles:  " << numAliveT << "\n";
     for (const auto& [degree, num] : mDegreeCount)
         std::cout << "  Edges with degree " << degree << ":\t" << num << "\n";
     std::cout << std::flush;
@@ -500,8 +501,9 @@ bool CMesh::checkNoDups(const std::string& name) const
 
 bool CMesh::checkNoDegenerate(const std::string& name) const
 {
-    const auto num = std::count_if(vCT.begin(), vCT.end(), [this](const CTriangle* pCT)
-                                   { return pCT->isAlive() && pCT->isDegenerate(this); });
+    const auto num =
+        std::count_if(vCT.begin(), vCT.end(),
+                      [this](const CTriangle* pCT) { return pCT->isAlive() && pCT->isDegenerate(this); });
     if (num != 0)
         std::cout << name << ": " << num << " degenerate triangles" << std::endl;
     return num == 0;

@@ -68,13 +68,17 @@ public:
     [[nodiscard]] bool hasEdge(u64 a, u64 b) const; // exists with degree at least 1; a and b must differ
     [[nodiscard]] CEdge* getCE(u64 a, u64 b) const; // in either order; null if absent; orphans count
     [[nodiscard]] CEdge* getCE(const CVertex* pA, const CVertex* pB) const noexcept;
-    void getIncCE(u64 ccd, std::vector<CEdge*>& vCE) const; // edges of alive triangles at the corner, by creation
+    void getIncCE(u64 ccd,
+                  std::vector<CEdge*>& vCE) const; // edges of alive triangles at the corner, by creation
     void getAllCE(std::vector<CEdge*>& vCE) const; // appends all, orphans included, in map order
 
     // --- Triangles ---
     void getIncT(u64 ccd, std::vector<CTriangle*>& vT) const; // appends the alive ones, in order of creation
     void getAliveT(std::vector<CTriangle*>& vT) const;        // appends, in order of creation
-    [[nodiscard]] const std::vector<CTriangle*>& getAllT() const noexcept { return vCT; } // dead ones included
+    [[nodiscard]] const std::vector<CTriangle*>& getAllT() const noexcept
+    {
+        return vCT;
+    } // dead ones included
     [[nodiscard]] std::size_t getNumAliveT() const noexcept { return numAliveT; }
     void clearVisited(); // of all triangles, dead ones included
 

@@ -200,8 +200,8 @@ void CTriangle::kill(CMesh* pMesh)
 
 void CTriangle::print(std::ostream& os) const
 {
-    os << "CTriangle (" << static_cast<const void*>(this) << "): "
-       << (bAlive ? " bAlive=true, " : " bAlive=false, ");
+    os << "CTriangle (" << static_cast<const void*>(this)
+       << "): " << (bAlive ? " bAlive=true, " : " bAlive=false, ");
     const bool bThree = getC0() != getC1() && getC1() != getC2() && getC2() != getC0();
     os << (bThree ? "3 different corners\n" : "combinatorially degenerate\n");
     for (int i = 0; i < 3; ++i)

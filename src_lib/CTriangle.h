@@ -42,7 +42,8 @@ class CTriangle
 {
 public:
     // number  creation number in the mesh
-    CTriangle(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD_, int cfg_, unsigned int number_) noexcept;
+    CTriangle(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD_, int cfg_,
+              unsigned int number_) noexcept;
 
     // --- Corners ---
     [[nodiscard]] u64 getC0() const noexcept { return aVertex[0]->ccd; }
@@ -57,8 +58,8 @@ public:
     {
         return getC0() == ccd || getC1() == ccd || getC2() == ccd;
     }
-    [[nodiscard]] int getICI(u64 ccd) const;        // not a corner is fatal
-    [[nodiscard]] int getICI(u64 a, u64 b) const    // the corner that is neither; none is fatal
+    [[nodiscard]] int getICI(u64 ccd) const;     // not a corner is fatal
+    [[nodiscard]] int getICI(u64 a, u64 b) const // the corner that is neither; none is fatal
     {
         for (int i = 0; i < 3; ++i)
             if (aVertex[i]->ccd != a && aVertex[i]->ccd != b)
@@ -126,7 +127,7 @@ private:
     }
 
     CVertex* aVertex[3];
-    CEdge* aEdge[3] = {nullptr, nullptr, nullptr};   // aEdge[i] opposite corner i
+    CEdge* aEdge[3] = {nullptr, nullptr, nullptr};        // aEdge[i] opposite corner i
     CTriangle* aNextInc[3] = {nullptr, nullptr, nullptr}; // next triangle at corner i
     u64 generatingVCD;
     CPatch* pPatch = nullptr;

@@ -27,10 +27,10 @@ public:
 
     struct Block
     {
-        u64 code;                    // of its cells, without their low nine bits (shifted away)
-        u64 aBits[8];                // bit i of word w: the cell with local code 64 w + i
-        std::uint32_t firstRank;     // of its lowest cell
-        std::uint16_t aBefore[8];    // cells of the block in the words before this one
+        u64 code;                 // of its cells, without their low nine bits (shifted away)
+        u64 aBits[8];             // bit i of word w: the cell with local code 64 w + i
+        std::uint32_t firstRank;  // of its lowest cell
+        std::uint16_t aBefore[8]; // cells of the block in the words before this one
     };
 
     // Strictly ascending codes; at most 2^32 - 2. The vector is not kept.

@@ -65,9 +65,9 @@ private:
     static constexpr int STEP_Y = EDGE;
     static constexpr int STEP_Z = 1;
     // From a base to its member at each corner, within the region.
-    static constexpr int CORNER_DELTA[8] = {-STEP_X - STEP_Y,          -STEP_Y,         -STEP_Y - STEP_Z,
-                                            -STEP_X - STEP_Y - STEP_Z, -STEP_X,         0,
-                                            -STEP_Z,                   -STEP_X - STEP_Z};
+    static constexpr int CORNER_DELTA[8] = {
+        -STEP_X - STEP_Y, -STEP_Y, -STEP_Y - STEP_Z, -STEP_X - STEP_Y - STEP_Z,
+        -STEP_X,          0,       -STEP_Z,          -STEP_X - STEP_Z};
 
     void loadBlock(u64 code);
     void loadCells(const CellIndex::Block& block, int dx, int dy, int dz);

@@ -19,8 +19,8 @@ class PointTable
 public:
     void reserve(std::size_t numPoints);
     [[nodiscard]] Point3* find(const Point3& coordinates) const noexcept; // null if absent
-    bool insert(Point3* pPoint);        // false, and nothing changed, if the coordinates are taken
-    bool erase(const Point3* pPoint);   // false if this very point is not entered
+    bool insert(Point3* pPoint);      // false, and nothing changed, if the coordinates are taken
+    bool erase(const Point3* pPoint); // false if this very point is not entered
     [[nodiscard]] std::size_t size() const noexcept { return numEntries; }
 
 private:

@@ -96,7 +96,14 @@ struct ThreadEnd
 
 } // namespace
 
-ProgressBase::~ProgressBase() = default;
+// No thread may go on calling a receiver that is gone.
+ProgressBase::~ProgressBase()
+{
+    Roots& roots = getRoots();
+    const std::lock_guard<std::mutex> lock(roots.mtx);
+    for (const auto& [id, pRoot] : roots.mIdRoot)
+        pRoot->unsubscribe(this);
+}
 
 void subscribe(ProgressBase* pProgress)
 {
@@ -122,6 +129,13 @@ void Progress::unsubscribe()
 {
     const std::lock_guard<std::recursive_mutex> lock(mtx);
     pSubscriber = nullptr;
+}
+
+void Progress::unsubscribe(const ProgressBase* pProgress)
+{
+    const std::lock_guard<std::recursive_mutex> lock(mtx);
+    if (pSubscriber == pProgress)
+        pSubscriber = nullptr;
 }
 
 void Progress::createChild(const std::string& childName, double childWeight)

@@ -36,6 +36,7 @@ public:
     // For the root: makes pProgress the receiver, in place of an earlier one. It survives reset().
     void subscribe(ProgressBase* pProgress);
     void unsubscribe();
+    void unsubscribe(const ProgressBase* pProgress); // if that is the receiver
 
     // weight is the share among the children of this node. A tag that exists keeps its first weight. Asserts
     // that the node has a name other than "empty".

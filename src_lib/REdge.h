@@ -29,8 +29,8 @@ public:
     // --- Ends ---
     [[nodiscard]] Point3* getVtx0() const noexcept { return p0; }
     [[nodiscard]] Point3* getVtx1() const noexcept { return p1; }
-    [[nodiscard]] Point3* getVertex(int i) const;                    // 0 or 1, anything else is fatal
-    [[nodiscard]] Point3* getOtherPoint(const Point3* pVtx) const;   // anything but an end is fatal
+    [[nodiscard]] Point3* getVertex(int i) const;                  // 0 or 1, anything else is fatal
+    [[nodiscard]] Point3* getOtherPoint(const Point3* pVtx) const; // anything but an end is fatal
     [[nodiscard]] bool has(const Point3* pVtx) const noexcept { return p0 == pVtx || p1 == pVtx; }
     [[nodiscard]] double getSqLength() const noexcept;
 
@@ -44,7 +44,7 @@ public:
     [[nodiscard]] RTriangle* getTriangle(bool bMustExist, bool bMustBeUnique) const;
     [[nodiscard]] RTriangle* getNeigT(const RTriangle* pRT) const; // the one other; null at none or several
     void getAliveT(std::vector<RTriangle*>& vOut) const;           // appends
-    void checkOut(RTriangle* pRT); // removes it; not there is fatal
+    void checkOut(RTriangle* pRT);                                 // removes it; not there is fatal
 
     // --- Edits ---
     // Replaces the diagonal of two triangles, with the orientation of pRT0, and returns the new edge. Null
@@ -77,7 +77,10 @@ private:
 // Orders edges by creation.
 struct ByCreationRE
 {
-    bool operator()(const REdge* pA, const REdge* pB) const noexcept { return pA->getNumber() < pB->getNumber(); }
+    bool operator()(const REdge* pA, const REdge* pB) const noexcept
+    {
+        return pA->getNumber() < pB->getNumber();
+    }
 };
 
 // Whether the angle at a between b - a and c - a is below 0.01 or above 179.99 degrees, or a side has no

@@ -1,7 +1,7 @@
 #include "RMesh.h"
 
-#include "BundleMap.h"
 #include "Bundle.h"
+#include "BundleMap.h"
 #include "CMesh.h"
 #include "CellIndex.h"
 #include "RPatch.h"
@@ -47,7 +47,8 @@ RMeshSource::RMeshSource(const CMesh& mesh)
             continue;
         const std::uint32_t aRank[3] = {index.rank(pCT->getC0()), index.rank(pCT->getC1()),
                                         index.rank(pCT->getC2())};
-        ASSEX_TEXT(aRank[0] != CellIndex::ABSENT && aRank[1] != CellIndex::ABSENT && aRank[2] != CellIndex::ABSENT,
+        ASSEX_TEXT(aRank[0] != CellIndex::ABSENT && aRank[1] != CellIndex::ABSENT &&
+                       aRank[2] != CellIndex::ABSENT,
                    "it0!=vCCDVertex.end() && it1!=vCCDVertex.end() && it2!=vCCDVertex.end()");
         vCorners.insert(vCorners.end(), aRank, aRank + 3);
     }
@@ -219,8 +220,9 @@ void RMesh::getDegN(int deg, std::vector<REdge*>& vRE) const
         std::cout << "deg=" << deg << std::endl;
         ASSEX_TEXT(false, "false");
     }
-    const auto fits = [deg](int degree)
-    { return deg == -1 ? degree > 2 : deg == -99 ? degree > 0 : degree == deg; };
+    const auto fits = [deg](int degree) {
+        return deg == -1 ? degree > 2 : deg == -99 ? degree > 0 : degree == deg;
+    };
     vtxPool.forEach(
         [&](const RVertex* pVertex)
         {
@@ -286,7 +288,8 @@ bool RMesh::hasDisjointRings(const Point3* pA, const Point3* pB) const
     getRingRE(pA, vRingA);
     getRingRE(pB, vRingB);
     std::sort(vRingA.begin(), vRingA.end(), ByCreationRE());
-    return std::none_of(vRingB.begin(), vRingB.end(), [&](REdge* pRE)
+    return std::none_of(vRingB.begin(), vRingB.end(),
+                        [&](REdge* pRE)
                         { return std::binary_search(vRingA.begin(), vRingA.end(), pRE, ByCreationRE()); });
 }
 

@@ -28,8 +28,8 @@ struct RMeshSource
     RMeshSource() = default; // to be filled by hand
     explicit RMeshSource(const CMesh& mesh);
 
-    double cellSize = 1.0;              // of the lattice, in units of the points
-    std::vector<Point3> vPoints;        // of all bundles, ascending by cell
+    double cellSize = 1.0;               // of the lattice, in units of the points
+    std::vector<Point3> vPoints;         // of all bundles, ascending by cell
     std::vector<std::uint32_t> vCorners; // indices into vPoints; three consecutive entries are one triangle
 };
 
@@ -105,7 +105,7 @@ public:
     void getTriangles(std::vector<Point3*>& vTriCorners) const; // appends three corners a triangle
     void getAliveT(std::vector<RTriangle*>& vRT) const;         // appends, by creation
     [[nodiscard]] const std::vector<RTriangle*>& getAllT() const noexcept { return vAllRT; } // dead ones too
-    [[nodiscard]] const std::vector<REdge*>& getAllRE() const noexcept { return vAllRE; } // degree 0 too
+    [[nodiscard]] const std::vector<REdge*>& getAllRE() const noexcept { return vAllRE; }    // degree 0 too
     void getAllRE(std::vector<REdge*>& vRE) const { vRE = vAllRE; }
     [[nodiscard]] double getCellSize() const noexcept { return cellSize; }
     [[nodiscard]] std::size_t getNumT() const noexcept { return numAliveT; }
@@ -113,7 +113,7 @@ public:
     [[nodiscard]] std::size_t getNumVertices() const noexcept { return numVertices; } // unused ones too
     [[nodiscard]] double getArea() const;
     [[nodiscard]] double getAverageEdgeLength() const; // of the edges in use; -1.0 without any
-    void fillNormals(); // of all alive triangles, on the pool
+    void fillNormals();                                // of all alive triangles, on the pool
 
     // --- Cleaning (RMeshCleanup.cpp) ---
     // Makes orientations agree across edges of degree 2, patch by patch. Returns the number of patches.
@@ -196,9 +196,9 @@ private:
     std::size_t numVertices = 0;
     std::size_t numAliveT = 0;
     unsigned int numAnnealingPasses = 0; // so that no two passes draw the same numbers
-    std::vector<RTriangle*> vAllRT; // in order of creation
-    std::vector<REdge*> vAllRE;     // in order of creation
-    std::vector<RPatch*> vRP;       // owned
+    std::vector<RTriangle*> vAllRT;      // in order of creation
+    std::vector<REdge*> vAllRE;          // in order of creation
+    std::vector<RPatch*> vRP;            // owned
     // All vertices by coordinates; of equal ones the first. Made at first use: most meshes never need it.
     mutable PointTable pointTable;
     mutable bool bPointTable = false;

@@ -13,7 +13,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-const double MAX_MOVE_IN_CELLS = 0.1;       // of relocateVertex
+const double MAX_MOVE_IN_CELLS = 0.1;        // of relocateVertex
 const double MAX_RELOCATE_DEV_ANGLE = 170.0; // degrees
 } // namespace
 
@@ -52,8 +52,10 @@ int RMesh::createPatchesOrient()
 // where it may be turned.
 void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
 {
-    const auto isRegular = [](const RTriangle* pRT)
-    { return pRT->aRE[0]->getDegree() == 2 && pRT->aRE[1]->getDegree() == 2 && pRT->aRE[2]->getDegree() == 2; };
+    const auto isRegular = [](const RTriangle* pRT) {
+        return pRT->aRE[0]->getDegree() == 2 && pRT->aRE[1]->getDegree() == 2 &&
+               pRT->aRE[2]->getDegree() == 2;
+    };
     std::vector<RTriangle*> vWorkspace{pStart};
     std::vector<RTriangle*> vReserve;
     for (std::size_t head = 0; head < vWorkspace.size(); ++head)

@@ -33,9 +33,9 @@ public:
     }
 
     // --- Corners ---
-    [[nodiscard]] Point3* getCorner(int i) const; // outside 0 to 2 is fatal
-    [[nodiscard]] int getICI(const Point3* pVtx) const;                     // not a corner is fatal
-    [[nodiscard]] int getICI(const Point3* pA, const Point3* pB) const      // the corner that is neither
+    [[nodiscard]] Point3* getCorner(int i) const;                      // outside 0 to 2 is fatal
+    [[nodiscard]] int getICI(const Point3* pVtx) const;                // not a corner is fatal
+    [[nodiscard]] int getICI(const Point3* pA, const Point3* pB) const // the corner that is neither
     {
         for (int i = 0; i < 3; ++i)
             if (aCorner[i] != pA && aCorner[i] != pB)
@@ -66,7 +66,7 @@ public:
         ASSEX_TEXT(i >= 0 && i < 3, "false");
         return aRE[i];
     }
-    void getREs(std::vector<REdge*>& vOut) const; // appends the edges 0-1, 0-2, 1-2
+    void getREs(std::vector<REdge*>& vOut) const;              // appends the edges 0-1, 0-2, 1-2
     void getNeigs(int i, std::vector<RTriangle*>& vOut) const; // appends the others at edge i
     [[nodiscard]] bool hasBorderEdge() const;
 
@@ -110,7 +110,7 @@ private:
 
     Vector3 nnv;
     Point3* aCorner[3];
-    REdge* aRE[3] = {nullptr, nullptr, nullptr};         // aRE[i] opposite corner i
+    REdge* aRE[3] = {nullptr, nullptr, nullptr};          // aRE[i] opposite corner i
     RTriangle* aNextInc[3] = {nullptr, nullptr, nullptr}; // next triangle at corner i
     RPatch* pRP = nullptr;
     unsigned int number;

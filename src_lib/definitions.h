@@ -43,11 +43,11 @@ void goToHell(const std::string& s);
 
 // Holds in every build. A failure throws ZefBugException: check before the first edit, never half-way.
 // ASSEX prints the condition as written; ASSEX_TEXT prints the given words in its place.
-#define ASSEX_TEXT(condition, text)                                                                                    \
-    do                                                                                                                 \
-    {                                                                                                                  \
-        if (!(condition)) [[unlikely]]                                                                                 \
-            ::TARN_ZEF::failAssertion(__FILE__, __LINE__, __PRETTY_FUNCTION__, text);                                  \
+#define ASSEX_TEXT(condition, text)                                                                          \
+    do                                                                                                       \
+    {                                                                                                        \
+        if (!(condition)) [[unlikely]]                                                                       \
+            ::TARN_ZEF::failAssertion(__FILE__, __LINE__, __PRETTY_FUNCTION__, text);                        \
     } while (false)
 #define ASSEX(condition) ASSEX_TEXT(condition, #condition)
 

@@ -41,7 +41,8 @@ struct NaiveMesh
     {
         const Corners c = cornersOf(pCT);
         for (int i = 0; i < 3; ++i)
-            mDegree[std::minmax(c[static_cast<std::size_t>(i)], c[static_cast<std::size_t>((i + 1) % 3)])] += by;
+            mDegree[std::minmax(c[static_cast<std::size_t>(i)], c[static_cast<std::size_t>((i + 1) % 3)])] +=
+                by;
     }
 };
 

@@ -131,4 +131,29 @@ TEST(Progress, ThreadLeavesNothingBehind)
 }
 
 } // namespace
+TEST(Progress, destroyedReceiverIsForgotten)
+{
+    struct Counter : ProgressBase
+    {
+        explicit Counter(int& num_)
+            : num(num_)
+        {
+        }
+        void update(const std::string&, double) override { ++num; }
+        int& num;
+    };
+    int num = 0;
+    {
+        Counter counter(num);
+        subscribe(&counter);
+        prepareProgress("Reduce");
+        finishProgress();
+    }
+    EXPECT_GT(num, 0);
+    const int before = num;
+    prepareProgress("Reduce");
+    finishProgress();
+    EXPECT_EQ(num, before);
+}
+
 } // namespace TARN_ZEF

@@ -66,8 +66,8 @@ private:
     void solveSquare(const std::vector<u64>& v)
     {
         u64 v0 = v[0], v1 = v[1], v2 = v[2];
-        const u64 v3 = *std::find_if(v.begin() + 3, v.end(),
-                                     [&](u64 c) { return c != v0 && c != v1 && c != v2; });
+        const u64 v3 =
+            *std::find_if(v.begin() + 3, v.end(), [&](u64 c) { return c != v0 && c != v1 && c != v2; });
         if (calc.getNeigType(v3, v0) != NT_EDGE)
             std::swap(v0, v1);
         if (calc.getNeigType(v3, v0) != NT_EDGE)
@@ -120,7 +120,8 @@ void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra)
                 if (std::abs(x * x + y * y + z * z - radius * radius) <= radius && rng() % 12 != 0)
                     lm.cell(24 + x, 31 + y, 32 + z);
     for (int i = 0; i < numExtra; ++i)
-        lm.cell(12 + static_cast<int>(rng() % 30), 16 + static_cast<int>(rng() % 30), 20 + static_cast<int>(rng() % 20));
+        lm.cell(12 + static_cast<int>(rng() % 30), 16 + static_cast<int>(rng() % 30),
+                20 + static_cast<int>(rng() % 20));
 }
 
 std::vector<u64> cellsOf(const LatticeMesh& lm)
@@ -160,7 +161,8 @@ TEST(Voro, squareWithoutDiagonalTakesTheOneNotInTheTable)
 {
     const PreparedTree tree;
     LatticeMesh lm;
-    const u64 corners[4] = {lm.cell(20, 20, 20), lm.cell(21, 20, 20), lm.cell(20, 21, 20), lm.cell(21, 21, 20)};
+    const u64 corners[4] = {lm.cell(20, 20, 20), lm.cell(21, 20, 20), lm.cell(20, 21, 20),
+                            lm.cell(21, 21, 20)};
     Voro voro(&lm.calc, &lm.map, TM_FAT);
     voro.fatExtractTriangles();
     EXPECT_EQ(aliveCorners(*voro.getCMesh()).size(), 2u) << "two flat cubes, one square";

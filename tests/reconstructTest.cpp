@@ -107,7 +107,8 @@ std::size_t countBorderLoops(const RMesh& mesh)
         {
             const Point3* pVtx = vWork.back();
             vWork.pop_back();
-            const auto it = std::partition(vRE.begin(), vRE.end(), [=](const REdge* p) { return !p->has(pVtx); });
+            const auto it =
+                std::partition(vRE.begin(), vRE.end(), [=](const REdge* p) { return !p->has(pVtx); });
             for (auto i = it; i != vRE.end(); ++i)
                 vWork.push_back((*i)->getOtherPoint(pVtx));
             vRE.erase(it, vRE.end());
@@ -225,7 +226,10 @@ TEST(Reconstruct, refusalsAreThoseOfTheTable)
              {"two points", {{0, 0, 0}, {5, 0, 0}}, EMPTY_OR_HOLLOW, EMPTY_OR_HOLLOW},
              {"a line", line, EMPTY_OR_HOLLOW, EMPTY_OR_HOLLOW},
              {"far beyond the lattice", {{-1e308, 0, 0}, {1e308, 0, 0}, {0, 1e308, 0}}, REFUSED, REFUSED},
-             {"far outlier", {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1e15, 0, 0}}, EMPTY_OR_HOLLOW, REFUSED},
+             {"far outlier",
+              {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {1, 1, 0}, {1e15, 0, 0}},
+              EMPTY_OR_HOLLOW,
+              REFUSED},
          })
     {
         SCOPED_TRACE(row.name);
@@ -255,7 +259,8 @@ TEST(Reconstruct, refusalsAreThoseOfTheTable)
         EXPECT_THROW(static_cast<void>(reconstruct_auto(ball, false, bad)), ZefBugException);
         EXPECT_THROW(static_cast<void>(reconstruct_abs(ball, false, bad)), ZefBugException);
     }
-    EXPECT_THROW(static_cast<void>(reconstruct_abs(ball, false, 1e-9)), ZefBugException) << "spacing too fine";
+    EXPECT_THROW(static_cast<void>(reconstruct_abs(ball, false, 1e-9)), ZefBugException)
+        << "spacing too fine";
     Cloud none;
     EXPECT_EQ(estimateAvgSpacing(none), -1.0);
     // After a refusal the next call works.
@@ -337,8 +342,13 @@ TEST(Reconstruct, randomCloudsGiveSoundMeshes)
 TEST(Melt, cubeComesBackEvenAndClosed)
 {
     Cloud soup;
-    const Point3 c[8] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}, {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
-    for (const auto& q : {std::array<int, 4>{0, 3, 2, 1}, {4, 5, 6, 7}, {0, 1, 5, 4}, {2, 3, 7, 6}, {0, 4, 7, 3},
+    const Point3 c[8] = {{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0},
+                         {0, 0, 1}, {1, 0, 1}, {1, 1, 1}, {0, 1, 1}};
+    for (const auto& q : {std::array<int, 4>{0, 3, 2, 1},
+                          {4, 5, 6, 7},
+                          {0, 1, 5, 4},
+                          {2, 3, 7, 6},
+                          {0, 4, 7, 3},
                           {1, 2, 6, 5}})
         for (const int i : {0, 1, 2, 0, 2, 3})
             soup.push_back(c[q[static_cast<std::size_t>(i)]]);
@@ -378,7 +388,15 @@ TEST(Melt, oddSoupsGiveSoundResults)
              {"a triangle with NaN", {{nan, 0, 0}, {1, 0, 0}, {0, 1, 0}}, true},
              {"far from the origin", {{5e6, 5e6, 5e6}, {5e6 + 9, 5e6, 5e6}, {5e6, 5e6 + 9, 5e6}}, false},
              {"three on an edge",
-              {{0, 0, 0}, {0, 0, 9}, {9, 0, 0}, {0, 0, 0}, {0, 0, 9}, {-5, 7, 0}, {0, 0, 0}, {0, 0, 9}, {-5, -7, 0}},
+              {{0, 0, 0},
+               {0, 0, 9},
+               {9, 0, 0},
+               {0, 0, 0},
+               {0, 0, 9},
+               {-5, 7, 0},
+               {0, 0, 0},
+               {0, 0, 9},
+               {-5, -7, 0}},
               false},
          })
     {

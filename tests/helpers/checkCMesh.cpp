@@ -39,7 +39,8 @@ void checkCornerLists(const CMesh& mesh)
             std::vector<CTriangle*> vAt;
             mesh.getIncT(vertex.ccd, vAt);
             numEntries += vAt.size();
-            EXPECT_EQ(vAt.empty() ? nullptr : vAt.back(), vertex.pLastT) << "tail of corner list " << vertex.ccd;
+            EXPECT_EQ(vAt.empty() ? nullptr : vAt.back(), vertex.pLastT)
+                << "tail of corner list " << vertex.ccd;
             for (const CTriangle* pCT : vAt)
                 EXPECT_TRUE(pCT->isAlive() && pCT->hasCorner(vertex.ccd));
             if (vertex.pBundle != nullptr)
