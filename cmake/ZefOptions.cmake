@@ -11,6 +11,8 @@ function(zef_target_options target)
     -ffp-contract=off -Wall -Wextra -Wpedantic -Wshadow
     # g++ 12 raises it falsely where strings are joined at -O3.
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
+    # The cube configurations are expanded by the compiler.
+    $<$<CXX_COMPILER_ID:Clang>:-fconstexpr-steps=100000000>
     $<$<BOOL:${ZEF_WERROR}>:-Werror>
     -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/=)
   if(ZEF_SANITIZE)

@@ -108,7 +108,7 @@ ZEF_API int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double max
 ZEF_API void edgeFlips(std::shared_ptr<Mesh> pMesh);
 
 // The same by simulated annealing: 29 passes at falling temperatures between two passes of edgeFlips(),
-// some 30 times its time and with a little better result. The result depends on the earlier annealing
+// some 50 times its time and with a little better result. The result depends on the earlier annealing
 // calls of the thread.
 ZEF_API void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh);
 

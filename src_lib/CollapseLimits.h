@@ -1,6 +1,7 @@
 #ifndef ZEF_COLLAPSELIMITS_H
 #define ZEF_COLLAPSELIMITS_H
 
+#include <cstdint>
 #include <vector>
 
 namespace TARN_ZEF
@@ -24,6 +25,7 @@ struct CollapseScratch
     std::vector<const REdge*> vSrcRing;     // opposite the vanishing vertex, of the triangles that stay
     std::vector<const Point3*> vSrcRingVtx; // their ends, with repetitions
     std::vector<const Point3*> vCommon;     // third corners of the triangles that vanish
+    std::uint64_t ringMask = 0;             // a bit for each of vSrcRingVtx, shared by some
 };
 
 } // namespace TARN_ZEF

@@ -43,6 +43,18 @@ Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Po
     angle = getAngleRad(normalizeInline(cross), altCross / altLength);
     return angle > maxAngle ? Turn::TOO_FAR : Turn::MEASURED;
 }
+
+// One of 64 bits for a vertex, to tell without a search that it is not in a ring.
+u64 maskOf(const Point3* pVtx)
+{
+    return u64{1} << (RVertex::of(pVtx)->number * 0x9E3779B1u >> 26);
+}
+
+template <typename T>
+bool holds(const std::vector<const T*>& v, const T* p)
+{
+    return std::find(v.begin(), v.end(), p) != v.end();
+}
 } // namespace
 
 double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
@@ -57,6 +69,7 @@ double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimit
     scratch.vSrcRing.clear();
     scratch.vSrcRingVtx.clear();
     scratch.vCommon.clear();
+    scratch.ringMask = 0;
     double sumAngle = 0.0;
     double numAngles = 0.0;
     for (const RTriangle* pRT = RVertex::of(pSrc)->pFirstT; pRT != nullptr;)
@@ -72,6 +85,7 @@ double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimit
         {
             scratch.vSrcRing.push_back(pRT->aRE[i]);
             scratch.vSrcRingVtx.insert(scratch.vSrcRingVtx.end(), {p1, p2});
+            scratch.ringMask |= maskOf(p1) | maskOf(p2);
             double angle = 0.0;
             const Turn turn = measureTurn(*pSrc, *p1, *p2, *pTrg, limits.maxDevAngleRad, angle);
             if (turn == Turn::TOO_FAR)
@@ -94,17 +108,19 @@ double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimit
 // triangle.
 bool RMesh::meetsSrcRing(const Point3* pTrg, bool bKeepTopology, const CollapseScratch& scratch) const
 {
-    const auto holds = [](const auto& v, const auto* p)
-    { return std::find(v.begin(), v.end(), p) != v.end(); };
+    const auto isStranger = [&scratch](const Point3* pVtx)
+    { return !holds(scratch.vCommon, pVtx) && holds(scratch.vSrcRingVtx, pVtx); };
     for (const RTriangle* pRT = RVertex::of(pTrg)->pFirstT; pRT != nullptr;)
     {
         const int i = pRT->indexOf(pTrg);
-        if (holds(scratch.vSrcRing, pRT->aRE[i]))
+        const Point3* p1 = pRT->aCorner[RTriangle::getNext(i)];
+        const Point3* p2 = pRT->aCorner[RTriangle::getPrev(i)];
+        const bool bMayHold1 = (scratch.ringMask & maskOf(p1)) != 0;
+        const bool bMayHold2 = (scratch.ringMask & maskOf(p2)) != 0;
+        if (bMayHold1 && bMayHold2 && holds<REdge>(scratch.vSrcRing, pRT->aRE[i]))
             return true;
-        if (bKeepTopology)
-            for (const int k : {RTriangle::getNext(i), RTriangle::getPrev(i)})
-                if (holds(scratch.vSrcRingVtx, pRT->aCorner[k]) && !holds(scratch.vCommon, pRT->aCorner[k]))
-                    return true;
+        if (bKeepTopology && ((bMayHold1 && isStranger(p1)) || (bMayHold2 && isStranger(p2))))
+            return true;
         pRT = pRT->aNextInc[i];
     }
     return false;

@@ -31,11 +31,6 @@ const int MAX_RECOMPUTES = 5;
 const std::size_t MIN_EDGES_PER_JOB = 100;
 const std::size_t MAX_JOBS = 36;
 
-// Candidates ahead of the queue whose pointer, edge and vertices are prefetched.
-const std::size_t FAR_AHEAD = 12;
-const std::size_t MIDDLE_AHEAD = 8;
-const std::size_t NEAR_AHEAD = 4;
-
 struct ByPenalty
 {
     bool operator()(const RECandidate& a, const RECandidate& b) const noexcept
@@ -77,7 +72,6 @@ int Reducer::run()
     {
         RECandidate candidate = queue.front();
         queue.pop();
-        prefetchCandidates();
         const double freshPen = getPenalty(candidate.edge, candidate.iSrc, scratch);
         const bool bAllowed = freshPen != FORBIDDEN;
         if (bAllowed && freshPen > WORSE_BAR && freshPen > candidate.penalty + WORSE_TOLERANCE)
@@ -115,8 +109,8 @@ void Reducer::prepareQueue()
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprioq", 2);
     const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
     vChangedAt.assign(pRMesh->getNumVertices(), now);
-    vEvaluatedAt.assign(2 * vAllRE.size(), 0);
-    vPenalty.assign(2 * vAllRE.size(), FORBIDDEN);
+    vKnown.assign(2 * vAllRE.size(), {FORBIDDEN, 0});
+    vIsListed.resize(vAllRE.size());
     vIsDead.resize(vAllRE.size());
     std::transform(vAllRE.begin(), vAllRE.end(), vIsDead.begin(),
                    [](const REdge* pRE) { return !pRE->isAlive(); });
@@ -125,28 +119,6 @@ void Reducer::prepareQueue()
     collectAliveEdges(vEdges);
     queueEdges(vEdges);
     pProgress->setFinished(true);
-}
-
-// Edges leave the queue in an order that memory does not know: ask for their parts in time.
-void Reducer::prefetchCandidates() const
-{
-    const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
-    const RECandidate* pFar = queue.guessAhead(FAR_AHEAD);
-    if (pFar != nullptr && !vIsDead[pFar->edge])
-    {
-        __builtin_prefetch(&vAllRE[pFar->edge]);
-        __builtin_prefetch(&vEvaluatedAt[slotOf(pFar->edge, pFar->iSrc)]);
-    }
-    const RECandidate* pMiddle = queue.guessAhead(MIDDLE_AHEAD);
-    if (pMiddle != nullptr && !vIsDead[pMiddle->edge])
-        __builtin_prefetch(vAllRE[pMiddle->edge]);
-    const RECandidate* pNear = queue.guessAhead(NEAR_AHEAD);
-    if (pNear != nullptr && !vIsDead[pNear->edge])
-    {
-        const REdge* pRE = vAllRE[pNear->edge];
-        __builtin_prefetch(pRE->getVtx0());
-        __builtin_prefetch(pRE->getVtx1());
-    }
 }
 
 void Reducer::queueEdges(const std::vector<unsigned int>& vEdges)
@@ -177,7 +149,7 @@ void Reducer::evaluateCandidates_MT(const std::vector<unsigned int>& vEdges,
     for (const unsigned int edge : vEdges)
         for (const int iSrc : {0, 1})
         {
-            const double penalty = vPenalty[slotOf(edge, iSrc)];
+            const double penalty = vKnown[slotOf(edge, iSrc)].penalty;
             if (penalty != FORBIDDEN)
                 vPenaltyRE.push_back({penalty, edge, iSrc});
         }
@@ -188,14 +160,10 @@ double Reducer::getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers
     if (vIsDead[edge])
         return FORBIDDEN;
     const REdge* pRE = pRMesh->getAllRE()[edge];
-    const std::size_t slot = slotOf(edge, iSrc);
-    if (vEvaluatedAt[slot] <
-        std::max(vChangedAt[numberOf(pRE->getVtx0())], vChangedAt[numberOf(pRE->getVtx1())]))
-    {
-        vPenalty[slot] = pRMesh->getCollapsePenalty(pRE, iSrc, limits, buffers);
-        vEvaluatedAt[slot] = now;
-    }
-    return vPenalty[slot];
+    Known& known = vKnown[slotOf(edge, iSrc)];
+    if (known.at < std::max(vChangedAt[numberOf(pRE->getVtx0())], vChangedAt[numberOf(pRE->getVtx1())]))
+        known = {pRMesh->getCollapsePenalty(pRE, iSrc, limits, buffers), now};
+    return known.penalty;
 }
 
 // A border vertex moves only along a border that is nearly straight there.
@@ -273,20 +241,25 @@ void Reducer::collectAliveEdges(std::vector<unsigned int>& vEdges) const
             vEdges.push_back(edge);
 }
 
-// The edges at all refill vertices, by creation, each once.
+// The edges at all refill vertices, each once, neighbours near each other.
 void Reducer::collectRefillEdges(std::vector<unsigned int>& vEdges)
 {
+    const auto list = [&](const REdge* pRE)
+    {
+        if (!vIsListed[pRE->getNumber()])
+            vEdges.push_back(pRE->getNumber());
+        vIsListed[pRE->getNumber()] = true;
+    };
     std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
-    vRefillVtx.erase(std::unique(vRefillVtx.begin(), vRefillVtx.end()), vRefillVtx.end());
     for (const Point3* pVtx : vRefillVtx)
         pRMesh->forEachIncidentT(pVtx,
-                                 [&vEdges](const RTriangle* pRT, int i)
+                                 [&list](const RTriangle* pRT, int i)
                                  {
-                                     vEdges.push_back(pRT->getRE(RTriangle::getNext(i))->getNumber());
-                                     vEdges.push_back(pRT->getRE(RTriangle::getPrev(i))->getNumber());
+                                     list(pRT->getRE(RTriangle::getNext(i)));
+                                     list(pRT->getRE(RTriangle::getPrev(i)));
                                  });
-    sortMT(vEdges.begin(), vEdges.end());
-    vEdges.erase(std::unique(vEdges.begin(), vEdges.end()), vEdges.end());
+    for (const unsigned int edge : vEdges)
+        vIsListed[edge] = false;
 }
 
 } // namespace TARN_ZEF

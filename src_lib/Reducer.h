@@ -44,7 +44,6 @@ private:
 
     void markBorder();
     void prepareQueue();
-    void prefetchCandidates() const;
     // Evaluates both directions of the edges and queues those that are allowed.
     void queueEdges(const std::vector<unsigned int>& vEdges);
     void evaluateCandidates_MT(const std::vector<unsigned int>& vEdges, std::vector<RECandidate>& vPenaltyRE);
@@ -65,12 +64,17 @@ private:
     std::vector<Point3*> vRefillVtx; // where collapses went to since the last refill
 
     // What is known of penalties. Time counts collapses from 1 on; 0 is before everything.
+    struct Known
+    {
+        double penalty;
+        unsigned int at;
+    };
     unsigned int now = 1;
-    std::vector<unsigned int> vChangedAt;   // by vertex number: when its triangles changed last
-    std::vector<unsigned int> vEvaluatedAt; // by twice the edge number plus direction
-    std::vector<double> vPenalty;           // likewise
-    std::vector<bool> vIsDead;              // by edge number: degree 0; bits, to stay in the cache
+    std::vector<Known> vKnown;            // by twice the edge number plus direction
+    std::vector<unsigned int> vChangedAt; // by vertex number: when its triangles changed last
+    std::vector<bool> vIsDead;            // by edge number: degree 0; bits, to stay in the cache
 
+    std::vector<bool> vIsListed;          // by edge number; false between refills
     std::vector<RTriangle*> vSrcT;        // at the vertex that vanishes
     std::vector<const REdge*> vTouchedRE; // theirs, with repetitions
     CollapseScratch scratch;

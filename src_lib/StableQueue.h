@@ -52,15 +52,6 @@ public:
         return isSingleFirst() ? vSingles.front().value : vRuns.front().v[vRuns.front().next];
     }
 
-    // An element that leaves about so many elements after front(), to fetch what it refers to; null if there
-    // is no guess.
-    [[nodiscard]] const T* guessAhead(std::size_t distance) const noexcept
-    {
-        if (vRuns.empty() || vRuns.front().v.size() - vRuns.front().next <= distance)
-            return nullptr;
-        return &vRuns.front().v[vRuns.front().next + distance];
-    }
-
     void pop()
     {
         ASSEX(!empty());
