@@ -171,7 +171,8 @@ enum FileType
 [[nodiscard]] ZEF_API bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints);
 [[nodiscard]] ZEF_API bool writePoints_BIN(const char* filename, std::vector<Point3>& vPoints);
 // PLY holds the coordinates as float: large coordinates lose digits.
-[[nodiscard]] ZEF_API bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, bool bASCII);
+[[nodiscard]] ZEF_API bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints,
+                                          bool bASCII);
 
 // By extension: STL, PLY or a Geomview scene; anything else is reported and written as PLY under the given
 // name. Mind bASCII for PLY: true writes binary, false writes ASCII (see the crossed writers of Mesh).

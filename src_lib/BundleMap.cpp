@@ -22,7 +22,8 @@ std::size_t BundleMap::findBase(u64 ccd) const
 {
     const auto it = std::lower_bound(vBase.begin(), vBase.end(), ccd,
                                      [](const Entry& e, u64 code) { return e.first < code; });
-    return it != vBase.end() && it->first == ccd ? static_cast<std::size_t>(it - vBase.begin()) : vBase.size();
+    return it != vBase.end() && it->first == ccd ? static_cast<std::size_t>(it - vBase.begin())
+                                                 : vBase.size();
 }
 
 Bundle* BundleMap::find(u64 ccd) const

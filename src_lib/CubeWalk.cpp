@@ -50,7 +50,8 @@ constexpr TopLayers makeTopLayers()
 constexpr TopLayers TOP = makeTopLayers();
 
 // The bit of a member by the steps (0 or 1 per axis) from it up to the base: x is 4, y is 2, z is 1.
-constexpr unsigned char CFG_BIT_OF_STEPS[8] = {1 << 5, 1 << 6, 1 << 1, 1 << 2, 1 << 4, 1 << 7, 1 << 0, 1 << 3};
+constexpr unsigned char CFG_BIT_OF_STEPS[8] = {1 << 5, 1 << 6, 1 << 1, 1 << 2,
+                                               1 << 4, 1 << 7, 1 << 0, 1 << 3};
 
 u64 stepUp(u64 code, u64 mask, u64 lowBit)
 {

@@ -72,7 +72,8 @@ bool PointTable::erase(const Point3* pPoint)
 {
     if (vSlots.empty())
         return false;
-    for (std::size_t slot = hashSlot(*pPoint); vSlots[slot] != nullptr; slot = (slot + 1) & (vSlots.size() - 1))
+    for (std::size_t slot = hashSlot(*pPoint); vSlots[slot] != nullptr;
+         slot = (slot + 1) & (vSlots.size() - 1))
     {
         if (vSlots[slot] != pPoint)
             continue;

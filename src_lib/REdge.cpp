@@ -175,7 +175,8 @@ bool REdge::trySplitNeigsKillT(RMesh* pMesh, RTriangle* pKillRT, int ici, std::v
     Point3* pApex = pKillRT->getCorner(ici);
     std::vector<Point3*> vRing;
     pMesh->getRingVtx(pApex, vRing);
-    const auto turnsTooFar = [pApex](const Vector3& orgNNV, const Point3* pA, const Point3* pB, const Point3* pC)
+    const auto turnsTooFar =
+        [pApex](const Vector3& orgNNV, const Point3* pA, const Point3* pB, const Point3* pC)
     {
         bool bOK1 = false;
         bool bOK2 = false;

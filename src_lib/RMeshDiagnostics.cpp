@@ -48,7 +48,8 @@ void RMesh::printEnergy()
         ++num;
     }
     histogram.print();
-    std::cout << "avg. energy (" << toText(num > 0 ? energy / static_cast<double>(num) : 0.0) << ")" << std::endl;
+    std::cout << "avg. energy (" << toText(num > 0 ? energy / static_cast<double>(num) : 0.0) << ")"
+              << std::endl;
 }
 
 void RMesh::checkDataStructures(const std::string& name) const

@@ -22,7 +22,7 @@ public:
     [[nodiscard]] bool isAlive() const noexcept { return bAlive; }
     [[nodiscard]] int getId() const noexcept { return id; } // counts in the whole process
     [[nodiscard]] RMesh* getRMesh() const noexcept { return pRMesh; }
-    void addT(RTriangle* pRT); // a member already has no effect beyond setting its patch
+    void addT(RTriangle* pRT);                 // a member already has no effect beyond setting its patch
     [[nodiscard]] std::size_t getNumT() const; // alive members
     [[nodiscard]] const std::vector<RTriangle*>& getMembers() const;
     // vRE must come in empty: the edges of alive members, by creation, each once.

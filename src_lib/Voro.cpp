@@ -111,7 +111,8 @@ void Voro::extract(std::vector<Ambiguous>& vAmbiguousT)
             const Casx::TutRow& row = casx.getTutTriangles(cube.getCfg());
             if (row.numTriangles == 0)
                 return;
-            const auto corner = [&](int i) { return pCMesh->getPreparedCorner(cube.getRank(row.corners[i])); };
+            const auto corner = [&](int i)
+            { return pCMesh->getPreparedCorner(cube.getRank(row.corners[i])); };
             if (isFlat(cube.getCfg()))
             {
                 ASSEX_TEXT(row.numTriangles == 2, "vTriVCD.size()==6");
