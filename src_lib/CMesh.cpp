@@ -46,7 +46,8 @@ CMesh::CMesh(Voro* pVoro_, Calc* pCalc_, BundleMap* pCCDBundle_)
 
 CMesh::~CMesh()
 {
-    dropContents();
+    deletePatches();
+    destroyEdges();
     for (Bundle* pBundle : vBundles)
     {
         delete pBundle->pPoint;
@@ -54,21 +55,24 @@ CMesh::~CMesh()
     }
 }
 
-void CMesh::dropContents()
+void CMesh::destroyEdges()
 {
-    deletePatches();
     if (pEdgePool)
         pEdgePool->forEach([](CEdge* pCE) { pCE->~CEdge(); });
-    pTrianglePool.reset();
-    pEdgePool.reset();
-    pVertexPool.reset();
 }
 
+// The next extraction makes about as many triangles and edges: it finds their memory mapped already.
 void CMesh::clearAll()
 {
-    dropContents();
-    vCT = {};
-    vTable = {};
+    deletePatches();
+    destroyEdges();
+    if (pEdgePool)
+        pEdgePool->rewind();
+    if (pTrianglePool)
+        pTrianglePool->rewind();
+    pVertexPool.reset();
+    vCT.clear();
+    vTable.clear();
     numAliveT = 0;
     pPrepared = nullptr;
     numVertices = 0;
@@ -77,13 +81,29 @@ void CMesh::clearAll()
     bVerticesAscending = true;
 }
 
+std::vector<StorageBlock> CMesh::releaseStorage()
+{
+    deletePatches();
+    destroyEdges();
+    std::vector<StorageBlock> vStorage;
+    if (pTrianglePool)
+        vStorage.push_back(pTrianglePool->releaseFirstBlock());
+    if (pEdgePool)
+        vStorage.push_back(pEdgePool->releaseFirstBlock());
+    pTrianglePool.reset();
+    pEdgePool.reset();
+    return vStorage;
+}
+
 void CMesh::initPools(std::size_t numCorners)
 {
     pVertexPool = std::make_unique<SimplePool<CVertex>>();
-    pEdgePool = std::make_unique<SimplePool<CEdge>>();
-    pTrianglePool = std::make_unique<SimplePool<CTriangle>>();
     pVertexPool->init(poolSize(numCorners, 1.0), -1);
+    if (pEdgePool && pTrianglePool)
+        return;
+    pEdgePool = std::make_unique<SimplePool<CEdge>>();
     pEdgePool->init(poolSize(numCorners, 3.2), -1);
+    pTrianglePool = std::make_unique<SimplePool<CTriangle>>();
     pTrianglePool->init(poolSize(numCorners, 2.1), -1);
 }
 

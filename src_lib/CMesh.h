@@ -60,6 +60,9 @@ public:
     // Drops patches, edges, triangles and corner records, so that Voro can extract again. Bundles stay.
     // Every pointer to a triangle or edge becomes invalid.
     void clearAll();
+    // The memory of triangles and edges, for whoever needs that much next. The mesh may only be destroyed
+    // afterwards.
+    [[nodiscard]] std::vector<StorageBlock> releaseStorage();
 
     // --- Edges ---
     // Appends the edges of degree deg, deg > 0, in map order. -1: degree above 2; -5: degree 1 or at least 3;
@@ -162,7 +165,7 @@ private:
     template <typename Filter>
     void collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const;
     void initPools(std::size_t numCorners);
-    void dropContents(); // all but the bundles
+    void destroyEdges();
 
     Voro* pVoro;
     Calc* pCalc;
@@ -170,9 +173,9 @@ private:
 
     std::vector<CTriangle*> vCT; // all triangles ever made, in order of creation
     std::size_t numAliveT = 0;
-    std::unique_ptr<SimplePool<CTriangle>> pTrianglePool; // all three null while the mesh is empty
+    std::unique_ptr<SimplePool<CTriangle>> pTrianglePool; // null before the first corner, as the next two
     std::unique_ptr<SimplePool<CEdge>> pEdgePool;
-    std::unique_ptr<SimplePool<CVertex>> pVertexPool;
+    std::unique_ptr<SimplePool<CVertex>> pVertexPool; // null while there are no corners
     CVertex* pPrepared = nullptr; // first record of prepareCorners(); they stand in one block
     std::vector<CVertex*> vTable; // open addressing on the code; size a power of two
     std::size_t numVertices = 0;

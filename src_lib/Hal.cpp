@@ -113,15 +113,16 @@ std::shared_ptr<Mesh> Hal::buildMesh(Repair repair)
     return refineMesh();
 }
 
-// The combinatorial mesh goes before the refined one takes its memory.
+// The combinatorial mesh goes before the refined one is made, in its memory.
 std::shared_ptr<Mesh> Hal::refineMesh()
 {
     std::unique_ptr<RMesh> pRMesh;
     {
         const RMeshSource source(*pCMesh);
+        std::vector<StorageBlock> vStorage = pCMesh->releaseStorage();
         delete pCMesh;
         pCMesh = nullptr;
-        pRMesh = std::make_unique<RMesh>(source);
+        pRMesh = std::make_unique<RMesh>(source, std::move(vStorage));
     }
     RTop rtop(pRMesh.get());
     rtop.run();

@@ -15,7 +15,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-const std::size_t MIN_NORMALS_PER_JOB = 10000;
+const std::size_t MIN_TRIANGLES_PER_JOB = 10000;
 const std::size_t MIN_TRIANGLE_BLOCK = 64; // later blocks are multiples of the first
 
 int clampToInt(double num)
@@ -40,18 +40,22 @@ RMeshSource::RMeshSource(const CMesh& mesh)
             vPoints.push_back(*pBundle->pPoint);
         });
     const CellIndex index(vCCD);
-    vCorners.reserve(3 * mesh.getNumAliveT());
-    for (const CTriangle* pCT : mesh.getAllT())
-    {
-        if (!pCT->isAlive())
-            continue;
-        const std::uint32_t aRank[3] = {index.rank(pCT->getC0()), index.rank(pCT->getC1()),
-                                        index.rank(pCT->getC2())};
-        ASSEX_TEXT(aRank[0] != CellIndex::ABSENT && aRank[1] != CellIndex::ABSENT &&
-                       aRank[2] != CellIndex::ABSENT,
-                   "it0!=vCCDVertex.end() && it1!=vCCDVertex.end() && it2!=vCCDVertex.end()");
-        vCorners.insert(vCorners.end(), aRank, aRank + 3);
-    }
+    std::vector<CTriangle*> vAliveT;
+    mesh.getAliveT(vAliveT);
+    vCorners.resize(3 * vAliveT.size());
+    parallelFor(vAliveT.size(), MIN_TRIANGLES_PER_JOB,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        for (int k = 0; k < 3; ++k)
+                        {
+                            const std::uint32_t rank = index.rank(vAliveT[i]->getCorner(k));
+                            ASSEX_TEXT(rank != CellIndex::ABSENT,
+                                       "it0!=vCCDVertex.end() && it1!=vCCDVertex.end() && "
+                                       "it2!=vCCDVertex.end()");
+                            vCorners[3 * i + static_cast<std::size_t>(k)] = rank;
+                        }
+                });
 }
 
 RMesh::RMesh(const CMesh* pCMesh)
@@ -59,12 +63,12 @@ RMesh::RMesh(const CMesh* pCMesh)
 {
 }
 
-RMesh::RMesh(const RMeshSource& source)
+RMesh::RMesh(const RMeshSource& source, std::vector<StorageBlock> vStorage)
     : cellSize(source.cellSize)
 {
     const std::size_t numPoints = source.vPoints.size();
     const std::size_t numTriangles = source.vCorners.size() / 3;
-    initPools(numPoints, numTriangles);
+    initPools(numPoints, numTriangles, vStorage);
     std::vector<Point3*> vVertices;
     vVertices.reserve(numPoints);
     for (const Point3& point : source.vPoints)
@@ -83,13 +87,15 @@ RMesh::~RMesh()
 }
 
 // The vertices stand in one block, whose addresses rise with their numbers.
-void RMesh::initPools(std::size_t numPoints, std::size_t numTriangles)
+void RMesh::initPools(std::size_t numPoints, std::size_t numTriangles, std::vector<StorageBlock>& vStorage)
 {
     const auto num = static_cast<double>(std::max(numTriangles, MIN_TRIANGLE_BLOCK));
     vtxPool.init(clampToInt(static_cast<double>(numPoints)), SimplePool<RVertex>::increaseOf(1000));
     // Annealing makes many times the triangles of the start: let the blocks grow.
-    triPool.init(clampToInt(num), -1);
-    edgePool.init(clampToInt(1.5 * num), -1);
+    const int numT = clampToInt(num);
+    const int numRE = clampToInt(1.5 * num);
+    triPool.init(numT, -1, takeFitting(vStorage, static_cast<std::size_t>(numT) * sizeof(RTriangle)));
+    edgePool.init(numRE, -1, takeFitting(vStorage, static_cast<std::size_t>(numRE) * sizeof(REdge)));
 }
 
 Point3* RMesh::makeVertex(const Point3& pnt)
@@ -505,7 +511,7 @@ double RMesh::getAverageEdgeLength() const
 
 void RMesh::fillNormals()
 {
-    parallelFor(vAllRT.size(), MIN_NORMALS_PER_JOB,
+    parallelFor(vAllRT.size(), MIN_TRIANGLES_PER_JOB,
                 [this](std::size_t from, std::size_t to)
                 {
                     bool bOK = false;

@@ -18,6 +18,7 @@ namespace TARN_ZEF
 {
 class CMesh;
 class RPatch;
+class TriangleUnion;
 struct CollapseLimits;
 struct CollapseScratch;
 
@@ -51,7 +52,8 @@ class RMesh
 {
 public:
     explicit RMesh(const CMesh* pCMesh);
-    explicit RMesh(const RMeshSource& source);
+    // vStorage: memory that the mesh may use, whatever its size.
+    explicit RMesh(const RMeshSource& source, std::vector<StorageBlock> vStorage = {});
     ~RMesh();
     RMesh(const RMesh&) = delete;
     RMesh& operator=(const RMesh&) = delete;
@@ -172,10 +174,12 @@ private:
     void mergeEdge(REdge* pRE, REdge* pExistingRE);
     static void collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT);
     void deletePatches();
-    void initPools(std::size_t numPoints, std::size_t numTriangles);
+    void initPools(std::size_t numPoints, std::size_t numTriangles, std::vector<StorageBlock>& vStorage);
     void collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork);
+    [[nodiscard]] std::vector<char> findFlatT() const; // by creation number, whether it is alive and flat
     [[nodiscard]] double worstTurn(const std::vector<RTriangle*>& vIncT, const Point3* pSrc,
                                    const Point3* pTrg) const;
+    void uniteNeighbours(TriangleUnion& turns, std::vector<unsigned int>& vTwisted) const;
     void growPatch(RTriangle* pStart, RPatch* pPatch, class Progress* pProgress);
     // One job of the evaluation, on [from, to). An edge that has to wait for the calling thread is marked by
     // an improvement of NaN.

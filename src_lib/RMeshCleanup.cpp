@@ -3,6 +3,9 @@
 
 #include "Progress.h"
 #include "RPatch.h"
+#include "TriangleUnion.h"
+#include "parallelFor.h"
+#include "produceInOrder.h"
 #include "tools.h"
 #include "zefRand.h"
 
@@ -15,6 +18,15 @@ namespace
 {
 const double MAX_MOVE_IN_CELLS = 0.1;        // of relocateVertex
 const double MAX_RELOCATE_DEV_ANGLE = 170.0; // degrees
+
+// Of walks over the whole mesh on the workers.
+const std::size_t EDGES_PER_PART = 20000;
+const std::size_t NUM_PARTS_AHEAD = 4;
+
+bool isFlat(const RTriangle& rt)
+{
+    return isFlat(rt.getCorner(0), rt.getCorner(1), rt.getCorner(2));
+}
 } // namespace
 
 void RMesh::deletePatches()
@@ -24,6 +36,8 @@ void RMesh::deletePatches()
     vRP.clear();
 }
 
+// The turn of a triangle against the first one of its patch is unique, so a walk over the edges in memory order
+// finds it, and the patches too. Only a twisted patch needs the flood, whose order decides where the twist ends.
 int RMesh::createPatchesOrient()
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_cpo", vAllRT.size());
@@ -35,15 +49,45 @@ int RMesh::createPatchesOrient()
         pRT->bVisited = false;
         pRT->setPatch(nullptr);
     }
+    TriangleUnion turns(vAllRT.size());
+    std::vector<unsigned int> vTwisted;
+    uniteNeighbours(turns, vTwisted);
     for (RTriangle* pRT : vAllRT)
     {
-        if (!pRT->isAlive() || pRT->bVisited)
+        if (!pRT->isAlive() || pRT->getPatch() != nullptr)
             continue;
-        vRP.push_back(new RPatch(this));
-        growPatch(pRT, vRP.back(), pProgress);
+        const TriangleUnion::Found found = turns.find(pRT->getNumber());
+        if (found.root == pRT->getNumber())
+        {
+            vRP.push_back(new RPatch(this));
+            if (std::binary_search(vTwisted.begin(), vTwisted.end(), found.root))
+            {
+                growPatch(pRT, vRP.back(), pProgress);
+                continue;
+            }
+        }
+        RPatch* pPatch = found.root == pRT->getNumber() ? vRP.back() : vAllRT[found.root]->getPatch();
+        pPatch->addT(pRT);
+        if (found.bTurned)
+            pRT->flipOrientation();
+        pRT->bVisited = turns.getSize(found.root) > 1;
+        pProgress->increment();
     }
     pProgress->setFinished(true);
     return static_cast<int>(vRP.size());
+}
+
+// Joins triangles across edges of degree 2. vTwisted: the roots of sets that no orientation fits, ascending.
+void RMesh::uniteNeighbours(TriangleUnion& turns, std::vector<unsigned int>& vTwisted) const
+{
+    for (const REdge* pRE : vAllRE)
+        if (pRE->getDegree() == 2 && !turns.unite(pRE->vRT[0]->getNumber(), pRE->vRT[1]->getNumber(),
+                                                  pRE->vRT[0]->needFlip(pRE->vRT[1])))
+            vTwisted.push_back(pRE->vRT[0]->getNumber());
+    for (unsigned int& number : vTwisted)
+        number = turns.findRoot(number);
+    std::sort(vTwisted.begin(), vTwisted.end());
+    vTwisted.erase(std::unique(vTwisted.begin(), vTwisted.end()), vTwisted.end());
 }
 
 // Breadth first across edges of degree 2. Triangles at borders and non-manifold edges wait until the clean
@@ -110,18 +154,18 @@ void RMesh::createPatches(int maxT)
 int RMesh::killDuplicateT()
 {
     std::vector<RTriangle*> vKillT;
-    for (const REdge* pRE : vAllRE)
-    {
-        if (pRE->getDegree() == 2)
+    std::vector<std::vector<RTriangle*>> vParts(NUM_PARTS_AHEAD);
+    produceInOrder(
+        vParts, (vAllRE.size() + EDGES_PER_PART - 1) / EDGES_PER_PART,
+        [this](std::vector<RTriangle*>& vTwinT, std::size_t i)
         {
-            RTriangle* pA = pRE->vRT[0];
-            RTriangle* pB = pRE->vRT[1];
-            if (pA->getThirdPoint(pRE->p0, pRE->p1) == pB->getThirdPoint(pRE->p0, pRE->p1))
-                vKillT.push_back(std::max(pA, pB, ByCreationRT()));
-        }
-        else if (pRE->getDegree() > 2)
-            collectTwins(pRE, vKillT);
-    }
+            vTwinT.clear();
+            const std::size_t end = std::min((i + 1) * EDGES_PER_PART, vAllRE.size());
+            for (std::size_t k = i * EDGES_PER_PART; k < end; ++k)
+                collectTwins(vAllRE[k], vTwinT);
+        },
+        [&vKillT](const std::vector<RTriangle*>& vTwinT)
+        { vKillT.insert(vKillT.end(), vTwinT.begin(), vTwinT.end()); });
     for (RTriangle* pRT : vKillT)
         if (pRT->isAlive())
             pRT->kill(this);
@@ -131,6 +175,16 @@ int RMesh::killDuplicateT()
 // Appends the triangles of an edge whose opposite corner an earlier one has.
 void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 {
+    if (pRE->getDegree() < 2)
+        return;
+    if (pRE->getDegree() == 2)
+    {
+        RTriangle* pA = pRE->vRT[0];
+        RTriangle* pB = pRE->vRT[1];
+        if (pA->getThirdPoint(pRE->p0, pRE->p1) == pB->getThirdPoint(pRE->p0, pRE->p1))
+            vKillT.push_back(std::max(pA, pB, ByCreationRT()));
+        return;
+    }
     std::vector<RTriangle*> vAtEdge(pRE->vRT.begin(), pRE->vRT.end());
     std::sort(vAtEdge.begin(), vAtEdge.end(), ByCreationRT());
     std::vector<const Point3*> vOppVtx;
@@ -148,6 +202,8 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 void RMesh::killDegenerate()
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_kdeg", 3 * vAllRT.size());
+    // Whether a triangle may be flat: only a collapse beside it makes one so that was not.
+    std::vector<char> vSuspect = findFlatT();
     std::vector<RTriangle*> vWork;
     for (std::size_t i = vAllRT.size(); i-- > 0;)
     {
@@ -157,12 +213,27 @@ void RMesh::killDegenerate()
             RTriangle* pRT = vWork.back();
             vWork.pop_back();
             pProgress->increment();
-            if (pRT->isAlive() && isFlat(pRT->aCorner[0], pRT->aCorner[1], pRT->aCorner[2]))
-                collapseBest(pRT, vWork);
+            if (!vSuspect[pRT->getNumber()] || !pRT->isAlive() || !isFlat(*pRT))
+                continue;
+            collapseBest(pRT, vWork);
+            for (const RTriangle* pMovedT : vWork)
+                vSuspect[pMovedT->getNumber()] = true;
         }
     }
     killDuplicateT();
     pProgress->setFinished(true);
+}
+
+std::vector<char> RMesh::findFlatT() const
+{
+    std::vector<char> vFlat(vAllRT.size(), false);
+    parallelFor(vAllRT.size(), EDGES_PER_PART,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        vFlat[i] = vAllRT[i]->isAlive() && isFlat(*vAllRT[i]);
+                });
+    return vFlat;
 }
 
 double RMesh::worstTurn(const std::vector<RTriangle*>& vIncT, const Point3* pSrc, const Point3* pTrg) const

@@ -1,9 +1,6 @@
 #ifndef ZEF_TRIANGLEUNION_H
 #define ZEF_TRIANGLEUNION_H
 
-#include "CEdge.h"
-#include "CTriangle.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -82,16 +79,6 @@ private:
     std::vector<std::uint32_t> vLink; // the next one on the way to the root, and in bit 0 the turn against it
     std::vector<std::uint32_t> vSize; // good at roots
 };
-
-// Whether the triangle, which stands on the edge, runs from v0 to v1 along it.
-[[nodiscard]] inline bool runsUp(const CTriangle& ct, const CEdge& edge) noexcept
-{
-    const u64 c0 = ct.getC0();
-    const u64 c1 = ct.getC1();
-    if (c0 == edge.v0)
-        return c1 == edge.v1;
-    return c1 == edge.v0 ? ct.getC2() == edge.v1 : c0 == edge.v1;
-}
 
 } // namespace TARN_ZEF
 

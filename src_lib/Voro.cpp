@@ -4,14 +4,20 @@
 #include "CubeWalk.h"
 #include "Progress.h"
 #include "RemoveDecider.h"
+#include "produceInOrder.h"
 
 #include <algorithm>
 #include <bit>
+#include <utility>
 
 namespace TARN_ZEF
 {
 namespace
 {
+// Of the extraction: a part is some 6,000 triangles, few enough to stay in the cache.
+const std::size_t BLOCKS_PER_PART = 64;
+const std::size_t NUM_PARTS_AHEAD = 4;
+
 // Four cells on one face of the cube: the diagonal of the square is open.
 bool isFlat(int cfg)
 {
@@ -84,7 +90,7 @@ void Voro::fatExtractTriangles()
     else
         pCMesh->clearAll();
 
-    std::vector<Ambiguous> vAmbiguousT;
+    AmbiguousLists vAmbiguousT;
     extract(vAmbiguousT);
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_amb", 2);
     solveAmbiguousT(vAmbiguousT);
@@ -94,85 +100,118 @@ void Voro::fatExtractTriangles()
     pProgress->setFinished(true);
 }
 
-void Voro::extract(std::vector<Ambiguous>& vAmbiguousT)
+// What the cubes of some blocks yield.
+struct Voro::Part
+{
+    CubeWalk walk;
+    u64 numCubes = 0;
+    std::vector<Found> vFound;
+    std::vector<Ambiguous> vAmbiguous;
+};
+
+void Voro::readTable(const CubeWalk::Cube& cube, Part& part) const
+{
+    ++part.numCubes;
+    const Casx::TutRow& row = casx.getTutTriangles(cube.getCfg());
+    if (row.numTriangles == 0)
+        return;
+    if (isFlat(cube.getCfg()))
+    {
+        ASSEX_TEXT(row.numTriangles == 2, "vTriVCD.size()==6");
+        Ambiguous entry{{}, cube.getCfg(), cube.getBase()};
+        for (int i = 0; i < 6; ++i)
+            entry.aRank[i] = cube.getRank(row.corners[i]);
+        part.vAmbiguous.push_back(entry);
+        return;
+    }
+    for (int t = 0; t < row.numTriangles; ++t)
+        part.vFound.push_back({{cube.getRank(row.corners[3 * t]), cube.getRank(row.corners[3 * t + 1]),
+                                cube.getRank(row.corners[3 * t + 2])},
+                               cube.getCfg(),
+                               cube.getBase()});
+}
+
+// Cubes are read on the workers; the mesh grows on this thread, in order of the cubes.
+void Voro::extract(AmbiguousLists& vAmbiguousT)
 {
     pCMesh->prepareCorners(vCCD);
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_ftx", 8 * vCCD.size());
     u64 numVisited = 0;
-    CubeWalk cubes(*pIndex);
-    cubes.walk(
-        [&](const CubeWalk::Cube& cube)
+    std::vector<Part> vParts(NUM_PARTS_AHEAD, Part{CubeWalk(*pIndex), 0, {}, {}});
+    const std::size_t numBlocks = vParts.front().walk.getNumBlocks();
+    produceInOrder(
+        vParts, (numBlocks + BLOCKS_PER_PART - 1) / BLOCKS_PER_PART,
+        [&](Part& part, std::size_t i)
         {
-            if (++numVisited == pProgress->getReportEvery())
+            part.numCubes = 0;
+            part.vFound.clear();
+            part.vAmbiguous.clear();
+            part.walk.walk(i * BLOCKS_PER_PART, std::min((i + 1) * BLOCKS_PER_PART, numBlocks),
+                           [&](const CubeWalk::Cube& cube) { readTable(cube, part); });
+        },
+        [&](Part& part)
+        {
+            for (numVisited += part.numCubes; numVisited >= pProgress->getReportEvery();
+                 numVisited -= pProgress->getReportEvery())
+                pProgress->increment(pProgress->getReportEvery());
+            for (const Found& found : part.vFound)
             {
-                pProgress->increment(numVisited);
-                numVisited = 0;
-            }
-            const Casx::TutRow& row = casx.getTutTriangles(cube.getCfg());
-            if (row.numTriangles == 0)
-                return;
-            const auto corner = [&](int i)
-            { return pCMesh->getPreparedCorner(cube.getRank(row.corners[i])); };
-            if (isFlat(cube.getCfg()))
-            {
-                ASSEX_TEXT(row.numTriangles == 2, "vTriVCD.size()==6");
-                Ambiguous entry{{}, cube.getBase(), cube.getCfg()};
-                for (int i = 0; i < 6; ++i)
-                    entry.aCorner[i] = corner(i)->ccd;
-                vAmbiguousT.push_back(entry);
-                return;
-            }
-            for (int t = 0; t < row.numTriangles; ++t)
-            {
-                CVertex* pA = corner(3 * t);
-                CVertex* pB = corner(3 * t + 1);
-                CVertex* pC = corner(3 * t + 2);
+                CVertex* pA = pCMesh->getPreparedCorner(found.aRank[0]);
+                CVertex* pB = pCMesh->getPreparedCorner(found.aRank[1]);
+                CVertex* pC = pCMesh->getPreparedCorner(found.aRank[2]);
                 const CEdge* pCE = pCMesh->getCE(pA, pB);
                 if (pCE == nullptr || !hasThird(pCE, pC->ccd))
-                    pCMesh->createT(pA, pB, pC, cube.getBase(), cube.getCfg());
+                    pCMesh->createT(pA, pB, pC, found.baseCCD, found.cfg);
             }
+            if (!part.vAmbiguous.empty())
+                vAmbiguousT.push_back(std::exchange(part.vAmbiguous, {}));
         });
     pProgress->setFinished(true);
 }
 
-void Voro::createUnlessThere(u64 edgeA, u64 edgeB, u64 a, u64 b, u64 c, const Ambiguous& entry)
+void Voro::createUnlessThere(const CEdge* pCE, CVertex* pA, CVertex* pB, CVertex* pC, const Ambiguous& entry)
 {
-    const CEdge* pCE = pCMesh->getCE(edgeA, edgeB);
-    if (pCE == nullptr || !pCE->hasTriangle(a, b, c))
-        pCMesh->createT(a, b, c, entry.baseCCD, entry.cfg);
+    if (pCE == nullptr || !pCE->hasTriangle(pA->ccd, pB->ccd, pC->ccd))
+        pCMesh->createT(pA, pB, pC, entry.baseCCD, entry.cfg);
+}
+
+void Voro::solveAmbiguousT(const AmbiguousLists& vAmbiguousT)
+{
+    for (const std::vector<Ambiguous>& vPart : vAmbiguousT)
+        for (const Ambiguous& entry : vPart)
+            solveOne(entry);
 }
 
 // The mesh made by the other cubes decides on the diagonal; an earlier square binds a later one.
-void Voro::solveAmbiguousT(const std::vector<Ambiguous>& vAmbiguousT)
+void Voro::solveOne(const Ambiguous& entry)
 {
-    for (const Ambiguous& entry : vAmbiguousT)
+    const std::uint32_t* pRank3 =
+        std::find_if(entry.aRank + 3, entry.aRank + 6,
+                     [&entry](std::uint32_t rank)
+                     { return rank != entry.aRank[0] && rank != entry.aRank[1] && rank != entry.aRank[2]; });
+    const bool bFound = pRank3 != entry.aRank + 6;
+    ASSEX(bFound);
+    CVertex* p0 = pCMesh->getPreparedCorner(entry.aRank[0]);
+    CVertex* p1 = pCMesh->getPreparedCorner(entry.aRank[1]);
+    CVertex* p2 = pCMesh->getPreparedCorner(entry.aRank[2]);
+    CVertex* p3 = pCMesh->getPreparedCorner(*pRank3);
+
+    // Afterwards 0-3 is the diagonal that the table did not choose, 1-2 the one that it chose.
+    if (pCalc->getNeigType(p3->ccd, p0->ccd) != NT_EDGE)
+        std::swap(p0, p1);
+    if (pCalc->getNeigType(p3->ccd, p0->ccd) != NT_EDGE)
+        std::swap(p0, p2);
+    ASSEX(pCalc->getNeigType(p3->ccd, p0->ccd) == NT_EDGE);
+
+    if (pCMesh->getCE(p1, p2) != nullptr)
     {
-        u64 v0 = entry.aCorner[0];
-        u64 v1 = entry.aCorner[1];
-        u64 v2 = entry.aCorner[2];
-        const u64* pV3 = std::find_if(entry.aCorner + 3, entry.aCorner + 6,
-                                      [=](u64 v) { return v != v0 && v != v1 && v != v2; });
-        const bool bFound = pV3 != entry.aCorner + 6;
-        ASSEX(bFound);
-        const u64 v3 = *pV3;
-
-        // Afterwards v0-v3 is the diagonal that the table did not choose, v1-v2 the one that it chose.
-        if (pCalc->getNeigType(v3, v0) != NT_EDGE)
-            std::swap(v0, v1);
-        if (pCalc->getNeigType(v3, v0) != NT_EDGE)
-            std::swap(v0, v2);
-        ASSEX(pCalc->getNeigType(v3, v0) == NT_EDGE);
-
-        if (pCMesh->getCE(v1, v2) != nullptr)
-        {
-            createUnlessThere(v1, v2, v0, v1, v2, entry);
-            createUnlessThere(v1, v2, v2, v1, v3, entry);
-        }
-        else
-        {
-            createUnlessThere(v0, v3, v0, v1, v3, entry);
-            createUnlessThere(v0, v3, v0, v3, v2, entry);
-        }
+        createUnlessThere(pCMesh->getCE(p1, p2), p0, p1, p2, entry);
+        createUnlessThere(pCMesh->getCE(p1, p2), p2, p1, p3, entry);
+    }
+    else
+    {
+        createUnlessThere(pCMesh->getCE(p0, p3), p0, p1, p3, entry);
+        createUnlessThere(pCMesh->getCE(p0, p3), p0, p3, p2, entry);
     }
 }
 
@@ -182,7 +221,7 @@ void Voro::thinNewExtractTriangles()
         delete pCMesh;
     pCMesh = new CMesh(this, pCalc, pCCDBundle);
     bOwnsMesh = true;
-    std::vector<Ambiguous> vAmbiguousT;
+    AmbiguousLists vAmbiguousT;
     extract(vAmbiguousT);
     solveAmbiguousT(vAmbiguousT);
     pruneCase27();

@@ -5,13 +5,17 @@
 #include "Calc.h"
 #include "Casx.h"
 #include "CellIndex.h"
+#include "CubeWalk.h"
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
 namespace TARN_ZEF
 {
+class CEdge;
 class CMesh;
+struct CVertex;
 
 // Turns the set of occupied cells into the first triangles of the combinatorial mesh.
 //
@@ -22,7 +26,7 @@ class CMesh;
 // Ownership:  owns the mesh that it makes until takeMesh(). Lattice and bundle map are not owned.
 // Invariant:  the index matches vCCD, the cells in use, whenever an extraction starts. After borderFix()
 //             these are no longer the keys of the bundle map.
-// Threads:    none.
+// Threads:    one caller. The extraction reads cubes on the workers of the pool.
 // Cost:       one linear walk over the cells; no list of cubes and members is kept.
 class Voro
 {
@@ -50,25 +54,37 @@ public:
     [[nodiscard]] const std::vector<u64>& getCells() const noexcept { return vCCD; }
 
 private:
+    // The triangles of a cube, by rank of the corners in vCCD.
+    struct Found
+    {
+        std::uint32_t aRank[3];
+        int cfg;
+        u64 baseCCD;
+    };
     // The two triangles of a flat cube, waiting for the other cubes.
     struct Ambiguous
     {
-        u64 aCorner[6];
-        u64 baseCCD;
+        std::uint32_t aRank[6];
         int cfg;
+        u64 baseCCD;
     };
+    // Of the parts of an extraction.
+    using AmbiguousLists = std::vector<std::vector<Ambiguous>>;
+    struct Part;
 
     void buildIndex();
-    void extract(std::vector<Ambiguous>& vAmbiguousT);
-    void solveAmbiguousT(const std::vector<Ambiguous>& vAmbiguousT);
+    void extract(AmbiguousLists& vAmbiguousT);
+    void readTable(const CubeWalk::Cube& cube, Part& part) const;
+    void solveAmbiguousT(const AmbiguousLists& vAmbiguousT);
+    void solveOne(const Ambiguous& entry);
     void pruneCase27();
     void createExtraCCDs_borderFix(const std::vector<u64>& vGeneratingVCDs, std::vector<u64>& vExtraCCD,
                                    std::vector<u64>& vRemoveCCD) const;
     // 0 .. 255, or -1 if no cell of the cube is occupied.
     [[nodiscard]] int getConfig(u64 baseCCD) const;
     void removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD);
-    // Makes the triangle (a, b, c) unless that edge carries it already.
-    void createUnlessThere(u64 edgeA, u64 edgeB, u64 a, u64 b, u64 c, const Ambiguous& entry);
+    // Makes the triangle unless that edge, null if there is none, carries it already.
+    void createUnlessThere(const CEdge* pCE, CVertex* pA, CVertex* pB, CVertex* pC, const Ambiguous& entry);
 
     Calc* pCalc;
     BundleMap* pCCDBundle;

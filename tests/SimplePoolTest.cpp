@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <new>
@@ -81,6 +82,52 @@ TEST(SimplePool, VisitsAllSlotsInOrderOfCreation)
     pool.forEach([&](std::string* p) { EXPECT_EQ(p->front(), static_cast<char>('a' + count++)); });
     EXPECT_EQ(count, num);
     pool.forEach([](std::string* p) { p->~basic_string(); });
+}
+
+TEST(SimplePool, RewoundItHandsOutTheSameSlotsAgainThenNewOnes)
+{
+    SimplePool<Record> pool;
+    pool.init(3, 4);
+    std::vector<Record*> vFirst;
+    for (int i = 0; i < 9; ++i)
+        vFirst.push_back(pool.getNext());
+    for (const std::size_t num : {std::size_t{5}, std::size_t{14}})
+    {
+        pool.rewind();
+        EXPECT_EQ(pool.size(), 0u);
+        std::vector<Record*> vAgain;
+        for (std::size_t i = 0; i < num; ++i)
+            vAgain.push_back(pool.getNext());
+        EXPECT_TRUE(std::equal(vFirst.begin(),
+                               vFirst.begin() + static_cast<std::ptrdiff_t>(std::min<std::size_t>(num, 9)),
+                               vAgain.begin()));
+        EXPECT_EQ(pool.size(), num);
+        std::vector<Record*> vVisited;
+        pool.forEach([&vVisited](Record* p) { vVisited.push_back(p); });
+        EXPECT_EQ(vVisited, vAgain);
+    }
+}
+
+TEST(SimplePool, MemoryMovesFromOnePoolToTheNext)
+{
+    SimplePool<Record> donor;
+    donor.init(100, -1);
+    Record* pFirst = donor.getNext();
+    std::vector<StorageBlock> vStorage;
+    vStorage.push_back(donor.releaseFirstBlock());
+    using Pair = std::array<std::int64_t, 2>;
+    const std::size_t bytes = 100 * sizeof(Record);
+    EXPECT_EQ(takeFitting(vStorage, bytes / 2).size(), 0u) << "much too large";
+    EXPECT_EQ(takeFitting(vStorage, 3 * bytes).size(), 0u) << "much too small";
+
+    SimplePool<Pair> pool;
+    pool.init(120, -1, takeFitting(vStorage, 120 * sizeof(Pair)));
+    EXPECT_EQ(takeFitting(vStorage, bytes).size(), 0u) << "taken";
+    std::vector<Pair*> vSlots;
+    for (int i = 0; i < 120; ++i)
+        vSlots.push_back(pool.getNext());
+    EXPECT_EQ(static_cast<void*>(vSlots[0]), static_cast<void*>(pFirst));
+    EXPECT_EQ(getRuns(vSlots), (std::vector<std::size_t>{100, 20}));
 }
 
 } // namespace

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "parallelFor.h"
+#include "produceInOrder.h"
 
 namespace TARN_ZEF
 {
@@ -148,6 +149,32 @@ TEST_F(ParallelFor, FirstFailureArrivesAfterAllChunksHaveEnded)
         EXPECT_STREQ(error.what(), "200");
     }
     EXPECT_EQ(numDone, 800u);
+}
+
+TEST_F(ParallelFor, PipelineTakesItemsInOrderAndReportsFailuresOfBothStages)
+{
+    for (const int numThreads : {1, 2, 4})
+    {
+        setNumThreads(numThreads);
+        std::vector<std::vector<std::size_t>> vSlots(3);
+        std::vector<std::size_t> vTaken;
+        const auto produce = [](std::vector<std::size_t>& slot, std::size_t i)
+        {
+            slot.assign(i % 5, i);
+            if (i == 40)
+                throw std::runtime_error("40");
+        };
+        const auto consume = [&vTaken](const std::vector<std::size_t>& slot)
+        { vTaken.insert(vTaken.end(), slot.begin(), slot.end()); };
+        produceInOrder(vSlots, 40, produce, consume);
+        std::vector<std::size_t> vExpected;
+        for (std::size_t i = 0; i < 40; ++i)
+            vExpected.insert(vExpected.end(), i % 5, i);
+        EXPECT_EQ(vTaken, vExpected) << numThreads;
+        EXPECT_THROW(produceInOrder(vSlots, 100, produce, consume), std::runtime_error);
+        EXPECT_THROW(produceInOrder(vSlots, 30, produce, [](const auto&) { throw std::logic_error("no"); }),
+                     std::logic_error);
+    }
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 #define ZEF_SIMPLEPOOL_H
 
 #include "definitions.h"
+#include "tarn_tools/StorageBlock.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -16,8 +17,8 @@ namespace TARN_ZEF
 //
 // Ownership:  the pool owns raw storage only. The user constructs by placement into a slot; a user whose
 //             records need their destructors runs them with forEach() before the pool goes.
-// Invariant:  every block but the last is handed out in full; within a block, slots follow each other in
-//             the order of getNext().
+// Invariant:  of the blocks in use, every one but the last is handed out in full; within a block, slots
+//             follow each other in the order of getNext().
 // Threads:    one at a time.
 // Cost:       getNext() is a comparison and an addition; a general allocation once a block.
 // Errors:     a second init() and a failed allocation print and end the process with status 1.
@@ -36,6 +37,8 @@ public:
     // half of the first block, then each block twice the last, up to blocks of about 100 MB. Customary: the
     // expected number, and increaseOf() it.
     void init(int initialSize_, int increaseSize_);
+    // The same with this memory as the first block, as many records as it holds. An empty one: as above.
+    void init(int initialSize_, int increaseSize_, StorageBlock block);
 
     // An uninitialised slot. A pool that was never initialised throws ZefBugException.
     [[nodiscard]] T* getNext()
@@ -44,6 +47,12 @@ public:
             return pCurrent + ++currentIdx;
         return getFirstOfNewBlock();
     }
+
+    // Takes all slots back and keeps the blocks, whose memory is then at hand already. No destructor runs.
+    void rewind() noexcept;
+
+    // Gives the first block away, if there is one. Nothing else may be done with the pool afterwards.
+    [[nodiscard]] StorageBlock releaseFirstBlock() noexcept;
 
     // Number of slots handed out.
     [[nodiscard]] std::size_t size() const;
@@ -62,12 +71,15 @@ public:
 private:
     // n < 0 derives the size from the last block.
     void addBlock(std::ptrdiff_t n);
+    void appendBlock(void* pBlock, std::ptrdiff_t num);
+    void enterBlock(std::size_t i) noexcept;
     [[nodiscard]] std::ptrdiff_t deriveSize() const;
     [[nodiscard]] T* getFirstOfNewBlock();
     [[noreturn]] static void endProcess(const char* text);
 
     std::vector<T*> vContainers;
     std::vector<std::ptrdiff_t> vSizes;
+    std::size_t currentBlock = 0;
     T* pCurrent = nullptr;
     std::ptrdiff_t currentIdx = -1;
     std::ptrdiff_t currentSize = 0;
@@ -92,6 +104,12 @@ SimplePool<T>::~SimplePool()
 template <typename T>
 void SimplePool<T>::init(int initialSize_, int increaseSize_)
 {
+    init(initialSize_, increaseSize_, StorageBlock());
+}
+
+template <typename T>
+void SimplePool<T>::init(int initialSize_, int increaseSize_, StorageBlock block)
+{
     constexpr std::ptrdiff_t maxBlockBytes = 100'000'000;
     if (initialized)
         endProcess("SimplePool::init(..), ERROR: This pool is already initialized");
@@ -103,26 +121,46 @@ void SimplePool<T>::init(int initialSize_, int increaseSize_)
     }
     initialSize = initialSize_;
     increaseSize = increaseSize_;
-    addBlock(initialSize);
+    const auto numAdopted = static_cast<std::ptrdiff_t>(block.size() / sizeof(T));
+    if (numAdopted > 0)
+        appendBlock(block.release(), numAdopted);
+    else
+        addBlock(initialSize);
     initialized = true;
+}
+
+template <typename T>
+StorageBlock SimplePool<T>::releaseFirstBlock() noexcept
+{
+    if (vContainers.empty())
+        return {};
+    return {std::exchange(vContainers.front(), nullptr),
+            static_cast<std::size_t>(vSizes.front()) * sizeof(T)};
 }
 
 template <typename T>
 std::size_t SimplePool<T>::size() const
 {
     std::ptrdiff_t num = currentIdx + 1;
-    for (std::size_t i = 0; i + 1 < vSizes.size(); ++i)
+    for (std::size_t i = 0; i < currentBlock; ++i)
         num += vSizes[i];
     return static_cast<std::size_t>(num);
+}
+
+template <typename T>
+void SimplePool<T>::rewind() noexcept
+{
+    if (initialized)
+        enterBlock(0);
 }
 
 template <typename T>
 template <typename F>
 void SimplePool<T>::forEach(F f) const
 {
-    for (std::size_t i = 0; i < vContainers.size(); ++i)
+    for (std::size_t i = 0; i <= currentBlock && i < vContainers.size(); ++i)
     {
-        const std::ptrdiff_t num = i + 1 < vContainers.size() ? vSizes[i] : currentIdx + 1;
+        const std::ptrdiff_t num = i < currentBlock ? vSizes[i] : currentIdx + 1;
         for (std::ptrdiff_t k = 0; k < num; ++k)
             f(vContainers[i] + k);
     }
@@ -142,17 +180,28 @@ template <typename T>
 void SimplePool<T>::addBlock(std::ptrdiff_t n)
 {
     const std::ptrdiff_t num = n < 0 ? deriveSize() : n;
-    vSizes.reserve(vSizes.size() + 1);
-    vContainers.reserve(vContainers.size() + 1);
     void* const pBlock = std::malloc(static_cast<std::size_t>(num) * sizeof(T));
     // An empty block may be a null pointer.
     if (pBlock == nullptr && num > 0)
         endProcess("SimplePool::alloc(..), ERROR: Out of memory, sorry");
+    appendBlock(pBlock, num);
+}
+
+template <typename T>
+void SimplePool<T>::appendBlock(void* pBlock, std::ptrdiff_t num)
+{
     vSizes.push_back(num);
     vContainers.push_back(static_cast<T*>(pBlock));
-    pCurrent = vContainers.back();
+    enterBlock(vContainers.size() - 1);
+}
+
+template <typename T>
+void SimplePool<T>::enterBlock(std::size_t i) noexcept
+{
+    currentBlock = i;
+    pCurrent = vContainers[i];
     currentIdx = -1;
-    currentSize = num;
+    currentSize = vSizes[i];
 }
 
 template <typename T>
@@ -160,8 +209,13 @@ T* SimplePool<T>::getFirstOfNewBlock()
 {
     ASSEX(initialized);
     ASSEX(increaseSize != 0);
-    addBlock(increaseSize);
-    bFirstBlock = false;
+    if (currentBlock + 1 < vContainers.size())
+        enterBlock(currentBlock + 1);
+    else
+    {
+        addBlock(increaseSize);
+        bFirstBlock = false;
+    }
     currentIdx = 0;
     return pCurrent;
 }
