@@ -12,13 +12,14 @@
 #include "Progress.h"
 #include "RMesh.h"
 #include "RTop.h"
+#include "Silence.h"
+#include "Top.h"
 #include "Voro.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
 
 #include <benchmark/benchmark.h>
 
-#include <iostream>
 #include <map>
 #include <memory>
 
@@ -34,13 +35,6 @@ std::vector<Point3>& samplePoints(std::size_t num)
         generateSampleSurface(num, SAMPLE_SURFACE_SEED, v);
     return v;
 }
-
-// The library talks on standard output; a benchmark's table stands there too.
-struct Silence
-{
-    Silence() { std::cout.setstate(std::ios::failbit); }
-    ~Silence() { std::cout.clear(); }
-};
 
 void report(benchmark::State& state, const PeakMemory& memory)
 {
@@ -98,6 +92,26 @@ void BM_extraction(benchmark::State& state)
     report(state, memory);
 }
 
+// All passes of the topology repair, on a fresh extraction.
+void BM_repair(benchmark::State& state)
+{
+    const Silence silence;
+    const std::vector<Point3>& vPoints = samplePoints(static_cast<std::size_t>(state.range(0)));
+    const PeakMemory memory;
+    for (auto _ : state)
+    {
+        state.PauseTiming();
+        Intake intake(vPoints);
+        Voro voro(intake.pCalc, &intake.map, TM_FAT);
+        voro.fatExtractTriangles();
+        state.ResumeTiming();
+        Top(voro.getCMesh(), intake.pCalc).run(&voro);
+        if (voro.getCMesh()->getNumAliveT() < intake.vBundles.size())
+            state.SkipWithError("too few triangles");
+    }
+    report(state, memory);
+}
+
 // From the combinatorial mesh to the clean refined one.
 void BM_refinedMesh(benchmark::State& state)
 {
@@ -136,6 +150,7 @@ void sizes(benchmark::internal::Benchmark* pBenchmark)
 }
 BENCHMARK(BM_intake)->Apply(sizes);
 BENCHMARK(BM_extraction)->Apply(sizes);
+BENCHMARK(BM_repair)->Apply(sizes);
 BENCHMARK(BM_refinedMesh)->Apply(sizes);
 BENCHMARK(BM_reconstructAuto)->Apply(sizes);
 

@@ -124,8 +124,9 @@ public:
     void createPatches(int maxT);
     [[nodiscard]] const std::vector<RPatch*>& getPatches() const noexcept { return vRP; }
     int killDuplicateT(); // the earliest of triangles on the same corners stays; returns the kills noted
-    // Collapses an edge of each flat triangle, choosing the collapse that turns normals least.
-    void killDegenerate();
+    // Collapses an edge of each flat triangle, choosing the collapse that turns normals least. With
+    // bKeepTopology a flat triangle stays if each collapse would pinch the surface.
+    void killDegenerate(bool bKeepTopology = false);
     // Moves a vertex towards the mean of its neighbours, at most a tenth of a cell, to break a coincidence.
     // True if it moved or was there already.
     bool relocateVertex(Point3* pVtx);
@@ -175,7 +176,9 @@ private:
     static void collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT);
     void deletePatches();
     void initPools(std::size_t numPoints, std::size_t numTriangles, std::vector<StorageBlock>& vStorage);
-    void collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork);
+    void collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork);
+    [[nodiscard]] bool keepsTopology(const REdge* pRE) const;
+    [[nodiscard]] bool isBorderVertex(const Point3* pVtx) const;
     [[nodiscard]] std::vector<char> findFlatT() const; // by creation number, whether it is alive and flat
     [[nodiscard]] double worstTurn(const std::vector<RTriangle*>& vIncT, const Point3* pSrc,
                                    const Point3* pTrg) const;

@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <iostream>
+#include <iterator>
 
 namespace TARN_ZEF
 {
@@ -199,7 +200,7 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 }
 
 // Last triangle first; the triangles around a collapse have new shapes and come before all others.
-void RMesh::killDegenerate()
+void RMesh::killDegenerate(bool bKeepTopology)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_kdeg", 3 * vAllRT.size());
     // Whether a triangle may be flat: only a collapse beside it makes one so that was not.
@@ -215,7 +216,7 @@ void RMesh::killDegenerate()
             pProgress->increment();
             if (!vSuspect[pRT->getNumber()] || !pRT->isAlive() || !isFlat(*pRT))
                 continue;
-            collapseBest(pRT, vWork);
+            collapseBest(pRT, bKeepTopology, vWork);
             for (const RTriangle* pMovedT : vWork)
                 vSuspect[pMovedT->getNumber()] = true;
         }
@@ -244,7 +245,35 @@ double RMesh::worstTurn(const std::vector<RTriangle*>& vIncT, const Point3* pSrc
     return worst;
 }
 
-void RMesh::collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork)
+// Whether the surface near the edge stays what it is when one end moves into the other: their common neighbours
+// are the corners of the triangles that vanish, and no border is drawn together with another.
+bool RMesh::keepsTopology(const REdge* pRE) const
+{
+    std::vector<Point3*> vRing0;
+    std::vector<Point3*> vRing1;
+    getRingVtx(pRE->p0, vRing0);
+    getRingVtx(pRE->p1, vRing1);
+    std::vector<Point3*> vCommon;
+    std::set_intersection(vRing0.begin(), vRing0.end(), vRing1.begin(), vRing1.end(),
+                          std::back_inserter(vCommon), ByCreationVtx());
+    if (static_cast<int>(vCommon.size()) != pRE->getDegree())
+        return false;
+    return pRE->getDegree() == 1 || !isBorderVertex(pRE->p0) || !isBorderVertex(pRE->p1);
+}
+
+bool RMesh::isBorderVertex(const Point3* pVtx) const
+{
+    bool bBorder = false;
+    forEachIncidentT(pVtx,
+                     [&bBorder](const RTriangle* pRT, int i)
+                     {
+                         bBorder = bBorder || pRT->aRE[RTriangle::getNext(i)]->getDegree() == 1 ||
+                                   pRT->aRE[RTriangle::getPrev(i)]->getDegree() == 1;
+                     });
+    return bBorder;
+}
+
+void RMesh::collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork)
 {
     double bestDev = 361.0;
     REdge* pBestRE = nullptr;
@@ -261,6 +290,8 @@ void RMesh::collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork)
         ASSEX(!vIncRE.empty());
         for (REdge* pRE : vIncRE)
         {
+            if (bKeepTopology && !keepsTopology(pRE))
+                continue;
             const double worst = worstTurn(vIncT, pSrc, pRE->getOtherPoint(pSrc));
             if (bestDev > worst)
             {
@@ -270,6 +301,8 @@ void RMesh::collapseBest(RTriangle* pRT, std::vector<RTriangle*>& vWork)
             }
         }
     }
+    if (bKeepTopology && pBestRE == nullptr)
+        return;
     ASSEX(pBestRE != 0);
     ASSEX(pBestSrc != 0);
     Point3* pTrg = pBestRE->getOtherPoint(pBestSrc);

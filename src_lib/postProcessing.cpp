@@ -61,7 +61,7 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
     ASSEX(!isNaN(maxEdgeLength) && !isNaN(maxDevAngle));
     ProgressScope progress([] { prepareProgress("Reduce"); });
     const int numKilled = pRMesh->reduce(maxEdgeLength * maxEdgeLength, maxDevAngle, bKeepTopology);
-    pRMesh->killDegenerate();
+    pRMesh->killDegenerate(bKeepTopology);
     progress.finish();
     return numKilled;
 }

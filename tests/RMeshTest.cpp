@@ -233,6 +233,36 @@ TEST(RMesh, flatCapVanishesWithoutAHole)
     EXPECT_NEAR(mesh.getArea(), 96.0, 1e-6);
 }
 
+// Around a tube of three edges, a collapse across closes the tube.
+TEST(RMesh, flatTrianglesOfATubeDoNotPinchItIfTopologyMustStay)
+{
+    const PreparedTree tree;
+    std::mt19937 rng(77);
+    int numPinchedWithout = 0;
+    for (int round = 0; round < 40; ++round)
+    {
+        RMeshSource source = torusSource(9, 3);
+        for (int i = 0; i < 4; ++i)
+        {
+            const std::size_t t = rng() % (source.vCorners.size() / 3);
+            const Point3& a = source.vPoints[source.vCorners[3 * t + 1]];
+            const Point3& b = source.vPoints[source.vCorners[3 * t + 2]];
+            source.vPoints[source.vCorners[3 * t]] = a + (b - a) * 0.25;
+        }
+        const auto isTorus = [](const RMesh& mesh)
+        { return eulerNumber(mesh) == 0 && countDegree(mesh, 1) == 0 && countDegree(mesh, -1) == 0; };
+        RMesh kept(source);
+        kept.killDegenerate(true);
+        expectConsistent(kept);
+        EXPECT_TRUE(isTorus(kept)) << round;
+        EXPECT_LT(kept.getNumT(), source.vCorners.size() / 3) << round;
+        RMesh pinched(source);
+        pinched.killDegenerate();
+        numPinchedWithout += isTorus(pinched) ? 0 : 1;
+    }
+    EXPECT_GT(numPinchedWithout, 0);
+}
+
 TEST(RMesh, umbrellasAreTheFansOfAPinchedVertex)
 {
     RMeshSource source = cubeSource(2, true);
