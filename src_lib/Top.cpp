@@ -165,9 +165,13 @@ void Top::finish()
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
-    // That turns triangles along the borders, and new ones follow their neighbours only.
     if (bHasBorder)
+    {
+        // Where a border ran along a fin, the filling leaves the fin beside it, as a piece of its own.
+        killTinyBorderPatches(MAX_TINY_AT_END);
+        // The filling turns triangles along the borders, and new ones follow their neighbours only.
         orientAll();
+    }
     pProgress->increment();
     pProgress->setFinished(true);
 }
