@@ -169,6 +169,7 @@ void Top::finish()
     {
         // Where a border ran along a fin, the filling leaves the fin beside it, as a piece of its own.
         killTinyBorderPatches(MAX_TINY_AT_END);
+        closeTriangularHoles();
         // The filling turns triangles along the borders, and new ones follow their neighbours only.
         orientAll();
     }

@@ -68,6 +68,8 @@ public:
     // Kills the pieces between borders and non-manifold edges that have few triangles, at most maxNumT, and
     // much border.
     void killTinyBorderPatches(int maxNumT);
+    // Closes each hole of three edges, whatever lies around it. Orientation is left to the caller.
+    void closeTriangularHoles();
     // Kills triangles with a border, of the cube configurations that leave such triangles behind.
     void pruneCases();
 

@@ -338,6 +338,22 @@ TEST(TopBorders, aTriangleBetweenTwoFinsGoes)
     expectConsistent(s.mesh);
 }
 
+TEST(TopBorders, triangularHolesCloseAndNothingElse)
+{
+    SheetAndTop s;
+    s.addCube(4, [](int side, int u, int v) { return side == 0 && u == 1 && v == 1; }); // four edges
+    s.add(s.cell(40, 40, 8), s.cell(41, 40, 8), s.cell(40, 41, 8));
+    const std::size_t numBorder = s.getBorders().size();
+    ASSERT_EQ(numBorder, 4u + 3u);
+    s.mesh.getAllT()[40]->kill(&s.mesh);
+    s.mesh.getAllT()[90]->kill(&s.mesh);
+    ASSERT_EQ(s.getBorders().size(), numBorder + 6);
+    s.top.closeTriangularHoles();
+    EXPECT_EQ(s.getBorders().size(), numBorder);
+    EXPECT_TRUE(s.isManifold());
+    expectConsistent(s.mesh);
+}
+
 // Cubes of 4 by 4 squares a side, 192 triangles, and strips; some with holes.
 TEST(TopBorders, tinyMeansFewTrianglesAndMuchBorder)
 {
