@@ -90,6 +90,25 @@ Point3 shiftAtRandom(const Point3& p, double spacing)
         return moved;
     return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
 }
+
+// Which edges there are beside those of two triangles.
+struct Rims
+{
+    bool bBorder = false;
+    bool bSeam = false; // of more than two triangles
+};
+
+Rims findRims(const CMesh& mesh)
+{
+    Rims rims;
+    mesh.forEachEdge(
+        [&rims](const CEdge* pCE)
+        {
+            rims.bBorder = rims.bBorder || pCE->getDegree() == 1;
+            rims.bSeam = rims.bSeam || pCE->getDegree() > 2;
+        });
+    return rims;
+}
 } // namespace
 
 Top::Top(CMesh* pCMesh_, Calc* pCalc_)
@@ -157,17 +176,17 @@ void Top::finish()
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
+    cleanSeams();
     orientAll();
     pProgress->increment();
-    bool bHasBorder = false;
-    pCMesh->forEachEdge([&bHasBorder](const CEdge* pCE)
-                        { bHasBorder = bHasBorder || pCE->getDegree() == 1; });
+    const bool bHasBorder = findRims(*pCMesh).bBorder;
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
     if (bHasBorder)
     {
         // Where a border ran along a fin, the filling leaves the fin beside it, as a piece of its own.
+        killBorderEars();
         killTinyBorderPatches(MAX_TINY_AT_END);
         closeTriangularHoles();
         // The filling turns triangles along the borders, and new ones follow their neighbours only.
@@ -175,6 +194,15 @@ void Top::finish()
     }
     pProgress->increment();
     pProgress->setFinished(true);
+}
+
+// What the passes over patches leave at edges of more than two triangles.
+void Top::cleanSeams()
+{
+    if (!findRims(*pCMesh).bSeam)
+        return;
+    killBorderEars(); // they would also break the rings around holes
+    killTinyBorderPatches(MAX_TINY_AT_END);
 }
 
 // --- Flat faces and flat triangles -------------------------------------------------------------------------

@@ -232,6 +232,7 @@ private:
     // Passes until nothing changes; a step of progress, if given, after each that changed something.
     void solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
+    void cleanSeams();
     void finish();
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first

@@ -583,6 +583,13 @@ TEST(TopRun, makesACleanOrientedSurfaceOfABall)
             EXPECT_GT(mesh.getNumAliveT(), 1500u);
             const auto vTriples = ball.cells.getTriples();
             EXPECT_EQ(mesh.killDuplicates(), 0) << "an ear over a triangle";
+            std::vector<CEdge*> vHighDeg;
+            mesh.getDegN(-1, vHighDeg);
+            for (const CEdge* pCE : vHighDeg)
+                EXPECT_FALSE(!row.bMelt &&
+                             std::any_of(pCE->vCT.begin(), pCE->vCT.end(),
+                                         [](const CTriangle* pCT) { return pCT->hasBorderEdge(); }))
+                    << "an ear";
             // No tiny piece at a border is left, not even where the filling of holes cut off a fin.
             PlainTop(&mesh, &ball.cells.calc).killTinyPlainly(row.bMelt ? 8 : 100);
             EXPECT_EQ(mesh.getNumAliveT(), vTriples.size());
