@@ -199,8 +199,13 @@ void Top::finish()
 // What the passes over patches leave at edges of more than two triangles.
 void Top::cleanSeams()
 {
-    if (!findRims(*pCMesh).bSeam)
+    const Rims rims = findRims(*pCMesh);
+    if (!rims.bSeam)
         return;
+    // On an open surface such sets need not enclose a volume, and deciding between them may join sheets that
+    // face each other.
+    if (!rims.bBorder)
+        solveClusters();
     killBorderEars(); // they would also break the rings around holes
     killTinyBorderPatches(MAX_TINY_AT_END);
 }

@@ -189,6 +189,9 @@ protected:
     // Kills one of the two, unless they are large; false if both stay. sumArea  of the whole mesh
     static bool solvePair(CPatch* p0, CPatch* p1, double sumArea);
     void flipCreases(double minAngle);
+    // What the passes over patches leave at edges of more than two triangles: clusters of patches on a closed
+    // surface, ears at borders.
+    void cleanSeams();
     // Degrees between the triangles at an edge of degree 2; false if one has no normal.
     [[nodiscard]] bool getBend(const CEdge* pCE, double& angle) const;
 
@@ -232,7 +235,7 @@ private:
     // Passes until nothing changes; a step of progress, if given, after each that changed something.
     void solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
-    void cleanSeams();
+    void solveClusters();
     void finish();
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first

@@ -29,6 +29,7 @@ const auto CLOSED = [](int, int, int) { return false; };
 class PlainTop : public Top
 {
 public:
+    using Top::cleanSeams;
     using Top::Top;
 
     bool solvePatchesPlainly(bool bStrict)
@@ -457,6 +458,33 @@ TEST(TopPatches, sizeAndAreaDecideAPair)
         EXPECT_EQ(patches[0].isAlive(), row.dead != 0);
         EXPECT_EQ(patches[1].isAlive(), row.dead != 1);
     }
+}
+
+// Two blisters side by side share a wall: no two patches have the same boundary, but the sets on either side
+// of each blister do.
+TEST(TopPatches, blistersThatShareAWallGo)
+{
+    const StreamCapture quiet(std::cout);
+    SheetAndTop s;
+    s.addCube(8, [](int, int, int) { return false; });
+    const auto cell = [&s](int x, int y, int z) { return s.cell(x, y, z); };
+    for (const int x : {10, 12, 14})
+        for (const int y : {10, 11})
+            s.addSquare(cell(x, y, 16), cell(x, y + 1, 16), cell(x, y + 1, 17), cell(x, y, 17));
+    for (const int x : {10, 11, 12, 13})
+    {
+        for (const int y : {10, 12})
+            s.addSquare(cell(x, y, 16), cell(x + 1, y, 16), cell(x + 1, y, 17), cell(x, y, 17));
+        for (const int y : {10, 11})
+            s.addSquare(cell(x, y, 17), cell(x + 1, y, 17), cell(x + 1, y + 1, 17), cell(x, y + 1, 17));
+    }
+    EXPECT_FALSE(s.top.solvePatches(false));
+    ASSERT_FALSE(s.isManifold());
+    s.top.cleanSeams();
+    EXPECT_TRUE(s.isManifold());
+    EXPECT_TRUE(s.getBorders().empty());
+    EXPECT_TRUE(s.orient());
+    expectConsistent(s.mesh);
 }
 
 TEST(TopPatches, aFreeBubbleGoesButIsNoChange)
