@@ -20,7 +20,6 @@ namespace
 {
 // Largest pieces that killTinyBorderPatches may remove, by the place in the order of passes.
 const int MAX_TINY_BEFORE_PATCHES = 40;
-const int MAX_TINY_AT_END = 100;
 const int MAX_TINY_MELT = 8;
 
 // Cube configurations that leave dangling triangles: the rotations and mirrors of one.
@@ -176,9 +175,13 @@ void Top::finish()
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
-    cleanSeams();
+    const Rims rims = findRims(*pCMesh);
+    if (rims.bSeam)
+        cleanSeams(rims.bBorder);
     orientAll();
     pProgress->increment();
+    if (rims.bSeam)
+        partTouchingSheets();
     const bool bHasBorder = findRims(*pCMesh).bBorder;
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
@@ -194,20 +197,6 @@ void Top::finish()
     }
     pProgress->increment();
     pProgress->setFinished(true);
-}
-
-// What the passes over patches leave at edges of more than two triangles.
-void Top::cleanSeams()
-{
-    const Rims rims = findRims(*pCMesh);
-    if (!rims.bSeam)
-        return;
-    // On an open surface such sets need not enclose a volume, and deciding between them may join sheets that
-    // face each other.
-    if (!rims.bBorder)
-        solveClusters();
-    killBorderEars(); // they would also break the rings around holes
-    killTinyBorderPatches(MAX_TINY_AT_END);
 }
 
 // --- Flat faces and flat triangles -------------------------------------------------------------------------

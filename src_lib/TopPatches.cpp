@@ -8,7 +8,6 @@
 #include "TriangleUnion.h"
 
 #include <algorithm>
-#include <map>
 
 namespace TARN_ZEF
 {
@@ -184,18 +183,6 @@ void Top::solveAllPatches(bool bStrict, Progress* pProgress)
     while (runPass(solver, bStrict))
         if (pProgress != nullptr)
             pProgress->increment();
-}
-
-// Where no two patches have the same boundary, several patches together may.
-void Top::solveClusters()
-{
-    std::vector<CPatch*> vPatches;
-    std::map<u64, CPatch*> mBorderCCD2Patch;
-    std::vector<CEdge*> vBorderME;
-    pCMesh->createPatches(nullptr, vPatches, mBorderCCD2Patch, vBorderME);
-    solvePatchPairsFrac(vPatches);
-    pCMesh->deletePatches();
-    solveAllPatches(false, nullptr);
 }
 
 void Top::classifyPatches(std::vector<CPatch*>& vPatches, std::vector<PatchPair>& vPatchPairs,
