@@ -87,8 +87,11 @@ bool HoleToCCD::fill(const Chain* pChain)
     pLoop->getNewT(vNewT);
     for (const CTriangle* pCT : vNewT)
     {
-        CTriangle* pOwnT = pCMesh->createT(pCT->getC0(), pCT->getC1(), pCT->getC2(), 0, 0);
-        vFillT.push_back(pOwnT);
+        // A ring that runs over an edge of more than one triangle may close an ear over one of these.
+        const CEdge* pCE = pCMesh->getCE(pCT->getC0(), pCT->getC1());
+        if (pCE != nullptr && pCE->hasTriangle(pCT->getC0(), pCT->getC1(), pCT->getC2()))
+            continue;
+        vFillT.push_back(pCMesh->createT(pCT->getC0(), pCT->getC1(), pCT->getC2(), 0, 0));
     }
     return !vNewT.empty();
 }

@@ -20,7 +20,6 @@ namespace
 {
 // Largest pieces that killTinyBorderPatches may remove, by the place in the order of passes.
 const int MAX_TINY_BEFORE_PATCHES = 40;
-const int MAX_TINY_AT_END = 100;
 const int MAX_TINY_MELT = 8;
 
 // Cube configurations that leave dangling triangles: the rotations and mirrors of one.
@@ -90,6 +89,25 @@ Point3 shiftAtRandom(const Point3& p, double spacing)
         return moved;
     return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
 }
+
+// Which edges there are beside those of two triangles.
+struct Rims
+{
+    bool bBorder = false;
+    bool bSeam = false; // of more than two triangles
+};
+
+Rims findRims(const CMesh& mesh)
+{
+    Rims rims;
+    mesh.forEachEdge(
+        [&rims](const CEdge* pCE)
+        {
+            rims.bBorder = rims.bBorder || pCE->getDegree() == 1;
+            rims.bSeam = rims.bSeam || pCE->getDegree() > 2;
+        });
+    return rims;
+}
 } // namespace
 
 Top::Top(CMesh* pCMesh_, Calc* pCalc_)
@@ -157,17 +175,26 @@ void Top::finish()
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
+    const Rims rims = findRims(*pCMesh);
+    if (rims.bSeam)
+        cleanSeams(rims.bBorder);
     orientAll();
     pProgress->increment();
-    bool bHasBorder = false;
-    pCMesh->forEachEdge([&bHasBorder](const CEdge* pCE)
-                        { bHasBorder = bHasBorder || pCE->getDegree() == 1; });
+    if (rims.bSeam)
+        partTouchingSheets();
+    const bool bHasBorder = findRims(*pCMesh).bBorder;
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
-    // That turns triangles along the borders, and new ones follow their neighbours only.
     if (bHasBorder)
+    {
+        // Where a border ran along a fin, the filling leaves the fin beside it, as a piece of its own.
+        killBorderEars();
+        killTinyBorderPatches(MAX_TINY_AT_END);
+        closeTriangularHoles();
+        // The filling turns triangles along the borders, and new ones follow their neighbours only.
         orientAll();
+    }
     pProgress->increment();
     pProgress->setFinished(true);
 }

@@ -68,6 +68,8 @@ public:
     // Kills the pieces between borders and non-manifold edges that have few triangles, at most maxNumT, and
     // much border.
     void killTinyBorderPatches(int maxNumT);
+    // Closes each hole of three edges, whatever lies around it. Orientation is left to the caller.
+    void closeTriangularHoles();
     // Kills triangles with a border, of the cube configurations that leave such triangles behind.
     void pruneCases();
 
@@ -187,6 +189,15 @@ protected:
     // Kills one of the two, unless they are large; false if both stay. sumArea  of the whole mesh
     static bool solvePair(CPatch* p0, CPatch* p1, double sumArea);
     void flipCreases(double minAngle);
+    // --- Seams (TopSeams.cpp) ---
+    // Largest pieces at a border that may be removed at the end.
+    static const int MAX_TINY_AT_END = 100;
+    // What the passes over patches leave at edges of more than two triangles: clusters of patches on a closed
+    // surface, ears at borders.
+    void cleanSeams(bool bHasBorder);
+    // Parts sheets of a surface that touch in an edge of four triangles, by a flip or a collapse, where that
+    // leaves a clean surface. Orientation must be consistent, and stays so.
+    void partTouchingSheets();
     // Degrees between the triangles at an edge of degree 2; false if one has no normal.
     [[nodiscard]] bool getBend(const CEdge* pCE, double& angle) const;
 
@@ -230,6 +241,7 @@ private:
     // Passes until nothing changes; a step of progress, if given, after each that changed something.
     void solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
+    void solveClusters();
     void finish();
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first

@@ -106,6 +106,24 @@ bool isTinyBorderPiece(const Piece& piece)
     return ratio > MAX_BORDER_RATIO || (numT < MAX_SMALL_PIECE && piece.numBorder >= 2) ||
            (numT < MAX_FLAKE && piece.numBorder >= 1);
 }
+
+// The third corner of a hole with three edges, one of them given; false if it is none.
+bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
+{
+    const u64 ownCCD = edge.vCT[0]->getThirdCCD(edge.v0, edge.v1);
+    std::vector<CEdge*> vIncCE;
+    mesh.getIncCE(edge.v0, vIncCE);
+    for (const CEdge* pCE : vIncCE)
+    {
+        thirdCCD = pCE->getOtherVCD(edge.v0);
+        if (pCE->getDegree() != 1 || thirdCCD == edge.v1 || thirdCCD == ownCCD)
+            continue;
+        const CEdge* pLastCE = mesh.getCE(thirdCCD, edge.v1);
+        if (pLastCE != nullptr && pLastCE->getDegree() == 1)
+            return true;
+    }
+    return false;
+}
 } // namespace
 
 void Top::getBordersKillDeg1nn(std::vector<CEdge*>& vBorders)
@@ -173,6 +191,16 @@ void Top::killTinyBorderPatches(int maxNumT)
         for (CTriangle* pCT : piece.vT)
             pCT->kill(pCMesh);
     }
+}
+
+void Top::closeTriangularHoles()
+{
+    std::vector<CEdge*> vBorders;
+    pCMesh->getDegN(1, vBorders);
+    u64 thirdCCD = 0;
+    for (const CEdge* pCE : vBorders)
+        if (pCE->getDegree() == 1 && findThirdCorner(*pCMesh, *pCE, thirdCCD))
+            pCMesh->createT(pCE->v0, pCE->v1, thirdCCD, 0, 0);
 }
 
 } // namespace TARN_ZEF

@@ -191,10 +191,13 @@ TEST(TopStrategies, patchPassesKeepTheMeshConsistent)
             expectConsistent(mesh);
             pm.top().solvePatchPairsFrac(cutOriented(mesh));
             expectConsistent(mesh);
-            const CPatch* pGrown = pm.top().patchGrowing(cutOriented(mesh));
-            EXPECT_EQ(mesh.getNumAliveT(), pGrown->getSize()) << "nothing but the grown patch lives";
-            EXPECT_GT(pGrown->getSize(), 0u);
-            expectConsistent(mesh);
+            if (!bRepair || cloud.bClosed) // the repair of a scan leaves triangles beyond one cube
+            {
+                const CPatch* pGrown = pm.top().patchGrowing(cutOriented(mesh));
+                EXPECT_EQ(mesh.getNumAliveT(), pGrown->getSize()) << "nothing but the grown patch lives";
+                EXPECT_GT(pGrown->getSize(), 0u);
+                expectConsistent(mesh);
+            }
             Top::killBoundaryPatches(cutOriented(mesh));
             expectConsistent(mesh);
         }

@@ -175,6 +175,38 @@ TEST(Reconstruct, closedShapesEndClosedAndFaceOutward)
     }
 }
 
+// Uneven samples, noise of a fifth of the spacing on the balls.
+TEST(Reconstruct, randomSamplesEndClosedAndManifold)
+{
+    for (unsigned int seed = 0; seed < 24; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        const bool bBall = seed % 2 == 0;
+        std::mt19937 rng(seed);
+        std::normal_distribution<double> gauss(0.0, 1.0);
+        std::uniform_real_distribution<double> turn(0.0, 2 * PI);
+        Cloud cloud;
+        while (cloud.size() < 10000)
+        {
+            const double a = turn(rng);
+            const double b = turn(rng);
+            const Vector3 dir = normalize(Vector3(gauss(rng), gauss(rng), gauss(rng)));
+            if (bBall)
+                cloud.push_back(Point3(0, 0, 0) + dir * (1.0 + 0.007 * gauss(rng)));
+            else if (turn(rng) * 1.4 < (1 + 0.4 * std::cos(b)) * 2 * PI)
+                cloud.emplace_back((1 + 0.4 * std::cos(b)) * std::cos(a),
+                                   (1 + 0.4 * std::cos(b)) * std::sin(a), 0.4 * std::sin(b));
+        }
+        const std::shared_ptr<Mesh> pMesh = reconstruct_auto(cloud, false, 1.4);
+        ASSERT_TRUE(pMesh);
+        const Figures f = figuresOf(*pMesh->getRMesh());
+        EXPECT_EQ(f.numBorder, 0u);
+        EXPECT_EQ(f.numNonManifold, 0u);
+        EXPECT_EQ(f.numDisagreeing, 0u);
+        EXPECT_EQ(f.euler, bBall ? 2 : 0);
+    }
+}
+
 TEST(Reconstruct, openPatchKeepsOneLoopForEachBorder)
 {
     struct Row
