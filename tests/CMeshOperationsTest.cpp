@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <map>
 #include <random>
 
@@ -81,7 +80,7 @@ TEST(CEdgeDihedral, measuresTheAngleOrTellsWhyNot)
     Fan flat({0, 180});
     flat.mesh.getVtx(flat.vT[1]->getThirdCCD(flat.a, flat.b))->set(0, 0, 1);
     EXPECT_EQ(flat.pCE->getDihedralAngle(&flat.mesh), 364.0);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW((void)flat.pCE->getDihedralAngle(std::map<u64, Point3>()), ZefBugException);
 }
 
@@ -116,7 +115,7 @@ TEST(CEdgeFlip, keepsBorderAndOrientation)
 TEST(CEdgeFlip, refusesInWordsWhatItIsNotSure)
 {
     Fan fan({0, 120, 240});
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_EQ(fan.pCE->flipEdge(&fan.mesh, nullptr, nullptr), nullptr);
     EXPECT_TRUE(capture.contains("Edge not flipped, !getTwoTriangles()"));
     ASSERT_NE(fan.pCE->flipEdge(&fan.mesh, fan.vT[0], fan.vT[1]), nullptr);
@@ -193,7 +192,7 @@ TEST(CMeshSplitDegenerate, leavesNoFlatTriangleAndNoGap)
             const Point3 p = sheet.mesh.getAvgPoint(sheet.cell(x, y, 8));
             sheet.mesh.getVtx(sheet.cell(x + 1, y + 1, 8))->set(p.x() + 0.5, p.y(), p.z());
         }
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         ASSERT_FALSE(sheet.mesh.checkNoDegenerate("before"));
         sheet.mesh.splitDegenerate();
         expectConsistent(sheet.mesh);
@@ -287,7 +286,7 @@ TEST(CMeshCollapse, theLinkTest)
     }
     CEdge* pCE = sheet.mesh.getCE(at(2, 2), at(3, 2));
     EXPECT_FALSE(sheet.mesh.collapseEdgeToEndpoint(pCE, at(2, 2), at(3, 2)));
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(sheet.mesh.collapseEdgeToEndpoint(pCE, at(2, 2), at(4, 4)), ZefBugException);
     EXPECT_EQ(numTriangles(sheet.mesh), 72u);
 }
@@ -356,7 +355,7 @@ TEST(CMeshLaplacian, movesAShortWayAndFoldsNothing)
     sheet.addSheet(4, NO_HOLE);
     CMesh& mesh = sheet.mesh;
     const u64 centre = sheet.cell(2, 2, 8);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_FALSE(mesh.laplacianForOne(sheet.cell(30, 30, 30))) << "nothing around it";
 
     mesh.getVtx(centre)->set(2.5, 2.5, 10.5); // two above its ring

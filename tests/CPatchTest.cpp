@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <set>
@@ -262,7 +261,7 @@ TEST(CPatchLife, assimilateJoinsMembersAndBoundaries)
     EXPECT_EQ(vPatches[0]->getPatchBoundary(), vMerged);
     vPatches[0]->setNumInnerVtx();
     EXPECT_EQ(vPatches[0]->getNumInnerVtx(), 9);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(vPatches[1]->setOuterBoundary(), ZefBugException);
     EXPECT_THROW(vPatches[0]->assimilate(vPatches[1], false), ZefBugException);
     vPatches[0]->kill();
@@ -303,7 +302,7 @@ TEST(CPatchEdges, byDegreeInTheMeshAndInThePatch)
         getDegNEdges(row.num, pPatch->getMembers(), vCE);
         EXPECT_EQ(vCE.size(), row.expected);
     }
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(pPatch->getCEByDegree(0, vOne), ZefBugException);
 }
 
@@ -340,7 +339,7 @@ TEST(CPatchOrient, levelStaysAsItIs)
         EXPECT_EQ(pCT->getC1(), c1);
         pPatch->flipAll();
     }
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(CPatch(&sheet.mesh, &sheet.calc).orientPatch(), ZefBugException);
     EXPECT_TRUE(capture.contains("reorientation failed"));
 }
@@ -407,7 +406,7 @@ TEST(CPatchPartners, shareOfEdgesWithAFaceNeighbour)
         EXPECT_EQ(pPatch->getPartnerCertainty(), 1.0);
         EXPECT_EQ(pPatch->getPartners().size(), 3u);
     }
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(vPatches[0]->setPartnerCertainty(std::map<u64, CPatch*>()), ZefBugException);
 }
 

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <memory>
 
 namespace TARN_ZEF
@@ -44,7 +43,7 @@ TEST(Inspector, keepsTheWholePieceWithoutABorder)
     for (const NamedCloud& cloud : getClouds())
     {
         SCOPED_TRACE(cloud.name);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         PipelineMesh pm(cloud.vPoints, false);
         const std::size_t numT = pm.mesh().getNumAliveT();
         {
@@ -71,7 +70,7 @@ TEST(Inspector, knownBorderStopsTheFlood)
         strip.t(i)->flipOrientation();
     const CTriangle* pStop = strip.t(8); // beside square 5
     CPatch other(&strip.mesh, &strip.calc);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     {
         Inspector inspector(&strip.mesh, strip.vPatches);
         inspector.keepGoodPartForKnownBorder(strip.patch(), strip.t(2),
@@ -110,7 +109,7 @@ TEST(Inspector, splitRemovesTheDisagreeingPartElseTheSmallerOne)
             const std::multimap<u64, u64> mm = {{bSwap ? a : b, bSwap ? b : a}};
             if (c.fin >= 0) // beside the strip, along its lower edge, and the same way
                 strip.add(strip.cell(c.fin, 8, 8), strip.cell(c.fin + 1, 8, 8), strip.cell(c.fin, 7, 8));
-            const StreamCapture capture(std::cout);
+            const StreamCapture capture;
             {
                 Inspector inspector(&strip.mesh, strip.vPatches);
                 CTriangle* pSeedA = strip.t(bSwap ? 19 : 0);

@@ -5,13 +5,12 @@
 #include "Hal.h"
 #include "Mesh.h"
 #include "RMesh.h"
-#include "helpers/RepairedMesh.h"
+#include "helpers/PipelineMesh.h"
 #include "helpers/StreamCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <deque>
-#include <iostream>
 #include <random>
 #include <set>
 
@@ -142,7 +141,7 @@ std::set<CCD> randomCells(const Calc& calc, std::mt19937& rng, int width, double
 
 TEST(IsoStore, passesAgainstAPlainSet)
 {
-    const StreamCapture quiet(std::cout);
+    const StreamCapture quiet;
     const Calc calc(0, 0, 0, 64, 64, 64, 6);
     std::mt19937 rng(5);
     for (int round = 0; round < 60; ++round)
@@ -178,12 +177,12 @@ TEST(IsoStore, passesAgainstAPlainSet)
 // What is left must be one sheet wherever the input was one, whichever way its layers are doubled.
 TEST(IsoStore, thinnedSurfacesStayInOnePiece)
 {
-    const StreamCapture quiet(std::cout);
-    for (const auto& [name, vPoints] : sampleClouds())
+    const StreamCapture quiet;
+    for (const NamedCloud& cloud : getClouds())
         for (const int thickAxis : {0, 1, 2, 4})
         {
-            SCOPED_TRACE(name + ", doubled along axis " + std::to_string(thickAxis));
-            const Extraction<Top> extraction(vPoints, -1.0, false);
+            SCOPED_TRACE(cloud.name + ", doubled along axis " + std::to_string(thickAxis));
+            const Extraction<Top> extraction(cloud.vPoints, -1.0, false);
             const Calc* pCalc = extraction.pCalc;
             std::set<CCD> sCCD;
             for (const Bundle* pBundle : extraction.vBundles)
@@ -215,7 +214,7 @@ TEST(IsoStore, thinnedSurfacesStayInOnePiece)
 TEST(IsoStore, rims)
 {
     const Calc calc(0, 0, 0, 64, 64, 64, 6);
-    const StreamCapture caught(std::cout);
+    const StreamCapture caught;
     Iso iso(0);
     iso.set(3, 0, 2, true);
     EXPECT_FALSE(iso.get(3, 31, 31));
@@ -237,8 +236,8 @@ TEST(IsoStore, rims)
 
 TEST(IsoStore, stageBeforeTheExtraction)
 {
-    const StreamCapture quiet(std::cout);
-    const std::vector<Point3> vPoints = sphereCloud(3000, 0.0);
+    const StreamCapture quiet;
+    const std::vector<Point3> vPoints = makeCloud(3000, 0.0, 0.0);
     std::vector<std::size_t> vNumBundles;
     for (const bool bOn : {false, true})
     {

@@ -1,6 +1,7 @@
 #include "Pixel.h"
 
 #include "Progress.h"
+#include "helpers/meshShapes.h"
 #include "tools.h"
 
 #include <gtest/gtest.h>
@@ -68,19 +69,6 @@ Sampled sample(const std::vector<Point3>& vSoup, double spacing, double featureA
     pixel.run(s.vPixels, s.vFeatures, s.vBorders, featureAngle);
     getRootProgress()->reset();
     return s;
-}
-
-std::vector<Point3> makeCube(const Point3& low, double len)
-{
-    constexpr int kQuads[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
-                                  {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
-    const auto corner = [&](int i)
-    { return low + Vector3((i & 1) ? len : 0.0, (i & 2) ? len : 0.0, (i & 4) ? len : 0.0); };
-    std::vector<Point3> vSoup;
-    for (const auto& q : kQuads)
-        for (const int i : {0, 1, 2, 0, 2, 3})
-            vSoup.push_back(corner(q[i]));
-    return vSoup;
 }
 
 const std::vector<Point3> kSquare = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 0, 0}, {10, 10, 0}, {0, 10, 0}};
@@ -159,7 +147,7 @@ TEST(PixelSurface, featureAngleDecides)
     for (const Case& c : cases)
     {
         SCOPED_TRACE(c.name);
-        const Sampled s = sample(makeCube(Point3(1, 2, 3), 1.0), 0.05, c.featureAngle);
+        const Sampled s = sample(boxSoup({1, 2, 3}, {1, 1, 1}), 0.05, c.featureAngle);
         EXPECT_EQ(s.vFeatures.size(), c.numFeatures);
         EXPECT_EQ(s.vPixels.size(), 2402u); // a shell of 21 x 21 x 21 cells
         expectSound(s);

@@ -12,7 +12,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <iostream>
 #include <random>
 
 namespace TARN_ZEF
@@ -93,7 +92,7 @@ TEST(TopStrategies, spanningTreeOrientsWhatThePipelineMakes)
     for (const NamedCloud& cloud : getClouds())
     {
         SCOPED_TRACE(cloud.name);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         PipelineMesh pm(cloud.vPoints,
                         cloud.bClosed); // the repair of a scan leaves triangles beyond one cube
         const std::size_t numT = pm.mesh().getNumAliveT();
@@ -117,7 +116,7 @@ TEST(TopStrategies, spanningTreeStopsAtItsComponentAndAtTheTwist)
     std::vector<u64> vSecond;
     for (std::size_t i = 32; i < two.mesh.getAllT().size(); ++i)
         vSecond.push_back(two.mesh.getAllT()[i]->getC1());
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     Top::EdgeSet sProblemCE;
     Top(&two.mesh, &two.calc).strategyMST(sProblemCE);
     EXPECT_EQ(sProblemCE, getDisagreeing(two.mesh));
@@ -162,7 +161,7 @@ TEST(TopStrategies, growingTakesTheOutsideAndDropsTheRest)
         SCOPED_TRACE(turns);
         SheetMesh sm;
         addWalledCube(sm);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         const std::vector<CPatch*> vPatches = cutOriented(sm.mesh);
         ASSERT_EQ(vPatches.size(), 3u);
         for (std::size_t i = 0; i < 3; ++i)
@@ -184,7 +183,7 @@ TEST(TopStrategies, patchPassesKeepTheMeshConsistent)
         for (const bool bRepair : {false, true})
         {
             SCOPED_TRACE(cloud.name + (bRepair ? ", repaired" : ", raw"));
-            const StreamCapture capture(std::cout);
+            const StreamCapture capture;
             PipelineMesh pm(cloud.vPoints, bRepair);
             CMesh& mesh = pm.mesh();
             pm.top().closeChainsKillT();
@@ -204,7 +203,7 @@ TEST(TopStrategies, clusterSearchRemovesTheFaceUnderABump)
 {
     SheetMesh sm;
     addBumpedCube(sm);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     Top top(&sm.mesh, &sm.calc);
     EXPECT_EQ(countDegree(sm.mesh, 3), 4u);
     top.solvePatchPairsFrac(cutOriented(sm.mesh));
@@ -224,7 +223,7 @@ TEST(TopStrategies, clusterSearchFindsTheFirstPairOfSets)
     {
         SCOPED_TRACE(seed);
         CellMesh cm(5, seed, randomCells(25 + seed));
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         Top top(&cm.mesh(), &cm.calc);
         std::vector<CPatch*> vCluster;
         for (CPatch* pStart : cutOriented(cm.mesh()))

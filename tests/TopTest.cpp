@@ -13,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <set>
@@ -228,7 +227,7 @@ TEST(TopDiagonals, aFlatNewTriangleIsSplitAway)
     s.add(a, c, d);
     s.add(d, b, s.cell(8, 8, 9));
     s.top.unifyDiagonals();
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_TRUE(s.mesh.checkNoDegenerate("after"));
     expectConsistent(s.mesh);
 }
@@ -283,7 +282,7 @@ TEST(TopKillDegenerate, leavesNoFlatTriangleInASheet)
             const Point3 p = s.mesh.getAvgPoint(s.cell(x, y, 8));
             s.mesh.getVtx(s.cell(x + 1, y + 1, 8))->set(p.x() + 0.5, p.y(), p.z());
         }
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         s.top.killDegenerate();
         EXPECT_TRUE(s.mesh.checkNoDegenerate("after"));
         expectConsistent(s.mesh);
@@ -291,7 +290,7 @@ TEST(TopKillDegenerate, leavesNoFlatTriangleInASheet)
     SheetAndTop lost; // closed, with all corners in one place: nothing helps
     lost.addCube(2, CLOSED);
     lost.map.forEach([](u64, Bundle* pBundle) { pBundle->pPoint->set(1, 1, 1); });
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(lost.top.killDegenerate(), ZefBugException);
     EXPECT_TRUE(capture.contains("No success of trySplitNeigsKillT() and laplacianForOne()"));
 }
@@ -471,7 +470,7 @@ TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)
     EXPECT_EQ(std::count_if(vCE.begin(), vCE.end(),
                             [](const CEdge* pCE) { return pCE->vCT[0]->needFlip(pCE->vCT[1]); }),
               1);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(s.top.createPatchesOrient(s.mesh.getAllT(), vPatches), ZefBugException);
 
     // The flood meets all triangles of a rough mesh, and only those of one piece in one patch.
@@ -502,7 +501,7 @@ TEST(TopPrune, onlyTheNamedConfigurationsWithABorder)
     EXPECT_TRUE(pOther->isAlive());
     EXPECT_TRUE(pBelow->isAlive());
     (void)s.mesh.createT(at(20, 0), at(21, 0), at(20, 1), 0, 256);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(s.top.pruneCases(), ZefBugException);
 }
 
@@ -555,7 +554,7 @@ TEST(TopRun, makesACleanOrientedSurfaceOfABall)
     for (const Row& row : rows)
     {
         SCOPED_TRACE(row.name);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         std::vector<std::array<u64, 3>> vFirst;
         for (int i = 0; i < 2; ++i)
         {

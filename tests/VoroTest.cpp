@@ -1,9 +1,8 @@
 #include "Voro.h"
 
 #include "CMesh.h"
-#include "Progress.h"
 #include "helpers/LatticeMesh.h"
-#include "helpers/checkMesh.h"
+#include "helpers/finishedMeshes.h"
 
 #include <gtest/gtest.h>
 
@@ -130,12 +129,6 @@ std::vector<u64> cellsOf(const LatticeMesh& lm)
     lm.map.forEach([&v](u64 ccd, const Bundle*) { v.push_back(ccd); });
     return v;
 }
-
-struct PreparedTree
-{
-    PreparedTree() { prepareProgress("Reconstruct"); }
-    ~PreparedTree() { finishProgress(); }
-};
 } // namespace
 
 TEST(Voro, makesTheTrianglesOfThePlainExtractionInOrder)

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iostream>
 #include <limits>
 #include <thread>
 
@@ -13,7 +12,7 @@ namespace TARN_ZEF
 {
 TEST(Assertion, ThrowsAndPrintsThePlaceAndTheCondition)
 {
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     const int one = 1;
     EXPECT_NO_THROW(ASSEX(one == 1));
     EXPECT_EQ(out.text(), "");
@@ -54,7 +53,7 @@ TEST(Histogram, PrintsBinsAndMedian)
             histogram.addBin(limit);
         for (const double value : row.vValues)
             histogram.add(value);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         histogram.print();
         EXPECT_EQ(out.text(), row.expected);
     }
@@ -68,7 +67,7 @@ TEST(Histogram, EveryValueHasABin)
          {std::numeric_limits<double>::infinity(), std::numeric_limits<double>::quiet_NaN(),
           -std::numeric_limits<double>::infinity(), std::numeric_limits<double>::max()})
         histogram.add(value);
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     histogram.print();
     EXPECT_TRUE(out.contains(" - 0.500: 2\n"));
     EXPECT_TRUE(out.contains(" -   max: 2"));
@@ -87,7 +86,7 @@ TEST(Counters, CountFromAllThreads)
             });
     for (std::thread& thread : vThreads)
         thread.join();
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     getCounters("GETCOUNTERS");
     EXPECT_EQ(out.text().rfind("Benchmark: ", 0), 0u);
     EXPECT_TRUE(out.contains("countersTest a\t4\ncountersTest b\t2000\n"));

@@ -1,6 +1,7 @@
 #include "Plane.h"
 #include "Segment3.h"
 #include "helpers/StreamCapture.h"
+#include "helpers/meshShapes.h"
 #include "testDataGenerators.h"
 #include "tools.h"
 #include "zefRand.h"
@@ -38,17 +39,6 @@ std::vector<Point3*> pointersTo(std::vector<Point3>& vPoints)
 std::tuple<double, double, double> tupleOf(const Point3& p)
 {
     return {p.x(), p.y(), p.z()};
-}
-
-// The unit cube as twelve triangles, counter-clockwise seen from outside, moved by the offset.
-std::vector<Point3> makeCube(const Vector3& offset)
-{
-    constexpr int CORNERS[36] = {0, 2, 3, 0, 3, 1, 4, 5, 7, 4, 7, 6, 0, 1, 5, 0, 5, 4,
-                                 2, 6, 7, 2, 7, 3, 0, 4, 6, 0, 6, 2, 1, 3, 7, 1, 7, 5};
-    std::vector<Point3> vCorners;
-    for (const int corner : CORNERS)
-        vCorners.push_back(Point3(corner & 1, (corner >> 1) & 1, (corner >> 2) & 1) + offset);
-    return vCorners;
 }
 
 std::vector<Segment3> makePolygon(int numCorners)
@@ -107,7 +97,7 @@ TEST(Tools, AnglesOfUnitVectors)
     EXPECT_EQ(getAngleDegree(x, {-1.0000001, 0, 0}), 180.0);
     EXPECT_EQ(getAngleRad(x, {-1.0000001, 0, 0}), 6.283185307);
     EXPECT_TRUE(isNaN(getAngleDegree(x, {NOT_A_NUMBER, 0, 0})));
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     const StreamCapture errors(std::cerr);
     for (const double len : {0.0, 0.8999, 1.1001, INFINITE})
         EXPECT_THROW((void)getAngleDegree(x, {0, len, 0}), ZefBugException) << len;
@@ -151,7 +141,7 @@ TEST(Tools, MeasuresOfRandomTrianglesAgree)
 
 TEST(Tools, DegenerateInputIsRefused)
 {
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     EXPECT_EQ(computeArea(1, 1, 5), 0.0);
     EXPECT_THROW((void)computeArea(1, NOT_A_NUMBER, 1), ZefBugException);
     EXPECT_THROW((void)Plane({0, 0, 0}, {1, 0, 0}, {2, 0, 0}), ZefBugException);
@@ -225,7 +215,7 @@ TEST(Tools, EstimatedNormalFindsThePlane)
 TEST(Tools, VolumeOfAClosedSurface)
 {
     EXPECT_EQ(computeVolume(std::vector<Point3>()), 0.0);
-    std::vector<Point3> vCorners = makeCube({10, -20, 30});
+    std::vector<Point3> vCorners = boxSoup({10, -20, 30}, {1, 1, 1});
     EXPECT_NEAR(computeVolume(vCorners), 1.0, 1e-12);
     EXPECT_EQ(computeVolume(pointersTo(vCorners)), computeVolume(vCorners));
     std::reverse(vCorners.begin(), vCorners.end());
@@ -272,7 +262,7 @@ TEST(Tools, SortRingRefusesWhatIsNoRing)
     {
         SCOPED_TRACE(row.name);
         std::vector<Segment3> vSegments = row.vSegments;
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         EXPECT_FALSE(sortRing(vSegments));
         EXPECT_EQ(vSegments.size(), row.vSegments.size());
     }

@@ -9,7 +9,6 @@
 
 #include <cmath>
 #include <filesystem>
-#include <iostream>
 #include <memory>
 #include <random>
 #include <set>
@@ -159,7 +158,7 @@ TEST_F(MeshFilesTest, UnwritableTargetsAreReported)
         for (const auto pWrite :
              {&Mesh::writePly_BIN, &Mesh::writePly_ASCII, &Mesh::writeStl_ASCII, &Mesh::writeGeomview_ASCII})
         {
-            const StreamCapture out(std::cout);
+            const StreamCapture out;
             EXPECT_FALSE((*pMesh.*pWrite)(name));
             EXPECT_TRUE(out.contains(name));
         }

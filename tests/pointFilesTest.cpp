@@ -244,7 +244,7 @@ TEST(PointFilesTest, BinaryFilesThatAreShortOrOdd)
     {
         SCOPED_TRACE(row.what);
         const TempFile file(".bin", row.content);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         std::vector<Point3> vPoints = {Point3(7, 7, 7)};
         EXPECT_EQ(row.bOK, readPoints_BIN(file.c_str(), vPoints));
         EXPECT_EQ(row.bOK, !out.contains(file.path));
@@ -272,7 +272,7 @@ TEST(PointFilesTest, FailuresTellTheFileAndAppendNothing)
     for (const auto& call : calls)
     {
         SCOPED_TRACE(&call - calls);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         const StreamCapture err(std::cerr);
         EXPECT_FALSE(call(missing));
         EXPECT_TRUE(out.contains(missing) || err.contains(missing)) << out.text() << err.text();
@@ -286,7 +286,7 @@ TEST(PointFilesTest, FullDiskIsReported)
     if (!std::filesystem::exists("/dev/full"))
         return;
     std::vector<Point3> vPoints = {Point3(1, 2, 3)}; // fits every buffer: only the closing fails
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     const StreamCapture err(std::cerr);
     EXPECT_FALSE(writePoints_ASCII("/dev/full", vPoints));
     EXPECT_FALSE(writePoints_BIN("/dev/full", vPoints));
@@ -331,7 +331,7 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
     {
         SCOPED_TRACE(row.what);
         const TempFile file(".stl", row.content);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         std::vector<Point3> vCorners(3);
         EXPECT_EQ(row.numTriangles >= 0, readSTL_ASCII(file.c_str(), vCorners));
         EXPECT_EQ(row.numTriangles < 0, out.contains(file.path));
@@ -358,7 +358,7 @@ TEST(PointFilesTest, RealFilesGiveWhatTheirTableTells)
         fields >> name >> aExpected[0] >> aExpected[1];
         SCOPED_TRACE(name);
         std::string path = dataDir() + "/files/" + name;
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         for (const bool bTriangles : {false, true})
         {
             if (aExpected[bTriangles] == "-")
