@@ -56,13 +56,12 @@ TEST(Reconstruct, closedShapesEndClosedAndFaceOutward)
     Points nested = makeCloud(8000, 0.0, 0.0);
     for (const Point3& p : makeCloud(2000, 0.0, 0.0))
         nested.emplace_back(0.5 * p.x(), 0.5 * p.y(), 0.5 * p.z());
-    const double ball = 4000.0 / 3.0 * PI;
+    const double ball = 4.0 / 3.0 * PI;
     // The inner ball of the nested pair faces outward too: each component is judged alone.
-    for (Row& row :
-         std::vector<Row>{{"ball", makeCloud(10000, 0.0, 0.0), false, 2, ball},
-                          {"noisy ball, smoothed", makeCloud(10000, 0.0, 0.05), true, 2, ball},
-                          {"torus", makeCloud(10000, 4.0, 0.0), false, 0, 2 * PI * PI * 10.0 * 16.0},
-                          {"nested balls", nested, false, 4, ball * 1.125}})
+    for (Row& row : std::vector<Row>{{"ball", makeCloud(10000, 0.0, 0.0), false, 2, ball},
+                                     {"noisy ball, smoothed", makeCloud(10000, 0.0, 0.005), true, 2, ball},
+                                     {"torus", makeCloud(10000, 0.4, 0.0), false, 0, 2 * PI * PI * 0.16},
+                                     {"nested balls", nested, false, 4, ball * 1.125}})
     {
         SCOPED_TRACE(row.name);
         const std::shared_ptr<Mesh> pMesh = reconstruct_auto(row.cloud, row.bSmooth, 1.0);
@@ -165,17 +164,17 @@ TEST(Reconstruct, refusalsAreThoseOfTheTable)
 TEST(Reconstruct, badPointsAndDuplicatesDoNotChangeTheRest)
 {
     Points cloud = makeCloud(3000, 0.0, 0.0);
-    const std::shared_ptr<Mesh> pClean = reconstruct_abs(cloud, false, 0.8);
+    const std::shared_ptr<Mesh> pClean = reconstruct_abs(cloud, false, 0.08);
     Points spoilt;
     for (const Point3& p : cloud)
     {
         spoilt.push_back(p);
         spoilt.emplace_back(p.x(), std::numeric_limits<double>::quiet_NaN(), p.z());
     }
-    const std::shared_ptr<Mesh> pSpoilt = reconstruct_abs(spoilt, false, 0.8);
+    const std::shared_ptr<Mesh> pSpoilt = reconstruct_abs(spoilt, false, 0.08);
     EXPECT_EQ(pSpoilt->getRMesh()->getNumT(), pClean->getRMesh()->getNumT());
     Points turned(cloud.rbegin(), cloud.rend());
-    const std::shared_ptr<Mesh> pTurned = reconstruct_abs(turned, false, 0.8);
+    const std::shared_ptr<Mesh> pTurned = reconstruct_abs(turned, false, 0.08);
     EXPECT_EQ(pTurned->getRMesh()->getNumT(), pClean->getRMesh()->getNumT())
         << "the order of the points does not matter";
 }

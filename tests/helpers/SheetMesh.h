@@ -28,6 +28,13 @@ struct SheetMesh : LatticeMesh
         add(a, b, c);
         add(a, c, d);
     }
+    void addTetrahedron(u64 a, u64 b, u64 c, u64 d)
+    {
+        add(a, c, b);
+        add(a, b, d);
+        add(b, c, d);
+        add(c, a, d);
+    }
     // The squares of [0, size) x [0, size) but for those that isHole(x, y) names, facing +z.
     template <typename IsHole>
     void addSheet(int size, const IsHole& isHole)
