@@ -215,36 +215,6 @@ TEST(CalcStep, equalsTheRippleCarry)
     }
 }
 
-TEST(CalcNeighbours, cubesFollowTheirTables)
-{
-    constexpr int kUp[3][8] = {{0, 1, 1, 0, 0, 1, 1, 0}, {0, 0, 0, 0, 1, 1, 1, 1}, {0, 0, 1, 1, 0, 0, 1, 1}};
-    constexpr int kDown[3][8] = {
-        {-1, 0, 0, -1, -1, 0, 0, -1}, {-1, -1, -1, -1, 0, 0, 0, 0}, {0, 0, -1, -1, 0, 0, -1, -1}};
-    std::mt19937_64 random(6);
-    const Calc calc = makeUnitCalc(9);
-    for (int n = 0; n < 100; ++n)
-    {
-        const CCD base = makeInnerCCD(calc, random);
-        const Cell cell = getCell(calc, base);
-        CCD up[8] = {base};
-        calc.completeArray8Up(up);
-        CCD down[8] = {};
-        down[5] = base;
-        calc.completeArray8Down(down);
-        for (std::size_t i = 0; i < 8; ++i)
-        {
-            const auto shifted = [&](const int(&offsets)[3][8])
-            {
-                return Cell{cell.x + static_cast<u64>(offsets[0][i]),
-                            cell.y + static_cast<u64>(offsets[1][i]),
-                            cell.z + static_cast<u64>(offsets[2][i])};
-            };
-            ASSERT_EQ(getCell(calc, up[i]), shifted(kUp));
-            ASSERT_EQ(getCell(calc, down[i]), shifted(kDown));
-        }
-    }
-}
-
 TEST(CalcNeighbours, blocksHaveTheirOrder)
 {
     std::mt19937_64 random(7);

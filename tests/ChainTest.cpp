@@ -19,7 +19,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-const auto NO_HOLE = [](int, int) { return false; };
 
 // Sizes of the chains that are not empty, ascending, the closed ones or the open ones.
 std::vector<std::size_t> sizesOf(const ChainMgr& mgr, bool bClosed)
@@ -63,7 +62,7 @@ void expectLinked(const Chain& chain)
 TEST(VcdEdgeMap, behavesLikeAMultimap)
 {
     SheetMesh m;
-    m.addSheet(6, NO_HOLE);
+    m.addSheet(6);
     std::vector<CEdge*> vAll;
     m.mesh.getAllCE(vAll);
     std::mt19937 rng(5);
@@ -153,7 +152,7 @@ TEST(ChainMgr, keepsEveryEdgeInAtMostOneChain)
     {
         SCOPED_TRACE(round);
         SheetMesh m;
-        m.addSheet(5, NO_HOLE);
+        m.addSheet(5);
         std::vector<CEdge*> vAll;
         m.mesh.getAllCE(vAll);
         std::shuffle(vAll.begin(), vAll.end(), rng);

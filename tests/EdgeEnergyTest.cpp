@@ -34,7 +34,7 @@ double energyOf(const CMesh& mesh, const std::array<Pair, 4>& aOuter, const CEdg
 TEST(EdgeEnergy, isWhatTheFlipGainsOnPipelineMeshes)
 {
     const StreamCapture quiet;
-    PipelineMesh repaired(makeCloud(3000, 0.0, 0.03), true);
+    PipelineMesh repaired(makeCloud(3000, 0.0, 0.3), true);
     CMesh& mesh = repaired.mesh();
     std::vector<CEdge*> vDeg2;
     mesh.getDegN(2, vDeg2);

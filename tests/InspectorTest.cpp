@@ -38,31 +38,6 @@ std::size_t countAliveIn(const SheetMesh& sm, std::size_t begin, std::size_t end
 }
 } // namespace
 
-TEST(Inspector, keepsTheWholePieceWithoutABorder)
-{
-    for (const NamedCloud& cloud : getClouds())
-    {
-        SCOPED_TRACE(cloud.name);
-        const StreamCapture capture;
-        PipelineMesh pm(cloud.vPoints, false);
-        const std::size_t numT = pm.mesh().getNumAliveT();
-        {
-            const std::vector<CPatch*> vPatches = cutOriented(pm.mesh());
-            Inspector inspector(&pm.mesh(), vPatches);
-            for (CPatch* pPatch : vPatches)
-            {
-                CTriangle* pStartT = pPatch->getMembers().back();
-                pStartT->flipOrientation();
-                const u64 second = pStartT->getC1();
-                inspector.keepGoodPartForKnownBorder(pPatch, pStartT, {});
-                EXPECT_EQ(pStartT->getC1(), second) << "it gives the orientation";
-            }
-        }
-        EXPECT_EQ(pm.mesh().getNumAliveT(), numT);
-        expectConsistent(pm.mesh());
-    }
-}
-
 TEST(Inspector, knownBorderStopsTheFlood)
 {
     Strip strip(10);

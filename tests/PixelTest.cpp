@@ -181,43 +181,6 @@ TEST(PixelSurface, randomSoupsAreSoundAndCovered)
     }
 }
 
-TEST(PixelSurface, hardSoups)
-{
-    struct Case
-    {
-        const char* name;
-        std::vector<Point3> vSoup;
-        double spacing;
-        std::size_t minPixels;
-    };
-    const Case cases[] = {
-        {"needle", {{0, 0, 0}, {100, 0, 0}, {50, 1e-7, 0}}, 1.0, 101},
-        {"folded pair", {{0, 0, 0}, {10, 0, 0}, {0, 10, 0}, {0, 0, 0}, {10, 0, 0}, {1, 9, 0}}, 1.0, 60},
-        {"three at an edge",
-         {{0, 0, 0},
-          {9, 0, 0},
-          {0, 9, 0},
-          {0, 0, 0},
-          {9, 0, 0},
-          {0, 0, 9},
-          {0, 0, 0},
-          {9, 0, 0},
-          {0, -9, -9}},
-         1.0,
-         120},
-        {"no area", {{0, 0, 0}, {1, 1, 1}, {2, 2, 2}, {0, 0, 0}, {3, 0, 0}, {3, 0, 0}}, 0.5, 0},
-        {"long edges", {{5e6, 5e6, 0}, {5e6 + 1000, 5e6 + 0.01, 0.03}, {5e6, 5e6 + 0.2, 0}}, 0.05, 40000},
-        {"inside one cell", {{0, 0, 0}, {0.01, 0, 0}, {0, 0.01, 0}}, 1.0, 1},
-    };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.name);
-        const Sampled s = sample(c.vSoup, c.spacing, 40.0);
-        EXPECT_GE(s.vPixels.size(), c.minPixels);
-        expectSound(s);
-    }
-}
-
 TEST(PixelEdge, walksThroughNeighbouringCells)
 {
     std::mt19937_64 random(22);

@@ -15,29 +15,6 @@
 
 namespace TARN_ZEF
 {
-TEST(RMesh, shapesHaveTheirKnownNumbers)
-{
-    struct Row
-    {
-        const char* name;
-        RMeshSource source;
-        long euler;
-        std::size_t numBorder;
-    };
-    for (const Row& row : {Row{"plane", planeSource(10), 1, 40}, Row{"torus", torusSource(24, 12), 0, 0},
-                           Row{"cube", cubeSource(6, false), 2, 0}})
-    {
-        SCOPED_TRACE(row.name);
-        const RMesh mesh(row.source);
-        expectConsistent(mesh);
-        EXPECT_EQ(getEulerNumber(mesh), row.euler);
-        EXPECT_EQ(countEdges(mesh, 1), row.numBorder);
-        EXPECT_EQ(countEdges(mesh, -1), 0u);
-        EXPECT_EQ(countDisagreeing(mesh), 0u);
-    }
-    EXPECT_THROW((void)countEdges(RMesh(planeSource(1)), -2), ZefBugException);
-}
-
 TEST(RMesh, randomCollapsesKeepAllLinks)
 {
     const PreparedTree tree;

@@ -112,24 +112,6 @@ struct SheetAndTop : SheetMesh
     PlainTop top;
 };
 
-// No square has two triangles on either of its diagonals.
-void expectOneDiagonalAFace(CMesh& mesh, const Calc& calc)
-{
-    std::vector<CEdge*> vCE;
-    mesh.getDegN(2, vCE);
-    for (const CEdge* pCE : vCE)
-    {
-        const u64 a = pCE->vCT[0]->getThirdCCD(pCE->v0, pCE->v1);
-        const u64 b = pCE->vCT[1]->getThirdCCD(pCE->v0, pCE->v1);
-        const int axis = calc.getUniqueSameComponent(pCE->v0, pCE->v1);
-        if (a == b || axis < 0 || calc.getUniqueSameComponent(a, b) != axis || !mesh.hasEdge(a, b) ||
-            (pCE->v0 & getMask(axis)) != (a & getMask(axis)))
-            continue;
-        EXPECT_FALSE(mesh.getCE(a, b)->getDegree() == 2 && mesh.getCE(a, b)->hasTriangle(a, b, pCE->v0) &&
-                     mesh.getCE(a, b)->hasTriangle(a, b, pCE->v1));
-    }
-}
-
 // Each piece over edges of degree 2 agrees in itself, unless it is twisted, and the normals of its triangles
 // at one of its topmost corners do not point down.
 void expectOriented(CMesh& mesh, const Calc& calc)
@@ -226,7 +208,6 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
         CellsAndTop plain(size, seed, cells);
         quick.top.unifyDiagonals();
         plain.top.unifyDiagonals();
-        expectOneDiagonalAFace(quick.cells.mesh(), quick.cells.calc);
         for (const bool bStrict : {true, false})
         {
             for (bool bChanged = true; bChanged;)
@@ -248,27 +229,9 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
     EXPECT_GT(numKilled, 20);
 }
 
-TEST(TopKillDegenerate, leavesNoFlatTriangleInASheet)
+TEST(TopKillDegenerate, givesUpWhereAllCornersAreInOnePlace)
 {
-    for (unsigned int seed = 0; seed < 10; ++seed)
-    {
-        SCOPED_TRACE(seed);
-        SheetAndTop s;
-        s.addSheet(8);
-        std::mt19937 rng(seed);
-        for (int i = 0; i < 3; ++i)
-        {
-            const int x = 2 * i + static_cast<int>(rng() % 2);
-            const int y = static_cast<int>(rng() % 7);
-            const Point3 p = s.mesh.getAvgPoint(s.cell(x, y, 8));
-            s.mesh.getVtx(s.cell(x + 1, y + 1, 8))->set(p.x() + 0.5, p.y(), p.z());
-        }
-        const StreamCapture capture;
-        s.top.killDegenerate();
-        EXPECT_TRUE(s.mesh.checkNoDegenerate("after"));
-        expectConsistent(s.mesh);
-    }
-    SheetAndTop lost; // closed, with all corners in one place: nothing helps
+    SheetAndTop lost; // closed: nothing helps
     lost.addCube(2);
     lost.map.forEach([](u64, Bundle* pBundle) { pBundle->pPoint->set(1, 1, 1); });
     const StreamCapture capture;
@@ -347,41 +310,6 @@ TEST(TopBorders, tinyMeansFewTrianglesAndMuchBorder)
 
 // --- Patches -----------------------------------------------------------------------------------------------
 
-// A square hole in a sheet with two lids, flat and domed: three patches with one boundary.
-TEST(TopPatches, ofPairsWithOneBoundaryTheSmallerGoes)
-{
-    struct Row
-    {
-        const char* name;
-        int size;          // of the sheet; the hole is 2 by 2
-        std::size_t numT0; // left after one pass
-    };
-    const Row rows[] = {
-        {"small lids on a large sheet", 8, 128},
-        {"small lids on a small sheet", 4, 32},
-    };
-    for (const Row& row : rows)
-    {
-        SCOPED_TRACE(row.name);
-        SheetAndTop s;
-        const auto isHole = [](int x, int y) { return x >= 1 && x < 3 && y >= 1 && y < 3; };
-        s.addSheet(row.size, isHole);
-        for (const int z : {8, 9})
-        {
-            const u64 mid = s.cell(2, 2, z);
-            const u64 ring[8] = {s.cell(1, 1, 8), s.cell(2, 1, 8), s.cell(3, 1, 8), s.cell(3, 2, 8),
-                                 s.cell(3, 3, 8), s.cell(2, 3, 8), s.cell(1, 3, 8), s.cell(1, 2, 8)};
-            for (int i = 0; i < 8; ++i)
-                s.add(ring[i], ring[(i + 1) % 8], mid);
-        }
-        EXPECT_TRUE(s.top.solvePatches(true));
-        EXPECT_EQ(s.mesh.getNumAliveT(), row.numT0);
-        EXPECT_TRUE(s.isManifold());
-        EXPECT_FALSE(s.top.solvePatches(true));
-        expectConsistent(s.mesh);
-    }
-}
-
 TEST(TopPatches, sizeAndAreaDecideAPair)
 {
     struct Row
@@ -412,17 +340,6 @@ TEST(TopPatches, sizeAndAreaDecideAPair)
         EXPECT_EQ(patches[0].isAlive(), row.dead != 0);
         EXPECT_EQ(patches[1].isAlive(), row.dead != 1);
     }
-}
-
-TEST(TopPatches, aFreeBubbleGoesButIsNoChange)
-{
-    SheetAndTop s;
-    const u64 a = s.cell(20, 8, 8), b = s.cell(21, 8, 8), c = s.cell(20, 9, 8), d = s.cell(20, 8, 9);
-    s.addTetrahedron(a, b, c, d);
-    s.addCube(2);
-    EXPECT_FALSE(s.top.solvePatches(false));
-    EXPECT_EQ(s.mesh.getNumAliveT(), 48u);
-    EXPECT_FALSE(s.mesh.hasEdge(a, d));
 }
 
 TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)

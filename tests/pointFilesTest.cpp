@@ -1,10 +1,10 @@
 #include "zef_api_functions.h"
 
-#include "LineReader.h"
 #include "TextNumbers.h"
 #include "TextWriter.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/TempFile.h"
+#include "definitions.h"
 #include "helpers/dataDir.h"
 
 #include <gtest/gtest.h>
@@ -128,38 +128,6 @@ TEST(TextWriterTest, DigitsAreThoseOfAStream)
         writer.flush();
         EXPECT_EQ(expected.str(), actual.str());
     }
-}
-
-TEST(LineReaderTest, LinesAcrossBlocksAndAllEnds)
-{
-    std::mt19937_64 rng(3);
-    std::string content;
-    std::vector<std::string> vExpected;
-    for (int i = 0; i < 200; ++i)
-    {
-        vExpected.emplace_back(i == 100 ? 1000000 : rng() % 9000, static_cast<char>('a' + i % 26));
-        const char* const ends[] = {"\n", "\r", "\r\n"};
-        content += vExpected.back();
-        // An empty line after a lone CR would merge with it into CR LF.
-        content += ends[i % 3];
-        if (i % 3 == 1 && rng() % 2 == 0)
-            content += "\r", vExpected.emplace_back();
-    }
-    content += "last";
-    vExpected.emplace_back("last");
-
-    std::istringstream stream(content);
-    ByteSource source(stream);
-    LineReader lines(source, LineEnds::LF_OR_CR);
-    std::string_view line;
-    std::size_t num = 0;
-    for (; lines.next(line); ++num)
-    {
-        ASSERT_LT(num, vExpected.size());
-        ASSERT_EQ(vExpected[num], line) << num;
-    }
-    EXPECT_EQ(vExpected.size(), num);
-    EXPECT_EQ(num, lines.getLineNumber());
 }
 
 TEST(PointFilesTest, PointsComeBackExactlyFromPlyAsFloats)

@@ -56,11 +56,11 @@ TEST(Reconstruct, closedShapesEndClosedAndFaceOutward)
     Points nested = makeCloud(8000, 0.0, 0.0);
     for (const Point3& p : makeCloud(2000, 0.0, 0.0))
         nested.emplace_back(0.5 * p.x(), 0.5 * p.y(), 0.5 * p.z());
-    const double ball = 4.0 / 3.0 * PI;
+    const double ball = 4000.0 / 3.0 * PI;
     // The inner ball of the nested pair faces outward too: each component is judged alone.
     for (Row& row : std::vector<Row>{{"ball", makeCloud(10000, 0.0, 0.0), false, 2, ball},
-                                     {"noisy ball, smoothed", makeCloud(10000, 0.0, 0.005), true, 2, ball},
-                                     {"torus", makeCloud(10000, 0.4, 0.0), false, 0, 2 * PI * PI * 0.16},
+                                     {"noisy ball, smoothed", makeCloud(10000, 0.0, 0.05), true, 2, ball},
+                                     {"torus", makeCloud(10000, 4.0, 0.0), false, 0, 2 * PI * PI * 160.0},
                                      {"nested balls", nested, false, 4, ball * 1.125}})
     {
         SCOPED_TRACE(row.name);
@@ -164,17 +164,17 @@ TEST(Reconstruct, refusalsAreThoseOfTheTable)
 TEST(Reconstruct, badPointsAndDuplicatesDoNotChangeTheRest)
 {
     Points cloud = makeCloud(3000, 0.0, 0.0);
-    const std::shared_ptr<Mesh> pClean = reconstruct_abs(cloud, false, 0.08);
+    const std::shared_ptr<Mesh> pClean = reconstruct_abs(cloud, false, 0.8);
     Points spoilt;
     for (const Point3& p : cloud)
     {
         spoilt.push_back(p);
         spoilt.emplace_back(p.x(), std::numeric_limits<double>::quiet_NaN(), p.z());
     }
-    const std::shared_ptr<Mesh> pSpoilt = reconstruct_abs(spoilt, false, 0.08);
+    const std::shared_ptr<Mesh> pSpoilt = reconstruct_abs(spoilt, false, 0.8);
     EXPECT_EQ(pSpoilt->getRMesh()->getNumT(), pClean->getRMesh()->getNumT());
     Points turned(cloud.rbegin(), cloud.rend());
-    const std::shared_ptr<Mesh> pTurned = reconstruct_abs(turned, false, 0.08);
+    const std::shared_ptr<Mesh> pTurned = reconstruct_abs(turned, false, 0.8);
     EXPECT_EQ(pTurned->getRMesh()->getNumT(), pClean->getRMesh()->getNumT())
         << "the order of the points does not matter";
 }
@@ -265,6 +265,7 @@ TEST(Melt, oddSoupsGiveSoundResults)
              {"one triangle", {{0, 0, 0}, {9, 0, 0}, {0, 9, 1}}, false},
              {"needle", {{0, 0, 0}, {60, 0, 0}, {30, 1e-7, 0}}, false},
              {"folded pair", {{0, 0, 0}, {9, 0, 0}, {0, 9, 0}, {0, 0, 0}, {9, 0, 0}, {0, 9, 1e-9}}, false},
+             {"long edges", {{5e6, 5e6, 0}, {5e6 + 1000, 5e6, 0.6}, {5e6, 5e6 + 4, 0}}, false},
              {"equal corners only", {{1, 1, 1}, {1, 1, 1}, {2, 2, 2}}, true},
              {"a triangle with NaN", {{nan, 0, 0}, {1, 0, 0}, {0, 1, 0}}, true},
              {"far from the origin", {{5e6, 5e6, 5e6}, {5e6 + 9, 5e6, 5e6}, {5e6, 5e6 + 9, 5e6}}, false},

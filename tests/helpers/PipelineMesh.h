@@ -24,7 +24,7 @@
 
 namespace TARN_ZEF
 {
-// num evenly spread points on a sphere of radius 1, or on a torus of radii 1 and small above 0; off by up to
+// num evenly spread points on a sphere of radius 10, or on a torus of radii 10 and small above 0; off by up to
 // noise on each axis.
 inline std::vector<Point3> makeCloud(std::size_t num, double small, double noise)
 {
@@ -36,8 +36,8 @@ inline std::vector<Point3> makeCloud(std::size_t num, double small, double noise
         const double t = (static_cast<double>(i) + 0.5) / static_cast<double>(num);
         const double a = 6.28318530717959 * std::fmod(0.618033988749895 * static_cast<double>(i), 1.0);
         const double b = 6.28318530717959 * t;
-        const double z = small > 0.0 ? small * std::sin(b) : 2.0 * t - 1.0;
-        const double rho = small > 0.0 ? 1.0 + small * std::cos(b) : std::sqrt(1.0 - z * z);
+        const double z = small > 0.0 ? small * std::sin(b) : 10.0 * (2.0 * t - 1.0);
+        const double rho = small > 0.0 ? 10.0 + small * std::cos(b) : std::sqrt(100.0 - z * z);
         vPoints.emplace_back(rho * std::cos(a) + noise * unit(rng), rho * std::sin(a) + noise * unit(rng),
                              z + noise * unit(rng));
     }
@@ -54,8 +54,8 @@ struct NamedCloud
 inline std::vector<NamedCloud> getClouds()
 {
     std::vector<NamedCloud> vClouds = {{"sphere", makeCloud(3000, 0.0, 0.0), true},
-                                       {"torus", makeCloud(4000, 0.3, 0.0), true},
-                                       {"noisy sphere", makeCloud(3000, 0.0, 0.06), false}};
+                                       {"torus", makeCloud(4000, 3.0, 0.0), true},
+                                       {"noisy sphere", makeCloud(3000, 0.0, 0.6), false}};
     if (dataDir().empty())
         return vClouds;
     for (const char* name : {"kitten.xyz", "lamppost.xyz"})
