@@ -60,8 +60,8 @@ class PlainCells
 {
 public:
     PlainCells(const Calc& calc_, const std::set<CCD>& sCCD)
-        : calc(calc_)
-        , sCells(sCCD)
+        : sCells(sCCD)
+        , calc(calc_)
     {
     }
     bool tryKill(CCD ccd, int axis, int direction, bool bBundle)
@@ -111,7 +111,7 @@ public:
         }
         return num;
     }
-    [[nodiscard]] const std::set<CCD>& getCells() const { return sCells; }
+    std::set<CCD> sCells;
 
 private:
     [[nodiscard]] CCD move(CCD ccd, int axis, int steps) const
@@ -124,7 +124,6 @@ private:
     }
 
     const Calc& calc;
-    std::set<CCD> sCells;
 };
 
 // A cloud of cells around the place where eight blocks meet.
@@ -158,7 +157,7 @@ TEST(IsoStore, passesAgainstAPlainSet)
         PlainCells plain(calc, sCCD);
         plain.run(mForbidden, true);
         cells.store.simplify();
-        ASSERT_EQ(cells.getCells(), plain.getCells()) << "simplify, round " << round;
+        ASSERT_EQ(cells.getCells(), plain.sCells) << "simplify, round " << round;
         cells.expectMarksMatch();
 
         Cells inflated(&calc, sCCD);
@@ -166,7 +165,7 @@ TEST(IsoStore, passesAgainstAPlainSet)
         std::map<CCD, int> mPlainInflates = mInflates;
         plainInflated.run(mPlainInflates, false);
         inflated.store.simplifyInflates(mInflates);
-        ASSERT_EQ(inflated.getCells(), plainInflated.getCells()) << "simplifyInflates, round " << round;
+        ASSERT_EQ(inflated.getCells(), plainInflated.sCells) << "simplifyInflates, round " << round;
         ASSERT_EQ(mInflates, mPlainInflates);
         ASSERT_EQ(inflated.store.getSize(), sCCD.size()); // cells added, not cells left
 
