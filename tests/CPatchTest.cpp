@@ -256,18 +256,12 @@ TEST(CPatchEdges, byDegreeInTheMeshAndInThePatch)
     expectBoundaryQueriesRight(*pPatch);
     EXPECT_EQ(pPatch->getPatchBoundarySize(), 12u);
 
-    struct Row
+    for (const auto& [num, numExpected] :
+         {std::pair<int, std::size_t>{1, 12}, {2, 21}, {-1, 12}, {-2, 21}, {-3, 0}, {-4, 0}})
     {
-        int num;
-        std::size_t expected;
-    };
-    const Row rows[] = {{1, 12}, {2, 21}, {-1, 12}, {-2, 21}, {-3, 0}, {-4, 0}};
-    for (const Row& row : rows)
-    {
-        SCOPED_TRACE(row.num);
         std::vector<CEdge*> vCE;
-        getDegNEdges(row.num, pPatch->getMembers(), vCE);
-        EXPECT_EQ(vCE.size(), row.expected);
+        getDegNEdges(num, pPatch->getMembers(), vCE);
+        EXPECT_EQ(vCE.size(), numExpected) << num;
     }
     const StreamCapture capture;
     EXPECT_THROW(pPatch->getCEByDegree(0, vOne), ZefBugException);

@@ -78,23 +78,17 @@ private:
             for (const Point3& p : vGroup)
                 p.addOwnCoords(x, y, z);
             const double n = static_cast<double>(vGroup.size());
-            v.push_back({rcd, vGroup.size() == 1 ? vGroup[0] : Point3(x / n, y / n, z / n),
-                         static_cast<int>(vGroup.size())});
+            v.push_back({rcd, {x / n, y / n, z / n}, static_cast<int>(vGroup.size())});
         }
     }
 
-    void add(const std::vector<CCD>& vCells)
-    {
-        for (const CCD ccd : vCells)
-            v.push_back({LATTICE.ccdToRCD(ccd), LATTICE.getMid(ccd), 0});
-    }
-
+    // Cells that lie in six or more of the cubes around occupied cells: first those in all eight, then the
+    // others unless they can be removed.
     void complete()
     {
-        std::set<CCD> sOrg;
+        std::set<CCD> sOrg, sCubes;
         for (const RefNode& node : v)
             sOrg.insert(LATTICE.getCCD(node.pos));
-        std::set<CCD> sCubes;
         for (const CCD ccd : sOrg)
         {
             CCD array[8] = {ccd};
@@ -108,28 +102,18 @@ private:
             array[5] = cube;
             LATTICE.completeArray8Down(array);
             for (const CCD ccd : array)
-                ++mPossible[ccd];
+                mPossible[ccd] += sOrg.count(ccd) == 0 ? 1 : 0;
         }
-        std::vector<CCD> vCard8, vAny, vTake;
-        for (const auto& [ccd, num] : mPossible)
-            if (num >= 6 && sOrg.count(ccd) == 0)
-                (num == 8 ? vCard8 : vAny).push_back(ccd);
-        add(vCard8);
-        sOrg.insert(vCard8.begin(), vCard8.end());
-        const std::vector<CCD> vOrg(sOrg.begin(), sOrg.end());
-        RemoveDecider decider(&vOrg, &LATTICE);
-        for (const CCD ccd : vAny)
-            if (!decider.canRemove(ccd))
-                vTake.push_back(ccd);
-        add(vTake);
-    }
-
-    void link(std::size_t a, std::size_t b)
-    {
-        if (std::find(v[a].vLinks.begin(), v[a].vLinks.end(), b) != v[a].vLinks.end())
-            return;
-        v[a].vLinks.push_back(b);
-        v[b].vLinks.push_back(a);
+        for (const int least : {8, 6})
+        {
+            const std::vector<CCD> vOrg(sOrg.begin(), sOrg.end());
+            RemoveDecider decider(&vOrg, &LATTICE);
+            for (const auto& [ccd, num] : mPossible)
+                if (num >= least && sOrg.count(ccd) == 0 && (num == 8 || !decider.canRemove(ccd)))
+                    v.push_back({LATTICE.ccdToRCD(ccd), LATTICE.getMid(ccd), 0});
+            for (const RefNode& node : v)
+                sOrg.insert(LATTICE.getCCD(node.pos));
+        }
     }
 
     void relink()
@@ -144,9 +128,13 @@ private:
                 mCubes[makeRCD(x + (k >> 2), y + (k >> 1 & 1), z + (k & 1))].push_back(i);
         }
         for (const auto& [cube, vGroup] : mCubes)
-            for (std::size_t i = 0; i < vGroup.size(); ++i)
-                for (std::size_t k = i + 1; k < vGroup.size(); ++k)
-                    link(vGroup[i], vGroup[k]);
+            for (const std::size_t a : vGroup)
+                for (const std::size_t b : vGroup)
+                    if (a < b && std::count(v[a].vLinks.begin(), v[a].vLinks.end(), b) == 0)
+                    {
+                        v[a].vLinks.push_back(b);
+                        v[b].vLinks.push_back(a);
+                    }
     }
 
     void move()

@@ -151,26 +151,20 @@ TEST(TopDiagonals, aFaceWithBothDiagonalsKeepsOne)
     struct Row
     {
         const char* name;
-        bool bThird, bFourth; // of the triangles on the second diagonal
-        bool bParallel;       // the second diagonal is one cell above
+        bool bFourth;   // of the two triangles on the second diagonal
+        bool bParallel; // the second diagonal is one cell above
         std::size_t expected;
     };
-    const Row rows[] = {
-        {"both sides", true, true, false, 2},
-        {"one side exists", true, false, false, 2},
-        {"parallel planes", true, true, true, 4},
-    };
-    for (const Row& row : rows)
+    for (const Row& row : {Row{"both sides", true, false, 2}, Row{"one side exists", false, false, 2},
+                           Row{"parallel planes", true, true, 4}})
     {
         SCOPED_TRACE(row.name);
         SheetAndTop s;
         const u64 a = s.cell(8, 8, 8), b = s.cell(9, 8, 8), c = s.cell(9, 9, 8), d = s.cell(8, 9, 8);
         const int z = row.bParallel ? 9 : 8;
         const u64 b2 = s.cell(9, 8, z), d2 = s.cell(8, 9, z);
-        s.add(a, b, c);
-        s.add(a, c, d);
-        if (row.bThird)
-            s.add(b2, d2, a);
+        s.addSquare(a, b, c, d);
+        s.add(b2, d2, a);
         if (row.bFourth)
             s.add(d2, b2, c);
         s.top.unifyDiagonals();
@@ -427,13 +421,8 @@ TEST(TopRun, makesACleanOrientedSurfaceOfABall)
         unsigned int numGap;
         bool bMelt;
     };
-    const Row rows[] = {
-        {"whole", 0, false},
-        {"with gaps", 30, false},
-        {"frayed", 6, false},
-        {"melt", 30, true},
-    };
-    for (const Row& row : rows)
+    for (const Row& row : {Row{"whole", 0, false}, Row{"with gaps", 30, false}, Row{"frayed", 6, false},
+                           Row{"melt", 30, true}})
     {
         SCOPED_TRACE(row.name);
         const StreamCapture capture;
