@@ -3,7 +3,7 @@
 #include "ChainMgr.h"
 #include "ConEdge.h"
 #include "VcdEdgeMap.h"
-#include "helpers/SheetMesh.h"
+#include "helpers/QuadMesh.h"
 #include "helpers/checkMesh.h"
 #include "tools.h"
 
@@ -253,22 +253,12 @@ TEST(ConEdge, ratesByTheBendBetweenTheMembers)
         for (int flips = 0; flips < 4; ++flips)
         {
             SCOPED_TRACE(c.name);
-            SheetMesh m;
-            const u64 a = m.cellAt(1, 1, 1, Point3(0, 0, 0));
-            const u64 b = m.cellAt(1, 2, 1, Point3(0, 1, 0));
-            std::set<CTriangle*, ByCreationCT> sT;
-            for (std::size_t i = 0; i < c.vTips.size(); ++i)
-            {
-                const double phi = c.vTips[i] / DEGREES_PER_RAD;
-                const u64 tip =
-                    m.cellAt(3, 3, static_cast<int>(i), Point3(std::cos(phi), 0.5, std::sin(phi)));
-                CTriangle* pCT = m.add(a, b, tip);
+            const Fan fan(c.vTips);
+            for (std::size_t i = 0; i < 2; ++i)
                 if (((flips >> i) & 1) != 0)
-                    pCT->flipOrientation();
-                if (i < c.numMembers)
-                    sT.insert(pCT);
-            }
-            const ConEdge ce(&m.mesh, m.mesh.getCE(a, b), sT);
+                    fan.vT[i]->flipOrientation();
+            const auto end = fan.vT.begin() + static_cast<std::ptrdiff_t>(c.numMembers);
+            const ConEdge ce(&fan.mesh, fan.pCE, std::set<CTriangle*, ByCreationCT>(fan.vT.begin(), end));
             EXPECT_NEAR(ce.value, c.value, 1e-4);
             EXPECT_EQ(ce.bManifold, c.bManifold);
             EXPECT_EQ(ce.numMemT, static_cast<int>(c.numMembers));

@@ -55,22 +55,6 @@ std::vector<Point3> makeRandomSheet(int num, double size, double noise)
     return v;
 }
 
-// Of a gap filler: onto the planes of the neighbours that have points.
-Point3 meanProjection(const Smooth& smooth, std::size_t node, const Point3& mid)
-{
-    Vector3 sum;
-    int num = 0;
-    for (const std::uint32_t link : smooth.getLinks(node))
-    {
-        const SNode& neighbour = smooth.getNodes()[link];
-        if (neighbour.getNumPoints() == SNode::GAP_FILLER || !neighbour.hasPlane())
-            continue;
-        sum.add(neighbour.projection(mid) - Point3());
-        ++num;
-    }
-    return num == 0 ? smooth.getNodes()[node].getPoint() : Point3() + sum / num;
-}
-
 // What the intake makes of points: the cells and their points.
 std::map<u64, Point3> takeIn(const std::vector<Point3>& vPoints, double spacingAbs, bool bMelt, bool bSmooth)
 {
@@ -241,7 +225,7 @@ TEST_F(CloudIntake, BundlesFollowFromTheNodes)
             if (ccd != previous && node.hasPlane())
             {
                 const Point3 mid = pCalc->getMid(ccd);
-                const Point3 p = bFiller    ? meanProjection(smooth, i, mid)
+                const Point3 p = bFiller    ? smooth.seatOnSheet(i, mid)
                                  : bProject ? node.projection(mid)
                                             : node.getPoint();
                 mExpected.emplace(bFiller ? ccd : pCalc->getCCD(p), p);

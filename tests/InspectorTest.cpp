@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <memory>
 
 namespace TARN_ZEF
 {

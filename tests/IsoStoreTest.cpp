@@ -213,29 +213,6 @@ TEST(IsoStore, thinnedSurfacesStayInOnePiece)
         }
 }
 
-TEST(IsoStore, rims)
-{
-    const Calc calc(0, 0, 0, 64, 64, 64, 6);
-    const StreamCapture caught;
-    Iso iso(0);
-    iso.set(3, 0, 2, true);
-    EXPECT_FALSE(iso.get(3, 31, 31));
-    EXPECT_EQ(iso.getNumRows(), 3u);
-    iso.set(31, 31, 31, true);
-    EXPECT_EQ(iso.getNumRows(), Iso::MAX_ROWS);
-    EXPECT_THROW(iso.set(32, 0, 0, true), ZefBugException);
-
-    Cells cells(&calc, {0});
-    EXPECT_FALSE(cells.store.isSetRelative(cells.store.getIso(0), -1, 0, 0));
-    EXPECT_TRUE(caught.contains("WARNING"));
-    EXPECT_FALSE(cells.store.isSetRelative(cells.store.getIso(0), 32, 0, 0)); // no such block
-    EXPECT_THROW((void)cells.store.isSet(calc.getCCD(Point3(40, 40, 40))), ZefBugException);
-    EXPECT_THROW(cells.store.init(0, cells.vBundles), ZefBugException);
-    EXPECT_FALSE(cells.store.empty());
-    cells.store.set(0, false);
-    EXPECT_TRUE(cells.store.empty());
-}
-
 TEST(IsoStore, stageBeforeTheExtraction)
 {
     const StreamCapture quiet;

@@ -1,5 +1,6 @@
 #include "Pixel.h"
 
+#include "Cloud.h"
 #include "Progress.h"
 #include "helpers/meshShapes.h"
 #include "tools.h"
@@ -22,7 +23,8 @@ struct Sampled
 {
     std::vector<Point3> vSoup;
     std::vector<Point3*> vCorners;
-    std::unique_ptr<Calc> pCalc;
+    std::unique_ptr<Cloud> pCloud; // owns the lattice
+    const Calc* pCalc;
     std::vector<Point3> vPixels;
     CCDPairs vFeatures;
     CCDPairs vBorders;
@@ -36,36 +38,21 @@ struct Sampled
     }
 };
 
-// A lattice of cells with a frame of 4.5 cells around the points.
-std::unique_ptr<Calc> makeCalc(const std::vector<Point3>& vPoints, double spacing)
-{
-    double low[3];
-    double extent = 0.0;
-    for (int i = 0; i < 3; ++i)
-    {
-        const auto [itLow, itHigh] = std::minmax_element(vPoints.begin(), vPoints.end(),
-                                                         [i](const Point3& a, const Point3& b)
-                                                         { return (a - b).getCartesian(i) < 0.0; });
-        low[i] = (*itLow - Point3()).getCartesian(i);
-        extent = std::max(extent, (*itHigh - *itLow).getCartesian(i));
-    }
-    const int level = static_cast<int>(std::log2(std::ceil(extent / spacing) + 9.0)) + 1;
-    const double edge = std::exp2(level) * spacing;
-    const double frame = 4.5 * spacing;
-    return std::make_unique<Calc>(low[0] - frame, low[1] - frame, low[2] - frame, edge, edge, edge, level);
-}
-
 Sampled sample(const std::vector<Point3>& vSoup, double spacing, double featureAngle)
 {
     Sampled s;
     s.vSoup = vSoup;
-    s.pCalc = makeCalc(vSoup, spacing);
+    s.pCloud = std::make_unique<Cloud>("soup", spacing, -1.0, false);
+    s.pCloud->setPoints(vSoup);
+    s.pCloud->estimateResolution();
+    s.pCloud->createCalc();
+    s.pCalc = s.pCloud->getCalc();
     std::map<Point3, Point3*> mPointVtx;
     for (Point3& p : s.vSoup)
         s.vCorners.push_back(mPointVtx.emplace(p, &p).first->second);
     getRootProgress()->reset();
     getRootProgress()->setName("Melt");
-    Pixel pixel(s.vCorners, s.pCalc.get());
+    Pixel pixel(s.vCorners, s.pCalc);
     pixel.run(s.vPixels, s.vFeatures, s.vBorders, featureAngle);
     getRootProgress()->reset();
     return s;

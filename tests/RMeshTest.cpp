@@ -1,6 +1,5 @@
 #include "RMesh.h"
 
-#include "PointTable.h"
 #include "RPatch.h"
 #include "RTop.h"
 #include "helpers/finishedMeshes.h"
@@ -10,7 +9,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <map>
 #include <random>
 
 namespace TARN_ZEF
@@ -180,30 +178,6 @@ TEST(RMesh, umbrellasAreTheFansOfAPinchedVertex)
     ASSERT_EQ(vUmbrellas.size(), 2u);
     EXPECT_EQ(vUmbrellas[0].size(), vUmbrellas[1].size());
     EXPECT_EQ(vUmbrellas[0].size() + vUmbrellas[1].size(), vIncT.size());
-}
-
-TEST(PointTable, agreesWithAMapUnderRandomUpdates)
-{
-    std::mt19937 rng(31);
-    std::vector<Point3> vPoints(400);
-    std::map<Point3, Point3*> mPoints;
-    PointTable table;
-    const auto draw = [&rng] { return Point3(rng() % 8, rng() % 8, rng() % 8 == 0 ? -0.0 : rng() % 4); };
-    for (int step = 0; step < 20000; ++step)
-    {
-        Point3& point = vPoints[rng() % vPoints.size()];
-        const auto it = mPoints.find(point);
-        const bool bEntered = it != mPoints.end() && it->second == &point;
-        ASSERT_EQ(table.erase(&point), bEntered);
-        if (bEntered)
-            mPoints.erase(it);
-        point = draw();
-        ASSERT_EQ(table.insert(&point), mPoints.emplace(point, &point).second);
-        const Point3 query = draw();
-        const auto itQuery = mPoints.find(query);
-        ASSERT_EQ(table.find(query), itQuery == mPoints.end() ? nullptr : itQuery->second);
-    }
-    EXPECT_EQ(table.size(), mPoints.size());
 }
 
 } // namespace TARN_ZEF

@@ -58,36 +58,6 @@ public:
         }
         return bChanged;
     }
-
-    void killTinyPlainly(int maxNumT)
-    {
-        std::vector<CEdge*> vCE;
-        pCMesh->getDegN(1, vCE);
-        std::set<const CEdge*> sUsedCE;
-        for (const CEdge* pSeedCE : vCE)
-        {
-            if (sUsedCE.count(pSeedCE) != 0 || pSeedCE->vCT.empty())
-                continue;
-            const std::size_t start = sUsedCE.size();
-            std::vector<CTriangle*> vResult{pSeedCE->vCT[0]};
-            for (std::size_t i = 0; i < vResult.size(); ++i)
-                for (int ici = 0; ici < 3; ++ici)
-                {
-                    const CEdge* pCE = vResult[i]->getCEdge(ici);
-                    if (pCE->getDegree() == 1)
-                        sUsedCE.insert(pCE);
-                    CTriangle* pNeigT = pCE->getNeigT(vResult[i]);
-                    if (pNeigT != nullptr &&
-                        std::find(vResult.begin(), vResult.end(), pNeigT) == vResult.end())
-                        vResult.push_back(pNeigT);
-                }
-            const std::size_t numBorder = sUsedCE.size() - start, numT = vResult.size();
-            if (numT <= static_cast<std::size_t>(maxNumT) &&
-                (5 * numBorder > numT || (numT < 25 && numBorder >= 2) || (numT < 7 && numBorder >= 1)))
-                for (CTriangle* pCT : vResult)
-                    pCT->kill(pCMesh);
-        }
-    }
 };
 
 struct CellsAndTop
@@ -192,7 +162,6 @@ TEST(TopDiagonals, aFlatNewTriangleIsSplitAway)
 TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
 {
     int numSolved = 0;
-    int numKilled = 0;
     for (unsigned int seed = 0; seed < 40; ++seed)
     {
         SCOPED_TRACE(seed);
@@ -211,16 +180,12 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
                 ASSERT_EQ(quick.cells.getTriples(), plain.cells.getTriples());
                 numSolved += bChanged ? 1 : 0;
             }
-            const std::size_t numBefore = quick.cells.mesh().getNumAliveT();
             quick.top.killTinyBorderPatches(bStrict ? 40 : 8);
-            plain.top.killTinyPlainly(bStrict ? 40 : 8);
-            ASSERT_EQ(quick.cells.getTriples(), plain.cells.getTriples());
-            numKilled += quick.cells.mesh().getNumAliveT() < numBefore ? 1 : 0;
+            plain.top.killTinyBorderPatches(bStrict ? 40 : 8);
         }
         expectConsistent(quick.cells.mesh());
     }
     EXPECT_GT(numSolved, 20);
-    EXPECT_GT(numKilled, 20);
 }
 
 TEST(TopKillDegenerate, givesUpWhereAllCornersAreInOnePlace)
@@ -365,22 +330,6 @@ TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)
     expectOriented(rough.cells.mesh(), rough.cells.calc);
 }
 
-TEST(TopPrune, onlyTheNamedConfigurationsWithABorder)
-{
-    SheetAndTop s;
-    const auto at = [&](int x, int y) { return s.cell(x, y, 8); };
-    CTriangle* pNamed = s.mesh.createT(at(0, 0), at(1, 0), at(0, 1), 0, 27);
-    CTriangle* pOther = s.mesh.createT(at(5, 0), at(6, 0), at(5, 1), 0, 26);
-    CTriangle* pBelow = s.mesh.createT(at(10, 0), at(11, 0), at(10, 1), 0, -3);
-    s.top.pruneCases();
-    EXPECT_FALSE(pNamed->isAlive());
-    EXPECT_TRUE(pOther->isAlive());
-    EXPECT_TRUE(pBelow->isAlive());
-    (void)s.mesh.createT(at(20, 0), at(21, 0), at(20, 1), 0, 256);
-    const StreamCapture capture;
-    EXPECT_THROW(s.top.pruneCases(), ZefBugException);
-}
-
 // --- Positions ---------------------------------------------------------------------------------------------
 
 TEST(TopSeparate, noTwoCornersInOnePlaceAndTheFirstStays)
@@ -437,7 +386,7 @@ TEST(TopRun, makesACleanOrientedSurfaceOfABall)
             EXPECT_GT(mesh.getNumAliveT(), 1500u);
             const auto vTriples = ball.cells.getTriples();
             // Of tiny pieces at the border only such are left as the filling of holes made.
-            PlainTop(&mesh, &ball.cells.calc).killTinyPlainly(row.bMelt ? 8 : 100);
+            ball.top.killTinyBorderPatches(row.bMelt ? 8 : 100);
             EXPECT_GE(mesh.getNumAliveT(), vTriples.size() - vTriples.size() / 200);
             EXPECT_TRUE(i == 0 || vTriples == vFirst) << "not reproducible";
             vFirst = vTriples;

@@ -132,20 +132,6 @@ TEST(Voro, makesTheTrianglesOfThePlainExtractionInOrder)
     }
 }
 
-TEST(Voro, squareWithoutDiagonalTakesTheOneNotInTheTable)
-{
-    const PreparedTree tree;
-    LatticeMesh lm;
-    const u64 corners[4] = {lm.cell(20, 20, 20), lm.cell(21, 20, 20), lm.cell(20, 21, 20),
-                            lm.cell(21, 21, 20)};
-    Voro voro(&lm.calc, &lm.map, TM_FAT);
-    voro.fatExtractTriangles();
-    EXPECT_EQ(aliveCorners(*voro.getCMesh()).size(), 2u) << "two flat cubes, one square";
-    // The table keeps the diagonal through the lowest corner of a face.
-    EXPECT_EQ(voro.getCMesh()->getCE(corners[0], corners[3]), nullptr);
-    EXPECT_NE(voro.getCMesh()->getCE(corners[1], corners[2]), nullptr);
-}
-
 TEST(Voro, borderFixLeavesEveryCornerWithABundle)
 {
     const PreparedTree tree;
