@@ -3,7 +3,7 @@
 
 #include "CPatch.h"
 #include "ZefBugException.h"
-#include "helpers/SheetMesh.h"
+#include "helpers/QuadMesh.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/checkMesh.h"
 #include "tools.h"
@@ -11,7 +11,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iostream>
 #include <map>
 #include <random>
 
@@ -19,42 +18,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-const auto NO_HOLE = [](int, int) { return false; };
-
-// A fan of flat triangles on the edge a-b, whose third corners stand around it at the given angles.
-struct Fan : SheetMesh
-{
-    explicit Fan(const std::vector<double>& vDegrees)
-        : a(cellAt(8, 8, 8, Point3(0, 0, 0)))
-        , b(cellAt(8, 8, 9, Point3(0, 0, 2)))
-    {
-        for (std::size_t i = 0; i < vDegrees.size(); ++i)
-        {
-            const double phi = vDegrees[i] / DEGREES_PER_RAD;
-            const u64 third = cellAt(9, static_cast<int>(i), 9, Point3(std::cos(phi), std::sin(phi), 1));
-            vT.push_back(i % 2 == 0 ? add(a, b, third) : add(b, a, third));
-        }
-        pCE = mesh.getCE(a, b);
-    }
-    u64 a, b;
-    std::vector<CTriangle*> vT;
-    CEdge* pCE;
-};
-
-std::map<u64, Point3> positionsOf(const SheetMesh& sheet)
-{
-    std::vector<u64> vCCD;
-    sheet.mesh.getUsedCCDs(vCCD);
-    std::map<u64, Point3> mPos;
-    for (const u64 ccd : vCCD)
-        mPos[ccd] = sheet.mesh.getAvgPoint(ccd);
-    return mPos;
-}
-
-std::size_t numTriangles(const CMesh& mesh)
-{
-    return mesh.getNumAliveT();
-}
 } // namespace
 
 // --- Edges -------------------------------------------------------------------------------------------------
@@ -76,19 +39,19 @@ TEST(CEdgeDihedral, measuresTheAngleOrTellsWhyNot)
         SCOPED_TRACE(row.name);
         Fan fan(row.vDegrees);
         EXPECT_NEAR(fan.pCE->getDihedralAngle(&fan.mesh), row.expected, 1e-6);
-        EXPECT_NEAR(fan.pCE->getDihedralAngle(positionsOf(fan)), row.expected, 1e-6);
+        EXPECT_NEAR(fan.pCE->getDihedralAngle(fan.positions()), row.expected, 1e-6);
     }
     Fan flat({0, 180});
     flat.mesh.getVtx(flat.vT[1]->getThirdCCD(flat.a, flat.b))->set(0, 0, 1);
     EXPECT_EQ(flat.pCE->getDihedralAngle(&flat.mesh), 364.0);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW((void)flat.pCE->getDihedralAngle(std::map<u64, Point3>()), ZefBugException);
 }
 
 TEST(CEdgeFlip, keepsBorderAndOrientation)
 {
     SheetMesh sheet;
-    sheet.addSheet(6, NO_HOLE);
+    sheet.addSheet(6);
     CMesh& mesh = sheet.mesh;
     std::mt19937 rng(11);
     int numFlips = 0;
@@ -109,14 +72,14 @@ TEST(CEdgeFlip, keepsBorderAndOrientation)
     EXPECT_GT(numFlips, 100);
     expectConsistent(mesh);
     EXPECT_TRUE(sheet.isOriented());
-    EXPECT_EQ(numTriangles(mesh), 72u);
+    EXPECT_EQ(mesh.getNumAliveT(), 72u);
     EXPECT_EQ(sheet.getBorders().size(), 24u);
 }
 
 TEST(CEdgeFlip, refusesInWordsWhatItIsNotSure)
 {
     Fan fan({0, 120, 240});
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_EQ(fan.pCE->flipEdge(&fan.mesh, nullptr, nullptr), nullptr);
     EXPECT_TRUE(capture.contains("Edge not flipped, !getTwoTriangles()"));
     ASSERT_NE(fan.pCE->flipEdge(&fan.mesh, fan.vT[0], fan.vT[1]), nullptr);
@@ -183,7 +146,7 @@ TEST(CMeshSplitDegenerate, leavesNoFlatTriangleAndNoGap)
     {
         SCOPED_TRACE(seed);
         SheetMesh sheet;
-        sheet.addSheet(8, NO_HOLE);
+        sheet.addSheet(8);
         std::mt19937 rng(seed);
         // Of the triangle (x,y), (x+1,y), (x+1,y+1): its last corner goes between the other two.
         for (int i = 0; i < 3; ++i)
@@ -193,7 +156,7 @@ TEST(CMeshSplitDegenerate, leavesNoFlatTriangleAndNoGap)
             const Point3 p = sheet.mesh.getAvgPoint(sheet.cell(x, y, 8));
             sheet.mesh.getVtx(sheet.cell(x + 1, y + 1, 8))->set(p.x() + 0.5, p.y(), p.z());
         }
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         ASSERT_FALSE(sheet.mesh.checkNoDegenerate("before"));
         sheet.mesh.splitDegenerate();
         expectConsistent(sheet.mesh);
@@ -226,10 +189,10 @@ TEST(CMeshKillDuplicates, theFirstOfEachSetStays)
             std::sort(key.begin(), key.end());
             mFirst.emplace(key, pCT);
         }
-        const std::size_t numBefore = numTriangles(lattice.mesh);
+        const std::size_t numBefore = lattice.mesh.getNumAliveT();
         const int numKilled = lattice.mesh.killDuplicates();
         expectConsistent(lattice.mesh);
-        EXPECT_EQ(numTriangles(lattice.mesh), mFirst.size());
+        EXPECT_EQ(lattice.mesh.getNumAliveT(), mFirst.size());
         EXPECT_EQ(static_cast<std::size_t>(numKilled), numBefore - mFirst.size());
         for (const auto& [key, pCT] : mFirst)
             EXPECT_TRUE(pCT->isAlive());
@@ -242,14 +205,14 @@ TEST(CMeshKillDuplicates, theFirstOfEachSetStays)
 TEST(CMeshCollapse, midpointMergesTheLowerEndIntoTheUpper)
 {
     SheetMesh sheet;
-    sheet.addSheet(6, NO_HOLE);
+    sheet.addSheet(6);
     CMesh& mesh = sheet.mesh;
     CEdge* pCE = mesh.getCE(sheet.cell(2, 3, 8), sheet.cell(3, 3, 8));
     const Point3 old0 = mesh.getAvgPoint(pCE->v0);
     const Point3 old1 = mesh.getAvgPoint(pCE->v1);
     EXPECT_EQ(mesh.collapseEdgeToMidpoint(pCE), pCE->v1);
     expectConsistent(mesh);
-    EXPECT_EQ(numTriangles(mesh), 70u);
+    EXPECT_EQ(mesh.getNumAliveT(), 70u);
     EXPECT_TRUE(sheet.isManifold());
     EXPECT_TRUE(sheet.isOriented());
     EXPECT_EQ(sheet.getBorders().size(), 24u);
@@ -257,13 +220,13 @@ TEST(CMeshCollapse, midpointMergesTheLowerEndIntoTheUpper)
     EXPECT_EQ(mesh.getAvgPoint(pCE->v1), Point3((old0.x() + old1.x()) / 2, old0.y(), old0.z()));
     // The edge is an orphan now.
     EXPECT_EQ(mesh.collapseEdgeToMidpoint(pCE), ~u64{0});
-    EXPECT_EQ(numTriangles(mesh), 70u);
+    EXPECT_EQ(mesh.getNumAliveT(), 70u);
 }
 
 TEST(CMeshCollapse, theLinkTest)
 {
     SheetMesh sheet;
-    sheet.addSheet(6, NO_HOLE);
+    sheet.addSheet(6);
     const auto at = [&](int x, int y) { return sheet.cell(x, y, 8); };
     struct Row
     {
@@ -287,9 +250,9 @@ TEST(CMeshCollapse, theLinkTest)
     }
     CEdge* pCE = sheet.mesh.getCE(at(2, 2), at(3, 2));
     EXPECT_FALSE(sheet.mesh.collapseEdgeToEndpoint(pCE, at(2, 2), at(3, 2)));
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_THROW(sheet.mesh.collapseEdgeToEndpoint(pCE, at(2, 2), at(4, 4)), ZefBugException);
-    EXPECT_EQ(numTriangles(sheet.mesh), 72u);
+    EXPECT_EQ(sheet.mesh.getNumAliveT(), 72u);
 }
 
 // --- Moves -------------------------------------------------------------------------------------------------
@@ -315,7 +278,10 @@ TEST(CMeshAverageBundle, goesJustPastTheMeanOfItsRing)
         SheetMesh sheet;
         CMesh& mesh = sheet.mesh;
         const int num = row.numReal + row.numExtra;
-        std::vector<u64> vRing;
+        const u64 centre = sheet.calc.getCCD(Point3(11.5, 11.5, 21.5));
+        mesh.addBundle(centre);
+        double x = 0.0, y = 0.0, z = 0.0;
+        u64 last = 0;
         for (int i = 0; i < num; ++i)
         {
             const u64 ccd = sheet.calc.getCCD(Point3(10.5 + i % 3, 10.5 + i / 3, 20.5));
@@ -323,21 +289,16 @@ TEST(CMeshAverageBundle, goesJustPastTheMeanOfItsRing)
                 sheet.cellAt(10 + i % 3, 10 + i / 3, 20, Point3(i * i, 3.0 * i, 5.0 - i));
             else
                 mesh.addBundle(ccd);
-            vRing.push_back(ccd);
+            if (i < row.numReal || row.bExtraCount)
+                mesh.getVtx(ccd)->addOwnCoords(x, y, z);
+            if (i > 0)
+                sheet.add(centre, last, ccd);
+            last = ccd;
         }
-        const u64 centre = sheet.calc.getCCD(Point3(11.5, 11.5, 21.5));
-        mesh.addBundle(centre);
-        for (int i = 0; i + 1 < num; ++i)
-            sheet.add(centre, vRing[static_cast<std::size_t>(i)], vRing[static_cast<std::size_t>(i) + 1]);
-
-        double x = 0.0, y = 0.0, z = 0.0;
         const int numMean = row.bExtraCount ? num : row.numReal;
-        for (int i = 0; i < numMean; ++i)
-            mesh.getVtx(vRing[static_cast<std::size_t>(i)])->addOwnCoords(x, y, z);
-        const Point3 mean(x / numMean, y / numMean, z / numMean);
         // The last edge created at the centre leads to the last ring point.
-        const Point3 from = mesh.getAvgPoint(vRing.back());
-        const Point3 expected = from + (mean - from) * 1.003;
+        const Point3 from = mesh.getAvgPoint(last);
+        const Point3 expected = from + (Point3(x / numMean, y / numMean, z / numMean) - from) * 1.003;
         for (int i = 0; i < 50; ++i)
         {
             mesh.averageBundle(mesh.findBundle(centre));
@@ -353,10 +314,10 @@ TEST(CMeshAverageBundle, goesJustPastTheMeanOfItsRing)
 TEST(CMeshLaplacian, movesAShortWayAndFoldsNothing)
 {
     SheetMesh sheet;
-    sheet.addSheet(4, NO_HOLE);
+    sheet.addSheet(4);
     CMesh& mesh = sheet.mesh;
     const u64 centre = sheet.cell(2, 2, 8);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     EXPECT_FALSE(mesh.laplacianForOne(sheet.cell(30, 30, 30))) << "nothing around it";
 
     mesh.getVtx(centre)->set(2.5, 2.5, 10.5); // two above its ring

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <map>
-#include <string>
 #include <vector>
 
 namespace TARN_ZEF

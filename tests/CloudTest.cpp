@@ -4,13 +4,13 @@
 #include "WorkerPool.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/TempFile.h"
+#include "helpers/meshShapes.h"
 #include "zefRand.h"
 #include "zef_api_functions.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iostream>
 #include <limits>
 #include <map>
 #include <string>
@@ -53,34 +53,6 @@ std::vector<Point3> makeRandomSheet(int num, double size, double noise)
         v.emplace_back(x, y, 0.1 * size * std::sin(6.0 * x / size) + noise * draw());
     }
     return v;
-}
-
-// A closed box of twelve triangles.
-std::vector<Point3> makeBox(double size)
-{
-    const int faces[6][4] = {{0, 1, 3, 2}, {4, 5, 7, 6}, {0, 1, 5, 4},
-                             {2, 3, 7, 6}, {0, 2, 6, 4}, {1, 3, 7, 5}};
-    std::vector<Point3> v;
-    for (const auto& face : faces)
-        for (const int corner : {face[0], face[1], face[2], face[0], face[2], face[3]})
-            v.emplace_back(size * (corner & 1), size * (corner >> 1 & 1), size * (corner >> 2));
-    return v;
-}
-
-// Of a gap filler: onto the planes of the neighbours that have points.
-Point3 meanProjection(const Smooth& smooth, std::size_t node, const Point3& mid)
-{
-    Vector3 sum;
-    int num = 0;
-    for (const std::uint32_t link : smooth.getLinks(node))
-    {
-        const SNode& neighbour = smooth.getNodes()[link];
-        if (neighbour.getNumPoints() == SNode::GAP_FILLER || !neighbour.hasPlane())
-            continue;
-        sum.add(neighbour.projection(mid) - Point3());
-        ++num;
-    }
-    return num == 0 ? smooth.getNodes()[node].getPoint() : Point3() + sum / num;
 }
 
 // What the intake makes of points: the cells and their points.
@@ -174,7 +146,7 @@ TEST_F(CloudIntake, RefusesWhatHasNoLattice)
     for (const auto& row : rows)
     {
         SCOPED_TRACE(row.name);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         CloudMgr mgr;
         EXPECT_THROW(mgr.addPoints(row.vPoints, row.spacingAbs, row.spacingFactor, row.bMelt, 20.0, false),
                      ZefBugException);
@@ -189,11 +161,11 @@ TEST_F(CloudIntake, LeavesNonFinitePointsOut)
     vSpoilt.insert(vSpoilt.begin(), {NOT_A_NUMBER, 0.0, 0.0});
     vSpoilt.insert(vSpoilt.begin() + 1000, {0.0, INF, 0.0});
     vSpoilt.emplace_back(0.0, 0.0, -INF);
-    const std::vector<Point3> vBox = makeBox(1000.0);
+    const std::vector<Point3> vBox = boxSoup({}, {1000.0, 1000.0, 1000.0});
     std::vector<Point3> vSpoiltBox = vBox;
     vSpoiltBox.insert(vSpoiltBox.begin() + 6, {{0, 0, 0}, {NOT_A_NUMBER, 0, 0}, {5e5, 0, 0}});
 
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     const auto mSheet = takeIn(vSpoilt, -1.0, false, false);
     EXPECT_TRUE(out.contains("Skipped 3 non-finite points"));
     EXPECT_EQ(mSheet, takeIn(vSheet, -1.0, false, false));
@@ -208,7 +180,7 @@ TEST_F(CloudIntake, EmptyInputGivesNoLattice)
         for (const std::vector<Point3>& v :
              {std::vector<Point3>(), std::vector<Point3>(3, {NOT_A_NUMBER, 0, 0})})
         {
-            const StreamCapture out(std::cout);
+            const StreamCapture out;
             CloudMgr mgr;
             EXPECT_EQ(mgr.addPoints(v, -1.0, 1.0, bMelt, 20.0, false), -1.0);
             EXPECT_TRUE(out.contains("Nothing to do for cloud inputPointsViaMemory"));
@@ -253,7 +225,7 @@ TEST_F(CloudIntake, BundlesFollowFromTheNodes)
             if (ccd != previous && node.hasPlane())
             {
                 const Point3 mid = pCalc->getMid(ccd);
-                const Point3 p = bFiller    ? meanProjection(smooth, i, mid)
+                const Point3 p = bFiller    ? smooth.seatOnSheet(i, mid)
                                  : bProject ? node.projection(mid)
                                             : node.getPoint();
                 mExpected.emplace(bFiller ? ccd : pCalc->getCCD(p), p);
@@ -284,7 +256,7 @@ TEST_F(CloudIntake, ResultIsTheSameForEveryNumberOfThreads)
 
 TEST_F(CloudIntake, WeldsByExactCoordinates)
 {
-    std::vector<Point3> vBox = makeBox(1000.0);
+    std::vector<Point3> vBox = boxSoup({}, {1000.0, 1000.0, 1000.0});
     const auto countBorders = [](const std::vector<Point3>& v)
     {
         CloudMgr mgr;
@@ -304,7 +276,7 @@ TEST_F(CloudIntake, FilesGiveWhatTheirPointsGive)
 {
     std::vector<Point3> vPoints = makeRandomSheet(1500, 1000.0, 3.0);
     vPoints.emplace_back(0.0, NOT_A_NUMBER, 0.0);
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     const TempFile file(".bin");
     ASSERT_TRUE(writePoints_BIN(file.c_str(), vPoints));
     CloudMgr mgr;

@@ -1,13 +1,12 @@
 #include "EdgeEnergy.h"
 
+#include "helpers/PipelineMesh.h"
 #include "helpers/QuadMesh.h"
-#include "helpers/RepairedMesh.h"
 #include "helpers/StreamCapture.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
-#include <iostream>
 
 namespace TARN_ZEF
 {
@@ -34,8 +33,8 @@ double energyOf(const CMesh& mesh, const std::array<Pair, 4>& aOuter, const CEdg
 
 TEST(EdgeEnergy, isWhatTheFlipGainsOnPipelineMeshes)
 {
-    const StreamCapture quiet(std::cout);
-    RepairedMesh repaired(sphereCloud(3000, 0.02));
+    const StreamCapture quiet;
+    PipelineMesh repaired(makeCloud(3000, 0.0, 0.3), true);
     CMesh& mesh = repaired.mesh();
     std::vector<CEdge*> vDeg2;
     mesh.getDegN(2, vDeg2);
@@ -63,7 +62,7 @@ TEST(EdgeEnergy, isWhatTheFlipGainsOnPipelineMeshes)
 
 TEST(EdgeEnergy, refusals)
 {
-    const StreamCapture quiet(std::cout);
+    const StreamCapture quiet;
     const struct
     {
         const char* name;

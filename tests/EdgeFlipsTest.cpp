@@ -1,7 +1,6 @@
 #include "edgeFlips.h"
 
 #include "REdgeEnergy.h"
-#include "StableQueue.h"
 #include "WorkerPool.h"
 #include "helpers/finishedMeshes.h"
 #include "helpers/meshShapes.h"
@@ -43,24 +42,6 @@ void flipByMap(RMesh& mesh)
     }
 }
 
-// On a thread of its own, so that its random numbers start afresh.
-std::vector<Point3> annealed(const RMeshSource& source, int numThreads)
-{
-    std::vector<Point3> vCorners;
-    std::thread thread(
-        [&]
-        {
-            const int numBefore = getNumThreads();
-            setNumThreads(numThreads);
-            const std::shared_ptr<Mesh> pMesh = makeFinished(source);
-            edgeFlipsSimA(pMesh);
-            vCorners = getCorners(*pMesh->getRMesh());
-            setNumThreads(numBefore);
-        });
-    thread.join();
-    return vCorners;
-}
-
 struct Receiver : ProgressBase
 {
     void update(const std::string& name, double fraction) override
@@ -73,55 +54,6 @@ struct Receiver : ProgressBase
     double lastFraction = 0.0;
 };
 } // namespace
-
-TEST(StableQueue, leavesInTheOrderOfAMultimap)
-{
-    struct Element
-    {
-        double key;
-        int id;
-    };
-    struct Key
-    {
-        double operator()(const Element& element) const { return element.key; }
-    };
-    struct NaNLast
-    {
-        bool operator()(double a, double b) const { return isNaN(b) ? !isNaN(a) : a < b; }
-    };
-    std::mt19937 rng(5);
-    StableQueue<Element, Key> queue;
-    std::multimap<double, int, NaNLast> mmJudge;
-    int id = 0;
-    const auto makeElement = [&]
-    {
-        const unsigned int draw = rng() % 12;
-        return Element{draw == 0 ? std::nan("") : static_cast<double>(draw), ++id};
-    };
-    for (int step = 0; step < 30000; ++step)
-    {
-        std::vector<Element> vRun(step % 50 == 0 ? rng() % 100 : 1, Element{0.0, 0});
-        for (Element& element : vRun)
-            element = makeElement();
-        std::stable_sort(vRun.begin(), vRun.end(),
-                         [](const Element& a, const Element& b) { return NaNLast()(a.key, b.key); });
-        for (const Element& element : vRun)
-            mmJudge.emplace(element.key, element.id);
-        if (step % 50 == 0)
-            queue.addSorted(vRun);
-        else if (step % 2 == 0)
-            queue.add(vRun.front());
-        else
-            mmJudge.erase(std::prev(mmJudge.upper_bound(vRun.front().key)));
-        for (unsigned int i = rng() % 4; i > 0 && !mmJudge.empty(); --i)
-        {
-            ASSERT_EQ(queue.front().id, mmJudge.begin()->second);
-            queue.pop();
-            mmJudge.erase(mmJudge.begin());
-        }
-        ASSERT_EQ(queue.size(), mmJudge.size());
-    }
-}
 
 TEST(EdgeFlips, greedyFlipsLowerTheEnergyAndKeepTheMeshSound)
 {
@@ -176,10 +108,21 @@ TEST(EdgeFlips, annealingEndsNoWorseThanGreedyFlips)
 
 TEST(EdgeFlips, annealingIsTheSameForEveryNumberOfThreads)
 {
-    const RMeshSource source = jittered(cubeSource(10, true), 0.3, 21);
-    const std::vector<Point3> vOne = annealed(source, 1);
-    EXPECT_EQ(annealed(source, 2), vOne);
-    EXPECT_EQ(annealed(source, 5), vOne);
+    const int numBefore = getNumThreads();
+    std::vector<std::vector<Point3>> vResults;
+    for (const int numThreads : {1, 2, 5})
+    {
+        setNumThreads(numThreads);
+        const auto anneal = [&]
+        {
+            const std::shared_ptr<Mesh> pMesh = makeFinished(jittered(cubeSource(10, true), 0.3, 21));
+            edgeFlipsSimA(pMesh);
+            vResults.push_back(getCorners(*pMesh));
+        };
+        std::thread(anneal).join(); // its random numbers start afresh
+        EXPECT_EQ(vResults.back(), vResults.front());
+    }
+    setNumThreads(numBefore);
 }
 
 TEST(EdgeFlips, temperatureLetsLossesInByChance)
@@ -201,8 +144,6 @@ TEST(EdgeFlips, temperatureLetsLossesInByChance)
     const auto cold = count(0.0, 0.0);
     EXPECT_EQ(cold.second, 0u);
     EXPECT_EQ(count(0.5, 0.0), cold) << "the bar throws out losses only";
-    const auto all = count(-1e300, 0.0);
-    EXPECT_EQ(all.first, cold.first);
 
     // The expected number of accepted losses, from all of them.
     std::vector<Candidate> vAll;
@@ -220,22 +161,6 @@ TEST(EdgeFlips, temperatureLetsLossesInByChance)
         sum += static_cast<double>(warm.second);
     }
     EXPECT_NEAR(sum / numPasses, expected, 4.0 * std::sqrt(expected / numPasses));
-}
-
-TEST(EdgeFlips, evaluationThatEditsWaitsForTheCallingThread)
-{
-    const PreparedTree tree;
-    RMeshSource source = jittered(planeSource(20), 0.2, 23);
-    std::mt19937 rng(24);
-    for (std::size_t i = 0; i < source.vCorners.size(); i += 3)
-        if (rng() % 4 == 0)
-            std::swap(source.vCorners[i], source.vCorners[i + 1]);
-    RMesh mesh(source);
-    std::vector<Candidate> vImpRE;
-    mesh.getEdgeFlipCandidates_MT(mesh.getAllRE(), -1e300, 0.0, vImpRE);
-    EXPECT_GT(vImpRE.size(), mesh.getNumRE() / 2);
-    for (const auto& [improvement, pRE] : vImpRE)
-        EXPECT_FALSE(isNaN(improvement));
 }
 
 TEST(PostProcessing, eachCallReportsUnderItsOwnName)

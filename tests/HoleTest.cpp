@@ -7,8 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <iostream>
-
 namespace TARN_ZEF
 {
 TEST(HoleToCCD, fillsSmallHolesOfASheet)
@@ -98,7 +96,7 @@ TEST(HoleFiller, endsOnRandomPatterns)
         m.addCube(6, [pattern](int side, int u, int v)
                   { return ((side * 36 + u * 6 + v + 7) * pattern * 2654435761u >> 28) % 5 == 0; });
         {
-            const StreamCapture warnings(std::cout); // of corners with more than two fans
+            const StreamCapture warnings; // of corners with more than two fans
             HoleFiller(&m.mesh).run();
         }
         expectConsistent(m.mesh);

@@ -7,9 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <iostream>
-#include <memory>
 
 namespace TARN_ZEF
 {
@@ -39,31 +36,6 @@ std::size_t countAliveIn(const SheetMesh& sm, std::size_t begin, std::size_t end
 }
 } // namespace
 
-TEST(Inspector, keepsTheWholePieceWithoutABorder)
-{
-    for (const NamedCloud& cloud : getClouds())
-    {
-        SCOPED_TRACE(cloud.name);
-        const StreamCapture capture(std::cout);
-        PipelineMesh pm(cloud.vPoints, false);
-        const std::size_t numT = pm.mesh().getNumAliveT();
-        {
-            const std::vector<CPatch*> vPatches = cutOriented(pm.mesh());
-            Inspector inspector(&pm.mesh(), vPatches);
-            for (CPatch* pPatch : vPatches)
-            {
-                CTriangle* pStartT = pPatch->getMembers().back();
-                pStartT->flipOrientation();
-                const u64 second = pStartT->getC1();
-                inspector.keepGoodPartForKnownBorder(pPatch, pStartT, {});
-                EXPECT_EQ(pStartT->getC1(), second) << "it gives the orientation";
-            }
-        }
-        EXPECT_EQ(pm.mesh().getNumAliveT(), numT);
-        expectConsistent(pm.mesh());
-    }
-}
-
 TEST(Inspector, knownBorderStopsTheFlood)
 {
     Strip strip(10);
@@ -71,7 +43,7 @@ TEST(Inspector, knownBorderStopsTheFlood)
         strip.t(i)->flipOrientation();
     const CTriangle* pStop = strip.t(8); // beside square 5
     CPatch other(&strip.mesh, &strip.calc);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     {
         Inspector inspector(&strip.mesh, strip.vPatches);
         inspector.keepGoodPartForKnownBorder(strip.patch(), strip.t(2),
@@ -110,7 +82,7 @@ TEST(Inspector, splitRemovesTheDisagreeingPartElseTheSmallerOne)
             const std::multimap<u64, u64> mm = {{bSwap ? a : b, bSwap ? b : a}};
             if (c.fin >= 0) // beside the strip, along its lower edge, and the same way
                 strip.add(strip.cell(c.fin, 8, 8), strip.cell(c.fin + 1, 8, 8), strip.cell(c.fin, 7, 8));
-            const StreamCapture capture(std::cout);
+            const StreamCapture capture;
             {
                 Inspector inspector(&strip.mesh, strip.vPatches);
                 CTriangle* pSeedA = strip.t(bSwap ? 19 : 0);

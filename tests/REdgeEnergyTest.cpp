@@ -92,23 +92,6 @@ TEST(REdgeEnergy, improvementIsTheEnergyThatAFlipSaves)
     }
 }
 
-TEST(REdgeEnergy, largestAngleAgreesWithTheAngles)
-{
-    std::mt19937 rng(11);
-    const auto draw = [&rng] { return static_cast<double>(rng() % 2000) / 100.0 - 10.0; };
-    for (int i = 0; i < 1000; ++i)
-    {
-        Point3 p[3];
-        for (Point3& point : p)
-            point = Point3(draw(), draw(), i % 4 == 0 ? 0.0 : draw());
-        double smallest = 0.0;
-        double largest = 0.0;
-        getCornerAngles(p[0], p[1], p[2], smallest, largest);
-        EXPECT_NEAR(REdgeEnergy::getMinCosPhi(&p[0], &p[1], &p[2]), std::cos(largest / DEGREES_PER_RAD),
-                    1e-9);
-    }
-}
-
 TEST(REdgeEnergy, refusesToMakeAFoldButUnfolds)
 {
     RMesh mesh(book(0.05));

@@ -1,5 +1,6 @@
 #include "CollapseLimits.h"
 #include "WorkerPool.h"
+#include "edgeFlips.h"
 #include "helpers/checkMesh.h"
 #include "helpers/finishedMeshes.h"
 #include "helpers/meshShapes.h"
@@ -44,21 +45,16 @@ public:
             const auto [pRE, iSrc] = candidate;
             mmPenaltyRE.erase(mmPenaltyRE.begin());
             const double fresh = mesh.getCollapsePenalty(pRE, iSrc, limits, scratch);
-            if (fresh == DBL_MAX)
-                continue;
-            if (fresh > 2.0 && fresh > saved + 3.0)
-            {
-                mmPenaltyRE.emplace(fresh, candidate);
-                continue;
-            }
             Point3* pSrc = pRE->getVertex(iSrc);
-            Point3* pTrg = pRE->getOtherPoint(pSrc);
-            if (sBorder.count(pSrc) > 0 && !isStraight(pRE, pSrc))
-                continue;
-            numKilled += pRE->getDegree();
-            mesh.exchangeCorner(pSrc, pTrg);
-            vRefillVtx.push_back(pTrg);
-            refillIfDue();
+            if (fresh != DBL_MAX && fresh > 2.0 && fresh > saved + 3.0)
+                mmPenaltyRE.emplace(fresh, candidate);
+            else if (fresh != DBL_MAX && (sBorder.count(pSrc) == 0 || isStraight(pRE, pSrc)))
+            {
+                numKilled += pRE->getDegree();
+                vRefillVtx.push_back(pRE->getOtherPoint(pSrc));
+                mesh.exchangeCorner(pSrc, vRefillVtx.back());
+                refillIfDue();
+            }
         }
         return numKilled;
     }
@@ -94,21 +90,16 @@ private:
         const std::size_t num = vRefillVtx.size();
         if (!mmPenaltyRE.empty() && num < 5001 && !(mmPenaltyRE.begin()->first > 6.0 && num >= 51))
             return;
+        std::set<REdge*, ByCreationRE> sRE;
         if (num > 2 && num < 1000 && ++numRecomputes < 5)
+            sRE.insert(mesh.getAllRE().begin(), mesh.getAllRE().end());
+        for (const Point3* pVtx : vRefillVtx)
         {
-            add(mesh.getAllRE());
+            std::vector<REdge*> vRE;
+            mesh.getIncidentRE(pVtx, vRE);
+            sRE.insert(vRE.begin(), vRE.end());
         }
-        else
-        {
-            std::set<REdge*, ByCreationRE> sRE;
-            for (const Point3* pVtx : vRefillVtx)
-            {
-                std::vector<REdge*> vRE;
-                mesh.getIncidentRE(pVtx, vRE);
-                sRE.insert(vRE.begin(), vRE.end());
-            }
-            add({sRE.begin(), sRE.end()});
-        }
+        add({sRE.begin(), sRE.end()});
         vRefillVtx.clear();
     }
 
@@ -126,25 +117,12 @@ private:
     int numRecomputes = 0;
 };
 
-double meanRadiusError(const RMesh& mesh, double radius)
-{
-    const std::vector<Point3> v = getCorners(mesh);
-    double sum = 0.0;
-    for (std::size_t i = 0; i < v.size(); i += 3)
-    {
-        double x = 0.0, y = 0.0, z = 0.0;
-        for (std::size_t k = 0; k < 3; ++k)
-            v[i + k].addOwnCoords(x, y, z);
-        sum += std::fabs(Vector3(x / 3.0, y / 3.0, z / 3.0).length() - radius);
-    }
-    return sum / (static_cast<double>(v.size()) / 3.0);
-}
 } // namespace
 
 TEST(Reduce, agreesWithTheLoopAsItReads)
 {
     std::vector<FinishedMesh> vShapes = finishedMeshes();
-    vShapes.push_back({"larger ball", jittered(cubeSource(30, true), 0.25, 31)});
+    vShapes.push_back({"larger ball", jittered(cubeSource(30, true), 0.3, 31)});
     for (const FinishedMesh& shape : vShapes)
         for (const bool bKeepTopology : {false, true})
         {
@@ -152,24 +130,12 @@ TEST(Reduce, agreesWithTheLoopAsItReads)
             const PreparedTree tree;
             RMesh mesh(shape.source);
             RMesh judge(shape.source);
+            flipGreedily(&mesh); // leaves edges of degree 0 behind, which a collapse can bring back to life
+            flipGreedily(&judge);
             const int numKilled = mesh.reduce(9.0, 30.0, bKeepTopology);
             EXPECT_EQ(numKilled, SlowReducer(judge, 3.0, 30.0, bKeepTopology).run());
             EXPECT_EQ(getCorners(mesh), getCorners(judge));
         }
-}
-
-// Flips leave edges of degree 0 behind, which a collapse can bring back to life.
-TEST(Reduce, agreesWithTheLoopAsItReadsAfterFlips)
-{
-    const RMeshSource source = jittered(cubeSource(20, true), 0.3, 32);
-    const std::shared_ptr<Mesh> pMesh = makeFinished(source);
-    const std::shared_ptr<Mesh> pJudge = makeFinished(source);
-    edgeFlips(pMesh);
-    edgeFlips(pJudge);
-    const PreparedTree tree;
-    pMesh->getRMesh()->reduce(16.0, 40.0, false);
-    SlowReducer(*pJudge->getRMesh(), 4.0, 40.0, false).run();
-    EXPECT_EQ(getCorners(*pMesh->getRMesh()), getCorners(*pJudge->getRMesh()));
 }
 
 TEST(Reduce, everyMeshStaysSound)
@@ -251,7 +217,12 @@ TEST(Reduce, aSmoothShapeKeepsItsPlaceAtATenth)
     const std::size_t numT = mesh.getNumT();
     reduce(pMesh, 2.8, 30.0, true);
     EXPECT_LT(mesh.getNumT(), numT / 10);
-    EXPECT_LT(meanRadiusError(mesh, 40.0), 0.25);
+    const std::vector<Point3> v = getCorners(mesh);
+    double sum = 0.0; // of the distances of the triangles' centres from the ball
+    for (std::size_t i = 0; i < v.size(); i += 3)
+        sum += std::fabs((v[i] - Point3() + (v[i + 1] - Point3()) + (v[i + 2] - Point3())).length() / 3.0 -
+                         40.0);
+    EXPECT_LT(sum / static_cast<double>(mesh.getNumT()), 0.25);
 }
 
 TEST(Reduce, sameForEveryNumberOfThreads)

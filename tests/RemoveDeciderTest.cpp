@@ -18,16 +18,6 @@ class RemoveDeciderTest : public ::testing::Test
 protected:
     RemoveDeciderTest() { calc.completeArray27(centre, block); }
 
-    [[nodiscard]] bool canRemove(const std::vector<int>& vIndices) const
-    {
-        std::vector<CCD> vCells;
-        for (const int i : vIndices)
-            vCells.push_back(block[i]);
-        std::sort(vCells.begin(), vCells.end());
-        RemoveDecider decider(&vCells, &calc);
-        return decider.canRemove(centre);
-    }
-
     const Calc calc{0.0, 0.0, 0.0, 16.0, 16.0, 16.0, 4};
     const CCD centre = calc.getCCD(Point3(7.5, 7.5, 7.5));
     CCD block[27];
@@ -62,32 +52,6 @@ bool decide(u64 mask)
     return true;
 }
 } // namespace
-
-TEST_F(RemoveDeciderTest, namedNeighbourhoods)
-{
-    struct Case
-    {
-        const char* name;
-        std::vector<int> vIndices;
-        bool bRemovable;
-    };
-    const Case cases[] = {
-        {"edge neighbour without a face between", {13, 5}, false},
-        {"edge neighbour with one face between", {13, 5, 14}, true},
-        {"three free faces", {13, 22, 14, 16}, true},
-        {"two free faces", {13, 22, 14, 16, 12}, false},
-        // Only with the uncounted face 4 does a sheet leave three faces free.
-        {"middle of a sheet", {13, 16, 10, 22, 4}, false},
-        // The edge cell 5 counts as a face, the face 4 does not.
-        {"face 4 is not counted", {13, 4, 22, 14, 16}, true},
-        {"edge cell 5 is counted", {13, 4, 5, 22, 14, 16}, false},
-    };
-    for (const Case& c : cases)
-    {
-        SCOPED_TRACE(c.name);
-        EXPECT_EQ(canRemove(c.vIndices), c.bRemovable);
-    }
-}
 
 TEST_F(RemoveDeciderTest, agreesWithTheDefinitionOnRandomBlocks)
 {

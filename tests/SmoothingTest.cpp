@@ -7,7 +7,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <map>
 #include <set>
 
@@ -86,20 +85,6 @@ TEST(Smoothing, aFlatGridStaysToTheBit)
     const std::vector<Point3> vBefore = getCorners(*pMesh->getRMesh());
     laplacianSmoothing(pMesh, 5);
     EXPECT_EQ(getCorners(*pMesh->getRMesh()), vBefore);
-}
-
-TEST(Smoothing, ofVerticesWithOneGoalTheFirstMoves)
-{
-    RMeshSource octahedron;
-    octahedron.vPoints = {{1, 0, 0}, {-1, 0, 0}, {0, 1, 0}, {0, -1, 0}, {0, 0, 1}, {0, 0, -1}};
-    octahedron.vCorners = {0, 2, 4, 2, 1, 4, 1, 3, 4, 3, 0, 4, 2, 0, 5, 1, 2, 5, 3, 1, 5, 0, 3, 5};
-    RMesh mesh(octahedron);
-    LaplacianSmoother(&mesh, false).run(1);
-    std::vector<Point3*> vP;
-    mesh.getPoints(vP);
-    EXPECT_EQ(*vP[0], Point3(0, 0, 0));
-    for (std::size_t i = 1; i < vP.size(); ++i)
-        EXPECT_EQ(*vP[i], octahedron.vPoints[i]);
 }
 
 // Few places for many vertices: moves stand in each other's way in every manner.

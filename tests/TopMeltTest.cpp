@@ -1,33 +1,19 @@
 #include "TopMelt.h"
 
-#include "helpers/RepairedMesh.h"
+#include "helpers/PipelineMesh.h"
 #include "helpers/SheetMesh.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/checkMesh.h"
+#include "helpers/meshShapes.h"
 #include "tools.h"
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <iostream>
 
 namespace TARN_ZEF
 {
 namespace
 {
-// The corners of a box's triangles, facing outwards, around the origin.
-void addBox(std::vector<Point3>& vSoup, double a, double b, double c)
-{
-    Point3 p[8];
-    for (int i = 0; i < 8; ++i)
-        p[i] = Point3((i & 1) != 0 ? a : -a, (i & 2) != 0 ? b : -b, (i & 4) != 0 ? c : -c);
-    const int aSides[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
-                              {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
-    for (const auto& side : aSides)
-        for (const int i : {0, 1, 2, 0, 2, 3})
-            vSoup.push_back(p[side[i]]);
-}
-
 struct Melt : Extraction<TopMelt>
 {
     explicit Melt(const std::vector<Point3>& vSoup)
@@ -46,32 +32,22 @@ double getVolume(const CMesh& mesh)
             vCorners.push_back(*pCT->getVtx(&mesh, i));
     return computeVolume(vCorners);
 }
-
-int countWronglyTurned(const CMesh& mesh)
-{
-    std::vector<CEdge*> vDeg2;
-    mesh.getDegN(2, vDeg2);
-    return static_cast<int>(std::count_if(
-        vDeg2.begin(), vDeg2.end(), [](const CEdge* pCE) { return pCE->vCT[0]->needFlip(pCE->vCT[1]); }));
-}
 } // namespace
 
 // A box in a box: the flow turns and keeps both, growing keeps the outer one.
 TEST(TopMelt, finalizedBoxesAreClosedAndKeepTheirEdges)
 {
-    const StreamCapture quiet(std::cout);
-    std::vector<Point3> vSoup;
-    addBox(vSoup, 1.0, 0.8, 0.6);
-    addBox(vSoup, 0.5, 0.4, 0.3);
+    const StreamCapture quiet;
+    std::vector<Point3> vSoup = boxSoup({-1.0, -0.8, -0.6}, {2.0, 1.6, 1.2});
+    const std::vector<Point3> vInner = boxSoup({-0.5, -0.4, -0.3}, {1.0, 0.8, 0.6});
+    vSoup.insert(vSoup.end(), vInner.begin(), vInner.end());
     Melt melt(vSoup);
     CMesh& mesh = melt.mesh();
-    EXPECT_GT(countWronglyTurned(mesh), 0);
+    EXPECT_GT(countDisagreeing(mesh), 0u);
     melt.pTop->finalize2(melt.vFeatures);
     expectConsistent(mesh);
-    EXPECT_EQ(countWronglyTurned(mesh), 0);
-    std::vector<CEdge*> vOthers;
-    mesh.getDegN(-5, vOthers);
-    EXPECT_TRUE(vOthers.empty());
+    EXPECT_EQ(countDisagreeing(mesh), 0u);
+    EXPECT_EQ(countEdges(mesh, -5), 0u);
     ASSERT_FALSE(melt.vFeatures.empty());
     for (const auto& [ccd0, ccd1] : melt.vFeatures)
         EXPECT_TRUE(mesh.hasEdge(ccd0, ccd1) && melt.pTop->getFeatureCCDs().count(ccd0) == 1);
@@ -84,15 +60,15 @@ TEST(TopMelt, finalizedBoxesAreClosedAndKeepTheirEdges)
     expectConsistent(mesh);
     for (const CTriangle* pCT : vAllT)
         EXPECT_TRUE(!pCT->isAlive() || pCT->bVisited);
-    EXPECT_EQ(countWronglyTurned(mesh), 0);
+    EXPECT_EQ(countDisagreeing(mesh), 0u);
     EXPECT_NEAR(getVolume(mesh), 8.0 * 0.48, 0.2); // facing outwards
 }
 
 TEST(TopMelt, growingStopsAtAKnownBorder)
 {
-    const StreamCapture quiet(std::cout);
+    const StreamCapture quiet;
     SheetMesh sheet;
-    sheet.addCube(8, [](int, int, int) { return false; });
+    sheet.addCube(8);
     TopMelt top(&sheet.mesh, &sheet.calc);
     const std::vector<CTriangle*> vAllT = sheet.mesh.getAllT();
     EXPECT_THROW((void)top.getFlippedMaxT_for_open_melt(vAllT), ZefBugException); // no border is known

@@ -10,18 +10,13 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <bit>
-#include <iostream>
 #include <random>
 
 namespace TARN_ZEF
 {
 namespace
 {
-const auto NO_HOLE = [](int, int) { return false; };
-const auto NO_HOLE_3 = [](int, int, int) { return false; };
-
 void flipAtRandom(CMesh& mesh, unsigned int seed)
 {
     std::mt19937 rng(seed);
@@ -42,17 +37,10 @@ Top::EdgeSet getDisagreeing(const CMesh& mesh)
     return sCE;
 }
 
-std::size_t countDegree(const CMesh& mesh, int deg)
-{
-    std::vector<CEdge*> vCE;
-    mesh.getDegN(deg, vCE);
-    return vCE.size();
-}
-
 // A cube of size 4 with a wall inside at half its height: three patches on one ring of degree 3 edges.
 void addWalledCube(SheetMesh& sm)
 {
-    sm.addCube(4, NO_HOLE_3);
+    sm.addCube(4);
     for (int x = 8; x < 12; ++x)
         for (int y = 8; y < 12; ++y)
             sm.addSquare(sm.cell(x, y, 10), sm.cell(x + 1, y, 10), sm.cell(x + 1, y + 1, 10),
@@ -62,7 +50,7 @@ void addWalledCube(SheetMesh& sm)
 // The whole surface of a cube, and a smaller box on it: three patches, of which the face between is the least.
 void addBumpedCube(SheetMesh& sm)
 {
-    sm.addCube(10, NO_HOLE_3);
+    sm.addCube(10);
     const auto top = [&](int i) { return sm.cell(12 + (i == 1 || i == 2), 12 + (i >= 2), 19); };
     const auto base = [&](int i) { return sm.cell(12 + (i == 1 || i == 2), 12 + (i >= 2), 18); };
     for (int i = 0; i < 4; ++i)
@@ -93,11 +81,11 @@ TEST(TopStrategies, spanningTreeOrientsWhatThePipelineMakes)
     for (const NamedCloud& cloud : getClouds())
     {
         SCOPED_TRACE(cloud.name);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         PipelineMesh pm(cloud.vPoints,
                         cloud.bClosed); // the repair of a scan leaves triangles beyond one cube
         const std::size_t numT = pm.mesh().getNumAliveT();
-        EXPECT_EQ(cloud.bClosed, countDegree(pm.mesh(), -1) + countDegree(pm.mesh(), 1) == 0);
+        EXPECT_EQ(cloud.bClosed, countEdges(pm.mesh(), -1) + countEdges(pm.mesh(), 1) == 0);
         flipAtRandom(pm.mesh(), 3);
         Top::EdgeSet sProblemCE;
         pm.top().strategyMST(sProblemCE);
@@ -111,13 +99,13 @@ TEST(TopStrategies, spanningTreeOrientsWhatThePipelineMakes)
 TEST(TopStrategies, spanningTreeStopsAtItsComponentAndAtTheTwist)
 {
     SheetMesh two;
-    two.addSheet(4, NO_HOLE);
+    two.addSheet(4);
     two.addRing(30, false);
     flipAtRandom(two.mesh, 8);
     std::vector<u64> vSecond;
     for (std::size_t i = 32; i < two.mesh.getAllT().size(); ++i)
         vSecond.push_back(two.mesh.getAllT()[i]->getC1());
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     Top::EdgeSet sProblemCE;
     Top(&two.mesh, &two.calc).strategyMST(sProblemCE);
     EXPECT_EQ(sProblemCE, getDisagreeing(two.mesh));
@@ -134,27 +122,6 @@ TEST(TopStrategies, spanningTreeStopsAtItsComponentAndAtTheTwist)
     EXPECT_EQ(sProblemCE.size(), 1u);
 }
 
-TEST(TopStrategies, enqueueTakesTheNextTrianglesInRotation)
-{
-    SheetMesh sm;
-    const u64 a = sm.cell(10, 10, 10), b = sm.cell(11, 10, 10);
-    CTriangle* pCT = sm.add(a, b, sm.cell(10, 11, 10));
-    CPatch patch(&sm.mesh, &sm.calc);
-    patch.addT(pCT);
-    Top top(&sm.mesh, &sm.calc);
-    const std::size_t vExpected[] = {0, 1, 2, 2}; // by further triangles on the edge: border, manifold, star
-    const u64 vThird[] = {sm.cell(10, 9, 10), sm.cell(10, 10, 9), sm.cell(10, 10, 11)};
-    for (std::size_t num = 0;; ++num)
-    {
-        const std::size_t numBefore = top.getNumEnqueued();
-        top.enqueue(pCT, 2);
-        EXPECT_EQ(top.getNumEnqueued() - numBefore, vExpected[num]) << num;
-        if (num == 3)
-            break;
-        sm.add(b, a, vThird[num]);
-    }
-}
-
 TEST(TopStrategies, growingTakesTheOutsideAndDropsTheRest)
 {
     for (unsigned int turns = 0; turns < 8; ++turns)
@@ -162,7 +129,7 @@ TEST(TopStrategies, growingTakesTheOutsideAndDropsTheRest)
         SCOPED_TRACE(turns);
         SheetMesh sm;
         addWalledCube(sm);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         const std::vector<CPatch*> vPatches = cutOriented(sm.mesh);
         ASSERT_EQ(vPatches.size(), 3u);
         for (std::size_t i = 0; i < 3; ++i)
@@ -184,7 +151,7 @@ TEST(TopStrategies, patchPassesKeepTheMeshConsistent)
         for (const bool bRepair : {false, true})
         {
             SCOPED_TRACE(cloud.name + (bRepair ? ", repaired" : ", raw"));
-            const StreamCapture capture(std::cout);
+            const StreamCapture capture;
             PipelineMesh pm(cloud.vPoints, bRepair);
             CMesh& mesh = pm.mesh();
             pm.top().closeChainsKillT();
@@ -207,13 +174,13 @@ TEST(TopStrategies, clusterSearchRemovesTheFaceUnderABump)
 {
     SheetMesh sm;
     addBumpedCube(sm);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     Top top(&sm.mesh, &sm.calc);
-    EXPECT_EQ(countDegree(sm.mesh, 3), 4u);
+    EXPECT_EQ(countEdges(sm.mesh, 3), 4u);
     top.solvePatchPairsFrac(cutOriented(sm.mesh));
     expectConsistent(sm.mesh);
     EXPECT_EQ(sm.mesh.getNumAliveT(), 1200u - 2u + 10u) << "of bump and face the smaller one dies";
-    EXPECT_EQ(countDegree(sm.mesh, -1), 0u);
+    EXPECT_EQ(countEdges(sm.mesh, -1), 0u);
     EXPECT_TRUE(capture.contains("--- FAILED ----, by solvePatchPairs")) << "large shell and face";
     EXPECT_TRUE(capture.contains("*** SUCCESS ***"));
     EXPECT_TRUE(capture.contains("+++++ Have assimilated a patch +++++, new size=1208"));
@@ -227,7 +194,7 @@ TEST(TopStrategies, clusterSearchFindsTheFirstPairOfSets)
     {
         SCOPED_TRACE(seed);
         CellMesh cm(5, seed, randomCells(25 + seed));
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         Top top(&cm.mesh(), &cm.calc);
         std::vector<CPatch*> vCluster;
         for (CPatch* pStart : cutOriented(cm.mesh()))
@@ -251,7 +218,7 @@ TEST(TopStrategies, clusterSearchFindsTheFirstPairOfSets)
 TEST(TopStrategies, openChainIsClosedOverTheFinThatStandsOnIt)
 {
     SheetMesh sm;
-    sm.addSheet(8, NO_HOLE);
+    sm.addSheet(8);
     const u64 a = sm.cell(3, 4, 8), b = sm.cell(4, 4, 8), c = sm.cell(5, 4, 8), tip = sm.cell(4, 4, 9);
     sm.add(a, b, tip);
     sm.add(b, c, tip);

@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <iostream>
 
 namespace TARN_ZEF
 {
@@ -48,7 +47,7 @@ TEST(VolSolver, weakPatchesDieWhereTheyShareAllEdges)
         SCOPED_TRACE(c.name);
         BumpedCube cube(c.numA, c.numB);
         const std::size_t numT = cube.mesh.getNumAliveT();
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         VolSolver solver(&cube.mesh, &cube.calc);
         solver.presolveBubbles();
         expectConsistent(cube.mesh);
@@ -67,7 +66,7 @@ TEST(VolSolver, weakPatchesDieWhereTheyShareAllEdges)
 TEST(VolSolver, danglingTrianglesDieWhereTheStrongPatchIsGone)
 {
     BumpedCube cube(1, 0);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     VolSolver solver(&cube.mesh, &cube.calc);
     solver.presolveBubbles();
     std::vector<CTriangle*> vIncT;
@@ -86,7 +85,7 @@ TEST(VolSolver, strongPatchesSurviveOnWhatThePipelineMakes)
     for (const NamedCloud& cloud : getClouds())
     {
         SCOPED_TRACE(cloud.name);
-        const StreamCapture capture(std::cout);
+        const StreamCapture capture;
         PipelineMesh pm(cloud.vPoints, false);
         const std::size_t numT = pm.mesh().getNumAliveT();
         const std::size_t numPatches = cutOriented(pm.mesh()).size();
@@ -112,7 +111,7 @@ TEST(VolSolver, strongPatchesSurviveOnWhatThePipelineMakes)
 TEST(VolSolver, takesTheNearerEdgeThatLeadsToAStrongPatch)
 {
     BumpedCube cube(1, 0);
-    const StreamCapture capture(std::cout);
+    const StreamCapture capture;
     VolSolver solver(&cube.mesh, &cube.calc);
     solver.presolveBubbles();
     // From one half of the face over its diagonal: both further edges of the other half lead to cube and box.

@@ -1,15 +1,15 @@
 #include "Voro.h"
 
 #include "CMesh.h"
-#include "Progress.h"
+#include "CellIndex.h"
+#include "CubeWalk.h"
 #include "helpers/LatticeMesh.h"
-#include "helpers/checkMesh.h"
+#include "helpers/finishedMeshes.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <array>
-#include <map>
 #include <random>
 #include <set>
 
@@ -19,25 +19,31 @@ namespace
 {
 using Corners = std::array<u64, 3>;
 
-// The extraction again, in the plainest way: a sorted list of (cube, member) pairs, and sets. It is the
-// judge of the block walk.
+// The extraction again, in the plainest way: the cubes one by one, and sets. It is the judge of the block
+// walk's consumer.
 class PlainExtraction
 {
 public:
     PlainExtraction(const Calc& calc_, const std::vector<u64>& vCells)
         : calc(calc_)
     {
-        std::map<u64, std::vector<u64>> mCubes;
-        for (const u64 ccd : vCells)
-        {
-            CCD array[8] = {ccd};
-            calc.completeArray8Up(array);
-            for (const u64 base : array)
-                mCubes[base].push_back(ccd);
-        }
         std::vector<std::vector<u64>> vFlat;
-        for (const auto& [base, vMembers] : mCubes)
-            visit(base, vMembers, vFlat);
+        const CellIndex index(vCells);
+        CubeWalk(index).walk(
+            [&](const CubeWalk::Cube& cube)
+            {
+                const int cfg = cube.getCfg();
+                CCD array[8];
+                array[5] = cube.getBase();
+                calc.completeArray8Down(array);
+                std::vector<CCD> vTri;
+                casx.getTriangles(cfg, array, vTri, TUT);
+                if (cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240)
+                    vFlat.push_back(vTri);
+                else
+                    for (std::size_t i = 0; i < vTri.size(); i += 3)
+                        make(vTri[i], vTri[i + 1], vTri[i + 2]);
+            });
         for (const std::vector<u64>& square : vFlat)
             solveSquare(square);
     }
@@ -45,24 +51,6 @@ public:
     std::vector<Corners> vTriangles;
 
 private:
-    void visit(u64 base, const std::vector<u64>& vMembers, std::vector<std::vector<u64>>& vFlat)
-    {
-        CCD array[8];
-        array[5] = base;
-        calc.completeArray8Down(array);
-        int cfg = 0;
-        for (int i = 0; i < 8; ++i)
-            cfg |= std::count(vMembers.begin(), vMembers.end(), array[i]) != 0 ? 1 << i : 0;
-        std::vector<CCD> vTri;
-        casx.getTriangles(cfg, array, vTri, TUT);
-        if (cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240)
-        {
-            vFlat.push_back(vTri);
-            return;
-        }
-        for (std::size_t i = 0; i < vTri.size(); i += 3)
-            make(vTri[i], vTri[i + 1], vTri[i + 2]);
-    }
     void solveSquare(const std::vector<u64>& v)
     {
         u64 v0 = v[0], v1 = v[1], v2 = v[2];
@@ -72,16 +60,9 @@ private:
             std::swap(v0, v1);
         if (calc.getNeigType(v3, v0) != NT_EDGE)
             std::swap(v0, v2);
-        if (sEdges.count(std::minmax(v1, v2)) != 0)
-        {
-            make(v0, v1, v2);
-            make(v2, v1, v3);
-        }
-        else
-        {
-            make(v0, v1, v3);
-            make(v0, v3, v2);
-        }
+        const bool bOther = sEdges.count(std::minmax(v1, v2)) != 0;
+        make(v0, v1, bOther ? v2 : v3);
+        bOther ? make(v2, v1, v3) : make(v0, v3, v2);
     }
     void make(u64 a, u64 b, u64 c)
     {
@@ -130,12 +111,6 @@ std::vector<u64> cellsOf(const LatticeMesh& lm)
     lm.map.forEach([&v](u64 ccd, const Bundle*) { v.push_back(ccd); });
     return v;
 }
-
-struct PreparedTree
-{
-    PreparedTree() { prepareProgress("Reconstruct"); }
-    ~PreparedTree() { finishProgress(); }
-};
 } // namespace
 
 TEST(Voro, makesTheTrianglesOfThePlainExtractionInOrder)
@@ -155,20 +130,6 @@ TEST(Voro, makesTheTrianglesOfThePlainExtractionInOrder)
         voro.fatExtractTriangles();
         EXPECT_EQ(aliveCorners(*voro.getCMesh()), vFirst) << "a second extraction on the same cells";
     }
-}
-
-TEST(Voro, squareWithoutDiagonalTakesTheOneNotInTheTable)
-{
-    const PreparedTree tree;
-    LatticeMesh lm;
-    const u64 corners[4] = {lm.cell(20, 20, 20), lm.cell(21, 20, 20), lm.cell(20, 21, 20),
-                            lm.cell(21, 21, 20)};
-    Voro voro(&lm.calc, &lm.map, TM_FAT);
-    voro.fatExtractTriangles();
-    EXPECT_EQ(aliveCorners(*voro.getCMesh()).size(), 2u) << "two flat cubes, one square";
-    // The table keeps the diagonal through the lowest corner of a face.
-    EXPECT_EQ(voro.getCMesh()->getCE(corners[0], corners[3]), nullptr);
-    EXPECT_NE(voro.getCMesh()->getCE(corners[1], corners[2]), nullptr);
 }
 
 TEST(Voro, borderFixLeavesEveryCornerWithABundle)

@@ -22,7 +22,6 @@ TEST(WorkerPool, RunsEveryJobOnceAndTellsTheWorker)
     {
         WorkerPool pool(3);
         for (std::atomic<int>& numRuns : vRuns)
-        {
             (void)pool.push(
                 [&](int index)
                 {
@@ -30,7 +29,6 @@ TEST(WorkerPool, RunsEveryJobOnceAndTellsTheWorker)
                     if (index < 0 || index >= 3 || !isWorkerThread())
                         bIndicesGood = false;
                 });
-        }
         // The end of the pool is to finish the queue.
     }
     for (const std::atomic<int>& numRuns : vRuns)
@@ -117,14 +115,12 @@ TEST_F(ParallelFor, RunsSeriallyInsideAJob)
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t k = from; k < to; ++k)
-                    {
                         parallelFor(10'000, 1,
                                     [&vHits, k](std::size_t innerFrom, std::size_t innerTo)
                                     {
                                         for (std::size_t i = innerFrom; i < innerTo; ++i)
                                             ++vHits[10'000 * k + i];
                                     });
-                    }
                 });
     EXPECT_EQ(vHits, std::vector<int>(20'000, 1));
 }

@@ -6,20 +6,18 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
-#include <iostream>
 #include <random>
 
 namespace TARN_ZEF
 {
 namespace
 {
-const std::string kTriangle = "0 0 0\n1 0 0\n0 1 0\n";
-const std::string kXYZ = "property float x\nproperty float y\nproperty float z\n";
-const std::string kVertex3 = "element vertex 3\n" + kXYZ;
-const std::string kFace1 = "element face 1\nproperty list uchar int vertex_indices\n";
-const std::string kAscii = "ply\nformat ascii 1.0\n";
-const std::string kBinary = "ply\nformat binary_little_endian 1.0\n";
+const std::string TRIANGLE = "0 0 0\n1 0 0\n0 1 0\n";
+const std::string XYZ = "property float x\nproperty float y\nproperty float z\n";
+const std::string VERTEX_3 = "element vertex 3\n" + XYZ;
+const std::string FACE_1 = "element face 1\nproperty list uchar int vertex_indices\n";
+const std::string ASCII = "ply\nformat ascii 1.0\n";
+const std::string BINARY = "ply\nformat binary_little_endian 1.0\n";
 
 struct ScalarType
 {
@@ -27,155 +25,109 @@ struct ScalarType
     const char* sizedName;
     std::size_t size;
 };
-constexpr ScalarType kTypes[] = {
+constexpr ScalarType TYPES[] = {
     {"char", "int8", 1}, {"uchar", "uint8", 1}, {"short", "int16", 2},   {"ushort", "uint16", 2},
     {"int", "int32", 4}, {"uint", "uint32", 4}, {"float", "float32", 4}, {"double", "float64", 8},
 };
 
-// Makes PLY files of random form about given content: format, types and their spelling, order of elements
-// and properties, further elements and properties with lists, comments, kinds of line ends.
+// A PLY file of random form about random content: format, types and their spelling, order of elements and
+// properties, further elements and properties with lists, comments, kinds of line ends. All values are whole
+// numbers that every type holds exactly.
 class RandomPly
 {
 public:
     explicit RandomPly(unsigned int seed)
         : rng(seed)
+        , format(rng() % 3)
+        , end(pick({"\n", "\r\n", "\r"}))
+        , blank(pick({" ", "  ", "\t", " \t "}))
     {
-    }
-
-    // Whole numbers from 0 to 100, so that every type holds them exactly.
-    std::vector<Point3> vVertices;
-    std::vector<std::vector<int>> vFaces;
-
-    std::string make()
-    {
-        const char* const formats[] = {"ascii", "binary_little_endian", "binary_big_endian"};
-        format = static_cast<int>(rng() % 3);
-        const char* const ends[] = {"\n", "\r\n", "\r"};
-        end = ends[rng() % 3];
-        constexpr int coordinateTypes[] = {4, 6, 7};
-        coordinateType = coordinateTypes[rng() % 3];
-        makeContent();
-
-        header = "ply" + end + "comment x" + end + "format " + formats[format] + " 1.0" + end;
-        body.clear();
-        std::vector<int> vKinds = {0, 1, 2, 3};
-        std::shuffle(vKinds.begin(), vKinds.end(), rng);
-        for (const int kind : vKinds)
-            addElement(kind);
-        return header + "end_header" + end + body;
-    }
-
-private:
-    void makeContent()
-    {
-        vVertices.clear();
-        vFaces.clear();
         for (std::size_t n = 3 + rng() % 40; n > 0; --n)
             vVertices.emplace_back(rng() % 101, rng() % 101, rng() % 101);
         for (std::size_t n = rng() % 40; n > 0; --n)
-        {
-            std::vector<int> vFace(rng() % 3 == 0 ? rng() % 7 : 3);
-            for (int& index : vFace)
+            for (int& index : vFaces.emplace_back(rng() % 3 == 0 ? rng() % 7 : 3))
                 index = static_cast<int>(rng() % vVertices.size());
-            vFaces.push_back(vFace);
-        }
+        std::vector<int> vKinds = {0, 1, 2, 3};
+        std::shuffle(vKinds.begin(), vKinds.end(), rng);
+        for (const int kind : vKinds)
+            if (kind == 0)
+                addRows("vertex", vVertices.size(), {"x", "y", "z"});
+            else if (kind == 1)
+                addRows("face", vFaces.size(), {pick({"vertex_indices", "vertex_index"})});
+            else if (rng() % 2 == 0)
+                addRows(kind == 2 ? "edge" : "other", rng() % 20, {});
+    }
+    [[nodiscard]] std::string text() const
+    {
+        const char* const formats[] = {"ascii", "binary_little_endian", "binary_big_endian"};
+        return "ply" + end + "comment x" + end + "format " + formats[format] + " 1.0" + end + header +
+               "end_header" + end + body;
     }
 
-    void addElement(int kind)
-    {
-        if (kind == 0)
-            addRows("vertex", vVertices.size(), {"x", "y", "z"});
-        else if (kind == 1)
-            addRows("face", vFaces.size(), {rng() % 2 == 0 ? "vertex_indices" : "vertex_index"});
-        else if (rng() % 2 == 0)
-            addRows(kind == 2 ? "edge" : "other", rng() % 20, {});
-    }
+    std::vector<Point3> vVertices;
+    std::vector<std::vector<int>> vFaces;
+
+private:
+    const char* pick(std::initializer_list<const char*> texts) { return texts.begin()[rng() % texts.size()]; }
 
     void addRows(const std::string& element, std::size_t numRows, std::vector<std::string> vNames)
     {
         for (std::size_t n = rng() % 4; n > 0; --n)
-            vNames.push_back((rng() % 3 == 0 ? "list" : "extra") + std::to_string(n));
+            vNames.push_back(pick({"list", "extra", "extra"}) + std::to_string(n));
         std::shuffle(vNames.begin(), vNames.end(), rng);
-        const char* const blanks[] = {" ", "  ", "\t", " \t "};
-        const std::string blank = blanks[rng() % 4];
         header += (rng() % 2 == 0 ? blank : "") + "element" + blank + element + blank +
                   std::to_string(numRows) + (rng() % 2 == 0 ? blank : "") + end;
-        std::vector<int> vTypes;
+        constexpr std::size_t coordinateTypes[] = {4, 6, 7};
+        const std::size_t coordinateType = coordinateTypes[rng() % 3];
+        std::vector<std::size_t> vTypes;
         for (const std::string& name : vNames)
         {
-            const bool bIndex = name[0] == 'v';
-            // Coordinates share a type; indices and counts are integers.
-            int type = static_cast<int>(rng() % (bIndex ? 6 : 8));
-            if (name.size() == 1)
-                type = coordinateType;
-            vTypes.push_back(type);
-            header += "property" + blank;
-            if (bIndex || name[0] == 'l')
-                header += "list" + blank + spell(1) + blank;
-            header += spell(type) + blank + name + end;
-            if (rng() % 5 == 0)
-                header += "obj_info element vertex 99" + end;
+            // Coordinates share a type, indices are integers.
+            vTypes.push_back(name.size() == 1 ? coordinateType : rng() % (name[0] == 'v' ? 6 : 8));
+            header += "property" + blank + (isList(name) ? "list" + blank + spell(1) + blank : "") +
+                      spell(vTypes.back()) + blank + name + end +
+                      (rng() % 5 == 0 ? "obj_info element vertex 99" + end : "");
         }
         for (std::size_t row = 0; row < numRows; ++row)
-            addRow(row, vNames, vTypes);
-    }
-
-    [[nodiscard]] std::string spell(int type)
-    {
-        return rng() % 2 == 0 ? kTypes[type].name : kTypes[type].sizedName;
-    }
-
-    void addRow(std::size_t row, const std::vector<std::string>& vNames, const std::vector<int>& vTypes)
-    {
-        if (vNames.empty())
-            return;
-        for (std::size_t i = 0; i < vNames.size(); ++i)
         {
-            std::vector<int> vValues = {static_cast<int>(rng() % 101)};
-            if (vNames[i].size() == 1)
-            {
-                const Point3& p = vVertices[row];
-                vValues[0] = static_cast<int>(vNames[i] == "x" ? p.x() : vNames[i] == "y" ? p.y() : p.z());
-            }
-            else if (vNames[i][0] == 'v')
-                vValues = vFaces[row];
-            else if (vNames[i][0] == 'l')
-                vValues.assign(rng() % 5, 9);
-            if (vNames[i][0] == 'v' || vNames[i][0] == 'l')
-                addValue(1, static_cast<int>(vValues.size()));
-            for (const int value : vValues)
-                addValue(vTypes[i], value);
+            for (std::size_t i = 0; i < vNames.size(); ++i)
+                addValues(vNames[i], row, vTypes[i]);
+            body += format == 0 && !vNames.empty() ? end : "";
         }
-        if (format == 0)
-            body += end;
+    }
+    static bool isList(const std::string& name) { return name[0] == 'v' || name[0] == 'l'; }
+    std::string spell(std::size_t type) { return pick({TYPES[type].name, TYPES[type].sizedName}); }
+
+    void addValues(const std::string& name, std::size_t row, std::size_t type)
+    {
+        std::vector<int> vValues(name[0] == 'l' ? rng() % 5 : 1, 9);
+        if (name[0] == 'v')
+            vValues = vFaces[row];
+        else if (name.size() == 1)
+            vValues[0] = static_cast<int>((vVertices[row] - Point3()).getCartesian(name[0] - 'x'));
+        if (isList(name))
+            addValue(1, static_cast<int>(vValues.size()));
+        for (const int value : vValues)
+            addValue(type, value);
     }
 
-    void addValue(int type, int value)
+    void addValue(std::size_t type, int value)
     {
-        if (format == 0)
-        {
-            body += std::to_string(value) + (rng() % 5 == 0 ? "\t " : " ");
-            return;
-        }
-        char aBytes[8];
         const float f = static_cast<float>(value);
         const double d = value;
-        if (type == 6)
-            std::memcpy(aBytes, &f, 4);
-        else if (type == 7)
-            std::memcpy(aBytes, &d, 8);
-        else
-            std::memcpy(aBytes, &value, 4);
-        std::string bytes(aBytes, kTypes[type].size);
+        const void* p = &value;
+        if (type >= 6)
+            p = type == 6 ? static_cast<const void*>(&f) : &d;
+        std::string bytes(static_cast<const char*>(p), TYPES[type].size);
         if (format == 2)
             std::reverse(bytes.begin(), bytes.end());
-        body += bytes;
+        body += format == 0 ? std::to_string(value) + pick({" ", " ", "\t "}) : bytes;
     }
 
     std::mt19937 rng;
-    int format = 0;
-    int coordinateType = 6;
+    std::size_t format;
     std::string end;
+    std::string blank;
     std::string header;
     std::string body;
 };
@@ -188,20 +140,16 @@ TEST(PlyTest, AnyFormOfFileGivesItsContent)
     {
         SCOPED_TRACE("seed " + std::to_string(seed));
         RandomPly ply(seed);
-        const TempFile file(".ply", ply.make());
+        const TempFile file(".ply", ply.text());
         std::vector<Point3> vPoints;
         ASSERT_TRUE(readPly(file.c_str(), true, vPoints));
         ASSERT_EQ(ply.vVertices, vPoints);
 
         std::vector<Point3> vExpected;
         for (const std::vector<int>& vFace : ply.vFaces)
-        {
             for (std::size_t i = 2; i < vFace.size(); ++i)
-            {
                 for (const std::size_t corner : {std::size_t{0}, i - 1, i})
                     vExpected.push_back(ply.vVertices[static_cast<std::size_t>(vFace[corner])]);
-            }
-        }
         std::vector<Point3> vCorners;
         ASSERT_TRUE(readPly(file.c_str(), false, vCorners));
         ASSERT_EQ(vExpected, vCorners);
@@ -212,13 +160,13 @@ TEST(PlyTest, EveryCutIsNoticed)
 {
     for (const bool bASCII : {true, false})
     {
-        std::string content = (bASCII ? kAscii : kBinary) + kVertex3 + kFace1 + "end_header\n";
-        content += bASCII ? kTriangle + "3 0 1 2" : std::string(36, '\0') + '\3' + std::string(12, '\0');
+        std::string content = (bASCII ? ASCII : BINARY) + VERTEX_3 + FACE_1 + "end_header\n";
+        content += bASCII ? TRIANGLE + "3 0 1 2" : std::string(36, '\0') + '\3' + std::string(12, '\0');
         for (std::size_t size = 0; size <= content.size(); ++size)
         {
             SCOPED_TRACE("first " + std::to_string(size) + " bytes of\n" + content);
             const TempFile file(".ply", content.substr(0, size));
-            const StreamCapture out(std::cout);
+            const StreamCapture out;
             for (const bool bPointsOnly : {true, false})
             {
                 std::vector<Point3> vPoints(1);
@@ -235,46 +183,46 @@ TEST(PlyTest, EveryCutIsNoticed)
 
 TEST(PlyTest, BrokenFilesAreRefusedWithTheReason)
 {
-    const std::string face = kAscii + kVertex3 + kFace1 + "end_header\n" + kTriangle;
+    const std::string face = ASCII + VERTEX_3 + FACE_1 + "end_header\n" + TRIANGLE;
     const struct
     {
         const char* what;
         std::string content;
         const char* words;
     } rows[] = {
-        {"no format", "ply\n" + kVertex3 + "end_header\n" + kTriangle, "format"},
-        {"negative count", kAscii + "element vertex -3\n", "line 3"},
-        {"element twice", kAscii + kVertex3 + kVertex3, "line 7"},
-        {"unknown type", kAscii + "element vertex 3\nproperty real x\n", "line 4"},
-        {"list counted in float", kAscii + "element face 3\nproperty list float int vertex_indices\n",
+        {"no format", "ply\n" + VERTEX_3 + "end_header\n" + TRIANGLE, "format"},
+        {"negative count", ASCII + "element vertex -3\n", "line 3"},
+        {"element twice", ASCII + VERTEX_3 + VERTEX_3, "line 7"},
+        {"unknown type", ASCII + "element vertex 3\nproperty real x\n", "line 4"},
+        {"list counted in float", ASCII + "element face 3\nproperty list float int vertex_indices\n",
          "line 4"},
-        {"endless line", kAscii + std::string(100000, 'x'), "line 3"},
-        {"missing z", kAscii + "element vertex 1\nproperty float x\nproperty float y\nend_header\n1 2\n",
+        {"endless line", ASCII + std::string(100000, 'x'), "line 3"},
+        {"missing z", ASCII + "element vertex 1\nproperty float x\nproperty float y\nend_header\n1 2\n",
          "'z'"},
         {"indices with fraction",
-         kAscii + kVertex3 + "element face 1\nproperty list int float vertex_indices\nend_header\n" +
-             kTriangle + "3 0 1 2\n",
+         ASCII + VERTEX_3 + "element face 1\nproperty list int float vertex_indices\nend_header\n" +
+             TRIANGLE + "3 0 1 2\n",
          "no integers"},
         {"index too large", face + "3 0 1 3\n", "vertex 3 of 3"},
         {"negative index", face + "3 0 1 -1\n", "of 3"},
         {"negative binary list",
-         kBinary + kVertex3 + "element face 1\nproperty list char int vertex_indices\nend_header\n" +
+         BINARY + VERTEX_3 + "element face 1\nproperty list char int vertex_indices\nend_header\n" +
              std::string(36, '\0') + "\x80",
          "does not fit"},
         {"count too large for the row", face + "4000000000 0 1 2\n", "line 13"},
-        {"no number", kAscii + kVertex3 + kFace1 + "end_header\n0 0 0\n0,5 0 0\n0 0 0\n3 0 1 2\n",
+        {"no number", ASCII + VERTEX_3 + FACE_1 + "end_header\n0 0 0\n0,5 0 0\n0 0 0\n3 0 1 2\n",
          "line 11: '0,5'"},
-        {"vertices beyond the file", kAscii + "element vertex 4000000000\n" + kXYZ + kFace1 + "end_header\n",
+        {"vertices beyond the file", ASCII + "element vertex 4000000000\n" + XYZ + FACE_1 + "end_header\n",
          "4000000000 rows"},
         {"vertices whose bytes wrap",
-         kBinary + "element vertex 18446744073709551615\n" + kXYZ + kFace1 + "end_header\n" +
+         BINARY + "element vertex 18446744073709551615\n" + XYZ + FACE_1 + "end_header\n" +
              std::string(48, '\0'),
          "rows of element 'vertex'"},
         {"other element beyond the file",
-         kBinary + "element a 4000000000\nproperty list uint int b\n" + kVertex3 + kFace1 + "end_header\n",
+         BINARY + "element a 4000000000\nproperty list uint int b\n" + VERTEX_3 + FACE_1 + "end_header\n",
          "'a'"},
         {"list beyond the file",
-         kBinary + kVertex3 + "element face 1\nproperty list int int vertex_indices\nend_header\n" +
+         BINARY + VERTEX_3 + "element face 1\nproperty list int int vertex_indices\nend_header\n" +
              std::string(36, '\0') + "\xFF\xFF\xFF\x7F",
          "does not fit"},
     };
@@ -282,7 +230,7 @@ TEST(PlyTest, BrokenFilesAreRefusedWithTheReason)
     {
         SCOPED_TRACE(row.what);
         const TempFile file(".ply", row.content);
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         std::vector<Point3> vPoints(1);
         EXPECT_FALSE(readPly(file.c_str(), false, vPoints));
         EXPECT_EQ(1U, vPoints.size());
@@ -300,10 +248,10 @@ TEST(PlyTest, OddFilesThatAreSound)
         std::string content;
     } rows[] = {
         {"types that differ, an element without properties",
-         kAscii + noise + "property int x\nproperty double z\nproperty float y\nend_header\n1 3 2\n\n4 6 5"},
-        {"number forms", kAscii + noise + kXYZ + "end_header\n+1 2.0 .3e1 rest\n4 5e0 6\nrest"},
+         ASCII + noise + "property int x\nproperty double z\nproperty float y\nend_header\n1 3 2\n\n4 6 5"},
+        {"number forms", ASCII + noise + XYZ + "end_header\n+1 2.0 .3e1 rest\n4 5e0 6\nrest"},
         {"row number in an integer",
-         kAscii + noise + "property int i\n" + kXYZ + "end_header\n7 1 2 3\n8 4 5 6\n"},
+         ASCII + noise + "property int i\n" + XYZ + "end_header\n7 1 2 3\n8 4 5 6\n"},
     };
     for (const auto& row : rows)
     {
@@ -318,9 +266,8 @@ TEST(PlyTest, OddFilesThatAreSound)
 TEST(PlyTest, RandomBytesNeverCrash)
 {
     std::mt19937 rng(1);
-    RandomPly ply(5);
-    const std::string sound = ply.make();
-    const StreamCapture out(std::cout);
+    const std::string sound = RandomPly(5).text();
+    const StreamCapture out;
     for (int i = 0; i < 2000; ++i)
     {
         std::string content = sound;
@@ -330,30 +277,6 @@ TEST(PlyTest, RandomBytesNeverCrash)
         std::vector<Point3> vPoints(1);
         const bool bOK = readPly(file.c_str(), i % 2 == 0, vPoints);
         ASSERT_TRUE(bOK || vPoints.size() == 1);
-    }
-}
-
-TEST(PlyTest, PointsComeBackAsFloats)
-{
-    std::mt19937 rng(2);
-    std::uniform_real_distribution<double> any(-1e6, 1e6);
-    std::vector<Point3> vPoints;
-    std::vector<Point3> vFloats;
-    for (int i = 0; i < 5000; ++i)
-    {
-        vPoints.emplace_back(any(rng), any(rng) * 1e-20, any(rng) * 1e20);
-        vFloats.emplace_back(static_cast<float>(vPoints[i].x()), static_cast<float>(vPoints[i].y()),
-                             static_cast<float>(vPoints[i].z()));
-    }
-    for (const bool bASCII : {true, false})
-    {
-        TempFile file(".ply");
-        const StreamCapture out(std::cout);
-        ASSERT_TRUE(writePoints_auto(file.path, vPoints, bASCII));
-        EXPECT_EQ(bASCII, file.read().starts_with("ply\nformat ascii 1.0\n"));
-        std::vector<Point3> vRead;
-        ASSERT_TRUE(readPoints_auto(file.path, vRead));
-        EXPECT_EQ(vFloats, vRead);
     }
 }
 

@@ -9,7 +9,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <iostream>
 #include <sstream>
 
 namespace TARN_ZEF
@@ -22,7 +21,7 @@ namespace
 {
     const TempFile file(".list");
     {
-        const StreamCapture out(std::cout);
+        const StreamCapture out;
         Visualizer3 scene(file.path, pCalc, true);
         write(scene);
     }
@@ -71,7 +70,7 @@ TEST(Visualizer3Test, ObjectsHaveTheFormOfTheViewer)
 TEST(Visualizer3Test, RefusalsAndFailures)
 {
     const TempFile file(".list");
-    const StreamCapture out(std::cout);
+    const StreamCapture out;
     {
         EXPECT_THROW(Visualizer3(file.path, nullptr, false), ZefBugException);
         EXPECT_FALSE(std::filesystem::exists(file.path));

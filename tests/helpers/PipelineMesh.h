@@ -19,6 +19,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TARN_ZEF
@@ -79,14 +80,14 @@ inline std::vector<CPatch*> cutOriented(CMesh& mesh)
     return vPatches;
 }
 
-class PipelineMesh
+// The raw extraction of a cloud (spacing -1.0: the detected one) or a soup, and the class that repairs it.
+template <typename Repair>
+struct Extraction
 {
-public:
-    PipelineMesh(const std::vector<Point3>& vPoints, bool bRepair)
+    Extraction(const std::vector<Point3>& vPoints, double spacing, bool bMelt)
     {
-        prepareProgress("Reconstruct");
-        cloudMgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, false);
-        std::vector<Bundle*> vBundles;
+        prepareProgress(bMelt ? "Melt" : "Reconstruct");
+        cloudMgr.addPoints(vPoints, spacing, 1.0, bMelt, bMelt ? 30.0 : 361.0, false);
         cloudMgr.getBundles(vBundles, pCalc);
         std::vector<BundleMap::Entry> vEntries;
         for (Bundle* pBundle : vBundles)
@@ -94,19 +95,30 @@ public:
         map.assignSorted(std::move(vEntries));
         pVoro = std::make_unique<Voro>(pCalc, &map, TM_FAT);
         pVoro->fatExtractTriangles();
-        pTop = std::make_unique<Top>(pVoro->getCMesh(), pCalc);
+        pTop = std::make_unique<Repair>(pVoro->getCMesh(), pCalc);
+    }
+    [[nodiscard]] CMesh& mesh() { return *pTop->getCMesh(); }
+    [[nodiscard]] Repair& top() { return *pTop; }
+
+    CloudMgr cloudMgr;
+    Calc* pCalc = nullptr;
+    std::vector<Bundle*> vBundles;
+    BundleMap map;
+    std::unique_ptr<Voro> pVoro;
+    std::unique_ptr<Repair> pTop;
+};
+
+// The mesh of a cloud: raw but for the diagonals of its squares, or repaired.
+struct PipelineMesh : Extraction<Top>
+{
+    PipelineMesh(const std::vector<Point3>& vPoints, bool bRepair)
+        : Extraction(vPoints, -1.0, false)
+    {
         if (bRepair)
             pTop->run(pVoro.get());
         else
             pTop->unifyDiagonals();
     }
-    [[nodiscard]] CMesh& mesh() { return *pVoro->getCMesh(); }
-    [[nodiscard]] Top& top() { return *pTop; }
-    CloudMgr cloudMgr;
-    Calc* pCalc = nullptr;
-    BundleMap map;
-    std::unique_ptr<Voro> pVoro;
-    std::unique_ptr<Top> pTop;
 };
 
 } // namespace TARN_ZEF

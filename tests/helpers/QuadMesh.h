@@ -1,9 +1,12 @@
-// Two triangles on one edge, anywhere in space, for tests of flips.
+// Triangles on one edge, anywhere in space, for tests of edges.
 #ifndef ZEF_TESTS_QUADMESH_H
 #define ZEF_TESTS_QUADMESH_H
 
 #include "SheetMesh.h"
 #include "tools.h"
+
+#include <cmath>
+#include <vector>
 
 namespace TARN_ZEF
 {
@@ -21,6 +24,26 @@ struct QuadMesh : SheetMesh
         pCE = mesh.getCE(v0, v1);
     }
     u64 v0, v1, a, b;
+    CEdge* pCE;
+};
+
+// A fan of flat triangles on the edge a-b, whose third corners stand around it at the given angles.
+struct Fan : SheetMesh
+{
+    explicit Fan(const std::vector<double>& vDegrees)
+        : a(cellAt(8, 8, 8, Point3(0, 0, 0)))
+        , b(cellAt(8, 8, 9, Point3(0, 0, 2)))
+    {
+        for (std::size_t i = 0; i < vDegrees.size(); ++i)
+        {
+            const double phi = vDegrees[i] / DEGREES_PER_RAD;
+            const u64 third = cellAt(9, static_cast<int>(i), 9, Point3(std::cos(phi), std::sin(phi), 1));
+            vT.push_back(i % 2 == 0 ? add(a, b, third) : add(b, a, third));
+        }
+        pCE = mesh.getCE(a, b);
+    }
+    u64 a, b;
+    std::vector<CTriangle*> vT;
     CEdge* pCE;
 };
 

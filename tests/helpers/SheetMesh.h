@@ -1,12 +1,15 @@
-// Sheets and cubes of unit squares on a lattice, with holes, for tests of borders.
+// Sheets and boxes of unit squares on a lattice, with holes, for tests of borders.
 #ifndef ZEF_TESTS_SHEETMESH_H
 #define ZEF_TESTS_SHEETMESH_H
 
 #include "CEdge.h"
 #include "CTriangle.h"
 #include "LatticeMesh.h"
+#include "checkMesh.h"
 
+#include <array>
 #include <cmath>
+#include <map>
 #include <vector>
 
 namespace TARN_ZEF
@@ -25,6 +28,13 @@ struct SheetMesh : LatticeMesh
         add(a, b, c);
         add(a, c, d);
     }
+    void addTetrahedron(u64 a, u64 b, u64 c, u64 d)
+    {
+        add(a, c, b);
+        add(a, b, d);
+        add(b, c, d);
+        add(c, a, d);
+    }
     // The squares of [0, size) x [0, size) but for those that isHole(x, y) names, facing +z.
     template <typename IsHole>
     void addSheet(int size, const IsHole& isHole)
@@ -34,16 +44,28 @@ struct SheetMesh : LatticeMesh
                 if (!isHole(x, y))
                     addSquare(cell(x, y, 8), cell(x + 1, y, 8), cell(x + 1, y + 1, 8), cell(x, y + 1, 8));
     }
-    // The surface of a cube, size * size squares on each side, facing outwards, without those that
-    // isHole(side, u, v) names.
+    void addSheet(int size)
+    {
+        addSheet(size, [](int, int) { return false; });
+    }
+    // The surface of a box of unit squares, facing outwards, without those that isHole(side, u, v) names.
+    template <typename IsHole>
+    void addBox(const std::array<int, 3>& low, const std::array<int, 3>& size, const IsHole& isHole)
+    {
+        for (std::size_t side = 0; side < 6; ++side)
+            for (int u = 0; u < size[(side / 2 + 1) % 3]; ++u)
+                for (int v = 0; v < size[(side / 2 + 2) % 3]; ++v)
+                    if (!isHole(static_cast<int>(side), u, v))
+                        addBoxSquare(low, size, side, u, v);
+    }
     template <typename IsHole>
     void addCube(int size, const IsHole& isHole)
     {
-        for (int side = 0; side < 6; ++side)
-            for (int u = 0; u < size; ++u)
-                for (int v = 0; v < size; ++v)
-                    if (!isHole(side, u, v))
-                        addCubeSquare(size, side, u, v);
+        addBox({8, 8, 8}, {size, size, size}, isHole);
+    }
+    void addCube(int size)
+    {
+        addCube(size, [](int, int, int) { return false; });
     }
     // A closed strip of num squares, one square wide, on a ring of radius num; a twisted one is a Moebius
     // band.
@@ -66,21 +88,16 @@ struct SheetMesh : LatticeMesh
         mesh.getDegN(1, vCE);
         return vCE;
     }
-    [[nodiscard]] bool isManifold() const
+    [[nodiscard]] bool isManifold() const { return countEdges(mesh, -1) == 0; }
+    [[nodiscard]] bool isOriented() const { return countDisagreeing(mesh) == 0; }
+    [[nodiscard]] std::map<u64, Point3> positions() const
     {
-        std::vector<CEdge*> vCE;
-        mesh.getDegN(-1, vCE);
-        return vCE.empty();
-    }
-    // Whether the two triangles on every edge of degree 2 run along it in opposite directions.
-    [[nodiscard]] bool isOriented() const
-    {
-        std::vector<CEdge*> vCE;
-        mesh.getDegN(2, vCE);
-        for (const CEdge* pCE : vCE)
-            if (pCE->vCT[0]->needFlip(pCE->vCT[1]))
-                return false;
-        return true;
+        std::vector<u64> vCCD;
+        mesh.getUsedCCDs(vCCD);
+        std::map<u64, Point3> mPos;
+        for (const u64 ccd : vCCD)
+            mPos[ccd] = mesh.getAvgPoint(ccd);
+        return mPos;
     }
     // Makes the orientation of each piece uniform over edges of degree 2; says whether that can be done.
     [[nodiscard]] bool orient()
@@ -116,16 +133,17 @@ private:
         }
     }
 
-    void addCubeSquare(int size, int side, int u, int v)
+    void addBoxSquare(const std::array<int, 3>& low, const std::array<int, 3>& size, std::size_t side, int u,
+                      int v)
     {
-        const int axis = side / 2;
+        const std::size_t axis = side / 2;
         u64 c[4];
-        for (int i = 0; i < 4; ++i)
+        for (std::size_t i = 0; i < 4; ++i)
         {
-            int pos[3];
-            pos[axis] = 8 + (side % 2 == 0 ? 0 : size);
-            pos[(axis + 1) % 3] = 8 + u + (i == 1 || i == 2 ? 1 : 0);
-            pos[(axis + 2) % 3] = 8 + v + (i >= 2 ? 1 : 0);
+            std::array<int, 3> pos = low;
+            pos[axis] += side % 2 == 0 ? 0 : size[axis];
+            pos[(axis + 1) % 3] += u + (i == 1 || i == 2 ? 1 : 0);
+            pos[(axis + 2) % 3] += v + (i >= 2 ? 1 : 0);
             c[side % 2 == 0 ? 3 - i : i] = cell(pos[0], pos[1], pos[2]);
         }
         addSquare(c[0], c[1], c[2], c[3]);

@@ -1,17 +1,17 @@
 #ifndef ZEF_TESTS_STREAMCAPTURE_H
 #define ZEF_TESTS_STREAMCAPTURE_H
 
-#include <ostream>
+#include <iostream>
 #include <sstream>
 #include <string>
 
 namespace TARN_ZEF
 {
-// Catches what goes to a stream (std::cout, std::cerr) while it lives.
+// Catches what goes to a stream (std::cout if none is named) while it lives.
 class StreamCapture
 {
 public:
-    explicit StreamCapture(std::ostream& os_)
+    explicit StreamCapture(std::ostream& os_ = std::cout)
         : os(os_)
         , pOldBuffer(os_.rdbuf(caught.rdbuf()))
     {

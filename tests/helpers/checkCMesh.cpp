@@ -95,4 +95,19 @@ void expectConsistent(const CMesh& mesh)
     checkEdgeOrder(mesh);
 }
 
+std::size_t countDisagreeing(const CMesh& mesh)
+{
+    std::size_t num = 0;
+    mesh.forEachEdge([&](const CEdge* pCE)
+                     { num += pCE->getDegree() == 2 && pCE->vCT[0]->needFlip(pCE->vCT[1]) ? 1 : 0; });
+    return num;
+}
+
+std::size_t countEdges(const CMesh& mesh, int deg)
+{
+    std::vector<CEdge*> vCE;
+    mesh.getDegN(deg, vCE);
+    return vCE.size();
+}
+
 } // namespace TARN_ZEF

@@ -88,4 +88,23 @@ void expectConsistent(const RMesh& mesh)
     checkLists(mesh);
 }
 
+std::size_t countDisagreeing(const RMesh& mesh)
+{
+    std::size_t num = 0;
+    for (const REdge* pRE : mesh.getAllRE())
+    {
+        RTriangle* pRT0 = nullptr;
+        RTriangle* pRT1 = nullptr;
+        num += pRE->getTwoT(pRT0, pRT1, true) && pRT0->needFlip(pRT1) ? 1 : 0;
+    }
+    return num;
+}
+
+std::size_t countEdges(const RMesh& mesh, int deg)
+{
+    std::vector<REdge*> vRE;
+    mesh.getDegN(deg, vRE);
+    return vRE.size();
+}
+
 } // namespace TARN_ZEF

@@ -16,16 +16,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-RMeshSource merged(RMeshSource a, const RMeshSource& b, const Vector3& shift)
-{
-    const auto first = static_cast<std::uint32_t>(a.vPoints.size());
-    for (const Point3& p : b.vPoints)
-        a.vPoints.push_back(p + shift);
-    for (const std::uint32_t corner : b.vCorners)
-        a.vCorners.push_back(first + corner);
-    return a;
-}
-
 // Two triangles of the plane get a third and a fourth one on their common edges.
 RMeshSource withFins(RMeshSource source)
 {
@@ -40,32 +30,6 @@ RMeshSource withFins(RMeshSource source)
     return source;
 }
 
-std::size_t countBorderLoops(const RMesh& mesh)
-{
-    std::vector<REdge*> vBorderRE;
-    mesh.getDegN(1, vBorderRE);
-    std::set<REdge*, ByCreationRE> sOpen(vBorderRE.begin(), vBorderRE.end());
-    std::size_t numLoops = 0;
-    while (!sOpen.empty())
-    {
-        ++numLoops;
-        std::vector<REdge*> vWork{*sOpen.begin()};
-        sOpen.erase(sOpen.begin());
-        while (!vWork.empty())
-        {
-            const REdge* pRE = vWork.back();
-            vWork.pop_back();
-            std::vector<REdge*> vNext;
-            mesh.getIncidentRE(pRE->getVtx0(), vNext);
-            mesh.getIncidentRE(pRE->getVtx1(), vNext);
-            for (REdge* pNext : vNext)
-                if (sOpen.erase(pNext) > 0)
-                    vWork.push_back(pNext);
-        }
-    }
-    return numLoops;
-}
-
 bool facesOutward(const RMesh& mesh, bool bClosed)
 {
     const std::vector<Point3> v = getCorners(mesh);
@@ -77,6 +41,16 @@ bool facesOutward(const RMesh& mesh, bool bClosed)
     return z > 0.0;
 }
 } // namespace
+
+RMeshSource merged(RMeshSource a, const RMeshSource& b, const Vector3& shift)
+{
+    const auto first = static_cast<std::uint32_t>(a.vPoints.size());
+    for (const Point3& p : b.vPoints)
+        a.vPoints.push_back(p + shift);
+    for (const std::uint32_t corner : b.vCorners)
+        a.vCorners.push_back(first + corner);
+    return a;
+}
 
 RMeshSource jittered(RMeshSource source, double amplitude, unsigned int seed)
 {
@@ -112,6 +86,27 @@ std::shared_ptr<Mesh> makeFinished(const RMeshSource& source)
     return pMesh;
 }
 
+std::size_t countBorderLoops(const RMesh& mesh)
+{
+    std::vector<REdge*> vRE;
+    mesh.getDegN(1, vRE);
+    std::size_t numLoops = 0;
+    for (; !vRE.empty(); ++numLoops)
+    {
+        std::vector<const Point3*> vWork{vRE.back()->getVtx0()};
+        while (!vWork.empty())
+        {
+            const Point3* pVtx = vWork.back();
+            vWork.pop_back();
+            const auto it =
+                std::partition(vRE.begin(), vRE.end(), [=](const REdge* p) { return !p->has(pVtx); });
+            std::for_each(it, vRE.end(), [&](const REdge* p) { vWork.push_back(p->getOtherPoint(pVtx)); });
+            vRE.erase(it, vRE.end());
+        }
+    }
+    return numLoops;
+}
+
 Topology::Topology(const RMesh& mesh)
     : numBorderLoops(countBorderLoops(mesh))
     , bFacesOutward(facesOutward(mesh, numBorderLoops == 0))
@@ -132,28 +127,10 @@ void expectSound(const RMesh& mesh, const Topology& before)
         std::sort(corners.begin(), corners.end());
         EXPECT_TRUE(sCorners.insert(corners).second) << "duplicate of triangle " << pRT->getNumber();
     }
-    for (const REdge* pRE : mesh.getAllRE())
-    {
-        RTriangle* pRT0 = nullptr;
-        RTriangle* pRT1 = nullptr;
-        if (pRE->getTwoT(pRT0, pRT1, true))
-        {
-            EXPECT_FALSE(pRT0->needFlip(pRT1)) << "orientations disagree at edge " << pRE->getNumber();
-        }
-    }
+    EXPECT_EQ(countDisagreeing(mesh), 0u);
     const Topology after(mesh);
     EXPECT_EQ(after.numBorderLoops, before.numBorderLoops);
     EXPECT_EQ(after.bFacesOutward, before.bFacesOutward);
-}
-
-std::vector<Point3> getCorners(const RMesh& mesh)
-{
-    std::vector<Point3*> vCorners;
-    mesh.getTriangles(vCorners);
-    std::vector<Point3> v;
-    for (const Point3* p : vCorners)
-        v.push_back(*p);
-    return v;
 }
 
 double getEnergySum(const RMesh& mesh)
@@ -175,13 +152,6 @@ double getEnergySum(const RMesh& mesh)
         sum += std::pow((1.0 - cosine) * std::sqrt(pRE->getSqLength()), 0.335);
     }
     return sum;
-}
-
-std::size_t countEdges(const RMesh& mesh, int deg)
-{
-    std::vector<REdge*> vRE;
-    mesh.getDegN(deg, vRE);
-    return vRE.size();
 }
 
 long getEulerNumber(const RMesh& mesh)

@@ -5,6 +5,7 @@
 #include "Mesh.h"
 #include "Progress.h"
 #include "RMesh.h"
+#include "checkMesh.h"
 
 #include <memory>
 #include <random>
@@ -24,6 +25,9 @@ struct FinishedMesh
     std::string name;
     RMeshSource source;
 };
+
+// Both, b shifted.
+[[nodiscard]] RMeshSource merged(RMeshSource a, const RMeshSource& b, const Vector3& shift);
 
 // Each coordinate moves by up to amplitude.
 [[nodiscard]] RMeshSource jittered(RMeshSource source, double amplitude, unsigned int seed);
@@ -45,11 +49,20 @@ struct Topology
 // Consistent, no duplicate triangle, orientations agree, and topology as before.
 void expectSound(const RMesh& mesh, const Topology& before);
 
-// Corners of all alive triangles, in their order.
-[[nodiscard]] std::vector<Point3> getCorners(const RMesh& mesh);
+// Corners of all alive triangles of a Mesh or RMesh, in their order.
+template <typename M>
+[[nodiscard]] std::vector<Point3> getCorners(const M& mesh)
+{
+    std::vector<Point3*> vCorners;
+    mesh.getTriangles(vCorners);
+    std::vector<Point3> v;
+    for (const Point3* p : vCorners)
+        v.push_back(*p);
+    return v;
+}
 // Sum of ((1 - cos) * length)^0.335 over the edges of degree 2, with normals made anew.
 [[nodiscard]] double getEnergySum(const RMesh& mesh);
-[[nodiscard]] std::size_t countEdges(const RMesh& mesh, int deg);
+[[nodiscard]] std::size_t countBorderLoops(const RMesh& mesh);
 [[nodiscard]] long getEulerNumber(const RMesh& mesh);
 
 } // namespace TARN_ZEF

@@ -41,4 +41,17 @@ RMeshSource cubeSource(int n, bool bBall)
     return source;
 }
 
+std::vector<Point3> boxSoup(const Point3& low, const Vector3& size)
+{
+    const int aSides[6][4] = {{0, 2, 3, 1}, {4, 5, 7, 6}, {0, 1, 5, 4},
+                              {2, 6, 7, 3}, {0, 4, 6, 2}, {1, 3, 7, 5}};
+    std::vector<Point3> vSoup;
+    for (const auto& side : aSides)
+        for (const int i : {0, 1, 2, 0, 2, 3})
+            vSoup.push_back(low + Vector3((side[i] & 1) != 0 ? size.x() : 0.0,
+                                          (side[i] & 2) != 0 ? size.y() : 0.0,
+                                          (side[i] & 4) != 0 ? size.z() : 0.0));
+    return vSoup;
+}
+
 } // namespace TARN_ZEF

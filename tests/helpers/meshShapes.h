@@ -57,6 +57,9 @@ inline RMeshSource torusSource(int numBig, int numSmall)
 // Euler number 2.
 RMeshSource cubeSource(int n, bool bBall);
 
+// The corners of the twelve triangles of a box, facing outward.
+std::vector<Point3> boxSoup(const Point3& low, const Vector3& size);
+
 } // namespace TARN_ZEF
 
 #endif
