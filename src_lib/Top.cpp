@@ -95,6 +95,7 @@ struct Rims
 {
     bool bBorder = false;
     bool bSeam = false; // of more than two triangles
+    bool bFork = false; // of an odd number of triangles above two
 };
 
 Rims findRims(const CMesh& mesh)
@@ -105,6 +106,7 @@ Rims findRims(const CMesh& mesh)
         {
             rims.bBorder = rims.bBorder || pCE->getDegree() == 1;
             rims.bSeam = rims.bSeam || pCE->getDegree() > 2;
+            rims.bFork = rims.bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1);
         });
     return rims;
 }
@@ -176,8 +178,10 @@ void Top::finish()
     pCMesh->deletePatches();
     pProgress->increment();
     const Rims rims = findRims(*pCMesh);
+    // On an open surface sets of patches need not enclose a volume, and deciding between them may join sheets
+    // that face each other. Where all seams are even, they are sheets that touch.
     if (rims.bSeam)
-        cleanSeams(rims.bBorder);
+        cleanSeams(!rims.bBorder && rims.bFork);
     orientAll();
     pProgress->increment();
     if (rims.bSeam)

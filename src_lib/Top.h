@@ -192,9 +192,9 @@ protected:
     // --- Seams (TopSeams.cpp) ---
     // Largest pieces at a border that may be removed at the end.
     static const int MAX_TINY_AT_END = 100;
-    // What the passes over patches leave at edges of more than two triangles: clusters of patches on a closed
-    // surface, ears at borders.
-    void cleanSeams(bool bHasBorder);
+    // What the passes over patches leave at edges of more than two triangles: clusters of patches, if asked
+    // for, and ears at borders.
+    void cleanSeams(bool bClusters);
     // Parts sheets of a surface that touch in an edge of four triangles, by a flip or a collapse, where that
     // leaves a clean surface. Orientation must be consistent, and stays so.
     void partTouchingSheets();

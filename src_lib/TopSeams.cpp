@@ -171,11 +171,9 @@ bool collapseApart(CMesh& mesh, CEdge& edge, const Sheets& sheets)
 }
 } // namespace
 
-void Top::cleanSeams(bool bHasBorder)
+void Top::cleanSeams(bool bClusters)
 {
-    // On an open surface such sets need not enclose a volume, and deciding between them may join sheets that
-    // face each other.
-    if (!bHasBorder)
+    if (bClusters)
         solveClusters();
     killBorderEars(); // they would also break the rings around holes
     killTinyBorderPatches(MAX_TINY_AT_END);

@@ -339,7 +339,7 @@ TEST(TopPatches, blistersThatShareAWallGo)
     }
     EXPECT_FALSE(s.top.solvePatches(false));
     ASSERT_FALSE(s.isManifold());
-    s.top.cleanSeams(false);
+    s.top.cleanSeams(true);
     EXPECT_TRUE(s.isManifold());
     EXPECT_TRUE(s.getBorders().empty());
     EXPECT_TRUE(s.orient());
