@@ -187,6 +187,9 @@ protected:
     // Kills one of the two, unless they are large; false if both stay. sumArea  of the whole mesh
     static bool solvePair(CPatch* p0, CPatch* p1, double sumArea);
     void flipCreases(double minAngle);
+    // Of the triangles at the outermost corner, the first that faces along x, those with few corners beside it
+    // first; and whether it faces inwards. Null if none does.
+    static CTriangle* findFacing(const std::vector<CTriangle*>& vIncT, u64 maxCCD, bool& bNeedFlip);
     // Degrees between the triangles at an edge of degree 2; false if one has no normal.
     [[nodiscard]] bool getBend(const CEdge* pCE, double& angle) const;
 

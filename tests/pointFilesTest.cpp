@@ -2,9 +2,9 @@
 
 #include "TextNumbers.h"
 #include "TextWriter.h"
+#include "definitions.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/TempFile.h"
-#include "definitions.h"
 #include "helpers/dataDir.h"
 
 #include <gtest/gtest.h>
