@@ -9,7 +9,7 @@ namespace TARN_ZEF
 namespace
 {
 // Large enough that the calls of the system do not count, small enough to stay in the second level cache.
-constexpr std::size_t kBlockBytes = std::size_t{1} << 18;
+constexpr std::size_t BLOCK_BYTES = std::size_t{1} << 18;
 } // namespace
 
 ByteSource::ByteSource(std::istream& stream_)
@@ -38,8 +38,8 @@ bool ByteSource::readMore()
         last -= first;
         first = 0;
     }
-    if (vBuffer.size() - last < kBlockBytes / 2)
-        vBuffer.resize(vBuffer.empty() ? kBlockBytes : 2 * vBuffer.size());
+    if (vBuffer.size() - last < BLOCK_BYTES / 2)
+        vBuffer.resize(vBuffer.empty() ? BLOCK_BYTES : 2 * vBuffer.size());
 
     stream.read(vBuffer.data() + last, static_cast<std::streamsize>(vBuffer.size() - last));
     if (stream.bad())

@@ -22,6 +22,22 @@ enum EdgeDir : unsigned char
     ED_V1_TO_V0 = 2
 };
 
+// Whether a degree is one of those that deg means: -1 above 2, -5 all but 2 (and 0), -99 above 0; itself.
+[[nodiscard]] inline bool fitsDegree(int degree, int deg) noexcept
+{
+    switch (deg)
+    {
+    case -1:
+        return degree > 2;
+    case -5:
+        return degree == 1 || degree >= 3;
+    case -99:
+        return degree > 0;
+    default:
+        return degree == deg;
+    }
+}
+
 // An edge of the combinatorial mesh: two corners and any number of triangles.
 //
 // Degree is the number of alive triangles: 1 border, 2 manifold, above 2 non-manifold, 0 an orphan that

@@ -20,21 +20,6 @@ int poolSize(std::size_t numCorners, double perCorner)
 {
     return static_cast<int>(std::min(perCorner * static_cast<double>(numCorners) + NUM_POOL_INITIAL, 2.0e9));
 }
-
-bool fitsDegree(int degree, int deg)
-{
-    switch (deg)
-    {
-    case -1:
-        return degree > 2;
-    case -5:
-        return degree == 1 || degree >= 3;
-    case -99:
-        return degree > 0;
-    default:
-        return degree == deg;
-    }
-}
 } // namespace
 
 CMesh::CMesh(Voro* pVoro_, Calc* pCalc_, BundleMap* pCCDBundle_)

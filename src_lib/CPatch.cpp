@@ -15,24 +15,15 @@ std::atomic<int> nextId{0};
 
 const std::size_t MIN_SIZE_CLOSED = 4; // a tetrahedron
 
-// The meanings of deg are those of CMesh::getDegN.
-bool fitsDegree(int degree, int deg)
+// Refuses a deg without a meaning.
+bool fitsKnownDegree(int degree, int deg)
 {
-    switch (deg)
+    if (deg <= 0 && deg != -1 && deg != -5 && deg != -99)
     {
-    case -1:
-        return degree > 2;
-    case -5:
-        return degree == 1 || degree >= 3;
-    case -99:
-        return degree > 0;
-    default:
-        break;
-    }
-    if (deg <= 0)
         std::cout << "deg=" << deg << std::endl;
-    ASSEX(deg > 0);
-    return degree == deg;
+        ASSEX(deg > 0);
+    }
+    return fitsDegree(degree, deg);
 }
 
 bool fitsCount(int count, int num)
@@ -231,7 +222,7 @@ void CPatch::getCEByDegree(int deg, std::vector<CEdge*>& vCE) const
     forEachRun(vAll,
                [&](CEdge* pCE, int)
                {
-                   if (fitsDegree(pCE->getDegree(), deg))
+                   if (fitsKnownDegree(pCE->getDegree(), deg))
                        vCE.push_back(pCE);
                });
 }
@@ -248,7 +239,7 @@ void CPatch::getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const
     forEachRun(vAll,
                [&](CEdge* pCE, int)
                {
-                   if (fitsDegree(getDegreeOn(pCE), deg))
+                   if (fitsKnownDegree(getDegreeOn(pCE), deg))
                        vCE.push_back(pCE);
                });
 }

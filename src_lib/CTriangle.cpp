@@ -144,6 +144,19 @@ void CTriangle::getNNV(Vector3& nnv, const CMesh* pMesh, bool& bOK) const
     nnv = getNormalVector(getVtx(pMesh, 0), getVtx(pMesh, 1), getVtx(pMesh, 2), bOK);
 }
 
+bool CTriangle::getNNVs(const CTriangle* pNeigT, const CMesh* pMesh, Vector3& own, Vector3& neig) const
+{
+    bool bOwnOK = false;
+    bool bNeigOK = false;
+    getNNV(own, pMesh, bOwnOK);
+    pNeigT->getNNV(neig, pMesh, bNeigOK);
+    if (!bOwnOK || !bNeigOK)
+        return false;
+    if (needFlip(pNeigT))
+        neig.mul(-1.0);
+    return true;
+}
+
 void CTriangle::getCoarseNormal(Vector3& nnv) const
 {
     int d[2][3];

@@ -97,6 +97,9 @@ public:
     [[nodiscard]] int getLargestEdgeICI(const CMesh* pMesh) const;
     [[nodiscard]] double getArea(const CMesh* pMesh) const;
     void getNNV(Vector3& nnv, const CMesh* pMesh, bool& bOK) const; // unit normal; bOK false: degenerate
+    // Both unit normals as if this neighbour ran the same way; false if one is missing.
+    [[nodiscard]] bool getNNVs(const CTriangle* pNeigT, const CMesh* pMesh, Vector3& own,
+                               Vector3& neig) const;
     // Unit normal from the corners alone: the cross product of the signs of their differences.
     void getCoarseNormal(Vector3& nnv) const;
     // Degrees by which the normal turns if corner ici moves to pos. 360.0 if the moved triangle is

@@ -22,7 +22,7 @@ unsigned getAxesOf(u64 code) noexcept
 }
 
 // Axis index by a set of axes: the one that is in it alone.
-constexpr int kSingleAxis[8] = {-1, 0, 1, -1, 2, -1, -1, -1};
+constexpr int SINGLE_AXIS[8] = {-1, 0, 1, -1, 2, -1, -1, -1};
 
 // The cells next to a cell, one axis at a time: index 0 one lower, 1 the same, 2 one higher.
 struct AxisSteps
@@ -221,15 +221,14 @@ void Calc::completeArray26_RCD(RCD rcd, RCD array[26]) const
 void Calc::getPlaneCCD8(CCD ccd, int planeIndex, CCD array[8]) const
 {
     // The two varying axes (a, b) by plane.
-    constexpr u64 kAxes[3][2] = {
-        {AXTRIBIT_Y, AXTRIBIT_Z}, {AXTRIBIT_X, AXTRIBIT_Z}, {AXTRIBIT_Y, AXTRIBIT_X}};
+    constexpr u64 AXES[3][2] = {{AXTRIBIT_Y, AXTRIBIT_Z}, {AXTRIBIT_X, AXTRIBIT_Z}, {AXTRIBIT_Y, AXTRIBIT_X}};
     if (planeIndex < 0 || planeIndex > 2)
     {
         errorMessage(ZEF_HERE, "Bug, planeIndex=" + std::to_string(planeIndex));
         ASSEX(false);
     }
-    const u64 axisA = kAxes[planeIndex][0];
-    const u64 axisB = kAxes[planeIndex][1];
+    const u64 axisA = AXES[planeIndex][0];
+    const u64 axisB = AXES[planeIndex][1];
     const u64 maskA = SPARSE_Z * axisA;
     const u64 maskB = SPARSE_Z * axisB;
     const u64 kept = ccd & ~(maskA | maskB);
@@ -254,17 +253,17 @@ NeigTyp Calc::getNeigType(CCD a, CCD b) const
 
 int Calc::getUniqueSameComponent(CCD a, CCD b) const noexcept
 {
-    return kSingleAxis[7 - getAxesOf(a ^ b)];
+    return SINGLE_AXIS[7 - getAxesOf(a ^ b)];
 }
 
 int Calc::getUniqueSameComponent(CCD a, CCD b, CCD c) const noexcept
 {
-    return kSingleAxis[7 - getAxesOf((a ^ b) | (a ^ c))];
+    return SINGLE_AXIS[7 - getAxesOf((a ^ b) | (a ^ c))];
 }
 
 int Calc::getUniqueDifferentComponent(CCD a, CCD b) const noexcept
 {
-    return kSingleAxis[getAxesOf(a ^ b)];
+    return SINGLE_AXIS[getAxesOf(a ^ b)];
 }
 
 void Calc::getOrthoTribs(u64 axTriBit, u64& a, u64& b)
@@ -276,15 +275,15 @@ void Calc::getOrthoTribs(u64 axTriBit, u64& a, u64& b)
 
 int Calc::getNumSet8(int val)
 {
-    constexpr int kNibbleCounts[16] = {0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4};
+    constexpr int NIBBLE_COUNTS[16] = {0, 1, 1, 2, 1, 2, 2, 3, 1, 2, 2, 3, 2, 3, 3, 4};
     ASSEX(val < 256);
-    return kNibbleCounts[val & 15] + kNibbleCounts[(val >> 4) & 15];
+    return NIBBLE_COUNTS[val & 15] + NIBBLE_COUNTS[(val >> 4) & 15];
 }
 
 u64 Calc::toIndexFar(double d) noexcept
 {
-    constexpr double kTwoPow64 = 18446744073709551616.0;
-    const bool bFits = d > 0.0 && d < kTwoPow64;
+    constexpr double TWO_POW_64 = 18446744073709551616.0;
+    const bool bFits = d > 0.0 && d < TWO_POW_64;
     return bFits ? static_cast<u64>(d) : u64{1} << 63;
 }
 

@@ -10,19 +10,19 @@ namespace TARN_ZEF
 namespace
 {
 // The corner across the cube.
-constexpr int kAntipodes[8] = {6, 7, 4, 5, 2, 3, 0, 1};
+constexpr int ANTIPODES[8] = {6, 7, 4, 5, 2, 3, 0, 1};
 
 // Bit j of entry i: a cube edge joins the corners i and j.
-constexpr int kNeighbours[8] = {
+constexpr int NEIGHBOURS[8] = {
     1 << 1 | 1 << 3 | 1 << 4, 1 << 0 | 1 << 2 | 1 << 5, 1 << 1 | 1 << 3 | 1 << 6, 1 << 0 | 1 << 2 | 1 << 7,
     1 << 0 | 1 << 5 | 1 << 7, 1 << 1 | 1 << 4 | 1 << 6, 1 << 2 | 1 << 5 | 1 << 7, 1 << 3 | 1 << 4 | 1 << 6,
 };
 
-constexpr std::size_t kNumSlots = CASX_NUM_SLOTS;
+constexpr std::size_t NUM_SLOTS = CASX_NUM_SLOTS;
 
 std::size_t getRowStart(int cfg)
 {
-    return static_cast<std::size_t>(cfg) * kNumSlots;
+    return static_cast<std::size_t>(cfg) * NUM_SLOTS;
 }
 
 // Whether the table speaks for this number of occupied cells.
@@ -46,8 +46,8 @@ void printRow(int cfg, const int* pMasks, int baseCfg)
 } // namespace
 
 Casx::Casx(TriMode triMode_, bool bExperimental)
-    : vTriVec(static_cast<std::size_t>(CASX_NUM_CONFIGS) * kNumSlots, CASX_END)
-    , vTriUse(static_cast<std::size_t>(CASX_NUM_CONFIGS) * kNumSlots, TUU)
+    : vTriVec(static_cast<std::size_t>(CASX_NUM_CONFIGS) * NUM_SLOTS, CASX_END)
+    , vTriUse(static_cast<std::size_t>(CASX_NUM_CONFIGS) * NUM_SLOTS, TUU)
     , triMode(triMode_)
 {
     if (triMode != TM_THIN && triMode != TM_FAT)
@@ -75,7 +75,7 @@ void Casx::getTriangles(int cfg, const CCD* array, std::vector<CCD>& vTriCCD, Tr
     if (!hasRow(cfg))
         return;
     const std::size_t start = getRowStart(cfg);
-    for (std::size_t slot = start; slot < start + kNumSlots; ++slot)
+    for (std::size_t slot = start; slot < start + NUM_SLOTS; ++slot)
     {
         if (tu != TUU && vTriUse[slot] != tu)
             continue;
@@ -104,11 +104,11 @@ int Casx::getRemoveMask(int cfg)
     const int low = std::countr_zero(static_cast<unsigned>(missing));
     const int others = missing & (missing - 1);
     if (others == 0)
-        return 1 << kAntipodes[low];
-    if ((others & kNeighbours[low]) == 0)
+        return 1 << ANTIPODES[low];
+    if ((others & NEIGHBOURS[low]) == 0)
         return 0;
     const int high = std::countr_zero(static_cast<unsigned>(others));
-    return 1 << kAntipodes[low] | 1 << kAntipodes[high];
+    return 1 << ANTIPODES[low] | 1 << ANTIPODES[high];
 }
 
 void Casx::showConfig(int cfg, Visualizer3* pVis, const std::string& title, const std::string& color) const
@@ -177,12 +177,12 @@ void Casx::expandBaseCases()
 void Casx::initTutRows()
 {
     // Corner indices come out of getTriangles() when they go in for the cells.
-    constexpr CCD kIndices[8] = {0, 1, 2, 3, 4, 5, 6, 7};
+    constexpr CCD INDICES[8] = {0, 1, 2, 3, 4, 5, 6, 7};
     std::vector<CCD> vCorners;
     for (int cfg = 0; cfg < CASX_NUM_CONFIGS; ++cfg)
     {
         vCorners.clear();
-        getTriangles(cfg, kIndices, vCorners, TUT);
+        getTriangles(cfg, INDICES, vCorners, TUT);
         TutRow& row = tutRows[static_cast<std::size_t>(cfg)];
         row.numTriangles = static_cast<unsigned char>(vCorners.size() / 3);
         for (std::size_t i = 0; i < vCorners.size(); ++i)
@@ -193,7 +193,7 @@ void Casx::initTutRows()
 void Casx::addTriConfig(int cfg, const int* pMasks)
 {
     const std::size_t start = getRowStart(cfg);
-    for (std::size_t i = 0; i < kNumSlots; ++i)
+    for (std::size_t i = 0; i < NUM_SLOTS; ++i)
         vTriVec[start + i] = pMasks[i];
 }
 
@@ -204,7 +204,7 @@ void Casx::addTriUse(int cfg, const CasxSlot* pSlots)
         const int turned =
             rotateConfigZ(rotateConfigY(rotateConfigX(cfg, turns / 16), turns / 4 % 4), turns % 4);
         const std::size_t start = getRowStart(turned);
-        for (std::size_t i = 0; i < kNumSlots; ++i)
+        for (std::size_t i = 0; i < NUM_SLOTS; ++i)
             vTriUse[start + i] = pSlots[i].use;
     }
 }

@@ -12,15 +12,15 @@ using Turn = std::array<int, 8>;
 using Triple = std::array<CCD, 3>;
 
 // The bit at position i goes to position turn[i].
-constexpr Turn kTurnX = {4, 5, 1, 0, 7, 6, 2, 3};
-constexpr Turn kTurnY = {3, 0, 1, 2, 7, 4, 5, 6};
-constexpr Turn kTurnZ = {1, 5, 6, 2, 0, 4, 7, 3};
+constexpr Turn TURN_X = {4, 5, 1, 0, 7, 6, 2, 3};
+constexpr Turn TURN_Y = {3, 0, 1, 2, 7, 4, 5, 6};
+constexpr Turn TURN_Z = {1, 5, 6, 2, 0, 4, 7, 3};
 
 // The corners as cells of a cube whose highest cell has the code 63.
-constexpr std::array<CCD, 8> kCornerCCD = {57, 61, 60, 56, 59, 63, 62, 58};
+constexpr std::array<CCD, 8> CORNER_CCD = {57, 61, 60, 56, 59, 63, 62, 58};
 
 // Triangles by configuration; the corners stand behind each line.
-constexpr std::array<CasxBaseCase, CASX_NUM_BASE_CASES> kBaseCases = {{
+constexpr std::array<CasxBaseCase, CASX_NUM_BASE_CASES> BASE_CASES = {{
     {0, {}, {}},
     {1, {}, {}},                                                            // 0
     {3, {}, {}},                                                            // 0 1
@@ -84,7 +84,7 @@ constexpr int turnTimes(int cfg, const Turn& turn, int count)
 
 constexpr int turnAll(int cfg, int countX, int countY, int countZ)
 {
-    return turnTimes(turnTimes(turnTimes(cfg, kTurnX, countX), kTurnY, countY), kTurnZ, countZ);
+    return turnTimes(turnTimes(turnTimes(cfg, TURN_X, countX), TURN_Y, countY), TURN_Z, countZ);
 }
 
 [[noreturn]] void failTriple(const char* title, int mask)
@@ -102,7 +102,7 @@ constexpr Triple getCorners(int mask, const char* title)
         if ((mask >> i & 1) == 0)
             continue;
         if (num < 3)
-            corners[num] = kCornerCCD[i];
+            corners[num] = CORNER_CCD[i];
         ++num;
     }
     if (num != 3)
@@ -116,7 +116,7 @@ constexpr int getConfig(const Triple& cells)
     int cfg = 0;
     for (std::size_t i = 0; i < 8; ++i)
         for (const CCD cell : cells)
-            if (cell == kCornerCCD[i])
+            if (cell == CORNER_CCD[i])
                 cfg |= 1 << i;
     return cfg;
 }
@@ -208,7 +208,7 @@ constexpr CasxExpansion expand(TriMode triMode)
         slot = CASX_END;
     for (int& base : expansion.baseOf)
         base = -1;
-    for (const CasxBaseCase& base : kBaseCases)
+    for (const CasxBaseCase& base : BASE_CASES)
         expandBaseCase(base, triMode, expansion);
     return expansion;
 }
@@ -220,25 +220,25 @@ constexpr CasxRows sortRows(CasxRows rows)
     return rows;
 }
 
-constexpr CasxRows kFatRows = expand(TM_FAT).rows;
-constexpr CasxRows kThinRows = sortRows(expand(TM_THIN).rows);
+constexpr CasxRows FAT_ROWS = expand(TM_FAT).rows;
+constexpr CasxRows THIN_ROWS = sortRows(expand(TM_THIN).rows);
 } // namespace
 
-constexpr std::array<CasxBaseCase, CASX_NUM_BASE_CASES> CASX_BASE_CASES = kBaseCases;
+constexpr std::array<CasxBaseCase, CASX_NUM_BASE_CASES> CASX_BASE_CASES = BASE_CASES;
 
 int rotateConfigX(int cfg, int count)
 {
-    return turnTimes(cfg, kTurnX, count);
+    return turnTimes(cfg, TURN_X, count);
 }
 
 int rotateConfigY(int cfg, int count)
 {
-    return turnTimes(cfg, kTurnY, count);
+    return turnTimes(cfg, TURN_Y, count);
 }
 
 int rotateConfigZ(int cfg, int count)
 {
-    return turnTimes(cfg, kTurnZ, count);
+    return turnTimes(cfg, TURN_Z, count);
 }
 
 bool samePlaneUnify(int& maskA, int& maskB)
@@ -253,7 +253,7 @@ CasxExpansion expandCasxRows(TriMode triMode)
 
 const CasxRows& getConstantCasxRows(TriMode triMode)
 {
-    return triMode == TM_FAT ? kFatRows : kThinRows;
+    return triMode == TM_FAT ? FAT_ROWS : THIN_ROWS;
 }
 
 } // namespace TARN_ZEF

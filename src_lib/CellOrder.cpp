@@ -9,7 +9,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kMinChunk = 20000;
+constexpr std::size_t MIN_CHUNK = 20000;
 
 u64 findDifferingBits(const std::vector<u64>& vCodes)
 {
@@ -68,7 +68,7 @@ u64 CellOrder::expand(u64 bits) const noexcept
 void CellOrder::pack(std::vector<u64> vCodes)
 {
     vWords = std::move(vCodes);
-    parallelFor(vWords.size(), kMinChunk,
+    parallelFor(vWords.size(), MIN_CHUNK,
                 [this](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)

@@ -7,9 +7,11 @@
 #include "tools.h"
 
 #include <algorithm>
+#include <array>
 #include <atomic>
 #include <cmath>
 #include <iostream>
+#include <limits>
 
 namespace TARN_ZEF
 {
@@ -105,6 +107,39 @@ void Chain::getVCDs(std::vector<u64>& vVCD) const
     }
     std::sort(vVCD.begin(), vVCD.end());
     vVCD.erase(std::unique(vVCD.begin(), vVCD.end()), vVCD.end());
+}
+
+bool Chain::findConnectors(const CMesh& mesh, const std::function<bool(const CEdge*)>& isFree,
+                           std::vector<CEdge*>& vConnectorCE) const
+{
+    ASSEX(leftVCD != rightVCD);
+    CEdge* pDirectCE = mesh.getCE(leftVCD, rightVCD);
+    if (pDirectCE != nullptr && isFree(pDirectCE))
+    {
+        vConnectorCE.push_back(pDirectCE);
+        return true;
+    }
+    std::vector<u64> vVCD{leftVCD, rightVCD}; // an emptied chain has no others
+    getVCDs(vVCD);
+    std::vector<CEdge*> vCE0;
+    mesh.getIncCE(leftVCD, vCE0);
+    int minDegSum = std::numeric_limits<int>::max();
+    std::array<CEdge*, 2> aBestCE = {nullptr, nullptr};
+    for (CEdge* pCE0 : vCE0)
+    {
+        const u64 middleVCD = pCE0->getOtherVCD(leftVCD);
+        if (!isFree(pCE0) || std::binary_search(vVCD.begin(), vVCD.end(), middleVCD))
+            continue;
+        CEdge* pCE1 = mesh.getCE(middleVCD, rightVCD);
+        if (pCE1 == nullptr || !isFree(pCE1) || pCE0->getDegree() + pCE1->getDegree() >= minDegSum)
+            continue;
+        minDegSum = pCE0->getDegree() + pCE1->getDegree();
+        aBestCE = {pCE0, pCE1};
+    }
+    if (aBestCE[0] == nullptr)
+        return false;
+    vConnectorCE.insert(vConnectorCE.end(), aBestCE.begin(), aBestCE.end());
+    return true;
 }
 
 void Chain::addEdges(const std::vector<CEdge*>& vNewCE)

@@ -3,6 +3,7 @@
 
 #include "definitions.h"
 
+#include <functional>
 #include <iosfwd>
 #include <vector>
 
@@ -37,6 +38,10 @@ public:
     [[nodiscard]] std::size_t size() const noexcept { return vCE.size(); }
     [[nodiscard]] const std::vector<CEdge*>& getEdges() const noexcept { return vCE; } // in order
     void getEdges(std::vector<CEdge*>& vOut) const;                                    // appends, in order
+    // Appends the edge between the ends of an open chain if it is free, else the two free edges over another
+    // corner with the least sum of degrees, the first such pair. False if there are none.
+    bool findConnectors(const CMesh& mesh, const std::function<bool(const CEdge*)>& isFree,
+                        std::vector<CEdge*>& vConnectorCE) const;
     void getEnds(u64& endVCD0, u64& endVCD1) const noexcept;
     void getVCDs(std::vector<u64>& vVCD) const; // adds the corners; the result is ascending, each once
 

@@ -13,7 +13,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-const int NO_DEGREE_SUM = 0x7fffffff;
 const unsigned int SCENE_LINE_WIDTH = 3;
 
 // Not in a chain, and no orphan. An edge of the chain itself carries a direction.
@@ -132,45 +131,7 @@ void ChainMgr::refill(std::vector<CEdge*>& vBackup, std::vector<CEdge*>& vUsedEd
 
 bool ChainMgr::tryCloseChain(const Chain* pChain, std::vector<CEdge*>& vConnectorCE) const
 {
-    if (pChain->isClosed())
-        return true;
-    u64 endVCD0 = 0;
-    u64 endVCD1 = 0;
-    pChain->getEnds(endVCD0, endVCD1);
-    ASSEX(endVCD0 != endVCD1);
-
-    CEdge* pConnectorCE = pCMesh->getCE(endVCD0, endVCD1);
-    if (pConnectorCE != nullptr && canConnect(pConnectorCE))
-    {
-        vConnectorCE.push_back(pConnectorCE);
-        return true;
-    }
-
-    std::vector<u64> vVCD{endVCD0, endVCD1}; // an emptied chain has no others
-    pChain->getVCDs(vVCD);
-    std::vector<CEdge*> vCE0;
-    pCMesh->getIncCE(endVCD0, vCE0);
-    int minDegSum = NO_DEGREE_SUM;
-    CEdge* pSolutionCE0 = nullptr;
-    CEdge* pSolutionCE1 = nullptr;
-    for (CEdge* pCE0 : vCE0)
-    {
-        const u64 middleVCD = pCE0->getOtherVCD(endVCD0);
-        if (!canConnect(pCE0) || std::binary_search(vVCD.begin(), vVCD.end(), middleVCD))
-            continue;
-        CEdge* pCE1 = pCMesh->getCE(middleVCD, endVCD1);
-        if (pCE1 == nullptr || !canConnect(pCE1) || pCE0->getDegree() + pCE1->getDegree() >= minDegSum)
-            continue;
-        minDegSum = pCE0->getDegree() + pCE1->getDegree();
-        pSolutionCE0 = pCE0;
-        pSolutionCE1 = pCE1;
-    }
-    if (pSolutionCE0 == nullptr)
-        return false;
-    ASSEX(pSolutionCE1 != 0);
-    vConnectorCE.push_back(pSolutionCE0);
-    vConnectorCE.push_back(pSolutionCE1);
-    return true;
+    return pChain->isClosed() || pChain->findConnectors(*pCMesh, canConnect, vConnectorCE);
 }
 
 void ChainMgr::writeScene(const std::string& name)

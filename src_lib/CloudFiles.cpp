@@ -13,7 +13,7 @@ namespace TARN_ZEF
 namespace
 {
 // Stands for a generated surface: a test needs no file.
-constexpr const char* kSampleName = "artificial123.xyz";
+constexpr const char* SAMPLE_NAME = "artificial123.xyz";
 
 void print(const std::string& text)
 {
@@ -51,7 +51,7 @@ bool Cloud::readPoints(const std::string& filename, std::vector<Point3>& v)
 
 bool Cloud::readByType(const std::string& filename, std::vector<Point3>& v) const
 {
-    if (filename == kSampleName)
+    if (filename == SAMPLE_NAME)
     {
         generateSampleSurface(SAMPLE_SURFACE_POINTS, SAMPLE_SURFACE_SEED, v);
         print("Number of artificial points:" + std::to_string(v.size()));

@@ -9,9 +9,9 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr const char* kNameOfPoints = "inputPointsViaMemory";
+constexpr const char* NAME_OF_POINTS = "inputPointsViaMemory";
 // Degrees. A file gives no say in it.
-constexpr double kFileFeatureAngle = 10.0;
+constexpr double FILE_FEATURE_ANGLE = 10.0;
 } // namespace
 
 double CloudMgr::addPoints(const std::vector<Point3>& vPoints, double spacingAbs_, double spacingFactor_,
@@ -20,7 +20,7 @@ double CloudMgr::addPoints(const std::vector<Point3>& vPoints, double spacingAbs
     spacingAbs = spacingAbs_;
     spacingFactor = spacingFactor_;
     bMelt = bMelt_;
-    Cloud& cloud = addCloud(kNameOfPoints);
+    Cloud& cloud = addCloud(NAME_OF_POINTS);
     cloud.setPoints(vPoints);
     prepare(cloud, featureAngle, bSmooth);
     return cloud.getSpacing();
@@ -45,7 +45,7 @@ void CloudMgr::readFiles(const std::vector<std::string>& vFiles, double spacingA
         // A failure has been reported, and leaves a cloud without points.
         (void)cloud.read();
         totalReadTime += cloud.getReadTime();
-        prepare(cloud, kFileFeatureAngle, bSmooth);
+        prepare(cloud, FILE_FEATURE_ANGLE, bSmooth);
     }
 }
 

@@ -15,28 +15,28 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kMinChunk = 20000;
+constexpr std::size_t MIN_CHUNK = 20000;
 
 // The fine lattice on which points are told apart.
-constexpr int kFineLevels = 20;
+constexpr int FINE_LEVELS = 20;
 // Neighbours that part below this level are as good as equal.
-constexpr int kMinDiffLevel = 2;
+constexpr int MIN_DIFF_LEVEL = 2;
 // From the level where neighbours part to one where a cell of the surface holds a few points.
-constexpr int kLevelsUp = 2;
+constexpr int LEVELS_UP = 2;
 // Area of the surface in a cell that it passes through, as a divisor of the squared cell edge. Empirical.
-constexpr double kEdgeSqPerArea = 1.307025;
+constexpr double EDGE_SQ_PER_AREA = 1.307025;
 // Squared spacing of points in a dense regular pattern, per area of a point.
-constexpr double kSpacingSqPerArea = 1.5396;
+constexpr double SPACING_SQ_PER_AREA = 1.5396;
 
 // Cells added to the extent of the points: half of them on either side.
-constexpr double kFrameCells = 9.0;
+constexpr double FRAME_CELLS = 9.0;
 
 // For each neighbouring pair of sorted codes, the highest level at which they differ; how often each level
 // occurs. Equal codes count nowhere.
-std::array<std::size_t, kFineLevels + 1> countDiffLevels(const std::vector<CCD>& vCCD)
+std::array<std::size_t, FINE_LEVELS + 1> countDiffLevels(const std::vector<CCD>& vCCD)
 {
-    constexpr u64 usedBits = (u64{1} << (3 * (kFineLevels + 1))) - 1;
-    std::array<std::size_t, kFineLevels + 1> aCounts = {};
+    constexpr u64 usedBits = (u64{1} << (3 * (FINE_LEVELS + 1))) - 1;
+    std::array<std::size_t, FINE_LEVELS + 1> aCounts = {};
     for (std::size_t i = 1; i < vCCD.size(); ++i)
     {
         const u64 differing = (vCCD[i - 1] ^ vCCD[i]) & usedBits;
@@ -51,10 +51,10 @@ int findMedianLevel(const std::vector<CCD>& vCCD)
 {
     const auto aCounts = countDiffLevels(vCCD);
     std::size_t numAll = 0;
-    for (std::size_t level = kMinDiffLevel; level < aCounts.size(); ++level)
+    for (std::size_t level = MIN_DIFF_LEVEL; level < aCounts.size(); ++level)
         numAll += aCounts[level];
     std::size_t numBelow = 0;
-    for (std::size_t level = kMinDiffLevel; level < aCounts.size(); ++level)
+    for (std::size_t level = MIN_DIFF_LEVEL; level < aCounts.size(); ++level)
     {
         numBelow += aCounts[level];
         if (numBelow > numAll / 2)
@@ -93,9 +93,9 @@ void Cloud::estimateResolution()
         return;
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("CL_eres", 6);
     pProgress->increment();
-    const Calc calc(bbMin[0], bbMin[1], bbMin[2], maxExtent, maxExtent, maxExtent, kFineLevels);
+    const Calc calc(bbMin[0], bbMin[1], bbMin[2], maxExtent, maxExtent, maxExtent, FINE_LEVELS);
     std::vector<CCD> vCCD(vPoints.size());
-    parallelFor(vCCD.size(), kMinChunk,
+    parallelFor(vCCD.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -108,14 +108,14 @@ void Cloud::estimateResolution()
     // Points that all fall together, or a single one, have no spacing.
     ASSEX_TEXT(medianLevel >= 0, "!vDiffLevels.empty()");
     pProgress->increment(2);
-    const int level = medianLevel + kLevelsUp;
+    const int level = medianLevel + LEVELS_UP;
     const std::size_t numCells = countCells(vCCD, level);
     pProgress->increment();
     const double edge = std::ldexp(calc.getCellSizeX(), level);
-    const double cellArea = edge * edge / kEdgeSqPerArea;
+    const double cellArea = edge * edge / EDGE_SQ_PER_AREA;
     const double totalArea = static_cast<double>(numCells) * cellArea;
     const double areaPerPoint = totalArea / static_cast<double>(numInputPoints);
-    detectedSpacing = std::sqrt(kSpacingSqPerArea * areaPerPoint);
+    detectedSpacing = std::sqrt(SPACING_SQ_PER_AREA * areaPerPoint);
     usedSpacing = spacingFactor * detectedSpacing;
     pProgress->setFinished(true);
 }
@@ -125,7 +125,7 @@ void Cloud::createCalc()
     ASSEX_TEXT(usedSpacing > 0, "usedSpacing>0");
     cellEdge = usedSpacing;
     // A double until it is known to be small: extent and spacing may be anything.
-    const double numReqC = std::ceil(getMaxExtent() / cellEdge) + kFrameCells;
+    const double numReqC = std::ceil(getMaxExtent() / cellEdge) + FRAME_CELLS;
     const double wantedLevel = std::floor(std::log2(numReqC)) + 1.0;
     int baseLevel = MAXLEVELS;
     if (wantedLevel <= MAXLEVELS)
@@ -136,8 +136,8 @@ void Cloud::createCalc()
     ASSEX_TEXT(numCReal >= numReqC, "numCReal>=numReqC");
     for (int axis = 0; axis < 3; ++axis)
     {
-        bbMin[axis] -= 0.5 * kFrameCells * cellEdge;
-        bbMax[axis] += 0.5 * kFrameCells * cellEdge;
+        bbMin[axis] -= 0.5 * FRAME_CELLS * cellEdge;
+        bbMax[axis] += 0.5 * FRAME_CELLS * cellEdge;
     }
     const double edge = numCReal * cellEdge;
     ASSEX(std::isfinite(edge) && std::isfinite(getMaxExtent()));

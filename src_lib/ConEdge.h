@@ -36,10 +36,6 @@ struct ConEdge
                 addMember(pCT);
         rate(pCMesh);
     }
-    ConEdge(const CMesh* pCMesh, CEdge* pCE_, const std::set<CTriangle*, ByCreationCT>& sT)
-        : ConEdge(pCMesh, pCE_, [&sT](CTriangle* pCT) { return sT.count(pCT) != 0; })
-    {
-    }
 
     // By value alone, a NaN after all numbers.
     [[nodiscard]] bool operator<(const ConEdge& other) const noexcept;

@@ -12,8 +12,8 @@ namespace TARN_ZEF
 {
 namespace
 {
-const double minCosA = std::cos(2.268926111111111); // 130 degrees
-const double minCosB = std::cos(2.792524444444444); // 160 degrees
+const double MIN_COS_A = std::cos(2.268926111111111); // 130 degrees
+const double MIN_COS_B = std::cos(2.792524444444444); // 160 degrees
 
 const double EXPONENT = 0.3;
 // 1 - cos of a bend of 2, 160 and 170 degrees.
@@ -104,14 +104,14 @@ bool EdgeEnergy::checkAngles(const Quad& quad, bool& bWide) const
     bWide = false;
     const double newMin =
         std::min(getMinCosPhi(quad.pa, quad.p1, quad.pb), getMinCosPhi(quad.pa, quad.pb, quad.p2));
-    if (!(newMin < minCosA))
+    if (!(newMin < MIN_COS_A))
         return true;
     const double oldMin =
         std::min(getMinCosPhi(quad.pa, quad.p1, quad.p2), getMinCosPhi(quad.pb, quad.p2, quad.p1));
     if (!(newMin < oldMin))
         return true;
     bWide = true;
-    return !(newMin < minCosB);
+    return !(newMin < MIN_COS_B);
 }
 
 bool EdgeEnergy::getNormals(const Quad& quad, Normals& normals) const

@@ -7,9 +7,9 @@ namespace TARN_ZEF
 namespace
 {
 // Above this bend, in degrees, a chain does not go on.
-constexpr double kMaxBend = 60.0;
-// A little below the cosine of kMaxBend: spares the arc cosine of most candidates.
-constexpr double kSurelyTooBent = 0.4999;
+constexpr double MAX_BEND = 60.0;
+// A little below the cosine of MAX_BEND: spares the arc cosine of most candidates.
+constexpr double SURELY_TOO_BENT = 0.4999;
 
 bool isBorder(const FeatureEdge& fe)
 {
@@ -33,10 +33,10 @@ FeatureEdge* findContinuation(const FeatureEdge& fe, const Point3* pPoint, doubl
             continue;
         const bool bStartsHere = pFE->pSrc == pPoint;
         const Vector3 candVec = pFE->dir * (bStartsHere ? sign : -sign);
-        if (fe.dir * candVec < kSurelyTooBent)
+        if (fe.dir * candVec < SURELY_TOO_BENT)
             continue;
         const double angle = getAngleDegree(fe.dir, candVec);
-        if (angle > kMaxBend || angle >= bestAngle)
+        if (angle > MAX_BEND || angle >= bestAngle)
             continue;
         bestAngle = angle;
         pBest = pFE;

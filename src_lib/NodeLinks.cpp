@@ -8,13 +8,13 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::int64_t kStepX = std::int64_t{1} << 42;
-constexpr std::int64_t kStepY = std::int64_t{1} << 21;
+constexpr std::int64_t RCD_STEP_X = std::int64_t{1} << 42;
+constexpr std::int64_t RCD_STEP_Y = std::int64_t{1} << 21;
 
 // As signed numbers, the columns below the rim of the lattice stay below all cells.
-constexpr std::array<std::int64_t, 9> kColumnDelta = {-kStepX - kStepY, -kStepX, -kStepX + kStepY,
-                                                      -kStepY,          0,       kStepY,
-                                                      kStepX - kStepY,  kStepX,  kStepX + kStepY};
+constexpr std::array<std::int64_t, 9> COLUMN_DELTA = {
+    -RCD_STEP_X - RCD_STEP_Y, -RCD_STEP_X, -RCD_STEP_X + RCD_STEP_Y, -RCD_STEP_Y, 0, RCD_STEP_Y,
+    RCD_STEP_X - RCD_STEP_Y,  RCD_STEP_X,  RCD_STEP_X + RCD_STEP_Y};
 
 // Columns whose first common cube with the node is at the step (x, y): 0 -1 and 0, 1 +1 on the axis.
 struct CubeColumns
@@ -22,7 +22,7 @@ struct CubeColumns
     int num;
     int aColumns[4];
 };
-constexpr CubeColumns kCubeColumns[4] = {
+constexpr CubeColumns CUBE_COLUMNS[4] = {
     {4, {0, 1, 3, 4}}, {2, {2, 5, 0, 0}}, {2, {6, 7, 0, 0}}, {1, {8, 0, 0, 0}}};
 
 // Few elements, nearly always in order already.
@@ -74,7 +74,7 @@ void NodeLinks::buildChunk(const Keys& keys, std::size_t chunk, std::vector<std:
     Columns columns;
     for (std::size_t k = 0; k < columns.size(); ++k)
     {
-        const auto low = static_cast<std::int64_t>(keys.vRCD[first]) + kColumnDelta[k] - 1;
+        const auto low = static_cast<std::int64_t>(keys.vRCD[first]) + COLUMN_DELTA[k] - 1;
         const auto it = std::lower_bound(keys.vRCD.begin(), keys.vRCD.end(), low,
                                          [](RCD rcd, std::int64_t bound)
                                          { return static_cast<std::int64_t>(rcd) < bound; });
@@ -97,7 +97,7 @@ void NodeLinks::advance(const Keys& keys, RCD rcd, Columns& columns) noexcept
     const RCD* const pRCD = keys.vRCD.data();
     for (std::size_t k = 0; k < columns.size(); ++k)
     {
-        const std::int64_t mid = static_cast<std::int64_t>(rcd) + kColumnDelta[k];
+        const std::int64_t mid = static_cast<std::int64_t>(rcd) + COLUMN_DELTA[k];
         const auto isBelow = [&](std::size_t i, std::int64_t bound)
         { return i < num && static_cast<std::int64_t>(pRCD[i]) < bound; };
         Column& column = columns[k];
@@ -126,7 +126,7 @@ void NodeLinks::appendLinks(const Keys& keys, const Columns& columns, std::size_
     {
         std::uint32_t* const pFirst = pTo;
         const bool bUpper = (cube & 1) != 0;
-        const CubeColumns& list = kCubeColumns[cube >> 1];
+        const CubeColumns& list = CUBE_COLUMNS[cube >> 1];
         for (int i = 0; i < list.num; ++i)
         {
             const Column& column = columns[static_cast<std::size_t>(list.aColumns[i])];

@@ -13,7 +13,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-const char* const kTag = "PLY::writePly";
+const char* const TAG = "PLY::writePly";
 
 void addVertices(tinyply::PlyFile& file, const std::vector<float>& vXYZ)
 {
@@ -54,11 +54,11 @@ bool PLY::writePly(const RMesh* pRMesh, const std::string& name, bool bASCII)
         addFaces(file, vIndices);
         if (writePlyFile(file, name, bASCII))
             return true;
-        errorMessage(kTag, "failed to write " + name);
+        errorMessage(TAG, "failed to write " + name);
     }
     catch (const std::exception& e)
     {
-        errorMessage(kTag, "failed to write " + name + ", " + e.what());
+        errorMessage(TAG, "failed to write " + name + ", " + e.what());
     }
     return false;
 }

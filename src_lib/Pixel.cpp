@@ -14,12 +14,12 @@ namespace TARN_ZEF
 namespace
 {
 // Rows, and the points of a row, this part of a cell apart stay closer than a cell's diagonal.
-constexpr double kRowStep = 0.577;
-constexpr double kDegreesToRad = 3.14159 / 180.0;
+constexpr double ROW_STEP = 0.577;
+constexpr double DEGREES_TO_RAD = 3.14159 / 180.0;
 // Corner angle in degrees at the longest edge below which a triangle has no inside to speak of.
-constexpr double kNeedleAngle = 1e-05;
+constexpr double NEEDLE_ANGLE = 1e-05;
 // Squared lengths below this are too near to the end of the double's range to normalise by.
-constexpr double kTinySqLength = 1e-290;
+constexpr double TINY_SQ_LENGTH = 1e-290;
 
 Point3 project(const Plane& plane, const Point3& p)
 {
@@ -29,8 +29,8 @@ Point3 project(const Plane& plane, const Point3& p)
 // Whether a unit normal can be had, whichever corner it is computed from.
 bool isUsable(const Point3* a, const Point3* b, const Point3* c)
 {
-    if (sqDistance(*a, *b) < kTinySqLength || sqDistance(*b, *c) < kTinySqLength ||
-        sqDistance(*c, *a) < kTinySqLength)
+    if (sqDistance(*a, *b) < TINY_SQ_LENGTH || sqDistance(*b, *c) < TINY_SQ_LENGTH ||
+        sqDistance(*c, *a) < TINY_SQ_LENGTH)
         return false;
     bool bOK = false;
     (void)getNormalVector(a, b, c, bOK);
@@ -548,10 +548,10 @@ void Pixel::rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* 
     const Vector3 vec12 = normalize(*p2 - *p1);
     const double angle1 = getAngleDegree(vec12, vec10);
     const double angle2 = getAngleDegree(vec12 * -1.0, vec20);
-    if (angle1 < kNeedleAngle || angle2 < kNeedleAngle)
+    if (angle1 < NEEDLE_ANGLE || angle2 < NEEDLE_ANGLE)
         return;
-    const double lift1 = spacingAbs / std::sin(angle1 * kDegreesToRad) * kRowStep;
-    const double lift2 = spacingAbs / std::sin(angle2 * kDegreesToRad) * kRowStep;
+    const double lift1 = spacingAbs / std::sin(angle1 * DEGREES_TO_RAD) * ROW_STEP;
+    const double lift2 = spacingAbs / std::sin(angle2 * DEGREES_TO_RAD) * ROW_STEP;
     const double numRows = std::ceil((*p0 - *p1).length() / lift1);
     for (double i = 0.0; i < numRows; i += 1.0)
         rasterizePlane(plane, *p1 + vec10 * (i * lift1), *p2 + vec20 * (i * lift2), vPixelRCD);
@@ -567,7 +567,7 @@ void Pixel::rasterizePlane(const Plane& plane, const Point3& a, const Point3& b,
         return;
     const double maxComponent = v.getMaxAbsComponent();
     ASSEX_TEXT(maxComponent != 0, "maxComponent!=0");
-    v.mul(spacingAbs * kRowStep / maxComponent);
+    v.mul(spacingAbs * ROW_STEP / maxComponent);
     const double num = std::ceil(len / v.length());
     RCD lastRCD = pCalc->getRCD(a);
     for (double i = 0.0; i < num; i += 1.0)

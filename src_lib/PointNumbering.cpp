@@ -6,12 +6,12 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int kFirstSlotBits = 8;
+constexpr int FIRST_SLOT_BITS = 8;
 } // namespace
 
 PointNumbering::PointNumbering()
-    : vSlots(std::size_t{1} << kFirstSlotBits, 0)
-    , numSlotBits(kFirstSlotBits)
+    : vSlots(std::size_t{1} << FIRST_SLOT_BITS, 0)
+    , numSlotBits(FIRST_SLOT_BITS)
 {
 }
 

@@ -12,10 +12,10 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr const char* const unusedName = "empty";
-constexpr double defaultWeight = 10.0;
+constexpr const char* const UNUSED_NAME = "empty";
+constexpr double DEFAULT_WEIGHT = 10.0;
 // Notifications of a whole run.
-constexpr u64 numReports = 200;
+constexpr u64 NUM_REPORTS = 200;
 
 struct Child
 {
@@ -23,12 +23,12 @@ struct Child
     double weight;
 };
 
-constexpr Child reconstructChildren[] = {
+constexpr Child RECONSTRUCT_CHILDREN[] = {
     {"CL_eres", 3}, {"SM_run", 3},   {"CL_creb", 3},  {"HL_st", 3},         {"VO_ftx", 3},
     {"VO_amb", 3},  {"TP_unif", 10}, {"TP_pps", 100}, {"TP_cbcpl", 100},    {"TP_itr", 50},
     {"TP_fin", 30}, {"RM_cpo", 10},  {"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, {"efLoop", 10},
 };
-constexpr Child meltChildren[] = {
+constexpr Child MELT_CHILDREN[] = {
     {"dih2e", 0.061},        {"reo", 0.013},         {"rFins", 0.002},        {"feate", 0.019},
     {"nfeate", 0.084},       {"ar4", 0.092},         {"oifc", 0.025},         {"mandiffe", 0.042},
     {"mandiffa", 0.943},     {"VO_ftx", 3},          {"VO_amb", 3},           {"TP_cbcpl", 6},
@@ -37,13 +37,13 @@ constexpr Child meltChildren[] = {
     {"TP_unif", 0.6},        {"TP_itr", 1},          {"TP_fin", 1.7},         {"efLoop", 5},
     {"RM_redborder", 0.263}, {"RM_redprioq", 0.824}, {"RM_redprocprioq", 15}, {"RM_gEfCandMT", 2},
 };
-constexpr Child toCloudChildren[] = {
+constexpr Child TO_CLOUD_CHILDREN[] = {
     {"CL_eres", 3},   {"dih2e", 3}, {"reo", 3},   {"rFins", 3},     {"feate", 10},     {"nfeate", 50},
     {"hal-part", 10}, {"ar4", 100}, {"oifc", 10}, {"mandiffe", 10}, {"mandiffa", 100},
 };
-constexpr Child densityChildren[] = {{"CL_eres", 3}, {"SM_run", 3}, {"CL_creb", 3}};
-constexpr Child edgeFlipsChildren[] = {{"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, {"efLoop", 10}};
-constexpr Child reduceChildren[] = {
+constexpr Child DENSITY_CHILDREN[] = {{"CL_eres", 3}, {"SM_run", 3}, {"CL_creb", 3}};
+constexpr Child EDGE_FLIPS_CHILDREN[] = {{"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, {"efLoop", 10}};
+constexpr Child REDUCE_CHILDREN[] = {
     {"RM_kdeg", 3}, {"RM_redborder", 1}, {"RM_redprioq", 3}, {"RM_redprocprioq", 93}};
 
 struct Tree
@@ -51,9 +51,10 @@ struct Tree
     const char* rootName;
     std::span<const Child> children;
 };
-constexpr Tree trees[] = {
-    {"Reconstruct", reconstructChildren},    {"Melt", meltChildren},           {"ToCloud", toCloudChildren},
-    {"Density Estimation", densityChildren}, {"EdgeFlips", edgeFlipsChildren}, {"Reduce", reduceChildren},
+constexpr Tree TREES[] = {
+    {"Reconstruct", RECONSTRUCT_CHILDREN}, {"Melt", MELT_CHILDREN},
+    {"ToCloud", TO_CLOUD_CHILDREN},        {"Density Estimation", DENSITY_CHILDREN},
+    {"EdgeFlips", EDGE_FLIPS_CHILDREN},    {"Reduce", REDUCE_CHILDREN},
 };
 
 [[nodiscard]] Progress* startTree(const std::string& rootName)
@@ -140,7 +141,7 @@ void Progress::unsubscribe(const ProgressBase* pProgress)
 
 void Progress::createChild(const std::string& childName, double childWeight)
 {
-    ASSEX_TEXT(getName() != unusedName, "this->name!=\"empty\"");
+    ASSEX_TEXT(getName() != UNUSED_NAME, "this->name!=\"empty\"");
     const std::lock_guard<std::recursive_mutex> lock(mtx);
     const auto q_it = mNameKids.lower_bound(childName);
     if (q_it != mNameKids.end() && q_it->first == childName)
@@ -156,7 +157,7 @@ Progress* Progress::getChildProgressSetTodo(const std::string& childName, u64 to
     auto q_it = mNameKids.find(childName);
     if (q_it == mNameKids.end())
     {
-        createChild(childName, defaultWeight);
+        createChild(childName, DEFAULT_WEIGHT);
         q_it = mNameKids.find(childName);
         ASSEX(q_it != mNameKids.end());
     }
@@ -192,7 +193,7 @@ void Progress::reset()
     for (const auto& [tag, pChild] : mNameKids)
         pChild->setName("invalid");
     mNameKids.clear();
-    name = unusedName;
+    name = UNUSED_NAME;
     numTodo = 1;
     numDone = 0;
     reportEvery = 1;
@@ -253,14 +254,14 @@ void Progress::setTodo(u64 n)
 u64 Progress::computeReportEvery(u64 n) const
 {
     if (pParent == nullptr || !(weight > 0.0))
-        return n / numReports;
+        return n / NUM_REPORTS;
     double sumWeights = 0.0;
     for (const auto& [tag, pSibling] : pParent->mNameKids)
         sumWeights += pSibling->weight;
     if (!(sumWeights > 0.0))
         return reportEvery;
     const double steps =
-        std::ceil(static_cast<double>(n) / static_cast<double>(numReports) * (sumWeights / weight));
+        std::ceil(static_cast<double>(n) / static_cast<double>(NUM_REPORTS) * (sumWeights / weight));
     if (steps > static_cast<double>(n))
         return static_cast<u64>(std::ceil(static_cast<double>(n) * 0.75));
     return static_cast<u64>(steps);
@@ -299,21 +300,21 @@ Progress* getRootProgress()
     const std::lock_guard<std::mutex> lock(roots.mtx);
     Progress*& pRoot = roots.mIdRoot[std::this_thread::get_id()];
     if (pRoot == nullptr)
-        pRoot = new Progress(unusedName, 1.0, nullptr);
+        pRoot = new Progress(UNUSED_NAME, 1.0, nullptr);
     threadEnd.pRoot = pRoot;
     return pRoot;
 }
 
 bool ownsProgress()
 {
-    return getRootProgress()->getName() == unusedName;
+    return getRootProgress()->getName() == UNUSED_NAME;
 }
 
 void prepareProgress(const std::string& rootName)
 {
-    const auto q_it = std::find_if(std::begin(trees), std::end(trees),
+    const auto q_it = std::find_if(std::begin(TREES), std::end(TREES),
                                    [&](const Tree& tree) { return rootName == tree.rootName; });
-    ASSEX(q_it != std::end(trees));
+    ASSEX(q_it != std::end(TREES));
     Progress* const pRoot = startTree(rootName);
     for (const Child& child : q_it->children)
         pRoot->createChild(child.tag, child.weight);

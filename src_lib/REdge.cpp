@@ -4,6 +4,7 @@
 #include "tools.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <iostream>
 
@@ -19,6 +20,18 @@ const double SURELY_NOT_FLAT_COSINE = 0.9999;
 Point3* startOfEdge(const RTriangle* pRT, const Point3* pOpp)
 {
     return pRT->getCorner(RTriangle::getNext(pRT->getICI(pOpp)));
+}
+
+// Puts two triangles in place of one, over a point that stands for its edge opposite pOpp.
+std::array<RTriangle*, 2> splitTriangle(RTriangle* pRT, Point3* pOpp, const REdge& edge, Point3* pNew,
+                                        RMesh* pMesh)
+{
+    ASSEX(pRT->isAlive());
+    Point3* pFrom = startOfEdge(pRT, pOpp);
+    Point3* pTo = edge.getOtherPoint(pFrom);
+    pRT->kill(pMesh);
+    RTriangle* pFirst = pMesh->createT(pOpp, pFrom, pNew);
+    return {pFirst, pMesh->createT(pOpp, pNew, pTo)};
 }
 } // namespace
 
@@ -158,15 +171,7 @@ void REdge::split(Point3* pNew, RMesh* pMesh)
     std::vector<RTriangle*> vCopy(vRT.begin(), vRT.end());
     ASSEX(!vCopy.empty());
     for (RTriangle* pRT : vCopy)
-    {
-        ASSEX(pRT->isAlive());
-        Point3* pOpp = pRT->getThirdPoint(p0, p1);
-        Point3* pFrom = startOfEdge(pRT, pOpp);
-        Point3* pTo = getOtherPoint(pFrom);
-        pRT->kill(pMesh);
-        pMesh->createT(pOpp, pFrom, pNew);
-        pMesh->createT(pOpp, pNew, pTo);
-    }
+        splitTriangle(pRT, pRT->getThirdPoint(p0, p1), *this, pNew, pMesh);
 }
 
 bool REdge::trySplitNeigsKillT(RMesh* pMesh, RTriangle* pKillRT, int ici, std::vector<RTriangle*>& vNewT)
@@ -205,15 +210,8 @@ bool REdge::trySplitNeigsKillT(RMesh* pMesh, RTriangle* pKillRT, int ici, std::v
 
     pKillRT->kill(pMesh);
     for (RTriangle* pNeigT : vCopy)
-    {
-        ASSEX(pNeigT->isAlive());
-        Point3* pA = pNeigT->getThirdPoint(p0, p1);
-        Point3* pB = startOfEdge(pNeigT, pA);
-        Point3* pC = getOtherPoint(pB);
-        pNeigT->kill(pMesh);
-        vNewT.push_back(pMesh->createT(pA, pB, pApex));
-        vNewT.push_back(pMesh->createT(pA, pApex, pC));
-    }
+        for (RTriangle* pNewT : splitTriangle(pNeigT, pNeigT->getThirdPoint(p0, p1), *this, pApex, pMesh))
+            vNewT.push_back(pNewT);
     return true;
 }
 

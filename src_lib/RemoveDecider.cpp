@@ -13,15 +13,15 @@ namespace
 {
 // Indices in the block are (dz+1)*9 + (dy+1)*3 + (dx+1): the cell is 13, its faces are 4 (z-1), 22 (z+1),
 // 10 (y-1), 16 (y+1), 12 (x-1), 14 (x+1).
-constexpr int kSelf = 13;
+constexpr int SELF = 13;
 
 // The neighbours that take away a free face. 5 is the edge cell (x+1, y, z-1) and stands in the place of the
 // face 4: the thinning is tuned to this list.
-constexpr u64 kFaceMask =
+constexpr u64 FACE_MASK =
     u64{1} << 22 | u64{1} << 5 | u64{1} << 14 | u64{1} << 16 | u64{1} << 12 | u64{1} << 10;
 
 // An edge neighbour, and the two face neighbours between it and the cell.
-constexpr int kHangingEdges[12][3] = {
+constexpr int HANGING_EDGES[12][3] = {
     {5, 4, 14},   {7, 4, 16},   {3, 4, 12},   {1, 4, 10},   {23, 22, 14}, {25, 22, 16},
     {21, 22, 12}, {19, 22, 10}, {17, 14, 16}, {15, 16, 12}, {9, 12, 10},  {11, 10, 14},
 };
@@ -93,7 +93,7 @@ int RemoveDecider::load(CCD ccd)
     const bool bAnyDoomed = !sDoomed.empty();
     for (int i = 0; i < 27; ++i)
     {
-        const bool bThere = i == kSelf || exists(array[i]);
+        const bool bThere = i == SELF || exists(array[i]);
         if (bThere && !(bAnyDoomed && sDoomed.contains(array[i])))
             neighbourMask |= u64{1} << i;
     }
@@ -102,13 +102,13 @@ int RemoveDecider::load(CCD ccd)
 
 int RemoveDecider::countFreeFaces() const noexcept
 {
-    return 6 - std::popcount(neighbourMask & kFaceMask);
+    return 6 - std::popcount(neighbourMask & FACE_MASK);
 }
 
 // Whether an edge neighbour holds on through the cell alone.
 bool RemoveDecider::hasHangingEdge() const noexcept
 {
-    return std::any_of(std::begin(kHangingEdges), std::end(kHangingEdges),
+    return std::any_of(std::begin(HANGING_EDGES), std::end(HANGING_EDGES),
                        [this](const int(&t)[3]) { return isSet(t[0]) && !isSet(t[1]) && !isSet(t[2]); });
 }
 

@@ -14,9 +14,9 @@ namespace TARN_ZEF
 namespace
 {
 // Active cubes around a cell from which on it is looked at.
-constexpr int kMinActive = 6;
-constexpr int kAllActive = 8;
-constexpr std::size_t kMinChunk = 5000;
+constexpr int MIN_ACTIVE = 6;
+constexpr int ALL_ACTIVE = 8;
+constexpr std::size_t MIN_CHUNK = 5000;
 
 // Collects what f(cube, vResult) appends for each cube of an index, in ascending order of the cubes.
 template <typename F>
@@ -77,14 +77,14 @@ std::vector<CCD> SheetGaps::findCandidates(const CellIndex& occupied)
                                                  {
                                                      const int numActive =
                                                          std::popcount(static_cast<unsigned>(cube.getCfg()));
-                                                     if (numActive < kMinActive)
+                                                     if (numActive < MIN_ACTIVE)
                                                          return;
                                                      CCD ccd = cube.getBase();
                                                      ccd = pCalc->decSparse(ccd, AXTRIBIT_X);
                                                      ccd = pCalc->decSparse(ccd, AXTRIBIT_Y);
                                                      ccd = pCalc->decSparse(ccd, AXTRIBIT_Z);
                                                      if (!occupied.contains(ccd))
-                                                         v.push_back(ccd << 1 | u64{numActive == kAllActive});
+                                                         v.push_back(ccd << 1 | u64{numActive == ALL_ACTIVE});
                                                  });
     sortMT(vFlagged.begin(), vFlagged.end());
     std::vector<CCD> vAny;
@@ -97,7 +97,7 @@ void SheetGaps::takeNeeded(const CellIndex& occupied, const std::vector<CCD>& vC
 {
     // No cell is doomed here, so the decisions do not depend on each other.
     std::vector<char> vNeeded(vCandidates.size());
-    parallelFor(vCandidates.size(), kMinChunk,
+    parallelFor(vCandidates.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     RemoveDecider decider(&occupied, pCalc);

@@ -7,15 +7,15 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kBlockBytes = std::size_t{1} << 16;
+constexpr std::size_t BLOCK_BYTES = std::size_t{1} << 16;
 } // namespace
 
 TextWriter::TextWriter(std::ostream& stream_, int precision_)
     : stream(stream_)
     , precision(precision_)
-    , pBuffer(std::make_unique_for_overwrite<char[]>(kBlockBytes))
+    , pBuffer(std::make_unique_for_overwrite<char[]>(BLOCK_BYTES))
     , pNext(pBuffer.get())
-    , pEnd(pBuffer.get() + kBlockBytes)
+    , pEnd(pBuffer.get() + BLOCK_BYTES)
 {
 }
 
@@ -30,7 +30,7 @@ void TextWriter::text(std::string_view s)
         return;
     if (static_cast<std::size_t>(pEnd - pNext) < s.size())
         flush();
-    if (s.size() > kBlockBytes)
+    if (s.size() > BLOCK_BYTES)
     {
         stream.write(s.data(), static_cast<std::streamsize>(s.size()));
         return;

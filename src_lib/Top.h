@@ -189,6 +189,9 @@ protected:
     // Kills one of the two, unless they are large; false if both stay. sumArea  of the whole mesh
     static bool solvePair(CPatch* p0, CPatch* p1, double sumArea);
     void flipCreases(double minAngle);
+    // Of the triangles at the outermost corner, the first that faces along x, those with few corners beside it
+    // first; and whether it faces inwards. Null if none does.
+    static CTriangle* findFacing(const std::vector<CTriangle*>& vIncT, u64 maxCCD, bool& bNeedFlip);
     // --- Seams (TopSeams.cpp) ---
     // Largest pieces at a border that may be removed at the end.
     static const int MAX_TINY_AT_END = 100;

@@ -80,19 +80,13 @@ void Top::getEdgesForOptimization(double maxAngle, std::vector<CEdge*>& vOptimiz
         const CTriangle* pCT0 = pCE->vCT[0];
         const CTriangle* pCT1 = pCE->vCT[1];
         ASSEX(pCT0->isAlive() && pCT1->isAlive());
-        bool bOK0 = false;
-        bool bOK1 = false;
         Vector3 nnv0;
         Vector3 nnv1;
-        pCT0->getNNV(nnv0, pCMesh, bOK0);
-        pCT1->getNNV(nnv1, pCMesh, bOK1);
-        if (!bOK0 || !bOK1)
+        if (!pCT0->getNNVs(pCT1, pCMesh, nnv0, nnv1))
         {
             warningMessage(ZEF_HERE, "No NNV, skipped edge");
             continue;
         }
-        if (pCT0->needFlip(pCT1))
-            nnv1.mul(-1.0);
         if (!(REdgeEnergy::getCosPhi(nnv0, nnv1) > minCos))
             vOptimizable.push_back(pCE);
     }

@@ -17,21 +17,10 @@ namespace TARN_ZEF
 {
 namespace
 {
-// A triangle that faces up to this much along x cannot tell inwards from outwards.
-const double MIN_FACING_X = 0.001;
 const double CREASE_ANGLE = 140.0;
 const double MAX_LOSS_OF_BEND = 15.0; // by which a crease may open when a corner leaves it
 const int MIN_BENT_EDGES = 2;
 const double NO_ANGLE = 360.0;
-
-int countInLayer(const CTriangle& ct, u64 ccd)
-{
-    int sum = 0;
-    for (const u64 other : {ct.getC0(), ct.getC1(), ct.getC2()})
-        if (other != ccd && (other & SPARSE_X) == (ccd & SPARSE_X))
-            ++sum;
-    return sum;
-}
 
 bool touches(const std::set<u64>& sCCD, const CTriangle& ct)
 {
@@ -127,23 +116,11 @@ CTriangle* TopMelt::getFlippedMaxT_for_closed_melt(const std::vector<CTriangle*>
         if (pCT->isAlive() && pCT->hasCorner(maxCCD))
             vIncT.push_back(pCT);
     ASSEX(!vIncT.empty());
-    std::vector<std::pair<int, CTriangle*>> vSumT;
-    for (CTriangle* pCT : vIncT)
-        vSumT.emplace_back(countInLayer(*pCT, maxCCD), pCT);
-    ASSEX(!vSumT.empty());
-    std::stable_sort(vSumT.begin(), vSumT.end(),
-                     [](const auto& a, const auto& b) { return a.first < b.first; });
-    for (const auto& [sum, pCT] : vSumT)
-    {
-        Vector3 nnv;
-        pCT->getCoarseNormal(nnv);
-        if (std::fabs(nnv.x()) < MIN_FACING_X)
-            continue;
-        if (nnv.x() < 0.0)
-            pCT->flipOrientation();
-        return pCT;
-    }
-    return nullptr;
+    bool bNeedFlip = false;
+    CTriangle* pMaxT = findFacing(vIncT, maxCCD, bNeedFlip);
+    if (bNeedFlip)
+        pMaxT->flipOrientation();
+    return pMaxT;
 }
 
 CTriangle* TopMelt::getFlippedMaxT_for_open_melt(const std::vector<CTriangle*>& vT)

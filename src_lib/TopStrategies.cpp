@@ -59,32 +59,6 @@ std::vector<CTriangle*> getTrianglesOn(const std::vector<CEdge*>& vCE)
     return vT;
 }
 
-// The pair of edges over a corner off the chain that joins its ends with the least sum of degrees, the first
-// one among equals; null without one.
-std::array<CEdge*, 2> findTwoEdges(const CMesh& mesh, u64 endVCD0, u64 endVCD1,
-                                   const std::vector<u64>& vChainVCD)
-{
-    std::vector<CEdge*> vCE0;
-    mesh.getIncCE(endVCD0, vCE0);
-    std::array<CEdge*, 2> aBestCE = {nullptr, nullptr};
-    int minDegSum = std::numeric_limits<int>::max();
-    for (CEdge* pCE0 : vCE0)
-    {
-        const u64 middleVCD = pCE0->getOtherVCD(endVCD0);
-        if (std::binary_search(vChainVCD.begin(), vChainVCD.end(), middleVCD))
-            continue;
-        CEdge* pCE1 = mesh.getCE(middleVCD, endVCD1);
-        if (pCE1 == nullptr || pCE1->getDegree() == 0)
-            continue;
-        const int degSum = pCE0->getDegree() + pCE1->getDegree();
-        if (degSum >= minDegSum)
-            continue;
-        minDegSum = degSum;
-        aBestCE = {pCE0, pCE1};
-    }
-    return aBestCE;
-}
-
 // The outer boundary of a growing patch while it is being worked off from its last edge.
 class GrowingBoundary
 {
@@ -216,12 +190,8 @@ void Top::enqueueNeighbour(CTriangle* pCT, const Vector3& ownNNV, CTriangle* pNe
 
 // --- Growing of the outermost patch ------------------------------------------------------------------------
 
-CTriangle* Top::getMaxT(const std::vector<CPatch*>& vPatches, bool& bNeedFlip) const
+CTriangle* Top::findFacing(const std::vector<CTriangle*>& vIncT, u64 maxCCD, bool& bNeedFlip)
 {
-    const u64 maxCCD = getLargestCCD(vPatches);
-    std::vector<CTriangle*> vIncT;
-    pCMesh->getIncT(maxCCD, vIncT);
-    ASSEX(!vIncT.empty());
     std::vector<std::pair<int, CTriangle*>> vSumT;
     for (CTriangle* pCT : vIncT)
         vSumT.emplace_back(countInLayer(*pCT, maxCCD), pCT);
@@ -236,6 +206,18 @@ CTriangle* Top::getMaxT(const std::vector<CPatch*>& vPatches, bool& bNeedFlip) c
         bNeedFlip = coarseNNV.x() < 0.0;
         return pCT;
     }
+    return nullptr;
+}
+
+CTriangle* Top::getMaxT(const std::vector<CPatch*>& vPatches, bool& bNeedFlip) const
+{
+    const u64 maxCCD = getLargestCCD(vPatches);
+    std::vector<CTriangle*> vIncT;
+    pCMesh->getIncT(maxCCD, vIncT);
+    ASSEX(!vIncT.empty());
+    CTriangle* pMaxT = findFacing(vIncT, maxCCD, bNeedFlip);
+    if (pMaxT != nullptr)
+        return pMaxT;
     warningMessage(ZEF_HERE, "no usable pMaxT");
     throw ZefBugException();
 }
@@ -332,27 +314,9 @@ bool Top::tryClose(const Chain* pChain, std::vector<CEdge*>& vNewCE) const
     if (std::any_of(vChainCE.begin(), vChainCE.end(),
                     [](const CEdge* pCE) { return pCE->getDegree() == 0 || pCE->getDegree() == 2; }))
         return false;
-    u64 endVCD0 = 0;
-    u64 endVCD1 = 0;
-    pChain->getEnds(endVCD0, endVCD1);
-    ASSEX(endVCD0 != endVCD1);
-
-    CEdge* pDirectCE = pCMesh->getCE(endVCD0, endVCD1);
-    if (pDirectCE != nullptr && pDirectCE->getDegree() > 0 &&
-        std::find(vChainCE.begin(), vChainCE.end(), pDirectCE) == vChainCE.end())
-    {
-        vNewCE.push_back(pDirectCE);
-        return true;
-    }
-    std::vector<u64> vChainVCD;
-    pChain->getVCDs(vChainVCD);
-    const auto [pSolutionCE0, pSolutionCE1] = findTwoEdges(*pCMesh, endVCD0, endVCD1, vChainVCD);
-    if (pSolutionCE0 == nullptr)
-        return false;
-    ASSEX(pSolutionCE1 != 0);
-    vNewCE.push_back(pSolutionCE0);
-    vNewCE.push_back(pSolutionCE1);
-    return true;
+    const auto isFree = [&vChainCE](const CEdge* pCE)
+    { return pCE->getDegree() > 0 && std::find(vChainCE.begin(), vChainCE.end(), pCE) == vChainCE.end(); };
+    return pChain->findConnectors(*pCMesh, isFree, vNewCE);
 }
 
 bool Top::tryKillT(const Chain* pChain, const std::vector<CEdge*>& vNewCE)

@@ -16,7 +16,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int kPrecision = 15;
+constexpr int PRECISION = 15;
 
 struct Color
 {
@@ -24,7 +24,7 @@ struct Color
     const char* rgba;
 };
 
-constexpr Color kColors[NUM_COLORS] = {
+constexpr Color COLORS[NUM_COLORS] = {
     {"CLIGHTBLUE", CLIGHTBLUE},
     {"CDARKBLUE", CDARKBLUE},
     {"CYELLOW", CYELLOW},
@@ -55,12 +55,12 @@ constexpr Color kColors[NUM_COLORS] = {
 };
 
 // Corners of the six faces of a cube.
-constexpr unsigned int kCubeFaces[6][4] = {
+constexpr unsigned int CUBE_FACES[6][4] = {
     {0, 1, 2, 3}, {4, 5, 6, 7}, {0, 1, 5, 4}, {1, 2, 6, 5}, {2, 3, 7, 6}, {3, 0, 4, 7},
 };
 
 // The order of Calc::completeArray8Up.
-constexpr int kCubeCorners[8][3] = {
+constexpr int CUBE_CORNERS[8][3] = {
     {0, 0, 0}, {1, 0, 0}, {1, 0, 1}, {0, 0, 1}, {0, 1, 0}, {1, 1, 0}, {1, 1, 1}, {0, 1, 1},
 };
 
@@ -103,12 +103,12 @@ void writeCounts(TextWriter& out, std::size_t num0, std::size_t num1, std::size_
 
 std::string getColor(int index)
 {
-    return index >= 0 && index < NUM_COLORS ? kColors[index].rgba : "";
+    return index >= 0 && index < NUM_COLORS ? COLORS[index].rgba : "";
 }
 
 std::string getColorName(int index)
 {
-    return index >= 0 && index < NUM_COLORS ? kColors[index].name : "CUNKNOWN";
+    return index >= 0 && index < NUM_COLORS ? COLORS[index].name : "CUNKNOWN";
 }
 
 std::string Visualizer3::getNextColor()
@@ -151,7 +151,7 @@ void Visualizer3::openFile()
         return;
     }
     imbue(std::locale::classic());
-    precision(kPrecision);
+    precision(PRECISION);
     *this << "LIST\n{\n";
 }
 
@@ -340,7 +340,7 @@ void Visualizer3::writeCbs(const std::vector<CCD>& vCCD, const std::string& colo
     for (const CCD ccd : vCCD)
     {
         const Point3 ref = pCalc->getRef(ccd);
-        for (const auto& offset : kCubeCorners)
+        for (const auto& offset : CUBE_CORNERS)
             vPoints.emplace_back(ref.x() + offset[0] * sizeX, ref.y() + offset[1] * sizeY,
                                  ref.z() + offset[2] * sizeZ);
     }
@@ -352,14 +352,14 @@ void Visualizer3::writeCbs8(const std::vector<Point3>& vPoints, const std::strin
     ASSEX_TEXT(vPoints.size() % 8 == 0, "vPoints.size() must be a multiple of 8");
     if (vPoints.empty())
         return reportEmpty("writeCbs8", "cubes");
-    TextWriter writer(*this, kPrecision);
+    TextWriter writer(*this, PRECISION);
     writer.text("\n{\nappearance { +edge material { backdiffuse .151 .0 .2 } }\nOFF\n");
     writeCounts(writer, vPoints.size(), vPoints.size() / 8 * 6, 0);
     for (const Point3& point : vPoints)
         writer.point(point);
     for (std::size_t first = 0; first < vPoints.size(); first += 8)
     {
-        for (const auto& face : kCubeFaces)
+        for (const auto& face : CUBE_FACES)
         {
             writer.text("4 ");
             for (const unsigned int corner : face)
@@ -394,7 +394,7 @@ void Visualizer3::writeVect(const std::vector<Point3>& vPoints, std::size_t numP
                             const std::string& colour)
 {
     const std::size_t numLines = vPoints.size() / numPerLine;
-    TextWriter writer(*this, kPrecision);
+    TextWriter writer(*this, PRECISION);
     writer.text("\n{\nappearance{linewidth ");
     writer.exact(width);
     writer.text("}\nVECT\n");
@@ -417,7 +417,7 @@ void Visualizer3::writeIndexed(const std::vector<const Point3*>& vVertices,
     ASSEX_TEXT(vIndices.size() % 3 == 0, "vCorners.size() must be a multiple of 3");
     if (vIndices.empty())
         return reportEmpty("writeTriangles", "triangles");
-    TextWriter writer(*this, kPrecision);
+    TextWriter writer(*this, PRECISION);
     writer.text("\n{\nOFF\n");
     writeCounts(writer, vVertices.size(), vIndices.size() / 3, 0);
     for (const Point3* pVertex : vVertices)

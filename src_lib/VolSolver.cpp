@@ -292,9 +292,7 @@ void VolSolver::killDanglingAt(const std::vector<u64>& vVCD)
     {
         vIncT.clear();
         pCMesh->getIncT(vcd, vIncT);
-        const auto isInStrong = [this](const CTriangle* pCT)
-        { return pCT->getPatch() != nullptr && isStrong(pCT->getPatch()); };
-        if (std::any_of(vIncT.begin(), vIncT.end(), isInStrong))
+        if (std::any_of(vIncT.begin(), vIncT.end(), [this](const CTriangle* pCT) { return isInStrong(pCT); }))
             continue;
         for (CTriangle* pCT : vIncT)
             pCT->kill(pCMesh);
@@ -328,8 +326,7 @@ CEdge* VolSolver::adaptCE(u64 ccd, CTriangle* pCT, int ici, double& dist) const
 bool VolSolver::leadsToStrong(const CEdge& edge, const CTriangle* pFromCT) const
 {
     return std::any_of(edge.vCT.begin(), edge.vCT.end(),
-                       [&](const CTriangle* pCT)
-                       { return pCT != pFromCT && pCT->getPatch() != nullptr && isStrong(pCT->getPatch()); });
+                       [&](const CTriangle* pCT) { return pCT != pFromCT && isInStrong(pCT); });
 }
 
 } // namespace TARN_ZEF

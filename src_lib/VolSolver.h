@@ -87,7 +87,10 @@ private:
     void collectKillList(const std::vector<RatedPatch>& vMatchRate2Patch);
     void sortBordersByDegree();
     void killDanglingAt(const std::vector<u64>& vVCD);
-    [[nodiscard]] bool isStrong(CPatch* pPatch) const { return sStrongPatches.count(pPatch) != 0; }
+    [[nodiscard]] bool isInStrong(const CTriangle* pCT) const
+    {
+        return pCT->getPatch() != nullptr && sStrongPatches.count(pCT->getPatch()) != 0;
+    }
     [[nodiscard]] bool leadsToStrong(const CEdge& edge, const CTriangle* pFromCT) const;
 
     CMesh* pCMesh;

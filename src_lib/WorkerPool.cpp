@@ -13,14 +13,14 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int maxThreads = 256;
+constexpr int MAX_THREADS = 256;
 
 thread_local bool bWorkerThread = false;
 
 int readNumThreads()
 {
     const int hardware = static_cast<int>(std::thread::hardware_concurrency());
-    const int fallback = std::clamp(hardware, 1, maxThreads);
+    const int fallback = std::clamp(hardware, 1, MAX_THREADS);
     const char* const pText = std::getenv("ZEF_THREADS");
     if (pText == nullptr)
         return fallback;
@@ -28,7 +28,7 @@ int readNumThreads()
     int n = 0;
     const auto [pEnd, error] = std::from_chars(text.data(), text.data() + text.size(), n);
     const bool bWhole = error == std::errc() && pEnd == text.data() + text.size();
-    return bWhole && n >= 1 && n <= maxThreads ? n : fallback;
+    return bWhole && n >= 1 && n <= MAX_THREADS ? n : fallback;
 }
 
 std::atomic<int>& numThreadsSetting()
@@ -247,7 +247,7 @@ int getNumThreads()
 
 void setNumThreads(int n)
 {
-    const int num = std::clamp(n, 1, maxThreads);
+    const int num = std::clamp(n, 1, MAX_THREADS);
     numThreadsSetting() = num;
     // One thread needs no pool.
     if (num > 1)

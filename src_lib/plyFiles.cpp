@@ -17,13 +17,13 @@ namespace
 {
 using PlyDataPtr = std::shared_ptr<tinyply::PlyData>;
 
-const char* const kTag = "readPly";
+const char* const TAG = "readPly";
 
 #ifdef ZEF_OWN_TINYPLY
-constexpr std::uint32_t kListSizeHint = 3;
+constexpr std::uint32_t LIST_SIZE_HINT = 3;
 #else
 // The library takes the hint as a promise; 0 lets it count.
-constexpr std::uint32_t kListSizeHint = 0;
+constexpr std::uint32_t LIST_SIZE_HINT = 0;
 #endif
 
 // Calls take(value) for each of the values.
@@ -160,14 +160,14 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
 {
     try
     {
-        return file.request_properties_from_element("face", {"vertex_indices"}, kListSizeHint);
+        return file.request_properties_from_element("face", {"vertex_indices"}, LIST_SIZE_HINT);
     }
     catch (const std::exception&)
     {
         try
         {
             // The other name in use.
-            return file.request_properties_from_element("face", {"vertex_index"}, kListSizeHint);
+            return file.request_properties_from_element("face", {"vertex_index"}, LIST_SIZE_HINT);
         }
         catch (const std::exception&)
         {
@@ -183,7 +183,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
     std::ifstream stream(filename, std::ios::binary);
     if (!stream)
     {
-        errorMessage(kTag, std::string("Failed to open ") + filename);
+        errorMessage(TAG, std::string("Failed to open ") + filename);
         return false;
     }
     stream.imbue(std::locale::classic());
@@ -199,7 +199,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
         std::vector<Point3> vRead;
         if (!appendPoints(*pVertices, vRead))
         {
-            errorMessage(kTag, std::string("unsupported type in ") + filename);
+            errorMessage(TAG, std::string("unsupported type in ") + filename);
             return false;
         }
         if (!bPointsOnly)
@@ -216,7 +216,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
     }
     catch (const std::exception& e)
     {
-        errorMessage(kTag, std::string(filename) + " is unreadable, " + e.what());
+        errorMessage(TAG, std::string(filename) + " is unreadable, " + e.what());
         return false;
     }
 }

@@ -20,14 +20,14 @@ namespace TARN_ZEF
 namespace
 {
 // The ".bin" format: typ, number of points, coordinates.
-constexpr std::int32_t kTyp3D = 30;
-constexpr std::int32_t kTyp2D = 20;
-constexpr u64 kMaxPoints = 0x7FFFFFFF;
+constexpr std::int32_t TYP_3D = 30;
+constexpr std::int32_t TYP_2D = 20;
+constexpr u64 MAX_POINTS = 0x7FFFFFFF;
 // A file that is short by more than this is damaged; its zeros would only fill the memory.
-constexpr u64 kMaxMissingPoints = u64{1} << 26;
+constexpr u64 MAX_MISSING_POINTS = u64{1} << 26;
 
 // Digits that give back every double.
-constexpr int kPrecision = 18;
+constexpr int PRECISION = 18;
 
 static_assert(sizeof(Point3) == 3 * sizeof(double) && std::is_trivially_copyable_v<Point3>,
               "points are written as they stand in memory");
@@ -71,7 +71,7 @@ void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<
     if (const auto numBytes = source.getRemaining())
     {
         const u64 numPresent = std::min(num, *numBytes / pointBytes);
-        if (num - numPresent > kMaxMissingPoints)
+        if (num - numPresent > MAX_MISSING_POINTS)
             throw std::runtime_error("the file counts " + std::to_string(num) + " points and holds only " +
                                      std::to_string(numPresent));
         vPoints.reserve(vPoints.size() + static_cast<std::size_t>(num));
@@ -85,7 +85,7 @@ void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<
     }
     if (numLeft == 0)
         return;
-    if (numLeft > kMaxMissingPoints)
+    if (numLeft > MAX_MISSING_POINTS)
         throw std::runtime_error("the file ends " + std::to_string(numLeft) + " points early");
     double aXYZ[3] = {0.0, 0.0, 0.0};
     std::memcpy(aXYZ, source.getData(), source.getAvailable() / sizeof(double) * sizeof(double));
@@ -174,15 +174,15 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     {
         ByteSource source(file);
         const auto typ = takeValue<std::int32_t>(source);
-        if (typ != kTyp3D && typ != kTyp2D)
+        if (typ != TYP_3D && typ != TYP_2D)
         {
             std::cout << filename << " has wrong filetype " << typ << ", expected: 30 or 20\n";
             return false;
         }
         const auto num = takeValue<u64>(source);
-        if (num > kMaxPoints)
+        if (num > MAX_POINTS)
             throw std::runtime_error("the file counts " + std::to_string(num) + " points");
-        appendBinaryPoints(source, typ == kTyp3D ? 3 : 2, num, vPoints);
+        appendBinaryPoints(source, typ == TYP_3D ? 3 : 2, num, vPoints);
     }
     catch (const std::exception& e)
     {
@@ -225,7 +225,7 @@ bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
         return false;
     }
     {
-        TextWriter out(file, kPrecision);
+        TextWriter out(file, PRECISION);
         for (const Point3& point : vPoints)
             out.point(point);
     }
@@ -240,7 +240,7 @@ bool writePoints_BIN(const char* filename, std::vector<Point3>& vPoints)
         std::cout << filename << " can't be written\n";
         return false;
     }
-    const std::int32_t typ = kTyp3D;
+    const std::int32_t typ = TYP_3D;
     const u64 num = vPoints.size();
     file.write(reinterpret_cast<const char*>(&typ), sizeof typ);
     file.write(reinterpret_cast<const char*>(&num), sizeof num);

@@ -104,6 +104,19 @@ Point3 getSurfacePoint(const Vector3& direction) noexcept
                         std::sin(7.0 * direction.z() + 2.0);
     return Point3() + direction * (1.0 + 0.1 * wave);
 }
+
+void addRandomPoints(double minVal, double maxVal, std::size_t num, unsigned int seed, bool bFlat,
+                     std::vector<Point3>& vPoints)
+{
+    Uniform uniform(minVal, maxVal, seed);
+    reserveMore(vPoints, num);
+    for (std::size_t i = 0; i < num; ++i)
+    {
+        const double x = uniform.next();
+        const double y = uniform.next();
+        vPoints.emplace_back(x, y, bFlat ? 0.0 : uniform.next());
+    }
+}
 } // namespace
 
 void generateRandomNumbers(double minVal, double maxVal, std::size_t num, unsigned int seed,
@@ -118,28 +131,13 @@ void generateRandomNumbers(double minVal, double maxVal, std::size_t num, unsign
 void generateRandomPoints(double minVal, double maxVal, std::size_t num, unsigned int seed,
                           std::vector<Point3>& vPoints)
 {
-    Uniform uniform(minVal, maxVal, seed);
-    reserveMore(vPoints, num);
-    for (std::size_t i = 0; i < num; ++i)
-    {
-        const double x = uniform.next();
-        const double y = uniform.next();
-        vPoints.emplace_back(x, y, 0.0);
-    }
+    addRandomPoints(minVal, maxVal, num, seed, true, vPoints);
 }
 
 void generateRandomPoints3D(double minVal, double maxVal, std::size_t num, unsigned int seed,
                             std::vector<Point3>& vPoints)
 {
-    Uniform uniform(minVal, maxVal, seed);
-    reserveMore(vPoints, num);
-    for (std::size_t i = 0; i < num; ++i)
-    {
-        const double x = uniform.next();
-        const double y = uniform.next();
-        const double z = uniform.next();
-        vPoints.emplace_back(x, y, z);
-    }
+    addRandomPoints(minVal, maxVal, num, seed, false, vPoints);
 }
 
 void generateSampleSurface(std::size_t num, unsigned int seed, std::vector<Point3>& vPoints)

@@ -14,7 +14,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int kPrecision = 10;
+constexpr int PRECISION = 10;
 
 void writeFacet(TextWriter& out, const RTriangle& triangle)
 {
@@ -45,7 +45,7 @@ bool writeSTL(const RMesh* pRMesh, const std::string& name)
     std::vector<RTriangle*> vRT;
     pRMesh->getAliveT(vRT);
     {
-        TextWriter out(file, kPrecision);
+        TextWriter out(file, PRECISION);
         out.text("solid - ZEF\n");
         for (const RTriangle* pRT : vRT)
             writeFacet(out, *pRT);

@@ -18,14 +18,15 @@ const double NO_FEATURE_ANGLE = 361.0; // above any dihedral angle
 const int VERSION_MAJOR = 1;
 const int VERSION_MINOR = 11;
 
-std::shared_ptr<Mesh> reconstructCloud(const std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs,
-                                       double spacingFactor)
+// The mesh of a cloud, or of the corners of triangles.
+std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, double spacingAbs,
+                               double spacingFactor, double featureAngle, bool bSmooth)
 {
-    prepareProgress("Reconstruct");
+    prepareProgress(bMelt ? "Melt" : "Reconstruct");
     CloudMgr cloudMgr;
-    cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, false, NO_FEATURE_ANGLE, bSmooth);
+    cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, bMelt, featureAngle, bSmooth);
     Hal hal(&cloudMgr);
-    std::shared_ptr<Mesh> pMesh = hal.reconstruct();
+    std::shared_ptr<Mesh> pMesh = bMelt ? hal.oneMelt() : hal.reconstruct();
     finishProgress();
     return pMesh;
 }
@@ -33,23 +34,17 @@ std::shared_ptr<Mesh> reconstructCloud(const std::vector<Point3>& vPoints, bool 
 
 std::shared_ptr<Mesh> reconstruct_auto(std::vector<Point3>& vPoints, bool bSmooth, double spacingFactor)
 {
-    return reconstructCloud(vPoints, bSmooth, ABSENT_SPACING, spacingFactor);
+    return makeMesh(vPoints, false, ABSENT_SPACING, spacingFactor, NO_FEATURE_ANGLE, bSmooth);
 }
 
 std::shared_ptr<Mesh> reconstruct_abs(std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs)
 {
-    return reconstructCloud(vPoints, bSmooth, spacingAbs, ABSENT_SPACING);
+    return makeMesh(vPoints, false, spacingAbs, ABSENT_SPACING, NO_FEATURE_ANGLE, bSmooth);
 }
 
 std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle)
 {
-    prepareProgress("Melt");
-    CloudMgr cloudMgr;
-    cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
-    Hal hal(&cloudMgr);
-    std::shared_ptr<Mesh> pMesh = hal.oneMelt();
-    finishProgress();
-    return pMesh;
+    return makeMesh(vTriCorners, true, spacingAbs, ABSENT_SPACING, featureAngle, false);
 }
 
 void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle,

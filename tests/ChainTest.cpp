@@ -257,8 +257,8 @@ TEST(ConEdge, ratesByTheBendBetweenTheMembers)
             for (std::size_t i = 0; i < 2; ++i)
                 if (((flips >> i) & 1) != 0)
                     fan.vT[i]->flipOrientation();
-            const auto end = fan.vT.begin() + static_cast<std::ptrdiff_t>(c.numMembers);
-            const ConEdge ce(&fan.mesh, fan.pCE, std::set<CTriangle*, ByCreationCT>(fan.vT.begin(), end));
+            const ConEdge ce(&fan.mesh, fan.pCE,
+                             [&](CTriangle* pCT) { return pCT->getNumber() < c.numMembers; });
             EXPECT_NEAR(ce.value, c.value, 1e-4);
             EXPECT_EQ(ce.bManifold, c.bManifold);
             EXPECT_EQ(ce.numMemT, static_cast<int>(c.numMembers));

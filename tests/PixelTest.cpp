@@ -58,7 +58,7 @@ Sampled sample(const std::vector<Point3>& vSoup, double spacing, double featureA
     return s;
 }
 
-const std::vector<Point3> kSquare = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 0, 0}, {10, 10, 0}, {0, 10, 0}};
+const std::vector<Point3> SQUARE = {{0, 0, 0}, {10, 0, 0}, {10, 10, 0}, {0, 0, 0}, {10, 10, 0}, {0, 10, 0}};
 
 // Largest difference of two cells in any index.
 u64 getCellDistance(const Calc& calc, CCD a, CCD b)
@@ -112,7 +112,7 @@ void expectCovered(const Sampled& s, std::mt19937_64& random)
 
 TEST(PixelSurface, flatSquareHasBordersButNoDiagonalFeature)
 {
-    const Sampled s = sample(kSquare, 1.0, 361.0); // a border is a feature whatever the angle
+    const Sampled s = sample(SQUARE, 1.0, 361.0); // a border is a feature whatever the angle
     EXPECT_EQ(s.vPixels.size(), 121u);
     EXPECT_EQ(s.vBorders.size(), 40u);
     EXPECT_EQ(s.vFeatures, s.vBorders);

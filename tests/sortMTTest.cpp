@@ -22,8 +22,8 @@ protected:
     const int numThreadsBefore = getNumThreads();
 };
 
-constexpr int threadNumbers[] = {1, 2, 3, 6};
-constexpr std::size_t sizes[] = {0, 1, 2, 999, 1000, 1999, 2000, 5003};
+constexpr int THREAD_NUMBERS[] = {1, 2, 3, 6};
+constexpr std::size_t SIZES[] = {0, 1, 2, 999, 1000, 1999, 2000, 5003};
 
 struct Distribution
 {
@@ -31,8 +31,8 @@ struct Distribution
     u64 (*draw)(std::mt19937_64& random, std::size_t i);
 };
 // Large enough for the radix sort to move its parts on several threads.
-constexpr std::size_t largeSize = 510'000;
-constexpr Distribution distributions[] = {
+constexpr std::size_t LARGE_SIZE = 510'000;
+constexpr Distribution DISTRIBUTIONS[] = {
     {"random", [](std::mt19937_64& random, std::size_t) -> u64 { return random(); }},
     {"three values", [](std::mt19937_64& random, std::size_t) -> u64 { return random() % 3 << 40; }},
     {"falling", [](std::mt19937_64&, std::size_t i) -> u64 { return ~u64{i}; }},
@@ -49,7 +49,7 @@ void forEachThreadNumber(const Distribution& distribution, std::size_t size, F f
     std::vector<u64> v(size);
     for (std::size_t i = 0; i < size; ++i)
         v[i] = distribution.draw(random, i);
-    for (const int numThreads : threadNumbers)
+    for (const int numThreads : THREAD_NUMBERS)
     {
         SCOPED_TRACE(std::string(distribution.name) + ", size " + std::to_string(size) + ", threads " +
                      std::to_string(numThreads));
@@ -61,12 +61,12 @@ void forEachThreadNumber(const Distribution& distribution, std::size_t size, F f
 template <typename F>
 void forEachInput(F f)
 {
-    for (const Distribution& distribution : distributions)
+    for (const Distribution& distribution : DISTRIBUTIONS)
     {
-        for (const std::size_t size : sizes)
+        for (const std::size_t size : SIZES)
             forEachThreadNumber(distribution, size, f);
     }
-    forEachThreadNumber(distributions[0], largeSize, f);
+    forEachThreadNumber(DISTRIBUTIONS[0], LARGE_SIZE, f);
 }
 
 TEST_F(SortMT, NumbersComeOutAsFromTheSequentialSort)

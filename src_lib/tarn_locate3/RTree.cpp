@@ -11,13 +11,13 @@ namespace TARN_LOCATE3
 {
 namespace
 {
-constexpr int defaultNumBits = 30;
-constexpr std::size_t maxItemsOfLeaf = 2;
+constexpr int DEFAULT_NUM_BITS = 30;
+constexpr std::size_t MAX_ITEMS_OF_LEAF = 2;
 
 } // namespace
 
 RTree::RTree()
-    : RTree(defaultNumBits)
+    : RTree(DEFAULT_NUM_BITS)
 {
 }
 
@@ -87,15 +87,15 @@ void RTree::createItems()
 
 std::vector<Node*> RTree::createLeaves()
 {
-    const std::size_t numLeaves = (vItems.size() + maxItemsOfLeaf - 1) / maxItemsOfLeaf;
+    const std::size_t numLeaves = (vItems.size() + MAX_ITEMS_OF_LEAF - 1) / MAX_ITEMS_OF_LEAF;
     // A seventh more is all the levels above the leaves together, apart from a last group on each.
     const int num = static_cast<int>(numLeaves + numLeaves / 7 + 8);
     nodePool.init(num, nodePool.increaseOf(num));
     std::vector<Node*> vLeaves;
     vLeaves.reserve(numLeaves);
-    for (std::size_t from = 0; from < vItems.size(); from += maxItemsOfLeaf)
+    for (std::size_t from = 0; from < vItems.size(); from += MAX_ITEMS_OF_LEAF)
     {
-        const std::size_t to = std::min(from + maxItemsOfLeaf, vItems.size());
+        const std::size_t to = std::min(from + MAX_ITEMS_OF_LEAF, vItems.size());
         vLeaves.push_back(new (nodePool.getNext()) Node(this, from, to));
     }
     return vLeaves;

@@ -12,8 +12,8 @@ namespace TARN_OCTREE
 {
 namespace
 {
-constexpr std::size_t minItemsToCut = 5;
-constexpr std::size_t minSampleSize = 100;
+constexpr std::size_t MIN_ITEMS_TO_CUT = 5;
+constexpr std::size_t MIN_SAMPLE_SIZE = 100;
 
 [[nodiscard]] std::size_t drawIndex(std::size_t num)
 {
@@ -39,7 +39,7 @@ OctNode::OctNode(const Box& box_, std::span<OctItem*> items_)
 
 std::vector<OctNode::Octant> OctNode::cut(std::vector<OctItem*>& vScratch)
 {
-    if (items.size() < minItemsToCut)
+    if (items.size() < MIN_ITEMS_TO_CUT)
         return {};
     const Split split = findSplit();
     const std::array<std::size_t, 9> starts = sortByOctant(split, vScratch);
@@ -85,7 +85,7 @@ void OctNode::query(std::vector<void*>& vResult, std::vector<const OctNode*>& vO
 OctNode::Split OctNode::findSplit() const
 {
     const std::size_t root = static_cast<std::size_t>(std::sqrt(static_cast<double>(items.size())));
-    const std::size_t sampleSize = std::max(root, minSampleSize);
+    const std::size_t sampleSize = std::max(root, MIN_SAMPLE_SIZE);
     const bool bDraw = items.size() >= sampleSize;
     const std::size_t num = bDraw ? sampleSize : items.size();
     std::vector<double> vX(num);

@@ -13,7 +13,7 @@ namespace TARN_OCTREE
 namespace
 {
 // Nine for each axis.
-constexpr int numHilbertBits = 27;
+constexpr int NUM_HILBERT_BITS = 27;
 
 } // namespace
 
@@ -57,7 +57,7 @@ void Octree::query(std::vector<void*>& vResult, const Box& queryBox) const
 void Octree::createItems(const Box& box)
 {
     const TARN_ZEF::HilbertSort3 hilbert(box.xmin, box.ymin, box.zmin, box.xmax, box.ymax, box.zmax,
-                                         numHilbertBits);
+                                         NUM_HILBERT_BITS);
     std::vector<std::pair<unsigned int, std::size_t>> vHIdxIdx;
     vHIdxIdx.reserve(vAdded.size());
     for (std::size_t i = 0; i < vAdded.size(); ++i)

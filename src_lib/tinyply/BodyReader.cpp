@@ -15,7 +15,7 @@ namespace tinyply
 namespace
 {
 // Rows or entries that are copied in one go.
-constexpr std::size_t kBatchBytes = std::size_t{1} << 16;
+constexpr std::size_t BATCH_BYTES = std::size_t{1} << 16;
 
 // Calls a function object with a value of the C++ type.
 template <class Function>
@@ -271,7 +271,7 @@ void BodyReader::readFixedRows(const Element& element, TARN_ZEF::ByteSource& sou
     while (numLeft > 0)
     {
         const auto numRows = static_cast<std::size_t>(
-            std::min<std::uint64_t>(numLeft, std::max<std::size_t>(1, kBatchBytes / rowBytes)));
+            std::min<std::uint64_t>(numLeft, std::max<std::size_t>(1, BATCH_BYTES / rowBytes)));
         if (!source.need(numRows * rowBytes))
             failTruncated(source, element);
         if (bRequested)
@@ -360,7 +360,7 @@ void BodyReader::readListEntries(const Property& property, std::uint64_t row, TA
         addListCount(vRequests[property.request], static_cast<std::uint32_t>(num), row);
     for (auto numLeft = static_cast<std::size_t>(num); numLeft > 0;)
     {
-        const std::size_t numEntries = std::min(numLeft, kBatchBytes / entryBytes);
+        const std::size_t numEntries = std::min(numLeft, BATCH_BYTES / entryBytes);
         if (!source.need(numEntries * entryBytes))
             failAtByte(source, "the file ends within a list");
         if (property.request != NO_REQUEST)

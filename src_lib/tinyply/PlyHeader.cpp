@@ -12,7 +12,7 @@ namespace tinyply
 namespace
 {
 // A binary file that only begins like a PLY would otherwise be taken for one endless line.
-constexpr std::size_t kMaxLineBytes = std::size_t{1} << 16;
+constexpr std::size_t MAX_LINE_BYTES = std::size_t{1} << 16;
 
 struct TypeInfo
 {
@@ -22,7 +22,7 @@ struct TypeInfo
     std::string_view sizedName;
 };
 
-constexpr TypeInfo kTypes[] = {
+constexpr TypeInfo TYPES[] = {
     {Type::INT8, 1, "char", "int8"},        {Type::UINT8, 1, "uchar", "uint8"},
     {Type::INT16, 2, "short", "int16"},     {Type::UINT16, 2, "ushort", "uint16"},
     {Type::INT32, 4, "int", "int32"},       {Type::UINT32, 4, "uint", "uint32"},
@@ -32,9 +32,9 @@ constexpr TypeInfo kTypes[] = {
 [[nodiscard]] Type typeOf(std::string_view name) noexcept
 {
     const auto* pInfo =
-        std::find_if(std::begin(kTypes), std::end(kTypes),
+        std::find_if(std::begin(TYPES), std::end(TYPES),
                      [name](const TypeInfo& info) { return info.name == name || info.sizedName == name; });
-    return pInfo == std::end(kTypes) ? Type::INVALID : pInfo->type;
+    return pInfo == std::end(TYPES) ? Type::INVALID : pInfo->type;
 }
 
 // Reads a header line by line and builds the elements.
@@ -84,7 +84,7 @@ private:
             if (c == '\r' && bCROnly)
                 break;
             line += static_cast<char>(c);
-            if (line.size() > kMaxLineBytes)
+            if (line.size() > MAX_LINE_BYTES)
                 fail("the header line is too long");
         }
         trim();
@@ -183,12 +183,12 @@ private:
 
 std::size_t sizeOf(Type type) noexcept
 {
-    return type == Type::INVALID ? 0 : kTypes[static_cast<std::size_t>(type) - 1].size;
+    return type == Type::INVALID ? 0 : TYPES[static_cast<std::size_t>(type) - 1].size;
 }
 
 std::string_view nameOf(Type type) noexcept
 {
-    return type == Type::INVALID ? "invalid" : kTypes[static_cast<std::size_t>(type) - 1].name;
+    return type == Type::INVALID ? "invalid" : TYPES[static_cast<std::size_t>(type) - 1].name;
 }
 
 bool isFloating(Type type) noexcept
