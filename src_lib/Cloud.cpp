@@ -15,11 +15,11 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kMinChunk = 5000;
-constexpr std::size_t kMaxPoints = std::numeric_limits<std::int32_t>::max();
-constexpr std::size_t kTriangleCorners = 3;
+constexpr std::size_t MIN_CHUNK = 5000;
+constexpr std::size_t MAX_POINTS = std::numeric_limits<std::int32_t>::max();
+constexpr std::size_t TRIANGLE_CORNERS = 3;
 // With fewer neighbours a node stands at a border, where its plane says little about the cell's centre.
-constexpr std::size_t kMinLinksToProject = 8;
+constexpr std::size_t MIN_LINKS_TO_PROJECT = 8;
 
 bool isFinite(const Point3& p)
 {
@@ -52,7 +52,7 @@ std::size_t dropNonFinite(std::vector<Point3>& v, std::size_t groupSize)
 std::vector<std::pair<u64, std::uint32_t>> findFirstNodes(const Calc& calc, const std::vector<SNode>& vNodes)
 {
     std::vector<u64> vCodes(vNodes.size());
-    parallelFor(vNodes.size(), kMinChunk,
+    parallelFor(vNodes.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -77,7 +77,7 @@ std::vector<std::pair<u64, std::uint32_t>> findFirstNodes(const Calc& calc, cons
 template <typename T>
 void initPool(SimplePool<T>& pool, std::size_t num)
 {
-    ASSEX(num <= kMaxPoints);
+    ASSEX(num <= MAX_POINTS);
     const int initialSize = static_cast<int>(num);
     pool.init(initialSize, SimplePool<T>::increaseOf(initialSize));
 }
@@ -97,15 +97,15 @@ Cloud::~Cloud() = default;
 
 void Cloud::setPoints(const std::vector<Point3>& v)
 {
-    ASSEX(v.size() <= kMaxPoints);
+    ASSEX(v.size() <= MAX_POINTS);
     takePoints(v);
 }
 
 void Cloud::takePoints(std::vector<Point3> v)
 {
-    ASSEX(v.size() <= kMaxPoints);
-    ASSEX(!bMelt || v.size() % kTriangleCorners == 0);
-    const std::size_t numDropped = dropNonFinite(v, bMelt ? kTriangleCorners : 1);
+    ASSEX(v.size() <= MAX_POINTS);
+    ASSEX(!bMelt || v.size() % TRIANGLE_CORNERS == 0);
+    const std::size_t numDropped = dropNonFinite(v, bMelt ? TRIANGLE_CORNERS : 1);
     if (numDropped > 0)
         warningMessage(ZEF_HERE, "Skipped " + std::to_string(numDropped) + " non-finite " +
                                      (bMelt ? "triangles" : "points"));
@@ -174,7 +174,7 @@ std::vector<Cloud::CellPoint> Cloud::makeBundlePoints(const Smooth& smooth) cons
     const std::vector<SNode>& vNodes = smooth.getNodes();
     const std::vector<std::pair<u64, std::uint32_t>> vCCD2SN = findFirstNodes(*pCalc, vNodes);
     std::vector<CellPoint> vPoints0(vCCD2SN.size());
-    parallelFor(vCCD2SN.size(), kMinChunk,
+    parallelFor(vCCD2SN.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -190,7 +190,7 @@ Cloud::CellPoint Cloud::makeBundlePoint(const Smooth& smooth, std::uint32_t node
     const SNode& sn = smooth.getNodes()[node];
     if (sn.getNumPoints() == SNode::GAP_FILLER)
         return {smooth.seatOnSheet(node, pCalc->getMid(ccd)), ccd};
-    if (smooth.getLinks(node).size() < kMinLinksToProject || sn.isCrease())
+    if (smooth.getLinks(node).size() < MIN_LINKS_TO_PROJECT || sn.isCrease())
         return {sn.getPoint(), pCalc->getCCD(sn.getPoint())};
     const Point3 projected = sn.projection(pCalc->getMid(ccd));
     return {projected, pCalc->getCCD(projected)};

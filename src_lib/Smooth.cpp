@@ -13,8 +13,8 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kMinChunk = 5000;
-constexpr std::size_t kPointsAhead = 16;
+constexpr std::size_t MIN_CHUNK = 5000;
+constexpr std::size_t POINTS_AHEAD = 16;
 
 void prefetch([[maybe_unused]] const void* p)
 {
@@ -27,18 +27,18 @@ void prefetch([[maybe_unused]] const void* p)
 // where it stood), and how much of the draw-back is its own (the rest is its neighbours' mean).
 // Source: the HC algorithm of J. Vollmer, R. Mencl, H. Mueller: Improved Laplacian smoothing of noisy
 // surface meshes, Computer Graphics Forum 18 (1999).
-constexpr double kStartWeight = 0.3;
-constexpr double kPreviousWeight = 0.7;
-constexpr double kOwnWeight = 0.2;
-constexpr double kOthersWeight = 0.8;
+constexpr double START_WEIGHT = 0.3;
+constexpr double PREVIOUS_WEIGHT = 0.7;
+constexpr double OWN_WEIGHT = 0.2;
+constexpr double OTHERS_WEIGHT = 0.8;
 // With fewer neighbours, a node stands at a border, which smoothing would pull in.
-constexpr std::size_t kMinLinksToMove = 8;
+constexpr std::size_t MIN_LINKS_TO_MOVE = 8;
 
 // Every element of [0, n) on its own.
 template <typename F>
 void forEachParallel(std::size_t n, F f)
 {
-    parallelFor(n, kMinChunk,
+    parallelFor(n, MIN_CHUNK,
                 [&f](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -101,8 +101,8 @@ void Smooth::createNodes()
                     {
                         const std::size_t first = vFirsts[i];
                         // The points of a cell may stand anywhere in the cloud.
-                        if (first + kPointsAhead < order.size())
-                            prefetch(&vPoints[order.getElement(first + kPointsAhead)]);
+                        if (first + POINTS_AHEAD < order.size())
+                            prefetch(&vPoints[order.getElement(first + POINTS_AHEAD)]);
                         vNodes[i] = makeNode(
                             vFirsts[i + 1] - first,
                             [&](std::size_t k) { return order.getElement(first + k); }, order.getCode(first),
@@ -233,9 +233,9 @@ std::vector<Vector3> Smooth::averagePositions()
         // Among gap fillers only, the mean counts as the origin: the far move keeps node and neighbours in place.
         const Point3& start = vStartPoints[vNodes[i].getNumber()];
         const Point3& previous = vPrevious[i];
-        vMoves[i].set(mean.x() - (kStartWeight * start.x() + kPreviousWeight * previous.x()),
-                      mean.y() - (kStartWeight * start.y() + kPreviousWeight * previous.y()),
-                      mean.z() - (kStartWeight * start.z() + kPreviousWeight * previous.z()));
+        vMoves[i].set(mean.x() - (START_WEIGHT * start.x() + PREVIOUS_WEIGHT * previous.x()),
+                      mean.y() - (START_WEIGHT * start.y() + PREVIOUS_WEIGHT * previous.y()),
+                      mean.z() - (START_WEIGHT * start.z() + PREVIOUS_WEIGHT * previous.z()));
     };
     forEachParallel(vNodes.size(), average);
     return vMoves;
@@ -244,13 +244,13 @@ std::vector<Vector3> Smooth::averagePositions()
 bool Smooth::findTarget(std::size_t node, const std::vector<Vector3>& vMoves, Point3& target) const
 {
     const std::span<const std::uint32_t> neighbours = getLinks(node);
-    if (neighbours.size() < kMinLinksToMove)
+    if (neighbours.size() < MIN_LINKS_TO_MOVE)
         return false;
     Vector3 sum;
     for (const std::uint32_t link : neighbours)
         sum.add(vMoves[link]);
-    const double othersWeight = kOthersWeight / static_cast<double>(neighbours.size());
-    const Vector3 back = vMoves[node] * kOwnWeight + sum * othersWeight;
+    const double othersWeight = OTHERS_WEIGHT / static_cast<double>(neighbours.size());
+    const Vector3 back = vMoves[node] * OWN_WEIGHT + sum * othersWeight;
     if (!(std::fabs(back.x()) < cellSize && std::fabs(back.y()) < cellSize && std::fabs(back.z()) < cellSize))
         return false;
     target = vNodes[node].getPoint() - back;

@@ -11,19 +11,19 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr std::size_t kMinChunk = 5000;
+constexpr std::size_t MIN_CHUNK = 5000;
 
 // Degrees: normals that agree, that may be averaged, and the bend of a crease (folded back less this one
 // counts as flat again, since a normal's sign means nothing).
-constexpr double kGoodAngle = 15.0;
-constexpr double kAverageAngle = 20.0;
-constexpr double kCreaseAngle = 20.0;
-constexpr double kHalfTurn = 180.0;
+constexpr double GOOD_ANGLE = 15.0;
+constexpr double AVERAGE_ANGLE = 20.0;
+constexpr double CREASE_ANGLE = 20.0;
+constexpr double HALF_TURN = 180.0;
 
-constexpr std::size_t kMinTrusted = 4;
-constexpr int kMinGood = 4;
+constexpr std::size_t MIN_TRUSTED = 4;
+constexpr int MIN_GOOD = 4;
 // Reach of the wider search, in cells.
-constexpr int kSearchReach = 2;
+constexpr int SEARCH_REACH = 2;
 
 // Second moments of vectors.
 struct Moments
@@ -65,7 +65,7 @@ double Smooth::getMinArea(double firstCellSize)
 
 void Smooth::estimateNNV()
 {
-    parallelFor(vNodes.size(), kMinChunk,
+    parallelFor(vNodes.size(), MIN_CHUNK,
                 [this](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -73,11 +73,11 @@ void Smooth::estimateNNV()
                 });
     const std::vector<std::uint32_t> vRelNodes = sortOutUnreliable();
     // One after the other: a repaired normal helps the next one.
-    const AngleLimit limit(kAverageAngle);
+    const AngleLimit limit(AVERAGE_ANGLE);
     std::vector<Vector3> vVecs;
     for (const std::uint32_t node : vRelNodes)
         averageNNV(node, limit, vVecs);
-    parallelFor(vRelNodes.size(), kMinChunk / 10,
+    parallelFor(vRelNodes.size(), MIN_CHUNK / 10,
                 [&](std::size_t from, std::size_t to)
                 {
                     std::vector<std::uint32_t> vGathered;
@@ -85,7 +85,7 @@ void Smooth::estimateNNV()
                         if (!vNodes[vRelNodes[i]].isTrusted())
                             searchNNV(vRelNodes[i], vGathered);
                 });
-    markCreases(kCreaseAngle);
+    markCreases(CREASE_ANGLE);
 }
 
 bool Smooth::estimateNNVatCentroid(SNode& node, std::span<const std::uint32_t> neighbours) const
@@ -114,9 +114,9 @@ bool Smooth::estimateNNVatCentroid(SNode& node, std::span<const std::uint32_t> n
 
 std::vector<std::uint32_t> Smooth::sortOutUnreliable()
 {
-    const AngleLimit limit(kGoodAngle);
+    const AngleLimit limit(GOOD_ANGLE);
     std::vector<char> vGood(vNodes.size());
-    parallelFor(vNodes.size(), kMinChunk,
+    parallelFor(vNodes.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
@@ -150,19 +150,19 @@ bool Smooth::isGoodPlane(std::size_t node, const AngleLimit& limit) const
     for (const std::uint32_t link : getLinks(node))
         if (vNodes[link].hasPlane())
             ++(limit.isBelow(nnv, vNodes[link].getNNV()) ? numGood : numBad);
-    return numGood >= kMinGood && numGood > 2 * numBad;
+    return numGood >= MIN_GOOD && numGood > 2 * numBad;
 }
 
 bool Smooth::averageNNV(std::size_t node, const AngleLimit& limit, std::vector<Vector3>& vVecs)
 {
     const std::span<const std::uint32_t> neighbours = getLinks(node);
-    if (neighbours.size() < kMinTrusted)
+    if (neighbours.size() < MIN_TRUSTED)
         return false;
     vVecs.clear();
     for (const std::uint32_t link : neighbours)
         if (vNodes[link].isTrusted())
             vVecs.push_back(vNodes[link].getNNV());
-    if (vVecs.size() < kMinTrusted)
+    if (vVecs.size() < MIN_TRUSTED)
         return false;
     // The first normal is only the reference for the sign, the second counts twice: the limits are tuned to
     // this mean.
@@ -190,13 +190,13 @@ bool Smooth::searchNNV(std::size_t node, std::vector<std::uint32_t>& vGathered)
     u64 baseX, baseY, baseZ;
     splitRCD(vNodes[node].getRCD(), baseX, baseY, baseZ);
     vGathered.clear();
-    for (int dx = -kSearchReach; dx <= kSearchReach; ++dx)
-        for (int dy = -kSearchReach; dy <= kSearchReach; ++dy)
+    for (int dx = -SEARCH_REACH; dx <= SEARCH_REACH; ++dx)
+        for (int dy = -SEARCH_REACH; dy <= SEARCH_REACH; ++dy)
         {
             const RCD mid = makeRCD(baseX + static_cast<u64>(dx), baseY + static_cast<u64>(dy), baseZ);
-            auto it = std::lower_bound(vNodes.begin(), vNodes.end(), mid - kSearchReach,
+            auto it = std::lower_bound(vNodes.begin(), vNodes.end(), mid - SEARCH_REACH,
                                        [](const SNode& a, RCD rcd) { return a.getRCD() < rcd; });
-            for (; it != vNodes.end() && it->getRCD() <= mid + kSearchReach; ++it)
+            for (; it != vNodes.end() && it->getRCD() <= mid + SEARCH_REACH; ++it)
             {
                 const auto place = static_cast<std::size_t>(it - vNodes.begin());
                 if (place != node)
@@ -212,7 +212,7 @@ bool Smooth::searchNNV(std::size_t node, std::vector<std::uint32_t>& vGathered)
 void Smooth::markCreases(double minAngle)
 {
     const AngleLimit lower(minAngle);
-    const AngleLimit upper(kHalfTurn - minAngle);
+    const AngleLimit upper(HALF_TURN - minAngle);
     const auto isCrease = [&](std::size_t node)
     {
         if (!vNodes[node].hasPlane())
@@ -229,7 +229,7 @@ void Smooth::markCreases(double minAngle)
                            });
     };
     // The bend is the same seen from either end of a link, so each node can mark itself.
-    parallelFor(vNodes.size(), kMinChunk,
+    parallelFor(vNodes.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)

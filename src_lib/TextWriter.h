@@ -53,12 +53,12 @@ public:
 private:
     void ensureRoom()
     {
-        if (pEnd - pNext < kLongestNumber)
+        if (pEnd - pNext < LONGEST_NUMBER)
             flush();
     }
 
     // Sign, 18 digits, point, exponent and some more.
-    static constexpr std::ptrdiff_t kLongestNumber = 64;
+    static constexpr std::ptrdiff_t LONGEST_NUMBER = 64;
 
     std::ostream& stream;
     int precision;

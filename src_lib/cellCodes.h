@@ -87,9 +87,9 @@ constexpr void splitRCD(RCD rcd, u64& x, u64& y, u64& z) noexcept
 // The sparse mask of axis index 0 (x), 1 (y) or 2 (z); any other index is an assertion failure.
 [[nodiscard]] inline u64 getMask(int axis)
 {
-    constexpr u64 kMasks[3] = {SPARSE_X, SPARSE_Y, SPARSE_Z};
+    constexpr u64 MASKS[3] = {SPARSE_X, SPARSE_Y, SPARSE_Z};
     ASSEX_TEXT(axis >= 0 && axis < 3, "false");
-    return kMasks[axis];
+    return MASKS[axis];
 }
 
 } // namespace TARN_ZEF

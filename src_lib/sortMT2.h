@@ -93,9 +93,9 @@ namespace SORT_MT_PARTS
 using Level = std::vector<std::pair<std::ptrdiff_t, std::ptrdiff_t>>;
 
 // Below this, starting jobs costs more than it saves.
-inline constexpr std::ptrdiff_t minSizeForThreads = 1000;
+inline constexpr std::ptrdiff_t MIN_SIZE_FOR_THREADS = 1000;
 // Below this, the radix sort's counters cost more than comparing.
-inline constexpr std::ptrdiff_t minSizeForRadix = 2000;
+inline constexpr std::ptrdiff_t MIN_SIZE_FOR_RADIX = 2000;
 
 // Parts each range at its pivot: two ranges for one, empty ones included.
 template <typename Iterator, typename Compare>
@@ -149,7 +149,7 @@ void quickSort(Iterator first, Iterator last, Compare cmp)
 {
     const std::size_t numThreads = static_cast<std::size_t>(getNumThreads());
     const std::ptrdiff_t vectorSize = last - first;
-    if (numThreads < 2 || vectorSize < minSizeForThreads)
+    if (numThreads < 2 || vectorSize < MIN_SIZE_FOR_THREADS)
     {
         std::sort(first, last, cmp);
         return;
@@ -203,7 +203,7 @@ template <typename Iterator, typename Compare>
     using T = typename std::iterator_traits<Iterator>::value_type;
     if constexpr (std::contiguous_iterator<Iterator> && isNatural<T, Compare>)
     {
-        if (last - first < minSizeForRadix)
+        if (last - first < MIN_SIZE_FOR_RADIX)
             return false;
         T* const pFirst = std::to_address(first);
         const std::size_t num = static_cast<std::size_t>(last - first);
@@ -228,7 +228,7 @@ void mergeSort(Iterator first, Iterator last, Compare cmp)
 {
     const std::ptrdiff_t num = last - first;
     const std::ptrdiff_t numThreads = getNumThreads();
-    if (numThreads < 2 || num < minSizeForThreads)
+    if (numThreads < 2 || num < MIN_SIZE_FOR_THREADS)
     {
         std::stable_sort(first, last, cmp);
         return;
@@ -267,7 +267,7 @@ void sortByFirstMT(Iterator first, Iterator last, Compare cmp = Compare())
                   SORT_MT_PARTS::isNatural<typename T::first_type, Compare>)
     {
         const std::ptrdiff_t num = last - first;
-        if (num >= SORT_MT_PARTS::minSizeForRadix)
+        if (num >= SORT_MT_PARTS::MIN_SIZE_FOR_RADIX)
         {
             const auto getKey = [](const T& x) { return static_cast<u64>(x.first); };
             if (RadixSort2(std::to_address(first), static_cast<std::size_t>(num), getKey).run())

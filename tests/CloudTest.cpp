@@ -141,7 +141,7 @@ TEST_F(CloudIntake, RefusesWhatHasNoLattice)
          false,
          "!vDiffLevels.empty()"},
         {"huge extent", {{0, 0, 0}, {1e308, 0, 0}, {1e307, 0, 0}}, -1.0, 1.0, false, ""},
-        {"not whole triangles", {a, a, a, a}, 1.0, -1.0, true, "!bMelt || v.size() % "},
+        {"not whole triangles", {a, a, a, a}, 1.0, -1.0, true, "!bMelt || v.size() % TRIANGLE_CORNERS == 0"},
     };
     for (const auto& row : rows)
     {
