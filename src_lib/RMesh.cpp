@@ -6,6 +6,7 @@
 #include "CellIndex.h"
 #include "RPatch.h"
 #include "parallelFor.h"
+#include "prefetch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -285,6 +286,35 @@ void RMesh::getRingVtx(const Point3* pVtx, std::vector<Point3*>& vRing) const
     }
     std::sort(vRing.begin() + start, vRing.end(), ByCreationVtx());
     vRing.erase(std::unique(vRing.begin() + start, vRing.end()), vRing.end());
+}
+
+void RMesh::fetchFans(const std::vector<const Point3*>& vVtx, std::vector<const RTriangle*>& vBuffer) const
+{
+    for (const Point3* pVtx : vVtx)
+        prefetch(RVertex::of(pVtx));
+    vBuffer.clear();
+    for (const Point3* pVtx : vVtx)
+        vBuffer.push_back(RVertex::of(pVtx)->pFirstT);
+    for (bool bMore = true; bMore;)
+    {
+        bMore = false;
+        for (std::size_t k = 0; k < vBuffer.size(); ++k)
+        {
+            const RTriangle* pRT = vBuffer[k];
+            if (pRT == nullptr)
+                continue;
+            const int i = pRT->indexOf(vVtx[k]);
+            prefetch(RVertex::of(pRT->aCorner[RTriangle::getNext(i)]));
+            prefetch(RVertex::of(pRT->aCorner[RTriangle::getPrev(i)]));
+            prefetch(pRT->aRE[RTriangle::getNext(i)]);
+            vBuffer[k] = pRT->aNextInc[i];
+            if (vBuffer[k] != nullptr)
+            {
+                prefetch(vBuffer[k]);
+                bMore = true;
+            }
+        }
+    }
 }
 
 bool RMesh::hasDisjointRings(const Point3* pA, const Point3* pB) const

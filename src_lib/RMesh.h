@@ -92,6 +92,9 @@ public:
     // Appends the other corners of the triangles at the vertex, by creation, each once.
     void getRingVtx(const Point3* pVtx, std::vector<Point3*>& vRing) const;
     [[nodiscard]] bool hasDisjointRings(const Point3* pA, const Point3* pB) const; // rings share no edge
+    // Brings the records of the vertices, and of the triangles and corners around them, near the processor. For
+    // a caller that knows where it will work next: walks over lists of different vertices overlap in time.
+    void fetchFans(const std::vector<const Point3*>& vVtx, std::vector<const RTriangle*>& vBuffer) const;
     [[nodiscard]] REdge* getRE(const Point3* pA, const Point3* pB) const noexcept; // null if absent
     [[nodiscard]] bool hasEdge(const Point3* pA, const Point3* pB) const noexcept; // with degree at least 1
     void getAdjacentT(const Point3* pA, const Point3* pB, std::vector<RTriangle*>& vRT) const;
@@ -147,6 +150,14 @@ public:
     // vanishes.
     [[nodiscard]] double getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
                                             CollapseScratch& scratch) const;
+    // Its two parts. The penalty but for what stands at the other end: it stays good as long as the triangles at
+    // the vanishing one do. Fills the fan of that end.
+    [[nodiscard]] double getTurnPenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
+                                        CollapseScratch& scratch) const;
+    // Whether the rings of both ends share an edge: it would get two triangles on the same corners. With
+    // bKeepTopology also whether they share a vertex that is no corner of a vanishing triangle. Such a collapse
+    // is forbidden in both directions. Uses the fans that are complete.
+    [[nodiscard]] bool doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseScratch& scratch) const;
 
     // --- Smoothing (RMeshMove.cpp) ---
     // Moves each vertex in turn, unless a vertex stands at its new point by then. Each vertex at most once.
@@ -191,8 +202,8 @@ private:
                                        std::vector<std::pair<double, REdge*>>& vImpRE, int);
     void computePostponedFlips(double minImprovement, double temperature,
                                std::vector<std::pair<double, REdge*>>& vImpRE);
-    [[nodiscard]] bool meetsSrcRing(const Point3* pTrg, bool bKeepTopology,
-                                    const CollapseScratch& scratch) const;
+    [[nodiscard]] bool walkFan(const REdge* pRE, int i, const CollapseLimits* pLimits,
+                               CollapseScratch& scratch, double& meanTurn) const;
     [[nodiscard]] bool
     areAllPlacesDifferent(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt) const;
 

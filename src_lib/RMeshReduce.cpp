@@ -26,8 +26,8 @@ enum class Turn
 };
 
 // By how many radians the triangle (src, p1, p2) turns if src moves to trg.
-Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Point3& trg, double maxAngle,
-                 double& angle)
+Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Point3& trg,
+                 const CollapseLimits& limits, double& angle)
 {
     const Vector3 vec12 = p1 - p2;
     const Vector3 cross = crossProduct(vec12, src - p2);
@@ -40,8 +40,12 @@ Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Po
     const double altLength = altCross.length();
     if (altLength < MIN_CROSS_LENGTH)
         return Turn::TOO_FAR;
-    angle = getAngleRad(normalizeInline(cross), altCross / altLength);
-    return angle > maxAngle ? Turn::TOO_FAR : Turn::MEASURED;
+    const Vector3 nnv = normalizeInline(cross);
+    const Vector3 altNNV = altCross / altLength;
+    if (nnv * altNNV < limits.tooFarCosine)
+        return Turn::TOO_FAR;
+    angle = getAngleRad(nnv, altNNV);
+    return angle > limits.maxDevAngleRad ? Turn::TOO_FAR : Turn::MEASURED;
 }
 
 // One of 64 bits for a vertex, to tell without a search that it is not in a ring.
@@ -57,71 +61,92 @@ bool holds(const std::vector<const T*>& v, const T* p)
 }
 } // namespace
 
-double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                 CollapseScratch& scratch) const
+// Fills the fan of end i of the edge, and the common corners. With pLimits also measures by how much its
+// triangles turn in the mean if that end vanishes, and gives up with false at one that turns too far.
+bool RMesh::walkFan(const REdge* pRE, int i, const CollapseLimits* pLimits, CollapseScratch& scratch,
+                    double& meanTurn) const
 {
-    const double sqLen = pRE->getSqLength();
-    // An edge without triangles is stale: its ends no longer share one.
-    if (sqLen > limits.maxSqLen || !pRE->isAlive())
-        return FORBIDDEN;
-    const Point3* pSrc = pRE->getVertex(iSrc);
-    const Point3* pTrg = pRE->getVertex(1 - iSrc);
-    scratch.vSrcRing.clear();
-    scratch.vSrcRingVtx.clear();
+    const Point3* pSrc = pRE->getVertex(i);
+    const Point3* pTrg = pRE->getVertex(1 - i);
+    CollapseScratch::Fan& fan = scratch.aFan[i];
+    fan.vRing.clear();
+    fan.vRingVtx.clear();
+    fan.ringMask = 0;
+    fan.bComplete = false;
     scratch.vCommon.clear();
-    scratch.ringMask = 0;
     double sumAngle = 0.0;
     double numAngles = 0.0;
     for (const RTriangle* pRT = RVertex::of(pSrc)->pFirstT; pRT != nullptr;)
     {
-        const int i = pRT->indexOf(pSrc);
-        const Point3* p1 = pRT->aCorner[RTriangle::getNext(i)];
-        const Point3* p2 = pRT->aCorner[RTriangle::getPrev(i)];
+        const int ici = pRT->indexOf(pSrc);
+        const Point3* p1 = pRT->aCorner[RTriangle::getNext(ici)];
+        const Point3* p2 = pRT->aCorner[RTriangle::getPrev(ici)];
         if (p1 == pTrg || p2 == pTrg)
         {
             scratch.vCommon.push_back(p1 == pTrg ? p2 : p1);
         }
         else
         {
-            scratch.vSrcRing.push_back(pRT->aRE[i]);
-            scratch.vSrcRingVtx.insert(scratch.vSrcRingVtx.end(), {p1, p2});
-            scratch.ringMask |= maskOf(p1) | maskOf(p2);
+            fan.vRing.push_back(pRT->aRE[ici]);
+            fan.vRingVtx.insert(fan.vRingVtx.end(), {p1, p2});
+            fan.ringMask |= maskOf(p1) | maskOf(p2);
             double angle = 0.0;
-            const Turn turn = measureTurn(*pSrc, *p1, *p2, *pTrg, limits.maxDevAngleRad, angle);
+            const Turn turn =
+                pLimits == nullptr ? Turn::DEGENERATE : measureTurn(*pSrc, *p1, *p2, *pTrg, *pLimits, angle);
             if (turn == Turn::TOO_FAR)
-                return FORBIDDEN;
+                return false;
             if (turn == Turn::MEASURED)
             {
                 sumAngle += angle;
                 numAngles += 1.0;
             }
         }
-        pRT = pRT->aNextInc[i];
+        pRT = pRT->aNextInc[ici];
     }
-    if (meetsSrcRing(pTrg, limits.bKeepTopology, scratch))
-        return FORBIDDEN;
-    return std::sqrt(std::sqrt(sqLen) / cellSize) + TURN_WEIGHT * sumAngle / numAngles;
+    fan.bComplete = true;
+    meanTurn = sumAngle / numAngles;
+    return true;
 }
 
-// Whether the ring of pTrg shares an edge with that of the vanishing vertex: the edge would get two triangles
-// on the same corners. With bKeepTopology also whether it shares a vertex that is no corner of a vanishing
-// triangle.
-bool RMesh::meetsSrcRing(const Point3* pTrg, bool bKeepTopology, const CollapseScratch& scratch) const
+double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
+                                 CollapseScratch& scratch) const
 {
-    const auto isStranger = [&scratch](const Point3* pVtx)
-    { return !holds(scratch.vCommon, pVtx) && holds(scratch.vSrcRingVtx, pVtx); };
-    for (const RTriangle* pRT = RVertex::of(pTrg)->pFirstT; pRT != nullptr;)
+    scratch.forgetFans();
+    const double penalty = getTurnPenalty(pRE, iSrc, limits, scratch);
+    return penalty != FORBIDDEN && doRingsMeet(pRE, limits.bKeepTopology, scratch) ? FORBIDDEN : penalty;
+}
+
+double RMesh::getTurnPenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
+                             CollapseScratch& scratch) const
+{
+    const double sqLen = pRE->getSqLength();
+    double turn = 0.0;
+    // An edge without triangles is stale: its ends no longer share one.
+    if (sqLen > limits.maxSqLen || !pRE->isAlive() || !walkFan(pRE, iSrc, &limits, scratch, turn))
+        return FORBIDDEN;
+    return std::sqrt(std::sqrt(sqLen) / cellSize) + TURN_WEIGHT * turn;
+}
+
+bool RMesh::doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseScratch& scratch) const
+{
+    double unused = 0.0;
+    for (const int i : {0, 1})
+        if (!scratch.aFan[i].bComplete)
+            (void)walkFan(pRE, i, nullptr, scratch, unused);
+    const CollapseScratch::Fan& fan0 = scratch.aFan[0];
+    const CollapseScratch::Fan& fan1 = scratch.aFan[1];
+    const auto isStranger = [&](const Point3* pVtx)
+    { return !holds(scratch.vCommon, pVtx) && holds(fan0.vRingVtx, pVtx); };
+    for (std::size_t i = 0; i < fan1.vRing.size(); ++i)
     {
-        const int i = pRT->indexOf(pTrg);
-        const Point3* p1 = pRT->aCorner[RTriangle::getNext(i)];
-        const Point3* p2 = pRT->aCorner[RTriangle::getPrev(i)];
-        const bool bMayHold1 = (scratch.ringMask & maskOf(p1)) != 0;
-        const bool bMayHold2 = (scratch.ringMask & maskOf(p2)) != 0;
-        if (bMayHold1 && bMayHold2 && holds<REdge>(scratch.vSrcRing, pRT->aRE[i]))
+        const Point3* p1 = fan1.vRingVtx[2 * i];
+        const Point3* p2 = fan1.vRingVtx[2 * i + 1];
+        const bool bMayHold1 = (fan0.ringMask & maskOf(p1)) != 0;
+        const bool bMayHold2 = (fan0.ringMask & maskOf(p2)) != 0;
+        if (bMayHold1 && bMayHold2 && holds(fan0.vRing, fan1.vRing[i]))
             return true;
         if (bKeepTopology && ((bMayHold1 && isStranger(p1)) || (bMayHold2 && isStranger(p2))))
             return true;
-        pRT = pRT->aNextInc[i];
     }
     return false;
 }

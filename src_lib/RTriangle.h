@@ -108,10 +108,12 @@ private:
         return aCorner[0] == pVtx ? 0 : aCorner[1] == pVtx ? 1 : 2;
     }
 
-    Vector3 nnv;
+    // Walks around vertices read these: side by side, they mostly come with one or two cache lines.
     Point3* aCorner[3];
-    REdge* aRE[3] = {nullptr, nullptr, nullptr};          // aRE[i] opposite corner i
     RTriangle* aNextInc[3] = {nullptr, nullptr, nullptr}; // next triangle at corner i
+    REdge* aRE[3] = {nullptr, nullptr, nullptr};          // aRE[i] opposite corner i
+
+    Vector3 nnv;
     RPatch* pRP = nullptr;
     unsigned int number;
     bool bAlive = true;

@@ -3,6 +3,7 @@
 #include "JobGroup.h"
 #include "Progress.h"
 #include "RMesh.h"
+#include "prefetch.h"
 #include "sortMT2.h"
 #include "tools.h"
 
@@ -29,7 +30,12 @@ const std::size_t MAX_FOR_RECOMPUTE = 1000;
 const int MAX_RECOMPUTES = 5;
 
 const std::size_t MIN_EDGES_PER_JOB = 100;
+const std::size_t MIN_VERTICES_PER_JOB = 16; // of about six edges each
 const std::size_t MAX_JOBS = 36;
+
+// How far to look ahead for what is to be read next; some ten fans at a time fit into the first cache.
+const std::size_t NUM_AHEAD = 32; // candidates, of which a quarter are alive
+const std::size_t NUM_VERTICES_AHEAD = 8;
 
 struct ByPenalty
 {
@@ -44,11 +50,6 @@ struct ByPenalty
         return a.edge != b.edge ? a.edge < b.edge : a.iSrc < b.iSrc;
     }
 };
-
-std::size_t slotOf(unsigned int edge, int iSrc)
-{
-    return 2 * static_cast<std::size_t>(edge) + static_cast<std::size_t>(iSrc);
-}
 
 unsigned int numberOf(const Point3* pVtx)
 {
@@ -70,6 +71,7 @@ int Reducer::run()
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
     while (!queue.empty())
     {
+        fetchAhead();
         RECandidate candidate = queue.front();
         queue.pop();
         const double freshPen = getPenalty(candidate.edge, candidate.iSrc, scratch);
@@ -91,6 +93,30 @@ int Reducer::run()
     return numKilled;
 }
 
+// Candidates leave in an order that jumps over the whole mesh, so nearly everything that a collapse touches
+// comes from memory. For several of them together these ways are much shorter than one after the other.
+void Reducer::fetchAhead()
+{
+    vAheadRE.clear();
+    const bool bNew = queue.lookAhead(NUM_AHEAD,
+                                      [this](const RECandidate& candidate)
+                                      {
+                                          if (!vIsDead[candidate.edge])
+                                              vAheadRE.push_back(pRMesh->getAllRE()[candidate.edge]);
+                                      });
+    if (!bNew)
+        return;
+    for (const REdge* pRE : vAheadRE)
+        prefetch(pRE);
+    scratch.vFetchVtx.clear();
+    for (const REdge* pRE : vAheadRE)
+    {
+        prefetch(&vKnown[pRE->getNumber()]);
+        scratch.vFetchVtx.insert(scratch.vFetchVtx.end(), {pRE->getVtx0(), pRE->getVtx1()});
+    }
+    pRMesh->fetchFans(scratch.vFetchVtx, scratch.vFetchT);
+}
+
 void Reducer::markBorder()
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redborder", 2);
@@ -109,61 +135,146 @@ void Reducer::prepareQueue()
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprioq", 2);
     const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
     vChangedAt.assign(pRMesh->getNumVertices(), now);
-    vKnown.assign(2 * vAllRE.size(), {FORBIDDEN, 0});
-    vIsListed.resize(vAllRE.size());
+    vKnown.assign(vAllRE.size(), Known{});
+    vIsRefillVtx.assign(pRMesh->getNumVertices(), 0);
     vIsDead.resize(vAllRE.size());
     std::transform(vAllRE.begin(), vAllRE.end(), vIsDead.begin(),
                    [](const REdge* pRE) { return !pRE->isAlive(); });
     pProgress->increment();
-    std::vector<unsigned int> vEdges;
-    collectAliveEdges(vEdges);
-    queueEdges(vEdges);
+    queueAliveEdges();
     pProgress->setFinished(true);
 }
 
-void Reducer::queueEdges(const std::vector<unsigned int>& vEdges)
+template <typename Evaluate>
+void Reducer::evaluateCandidates_MT(std::size_t num, std::size_t minPerJob, Evaluate evaluate)
 {
+    const std::size_t chunk = std::max(minPerJob, num / MAX_JOBS);
+    std::vector<std::vector<RECandidate>> vvFound((num + chunk - 1) / chunk);
+    JobGroup jobs;
+    for (std::size_t k = 0; k < vvFound.size(); ++k)
+        jobs.push(
+            [&, k]
+            {
+                CollapseScratch buffers;
+                for (std::size_t i = k * chunk; i < std::min((k + 1) * chunk, num); ++i)
+                    evaluate(i, buffers, vvFound[k]);
+            });
+    jobs.finish();
     std::vector<RECandidate> vPenaltyRE;
-    evaluateCandidates_MT(vEdges, vPenaltyRE);
+    for (const std::vector<RECandidate>& vFound : vvFound)
+        vPenaltyRE.insert(vPenaltyRE.end(), vFound.begin(), vFound.end());
     sortMT(vPenaltyRE.begin(), vPenaltyRE.end(), ByPenalty());
     queue.addSorted(std::move(vPenaltyRE));
 }
 
-void Reducer::evaluateCandidates_MT(const std::vector<unsigned int>& vEdges,
-                                    std::vector<RECandidate>& vPenaltyRE)
+void Reducer::queueAliveEdges()
 {
-    ASSEX(vPenaltyRE.empty());
-    const std::size_t n = vEdges.size();
-    const std::size_t chunk = std::max(MIN_EDGES_PER_JOB, n / MAX_JOBS);
-    JobGroup jobs;
-    for (std::size_t from = 0; from < n; from += chunk)
-        jobs.push(
-            [&, from, to = std::min(from + chunk, n)]
-            {
-                CollapseScratch buffers;
-                for (std::size_t i = from; i < to; ++i)
-                    for (const int iSrc : {0, 1})
-                        (void)getPenalty(vEdges[i], iSrc, buffers);
-            });
-    jobs.finish();
-    for (const unsigned int edge : vEdges)
-        for (const int iSrc : {0, 1})
+    evaluateCandidates_MT(vIsDead.size(), MIN_EDGES_PER_JOB,
+                          [this](std::size_t edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
+                          {
+                              if (!vIsDead[edge])
+                                  evaluateEdge(static_cast<unsigned int>(edge), buffers, vFound);
+                          });
+}
+
+// An edge between two refill vertices falls to the one made first.
+void Reducer::queueRefillEdges()
+{
+    std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
+    vRefillVtx.erase(std::unique(vRefillVtx.begin(), vRefillVtx.end()), vRefillVtx.end());
+    for (const Point3* pVtx : vRefillVtx)
+        vIsRefillVtx[numberOf(pVtx)] = 1;
+    evaluateCandidates_MT(vRefillVtx.size(), MIN_VERTICES_PER_JOB,
+                          [this](std::size_t i, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
+                          {
+                              if (i % NUM_VERTICES_AHEAD == 0)
+                                  fetchRefillFans(i, buffers);
+                              const Point3* pVtx = vRefillVtx[i];
+                              collectEdgesAt(pVtx, buffers);
+                              for (const REdge* pRE : buffers.vIncRE)
+                                  if (pRE->getVtx0() == pVtx || vIsRefillVtx[numberOf(pRE->getVtx0())] == 0)
+                                      evaluateEdge(pRE->getNumber(), buffers, vFound);
+                          });
+    for (const Point3* pVtx : vRefillVtx)
+        vIsRefillVtx[numberOf(pVtx)] = 0;
+}
+
+void Reducer::fetchRefillFans(std::size_t first, CollapseScratch& buffers) const
+{
+    const std::size_t end = std::min(first + NUM_VERTICES_AHEAD, vRefillVtx.size());
+    buffers.vFetchVtx.assign(vRefillVtx.begin() + static_cast<std::ptrdiff_t>(first),
+                             vRefillVtx.begin() + static_cast<std::ptrdiff_t>(end));
+    pRMesh->fetchFans(buffers.vFetchVtx, buffers.vFetchT);
+}
+
+// The edges at the vertex, and what their evaluation needs near the processor.
+void Reducer::collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const
+{
+    buffers.vIncRE.clear();
+    buffers.vFetchVtx.clear();
+    pRMesh->forEachIncidentT(
+        pVtx,
+        [&](const RTriangle* pRT, int i)
         {
-            const double penalty = vKnown[slotOf(edge, iSrc)].penalty;
-            if (penalty != FORBIDDEN)
-                vPenaltyRE.push_back({penalty, edge, iSrc});
+            const int next = RTriangle::getNext(i);
+            const int prev = RTriangle::getPrev(i);
+            buffers.vIncRE.insert(buffers.vIncRE.end(), {pRT->getRE(next), pRT->getRE(prev)});
+            buffers.vFetchVtx.push_back(pRT->getCorner(next));
+        });
+    std::sort(buffers.vIncRE.begin(), buffers.vIncRE.end());
+    buffers.vIncRE.erase(std::unique(buffers.vIncRE.begin(), buffers.vIncRE.end()), buffers.vIncRE.end());
+    for (const REdge* pRE : buffers.vIncRE)
+        prefetch(pRE);
+    pRMesh->fetchFans(buffers.vFetchVtx, buffers.vFetchT);
+    for (const REdge* pRE : buffers.vIncRE)
+        prefetch(&vKnown[pRE->getNumber()]);
+}
+
+// Only one job has the edge.
+void Reducer::evaluateEdge(unsigned int edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
+{
+    const Known& known = update(edge, true, true, buffers);
+    for (const int iSrc : {0, 1})
+        if (const double penalty = penaltyOf(known, iSrc); penalty != FORBIDDEN)
+            vFound.push_back({penalty, edge, iSrc});
+}
+
+const Reducer::Known& Reducer::update(unsigned int edge, bool bWanted0, bool bWanted1,
+                                      CollapseScratch& buffers)
+{
+    const REdge* pRE = pRMesh->getAllRE()[edge];
+    const unsigned int aChangedAt[2] = {vChangedAt[numberOf(pRE->getVtx0())],
+                                        vChangedAt[numberOf(pRE->getVtx1())]};
+    Known& known = vKnown[edge];
+    buffers.forgetFans();
+    bool bAnyAllowed = false;
+    for (const int i : {0, 1})
+    {
+        if (i == 0 ? !bWanted0 : !bWanted1)
+            continue;
+        if (known.aTurnAt[i] < aChangedAt[i])
+        {
+            known.aTurnPenalty[i] = pRMesh->getTurnPenalty(pRE, i, limits, buffers);
+            known.aTurnAt[i] = now;
         }
+        bAnyAllowed = bAnyAllowed || known.aTurnPenalty[i] != FORBIDDEN;
+    }
+    if (bAnyAllowed && known.ringsAt < std::max(aChangedAt[0], aChangedAt[1]))
+    {
+        known.bRingsMeet = pRMesh->doRingsMeet(pRE, limits.bKeepTopology, buffers);
+        known.ringsAt = now;
+    }
+    return known;
+}
+
+double Reducer::penaltyOf(const Known& known, int iSrc)
+{
+    return known.bRingsMeet ? FORBIDDEN : known.aTurnPenalty[iSrc];
 }
 
 double Reducer::getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers)
 {
-    if (vIsDead[edge])
-        return FORBIDDEN;
-    const REdge* pRE = pRMesh->getAllRE()[edge];
-    Known& known = vKnown[slotOf(edge, iSrc)];
-    if (known.at < std::max(vChangedAt[numberOf(pRE->getVtx0())], vChangedAt[numberOf(pRE->getVtx1())]))
-        known = {pRMesh->getCollapsePenalty(pRE, iSrc, limits, buffers), now};
-    return known.penalty;
+    return vIsDead[edge] ? FORBIDDEN : penaltyOf(update(edge, iSrc == 0, iSrc == 1, buffers), iSrc);
 }
 
 // A border vertex moves only along a border that is nearly straight there.
@@ -225,41 +336,11 @@ bool Reducer::isRefillDue() const
 void Reducer::refill()
 {
     const std::size_t num = vRefillVtx.size();
-    std::vector<unsigned int> vEdges;
     if (num > 2 && num < MAX_FOR_RECOMPUTE && ++numRecomputes < MAX_RECOMPUTES)
-        collectAliveEdges(vEdges);
+        queueAliveEdges();
     else
-        collectRefillEdges(vEdges);
+        queueRefillEdges();
     vRefillVtx.clear();
-    queueEdges(vEdges);
-}
-
-void Reducer::collectAliveEdges(std::vector<unsigned int>& vEdges) const
-{
-    for (unsigned int edge = 0; edge < vIsDead.size(); ++edge)
-        if (!vIsDead[edge])
-            vEdges.push_back(edge);
-}
-
-// The edges at all refill vertices, each once, neighbours near each other.
-void Reducer::collectRefillEdges(std::vector<unsigned int>& vEdges)
-{
-    const auto list = [&](const REdge* pRE)
-    {
-        if (!vIsListed[pRE->getNumber()])
-            vEdges.push_back(pRE->getNumber());
-        vIsListed[pRE->getNumber()] = true;
-    };
-    std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
-    for (const Point3* pVtx : vRefillVtx)
-        pRMesh->forEachIncidentT(pVtx,
-                                 [&list](const RTriangle* pRT, int i)
-                                 {
-                                     list(pRT->getRE(RTriangle::getNext(i)));
-                                     list(pRT->getRE(RTriangle::getPrev(i)));
-                                 });
-    for (const unsigned int edge : vEdges)
-        vIsListed[edge] = false;
 }
 
 } // namespace TARN_ZEF

@@ -25,6 +25,7 @@ class RTriangle;
 // Ownership:  none; the mesh must outlive it. Needs a tree of progress.
 // Threads:    the caller's; it is made for one run.
 // Cost:       proportional to the number of edges for the first batch, then about 20 evaluations a collapse.
+//             Memory is what it waits for: what comes next is fetched ahead.
 class Reducer
 {
 public:
@@ -42,11 +43,34 @@ private:
         double operator()(const RECandidate& candidate) const noexcept { return candidate.penalty; }
     };
 
+    // What was found out about an edge, each with the time. Time counts collapses from 1 on; 0 is before
+    // everything.
+    struct Known
+    {
+        // By the end that vanishes, without a look at the rings: good until triangles at that end change.
+        double aTurnPenalty[2];
+        unsigned int aTurnAt[2];
+        unsigned int ringsAt; // good until triangles at one of the ends change
+        bool bRingsMeet;
+    };
+
     void markBorder();
     void prepareQueue();
-    // Evaluates both directions of the edges and queues those that are allowed.
-    void queueEdges(const std::vector<unsigned int>& vEdges);
-    void evaluateCandidates_MT(const std::vector<unsigned int>& vEdges, std::vector<RECandidate>& vPenaltyRE);
+    // Calls evaluate(i, buffers, vFound) for each i below num on the pool and queues what the calls have
+    // appended to vFound.
+    template <typename Evaluate>
+    void evaluateCandidates_MT(std::size_t num, std::size_t minPerJob, Evaluate evaluate);
+    // Evaluate both directions of all alive edges, or of those at the refill vertices.
+    void queueAliveEdges();
+    void queueRefillEdges();
+    // Bring near the processor what is read next.
+    void fetchAhead();
+    void fetchRefillFans(std::size_t first, CollapseScratch& buffers) const;
+    void collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const;
+    void evaluateEdge(unsigned int edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound);
+    // Makes anew what is out of date and needed for the wanted directions; the penalties of others may be old.
+    const Known& update(unsigned int edge, bool bWanted0, bool bWanted1, CollapseScratch& buffers);
+    [[nodiscard]] static double penaltyOf(const Known& known, int iSrc);
     [[nodiscard]] double getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers);
     // Collapses the candidate unless the border forbids it; true if it did.
     bool tryCollapse(const RECandidate& candidate);
@@ -54,8 +78,6 @@ private:
     void collapse(Point3* pSrc, Point3* pTrg);
     [[nodiscard]] bool isRefillDue() const;
     void refill();
-    void collectAliveEdges(std::vector<unsigned int>& vEdges) const;
-    void collectRefillEdges(std::vector<unsigned int>& vEdges);
 
     RMesh* pRMesh;
     CollapseLimits limits;
@@ -63,18 +85,13 @@ private:
     std::vector<char> vIsBorder;     // by vertex number, as the mesh was at the start
     std::vector<Point3*> vRefillVtx; // where collapses went to since the last refill
 
-    // What is known of penalties. Time counts collapses from 1 on; 0 is before everything.
-    struct Known
-    {
-        double penalty;
-        unsigned int at;
-    };
     unsigned int now = 1;
-    std::vector<Known> vKnown;            // by twice the edge number plus direction
+    std::vector<Known> vKnown;            // by edge number
     std::vector<unsigned int> vChangedAt; // by vertex number: when its triangles changed last
     std::vector<bool> vIsDead;            // by edge number: degree 0; bits, to stay in the cache
 
-    std::vector<bool> vIsListed;          // by edge number; false between refills
+    std::vector<const REdge*> vAheadRE;
+    std::vector<char> vIsRefillVtx;       // by vertex number; 0 between refills
     std::vector<RTriangle*> vSrcT;        // at the vertex that vanishes
     std::vector<const REdge*> vTouchedRE; // theirs, with repetitions
     CollapseScratch scratch;

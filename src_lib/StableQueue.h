@@ -18,7 +18,8 @@ namespace TARN_ZEF
 //
 // KeyOf      gives the key of a T, a double; the smallest key leaves first, NaN after all numbers
 // Ownership:  holds its elements by value; an array is freed when its last element has left.
-// Invariant:  vRuns and vSingles are heaps by (key, order of coming) of their first elements.
+// Invariant:  vRuns and vSingles are heaps by (key, order of coming) of their first elements. What is at hand
+//             comes before all of them.
 // Threads:    none.
 // Cost:       pop() is logarithmic in the number of arrays, plus in the number of single elements.
 template <typename T, typename KeyOf>
@@ -27,9 +28,15 @@ class StableQueue
 public:
     void add(const T& value)
     {
-        vSingles.push_back({Rank{KeyOf()(value), numComings++}, value});
-        std::push_heap(vSingles.begin(), vSingles.end(), Later());
+        const Single single{Rank{KeyOf()(value), numComings++}, value};
         ++numElements;
+        if (handNext < vHand.size() && single.rank.isBefore(vHand.back().rank))
+            vHand.insert(
+                std::upper_bound(vHand.begin() + static_cast<std::ptrdiff_t>(handNext), vHand.end(), single,
+                                 [](const Single& a, const Single& b) { return a.rank.isBefore(b.rank); }),
+                single);
+        else
+            addToHeap(single);
     }
 
     // v ascends by key.
@@ -37,9 +44,14 @@ public:
     {
         if (v.empty())
             return;
+        // The run may belong between the elements at hand.
+        for (; handNext < vHand.size(); ++handNext)
+            addToHeap(vHand[handNext]);
         numElements += v.size();
         const double key = KeyOf()(v.front());
-        vRuns.push_back({Rank{key, numComings++}, 0, std::move(v)});
+        const u64 order = numComings;
+        numComings += v.size();
+        vRuns.push_back({Rank{key, order}, 0, std::move(v)});
         std::push_heap(vRuns.begin(), vRuns.end(), Later());
     }
 
@@ -49,22 +61,36 @@ public:
     [[nodiscard]] const T& front() const
     {
         ASSEX(!empty());
+        if (handNext < vHand.size())
+            return vHand[handNext].value;
         return isSingleFirst() ? vSingles.front().value : vRuns.front().v[vRuns.front().next];
+    }
+
+    // Looks ahead: calls f on the next num elements in the order in which they leave if nothing comes in
+    // between, so that what they need can be brought near. False, and nothing done, while elements of the last
+    // look ahead still wait.
+    template <typename F>
+    bool lookAhead(std::size_t num, F f)
+    {
+        if (handNext < vHand.size())
+            return false;
+        vHand.clear();
+        handNext = 0;
+        for (; num > 0 && (!vRuns.empty() || !vSingles.empty()); --num)
+            moveFirstToHand();
+        for (const Single& single : vHand)
+            f(single.value);
+        return true;
     }
 
     void pop()
     {
         ASSEX(!empty());
         --numElements;
-        if (isSingleFirst())
-        {
-            std::pop_heap(vSingles.begin(), vSingles.end(), Later());
-            vSingles.pop_back();
-        }
+        if (handNext < vHand.size())
+            ++handNext;
         else
-        {
-            advanceFirstRun();
-        }
+            dropFirst();
     }
 
 private:
@@ -91,7 +117,7 @@ private:
     };
     struct Run
     {
-        Rank rank; // of the next element; all elements of a run came together
+        Rank rank; // of the next element; each came right after the one before it
         std::size_t next;
         std::vector<T> v;
     };
@@ -109,6 +135,35 @@ private:
         return vRuns.empty() || (!vSingles.empty() && vSingles.front().rank.isBefore(vRuns.front().rank));
     }
 
+    void addToHeap(const Single& single)
+    {
+        vSingles.push_back(single);
+        std::push_heap(vSingles.begin(), vSingles.end(), Later());
+    }
+
+    void moveFirstToHand()
+    {
+        if (isSingleFirst())
+            vHand.push_back(vSingles.front());
+        else
+            vHand.push_back({vRuns.front().rank, vRuns.front().v[vRuns.front().next]});
+        dropFirst();
+    }
+
+    // Of the elements that are not at hand.
+    void dropFirst()
+    {
+        if (isSingleFirst())
+        {
+            std::pop_heap(vSingles.begin(), vSingles.end(), Later());
+            vSingles.pop_back();
+        }
+        else
+        {
+            advanceFirstRun();
+        }
+    }
+
     void advanceFirstRun()
     {
         Run& run = vRuns.front();
@@ -118,7 +173,7 @@ private:
             vRuns.pop_back();
             return;
         }
-        run.rank.key = KeyOf()(run.v[run.next]);
+        run.rank = {KeyOf()(run.v[run.next]), run.rank.order + 1};
         sinkFirstRun();
     }
 
@@ -141,6 +196,8 @@ private:
 
     std::vector<Run> vRuns;
     std::vector<Single> vSingles;
+    std::vector<Single> vHand; // taken out by lookAhead(), ascending; gone up to handNext
+    std::size_t handNext = 0;
     std::size_t numElements = 0;
     u64 numComings = 0;
 };

@@ -71,6 +71,28 @@ TEST(SimplePool, BlocksFollowTheirSizes)
     EXPECT_EQ(getRuns(vSlots), (std::vector<std::size_t>{8, 4, 8, 10, 2})) << "100 MB limit";
 }
 
+// A large block is released in steps while its pages are being mapped; nobody may notice.
+TEST(SimplePool, LargeBlocksAreHandedOutWithoutGaps)
+{
+    const std::size_t num = 3'000'000; // of 16 bytes: six steps
+    SimplePool<Record> pool;
+    pool.init(static_cast<int>(num) - 1, 100);
+    std::vector<Record*> vSlots;
+    for (std::size_t i = 0; i < num; ++i)
+    {
+        vSlots.push_back(pool.getNext());
+        vSlots.back()->number = static_cast<std::int64_t>(i);
+        ASSERT_EQ(pool.size(), i + 1);
+    }
+    EXPECT_EQ(getRuns(vSlots), (std::vector<std::size_t>{num - 1, 1}));
+    std::int64_t next = 0;
+    pool.forEach([&next](const Record* pRecord) { ASSERT_EQ(pRecord->number, next++); });
+    EXPECT_EQ(next, static_cast<std::int64_t>(num));
+    pool.rewind();
+    for (std::size_t i = 0; i < num; ++i)
+        ASSERT_EQ(pool.getNext(), vSlots[i]);
+}
+
 TEST(SimplePool, VisitsAllSlotsInOrderOfCreation)
 {
     SimplePool<std::string> pool;

@@ -2,6 +2,7 @@
 #define ZEF_SIMPLEPOOL_H
 
 #include "definitions.h"
+#include "tarn_tools/PageWarmer.h"
 #include "tarn_tools/StorageBlock.h"
 
 #include <algorithm>
@@ -45,7 +46,7 @@ public:
     {
         if (currentIdx + 1 < currentSize) [[likely]]
             return pCurrent + ++currentIdx;
-        return getFirstOfNewBlock();
+        return getNextBeyond();
     }
 
     // Takes all slots back and keeps the blocks, whose memory is then at hand already. No destructor runs.
@@ -73,8 +74,9 @@ private:
     void addBlock(std::ptrdiff_t n);
     void appendBlock(void* pBlock, std::ptrdiff_t num);
     void enterBlock(std::size_t i) noexcept;
+    void extendSize();
     [[nodiscard]] std::ptrdiff_t deriveSize() const;
-    [[nodiscard]] T* getFirstOfNewBlock();
+    [[nodiscard]] T* getNextBeyond();
     [[noreturn]] static void endProcess(const char* text);
 
     std::vector<T*> vContainers;
@@ -82,12 +84,13 @@ private:
     std::size_t currentBlock = 0;
     T* pCurrent = nullptr;
     std::ptrdiff_t currentIdx = -1;
-    std::ptrdiff_t currentSize = 0;
+    std::ptrdiff_t currentSize = 0; // slots of the present block that may be handed out by now
     int initialSize = 0;
     int increaseSize = 0;
     bool initialized = false;
     bool bFirstBlock = true;
     std::ptrdiff_t increaseLimit = -1;
+    PageWarmer warmer; // of the present block, if that is fresh
 };
 
 template <typename T>
@@ -97,6 +100,7 @@ SimplePool<T>::~SimplePool()
     if (vContainers.size() > 50)
         std::cout << "SimplePool::~SimplePool: Number of containers to release:" << vContainers.size()
                   << std::endl;
+    warmer.finish();
     for (T* pBlock : vContainers)
         std::free(static_cast<void*>(pBlock));
 }
@@ -134,6 +138,7 @@ StorageBlock SimplePool<T>::releaseFirstBlock() noexcept
 {
     if (vContainers.empty())
         return {};
+    warmer.finish();
     return {std::exchange(vContainers.front(), nullptr),
             static_cast<std::size_t>(vSizes.front()) * sizeof(T)};
 }
@@ -185,6 +190,8 @@ void SimplePool<T>::addBlock(std::ptrdiff_t n)
     if (pBlock == nullptr && num > 0)
         endProcess("SimplePool::alloc(..), ERROR: Out of memory, sorry");
     appendBlock(pBlock, num);
+    warmer.begin(pBlock, static_cast<std::size_t>(num) * sizeof(T));
+    extendSize();
 }
 
 template <typename T>
@@ -204,11 +211,22 @@ void SimplePool<T>::enterBlock(std::size_t i) noexcept
     currentSize = vSizes[i];
 }
 
+// As far as the pages of a fresh block are being mapped; whole slots only.
 template <typename T>
-T* SimplePool<T>::getFirstOfNewBlock()
+void SimplePool<T>::extendSize()
+{
+    currentSize = std::min(static_cast<std::ptrdiff_t>(warmer.advance() / sizeof(T)), vSizes[currentBlock]);
+}
+
+template <typename T>
+T* SimplePool<T>::getNextBeyond()
 {
     ASSEX(initialized);
     ASSEX(increaseSize != 0);
+    while (currentIdx + 1 >= currentSize && currentSize < vSizes[currentBlock])
+        extendSize();
+    if (currentIdx + 1 < currentSize)
+        return pCurrent + ++currentIdx;
     if (currentBlock + 1 < vContainers.size())
         enterBlock(currentBlock + 1);
     else

@@ -1,0 +1,60 @@
+#include "tarn_tools/PageWarmer.h"
+
+#include <algorithm>
+#include <cstdint>
+
+#ifdef __linux__
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
+
+namespace TARN_ZEF
+{
+namespace
+{
+// A job takes a few milliseconds. Four of them ahead are enough while the workers have other jobs too.
+const std::size_t STEP = std::size_t{8} << 20; // bytes
+const std::size_t NUM_STEPS_AHEAD = 4;
+const std::size_t MIN_BLOCK = 2 * STEP;
+
+#if defined(__linux__) && defined(MADV_POPULATE_WRITE)
+const bool CAN_MAP_AHEAD = true;
+
+// Maps the pages as if they were written to. A system that cannot refuses, which does no harm.
+void mapPages(char* pFrom, std::size_t num)
+{
+    static const auto pageSize = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const std::uintptr_t offset = reinterpret_cast<std::uintptr_t>(pFrom) % pageSize;
+    (void)::madvise(pFrom - offset, num + offset, MADV_POPULATE_WRITE);
+}
+#else
+const bool CAN_MAP_AHEAD = false;
+
+void mapPages(char*, std::size_t) {}
+#endif
+} // namespace
+
+void PageWarmer::begin(void* pMemory, std::size_t numBytes_)
+{
+    finish();
+    pBlock = static_cast<char*>(pMemory);
+    numBytes = numBytes_;
+    const bool bWorth = CAN_MAP_AHEAD && numBytes >= MIN_BLOCK && getNumThreads() > 1 && !isWorkerThread();
+    released = bWorth ? 0 : numBytes;
+    ordered = bWorth ? STEP : numBytes;
+}
+
+std::size_t PageWarmer::advance()
+{
+    released = std::min(released + STEP, numBytes);
+    const std::size_t wanted = std::min(released + NUM_STEPS_AHEAD * STEP, numBytes);
+    while (ordered < wanted)
+    {
+        const std::size_t num = std::min(STEP, numBytes - ordered);
+        jobs.push([pFrom = pBlock + ordered, num] { mapPages(pFrom, num); });
+        ordered += num;
+    }
+    return released;
+}
+
+} // namespace TARN_ZEF
