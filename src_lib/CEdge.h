@@ -3,6 +3,7 @@
 
 #include "CTriangle.h"
 #include "Point3.h"
+#include "TriangleUnion.h"
 #include "definitions.h"
 #include "tarn_tools/SmallVec.h"
 
@@ -132,6 +133,14 @@ struct ByCreationCE
     if (c0 == edge.v0)
         return c1 == edge.v1;
     return c1 == edge.v0 ? ct.getC2() == edge.v1 : c0 == edge.v1;
+}
+
+// The two triangles of an edge of degree 2.
+[[nodiscard]] inline Joint getJoint(const CEdge& edge) noexcept
+{
+    const CTriangle& ct0 = *edge.vCT[0];
+    const CTriangle& ct1 = *edge.vCT[1];
+    return {ct0.getNumber(), ct1.getNumber(), runsUp(ct0, edge) == runsUp(ct1, edge)};
 }
 
 } // namespace TARN_ZEF

@@ -146,6 +146,10 @@ public:
     void forEachVertex(F&& f) const;
     template <typename F>
     void forEachEdge(F&& f) const;
+    // Those made from to to, orphans included.
+    template <typename F>
+    void forEachEdge(std::size_t from, std::size_t to, F&& f) const;
+    [[nodiscard]] std::size_t getNumEdges() const { return pEdgePool ? pEdgePool->size() : 0; }
 
 private:
     friend class CTriangle;
@@ -200,6 +204,13 @@ void CMesh::forEachEdge(F&& f) const
 {
     if (pEdgePool)
         pEdgePool->forEach(f);
+}
+
+template <typename F>
+void CMesh::forEachEdge(std::size_t from, std::size_t to, F&& f) const
+{
+    if (pEdgePool)
+        pEdgePool->forEach(from, to, f);
 }
 
 } // namespace TARN_ZEF

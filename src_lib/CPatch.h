@@ -52,6 +52,7 @@ public:
     [[nodiscard]] const std::vector<CTriangle*>& getMembers() const noexcept { return vMemberCT; }
     [[nodiscard]] bool isMember(const CTriangle* pCT) const noexcept { return pCT->getPatch() == this; }
     void addT(CTriangle* pCT); // sets its pPatch
+    void reserve(std::size_t num) { vMemberCT.reserve(num); }
     // Leaves only the given members, in the given order; the others lose this patch.
     void keepMembers(const std::vector<CTriangle*>& vKeepCT);
     void kill();    // with all alive members; the patch is an empty dead object from then on

@@ -4,6 +4,7 @@
 #include "Progress.h"
 #include "sortMT2.h"
 #include "tools.h"
+#include "uniteAcrossEdges.h"
 
 #include <algorithm>
 #include <cmath>
@@ -34,14 +35,25 @@ PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
     , flood(PatchFlood::Stops::BORDERS_AND_NON_MANIFOLD, nullptr)
 {
     pCMesh->deletePatches();
-    pCMesh->forEachEdge(
-        [this](CEdge* pCE)
-        {
-            if (pCE->getDegree() == 2)
-                joinAcross(pCE);
-            else if (pCE->getDegree() > 0 && wallCE.insert(pCE->getNumber()))
+    const std::size_t numEdges = pCMesh->getNumEdges();
+    const std::size_t numParts = getNumUnionParts(numEdges);
+    std::vector<std::vector<CEdge*>> vvWallCE(numParts);
+    vTwisted = uniteAcrossEdges(labels, pCMesh->getAllT().size(), numEdges, numParts,
+                                [&](std::size_t part, std::size_t from, std::size_t to, auto join)
+                                {
+                                    pCMesh->forEachEdge(from, to,
+                                                        [&](CEdge* pCE)
+                                                        {
+                                                            if (pCE->getDegree() == 2)
+                                                                join(getJoint(*pCE));
+                                                            else if (pCE->getDegree() > 0)
+                                                                vvWallCE[part].push_back(pCE);
+                                                        });
+                                });
+    for (const std::vector<CEdge*>& vPart : vvWallCE)
+        for (CEdge* pCE : vPart)
+            if (wallCE.insert(pCE->getNumber()))
                 vWallCE.push_back(pCE);
-        });
 }
 
 bool PatchSolver::pass(bool bStrict, Progress& progress)
@@ -146,6 +158,36 @@ void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>&
             labels.getSize(label) < MAX_BUBBLE && !hasWalls.contains(label) &&
             pCMesh->getAllT()[label]->isAlive())
             vClosed.push_back({label, 0, 0, 0, 0});
+}
+
+std::vector<std::unique_ptr<CPatch>> PatchSolver::makeAllPatches()
+{
+    std::vector<std::unique_ptr<CPatch>> vAll;
+    std::vector<CPatch*> vPatchOf(pCMesh->getAllT().size()); // by label
+    for (CTriangle* pCT : pCMesh->getAllT())
+    {
+        if (!pCT->isAlive())
+            continue;
+        const Label label = labels.findRoot(pCT->getNumber());
+        if (vPatchOf[label] == nullptr)
+        {
+            vAll.push_back(std::make_unique<CPatch>(pCMesh, pCalc));
+            vPatchOf[label] = vAll.back().get();
+            vPatchOf[label]->reserve(labels.getSize(label));
+        }
+        vPatchOf[label]->addT(pCT);
+    }
+    collectSides();
+    std::vector<CEdge*> vWalls;
+    for (std::size_t i = 0; i < vSides.size();)
+    {
+        const Label label = vSides[i].label;
+        vWalls.clear();
+        for (; i < vSides.size() && vSides[i].label == label; ++i)
+            vWalls.push_back(vSides[i].pCE);
+        vPatchOf[label]->setWalls(vWalls);
+    }
+    return vAll;
 }
 
 CPatch* PatchSolver::getPatch(Record& record)
@@ -320,18 +362,8 @@ bool PatchSolver::isThick(const Record& record)
 // nothing flipped. 0.0 for a twisted patch.
 double PatchSolver::computeThickness(Label label)
 {
-    TriangleUnion turns(pCMesh->getAllT().size());
-    bool bTwisted = false;
-    pCMesh->forEachEdge(
-        [&](const CEdge* pCE)
-        {
-            if (pCE->getDegree() != 2 || labels.findRoot(pCE->vCT[0]->getNumber()) != label)
-                return;
-            const bool bTurned = runsUp(*pCE->vCT[0], *pCE) == runsUp(*pCE->vCT[1], *pCE);
-            if (!turns.unite(pCE->vCT[0]->getNumber(), pCE->vCT[1]->getNumber(), bTurned))
-                bTwisted = true;
-        });
-    if (bTwisted)
+    if (std::any_of(vTwisted.begin(), vTwisted.end(),
+                    [&](std::uint32_t number) { return labels.findRoot(number) == label; }))
         return 0.0;
     const Point3 ref = *pCMesh->getAllT()[label]->getVtx(pCMesh, 0);
     double volume = 0.0;
@@ -339,12 +371,13 @@ double PatchSolver::computeThickness(Label label)
     u64 topmost = 0;
     for (const CTriangle* pCT : pCMesh->getAllT())
     {
-        if (!pCT->isAlive() || labels.findRoot(pCT->getNumber()) != label)
+        const TriangleUnion::Found found = labels.find(pCT->getNumber());
+        if (!pCT->isAlive() || found.root != label)
             continue;
         const Point3& p0 = *pCT->getVtx(pCMesh, 0);
         const Vector3 cross = crossProduct(*pCT->getVtx(pCMesh, 1) - p0, *pCT->getVtx(pCMesh, 2) - p0);
         const double height = cross * (p0 - ref);
-        volume += turns.find(pCT->getNumber()).bTurned ? -height : height;
+        volume += found.bTurned ? -height : height;
         area += cross.length();
         for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
             if ((ccd & SPARSE_Z) > (topmost & SPARSE_Z))
@@ -355,10 +388,11 @@ double PatchSolver::computeThickness(Label label)
     double up = 0.0;
     for (const CTriangle* pCT : vIncT)
     {
-        if (labels.findRoot(pCT->getNumber()) != label)
+        const TriangleUnion::Found found = labels.find(pCT->getNumber());
+        if (found.root != label)
             continue;
         const double z = getLatticeNormal(*pCalc, *pCT).z();
-        up += turns.find(pCT->getNumber()).bTurned ? -z : z;
+        up += found.bTurned ? -z : z;
     }
     return (up < 0.0 ? -volume : volume) / 6.0 / (area / 4.0) / pCMesh->getAvgSpacing();
 }
@@ -375,13 +409,12 @@ void PatchSolver::killPatch(CPatch* pPatch)
 
 bool PatchSolver::splitPatch(CPatch* pPatch, bool bStrict)
 {
-    if (!pPatch->splitClosedPatchKill(bStrict))
-        return false;
+    const bool bSplit = pPatch->splitClosedPatchKill(bStrict);
     for (const CTriangle* pCT : pPatch->getMembers())
         if (!pCT->isAlive())
             noteDead(pCT);
-    vSplitMembers.push_back(pPatch->getMembers());
-    return true;
+    vTurnedMembers.push_back(pPatch->getMembers()); // in any case
+    return bSplit;
 }
 
 void PatchSolver::noteDead(const CTriangle* pCT)
@@ -392,13 +425,15 @@ void PatchSolver::noteDead(const CTriangle* pCT)
 
 void PatchSolver::joinAcross(const CEdge* pCE)
 {
-    labels.unite(pCE->vCT[0]->getNumber(), pCE->vCT[1]->getNumber(), false);
+    const Joint joint = getJoint(*pCE);
+    if (!labels.unite(joint))
+        vTwisted.push_back(joint.first);
 }
 
 // Brings labels and walls up to date, so that they hold for the mesh without the dead.
 void PatchSolver::applyChanges()
 {
-    for (const std::vector<CTriangle*>& vMembers : vSplitMembers)
+    for (const std::vector<CTriangle*>& vMembers : vTurnedMembers)
     {
         for (const CTriangle* pCT : vMembers)
             labels.reset(pCT->getNumber());
@@ -414,7 +449,7 @@ void PatchSolver::applyChanges()
         else if (pCE->getDegree() > 0 && wallCE.insert(pCE->getNumber()))
             vWallCE.push_back(pCE);
     }
-    vSplitMembers.clear();
+    vTurnedMembers.clear();
     vTouchedCE.clear();
     vPatches.clear();
 }

@@ -28,7 +28,7 @@ class Progress;
 //
 // Ownership:  owns its patches during a pass; the mesh is the caller's and loses its own patches.
 // Invariant:  between passes, two alive triangles are in one set of labels if an edge of degree 2 joins them;
-//             vWallCE holds every other edge with a triangle. So nobody else may edit the mesh meanwhile.
+//             and stand there as they are oriented; vWallCE holds every other edge with a triangle. So nobody else may edit the mesh meanwhile.
 // Cost:       a walk over all edges at the start; then passes that cost what the non-manifold and border
 //             edges do, plus a walk over large closed patches that could be split.
 class PatchSolver
@@ -41,6 +41,9 @@ public:
     // Returns whether a pair was decided or a closed patch was split; a killed bubble does not count.
     // With bStrict a closed patch is not split if both sides are anchored. Four steps of progress.
     bool pass(bool bStrict, Progress& progress);
+
+    // All patches as they are now, in the order of their first members; they hold their members by number.
+    [[nodiscard]] std::vector<std::unique_ptr<CPatch>> makeAllPatches();
 
     // Which of a pair must die: the one with fewer triangles, else p1. Null if both stay, since they are large
     // and a good part of the mesh.
@@ -95,8 +98,9 @@ private:
     CMesh* pCMesh;
     Calc* pCalc;
     TriangleUnion labels;
-    std::vector<CEdge*> vWallCE; // may hold edges that are no walls any more
-    NumberSet wallCE;            // what vWallCE holds
+    std::vector<std::uint32_t> vTwisted; // triangles of patches that no orientation fits
+    std::vector<CEdge*> vWallCE;         // may hold edges that are no walls any more
+    NumberSet wallCE;                    // what vWallCE holds
     // Large patches that need no second look while they have that size: no thin volume; a large share of the
     // mesh's area.
     std::map<Label, std::uint32_t> mThickSize;
@@ -108,8 +112,8 @@ private:
     std::vector<Record> vRecords; // by boundary, then by label
     PatchFlood flood;
     std::vector<std::unique_ptr<CPatch>> vPatches;
-    std::vector<CEdge*> vTouchedCE;                     // edges that lost a triangle
-    std::vector<std::vector<CTriangle*>> vSplitMembers; // of the patches that were split
+    std::vector<CEdge*> vTouchedCE;                      // edges that lost a triangle
+    std::vector<std::vector<CTriangle*>> vTurnedMembers; // of the patches that were reoriented, or even split
 };
 
 } // namespace TARN_ZEF

@@ -3,10 +3,10 @@
 
 #include "Progress.h"
 #include "RPatch.h"
-#include "TriangleUnion.h"
 #include "parallelFor.h"
 #include "produceInOrder.h"
 #include "tools.h"
+#include "uniteAcrossEdges.h"
 #include "zefRand.h"
 
 #include <algorithm>
@@ -81,10 +81,19 @@ int RMesh::createPatchesOrient()
 // Joins triangles across edges of degree 2. vTwisted: the roots of sets that no orientation fits, ascending.
 void RMesh::uniteNeighbours(TriangleUnion& turns, std::vector<unsigned int>& vTwisted) const
 {
-    for (const REdge* pRE : vAllRE)
-        if (pRE->getDegree() == 2 && !turns.unite(pRE->vRT[0]->getNumber(), pRE->vRT[1]->getNumber(),
-                                                  pRE->vRT[0]->needFlip(pRE->vRT[1])))
-            vTwisted.push_back(pRE->vRT[0]->getNumber());
+    const auto getJoint = [](const REdge& edge) -> Joint
+    {
+        const RTriangle& rt0 = *edge.vRT[0];
+        const RTriangle& rt1 = *edge.vRT[1];
+        return {rt0.getNumber(), rt1.getNumber(), rt0.needFlip(&rt1)};
+    };
+    vTwisted = uniteAcrossEdges(turns, vAllRT.size(), vAllRE.size(), getNumUnionParts(vAllRE.size()),
+                                [&](std::size_t, std::size_t from, std::size_t to, auto join)
+                                {
+                                    for (std::size_t i = from; i < to; ++i)
+                                        if (vAllRE[i]->getDegree() == 2)
+                                            join(getJoint(*vAllRE[i]));
+                                });
     for (unsigned int& number : vTwisted)
         number = turns.findRoot(number);
     std::sort(vTwisted.begin(), vTwisted.end());

@@ -5,7 +5,7 @@
 #include "CPatch.h"
 #include "PatchSolver.h"
 #include "Progress.h"
-#include "TriangleUnion.h"
+#include "uniteAcrossEdges.h"
 
 #include <algorithm>
 
@@ -79,20 +79,20 @@ public:
 
     void run()
     {
-        std::vector<unsigned int> vTwistedSeeds;
-        pCMesh->forEachEdge(
-            [&](const CEdge* pCE)
-            {
-                if (pCE->getDegree() != 2)
-                    return;
-                const CTriangle* pCT0 = pCE->vCT[0];
-                const CTriangle* pCT1 = pCE->vCT[1];
-                if (!turns.unite(pCT0->getNumber(), pCT1->getNumber(),
-                                 runsUp(*pCT0, *pCE) == runsUp(*pCT1, *pCE)))
-                    vTwistedSeeds.push_back(pCT0->getNumber());
-            });
+        const std::size_t numEdges = pCMesh->getNumEdges();
+        const std::vector<std::uint32_t> vTwisted =
+            uniteAcrossEdges(turns, pCMesh->getAllT().size(), numEdges, getNumUnionParts(numEdges),
+                             [this](std::size_t, std::size_t from, std::size_t to, auto join)
+                             {
+                                 pCMesh->forEachEdge(from, to,
+                                                     [&join](const CEdge* pCE)
+                                                     {
+                                                         if (pCE->getDegree() == 2)
+                                                             join(getJoint(*pCE));
+                                                     });
+                             });
         collectComponents();
-        for (const unsigned int number : vTwistedSeeds)
+        for (const std::uint32_t number : vTwisted)
             vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
         for (Component& component : vComponents)
             component.bTurn = !component.bTwisted && isUpsideDown(component);

@@ -3,12 +3,14 @@
 
 #include "CMesh.h"
 #include "CPatch.h"
+#include "PatchSolver.h"
 #include "tools.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <map>
+#include <memory>
+#include <vector>
 
 namespace TARN_ZEF
 {
@@ -182,13 +184,16 @@ void Top::cleanSeams(bool bClusters)
 // Where no two patches have the same boundary, several patches together may.
 void Top::solveClusters()
 {
-    std::vector<CPatch*> vPatches;
-    std::map<u64, CPatch*> mBorderCCD2Patch;
-    std::vector<CEdge*> vBorderME;
-    pCMesh->createPatches(nullptr, vPatches, mBorderCCD2Patch, vBorderME);
-    solvePatchPairsFrac(vPatches);
-    pCMesh->deletePatches();
-    solveAllPatches(false, nullptr);
+    const std::size_t numBefore = pCMesh->getNumAliveT();
+    {
+        std::vector<std::unique_ptr<CPatch>> vOwned = PatchSolver(pCMesh, pCalc).makeAllPatches();
+        std::vector<CPatch*> vPatches;
+        for (const std::unique_ptr<CPatch>& pPatch : vOwned)
+            vPatches.push_back(pPatch.get());
+        solvePatchPairsFrac(vPatches);
+    }
+    if (pCMesh->getNumAliveT() != numBefore)
+        solveAllPatches(false, nullptr);
 }
 
 void Top::partTouchingSheets()

@@ -7,6 +7,15 @@
 
 namespace TARN_ZEF
 {
+// Two neighbouring triangles, by creation number, and whether one would have to be flipped to agree with the
+// other.
+struct Joint
+{
+    std::uint32_t first;
+    std::uint32_t second;
+    bool bTurned;
+};
+
 // Disjoint sets of the triangles of a mesh, by creation number, each triangle with its turn against the root:
 // whether it would have to be flipped to agree with it.
 //
@@ -52,13 +61,13 @@ public:
     // Members of the set with this root.
     [[nodiscard]] std::uint32_t getSize(std::uint32_t root) const { return vSize[root]; }
 
-    // Joins the sets of i and k, where bTurned tells how the two stand to each other. False if they are in
-    // one set already and stand otherwise there: the surface is twisted.
-    bool unite(std::uint32_t i, std::uint32_t k, bool bTurned)
+    // Joins the sets of both triangles. False if they are in one set already and stand otherwise there: the
+    // surface is twisted.
+    bool unite(const Joint& joint)
     {
-        const Found a = find(i);
-        const Found b = find(k);
-        const bool bRootsTurned = (a.bTurned != b.bTurned) != bTurned;
+        const Found a = find(joint.first);
+        const Found b = find(joint.second);
+        const bool bRootsTurned = (a.bTurned != b.bTurned) != joint.bTurned;
         if (a.root == b.root)
             return !bRootsTurned;
         const std::uint32_t low = a.root < b.root ? a.root : b.root;

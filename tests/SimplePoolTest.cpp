@@ -74,7 +74,7 @@ TEST(SimplePool, BlocksFollowTheirSizes)
 // A large block is released in steps while its pages are being mapped; nobody may notice.
 TEST(SimplePool, LargeBlocksAreHandedOutWithoutGaps)
 {
-    const std::size_t num = 3'000'000; // of 16 bytes: six steps
+    const std::size_t num = 3'000'000; // of 16 bytes: a dozen steps
     SimplePool<Record> pool;
     pool.init(static_cast<int>(num) - 1, 100);
     std::vector<Record*> vSlots;

@@ -94,8 +94,8 @@ void expectOriented(CMesh& mesh, const Calc& calc)
     mesh.getDegN(2, vCE);
     for (int i = 0; i < 2; ++i) // roots are final in the second turn
         for (const CEdge* pCE : vCE)
-            if (!pieces.unite(pCE->vCT[0]->getNumber(), pCE->vCT[1]->getNumber(),
-                              pCE->vCT[0]->needFlip(pCE->vCT[1])))
+            if (!pieces.unite(
+                    {pCE->vCT[0]->getNumber(), pCE->vCT[1]->getNumber(), pCE->vCT[0]->needFlip(pCE->vCT[1])}))
                 sTwisted.insert(pieces.findRoot(pCE->vCT[0]->getNumber()));
     std::map<unsigned int, std::map<u64, std::map<u64, double>>> mUp; // by piece, height, corner
     for (const CTriangle* pCT : mesh.getAllT())

@@ -13,7 +13,7 @@ namespace TARN_ZEF
 namespace
 {
 // A job takes a few milliseconds. Four of them ahead are enough while the workers have other jobs too.
-const std::size_t STEP = std::size_t{8} << 20; // bytes
+const std::size_t STEP = std::size_t{4} << 20; // bytes
 const std::size_t NUM_STEPS_AHEAD = 4;
 const std::size_t MIN_BLOCK = 2 * STEP;
 

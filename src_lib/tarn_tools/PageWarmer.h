@@ -16,8 +16,8 @@ namespace TARN_ZEF
 //
 // Ownership:  none; the block must live until finish() or the end of the warmer.
 // Threads:    one caller.
-// Cost:       a job for each 8 MB; nothing with one thread, inside a job, for small blocks, and where the system
-//             has no call for it. Memory in use grows by at most 40 MB before its time.
+// Cost:       a job for each 4 MB; nothing with one thread, inside a job, for small blocks, and where the system
+//             has no call for it. Memory in use grows by at most 20 MB before its time.
 class PageWarmer
 {
 public:

@@ -62,6 +62,9 @@ public:
     // object if f looks at it.
     template <typename F>
     void forEach(F f) const;
+    // The same for the slots from to to in that order.
+    template <typename F>
+    void forEach(std::size_t from, std::size_t to, F f) const;
 
     // The customary size of the following blocks: a fifth of the first, at least 100.
     [[nodiscard]] static constexpr int increaseOf(int initial)
@@ -163,11 +166,20 @@ template <typename T>
 template <typename F>
 void SimplePool<T>::forEach(F f) const
 {
-    for (std::size_t i = 0; i <= currentBlock && i < vContainers.size(); ++i)
+    forEach(0, size(), f);
+}
+
+template <typename T>
+template <typename F>
+void SimplePool<T>::forEach(std::size_t from, std::size_t to, F f) const
+{
+    std::size_t first = 0; // slot of the block
+    for (std::size_t i = 0; i < vContainers.size() && first < to; ++i)
     {
-        const std::ptrdiff_t num = i < currentBlock ? vSizes[i] : currentIdx + 1;
-        for (std::ptrdiff_t k = 0; k < num; ++k)
-            f(vContainers[i] + k);
+        const std::size_t end = first + static_cast<std::size_t>(vSizes[i]);
+        for (std::size_t k = std::max(from, first); k < std::min(to, end); ++k)
+            f(vContainers[i] + (k - first));
+        first = end;
     }
 }
 
