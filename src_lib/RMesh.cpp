@@ -17,6 +17,7 @@ namespace TARN_ZEF
 namespace
 {
 const std::size_t MIN_TRIANGLES_PER_JOB = 10000;
+const std::uint32_t NUM_USUAL_SPOKES = 32; // twice the triangles around a vertex
 const std::size_t MIN_TRIANGLE_BLOCK = 64; // later blocks are multiples of the first
 
 int clampToInt(double num)
@@ -387,23 +388,29 @@ void RMesh::exchangeCorner(Point3* pSrc, Point3* pTrg)
     if (REdge* pKillEdge = getRE(pSrc, pTrg))
     {
         ASSEX_TEXT(pKillEdge->isAlive(), "pKillEdge==0 || pKillEdge->isAlive()");
-        const std::vector<RTriangle*> vKillT(pKillEdge->vRT.begin(), pKillEdge->vRT.end());
-        for (RTriangle* pRT : vKillT)
-            pRT->kill(this);
+        while (pKillEdge->isAlive())
+            pKillEdge->vRT[0]->kill(this);
     }
-    std::vector<RTriangle*> vSrcT;
-    getIncidentT(pSrc, vSrcT);
-    std::vector<REdge*> vRE;
-    getIncidentRE(pSrc, vRE);
-    for (REdge* pRE : vRE)
-        moveEdge(pRE, pSrc, pTrg);
+    SmallVec<REdge*, NUM_USUAL_SPOKES> vRE;
+    forEachIncidentT(pSrc,
+                     [&vRE](const RTriangle* pRT, int i)
+                     {
+                         vRE.push_back(pRT->aRE[RTriangle::getNext(i)]);
+                         vRE.push_back(pRT->aRE[RTriangle::getPrev(i)]);
+                     });
+    std::sort(vRE.begin(), vRE.end(), ByCreationRE());
+    std::for_each(vRE.begin(), std::unique(vRE.begin(), vRE.end()),
+                  [&](REdge* pRE) { moveEdge(pRE, pSrc, pTrg); });
 
+    RTriangle* pNext = RVertex::of(pSrc)->pFirstT;
     RVertex::of(pSrc)->pFirstT = nullptr;
     RVertex::of(pSrc)->pLastT = nullptr;
-    for (RTriangle* pRT : vSrcT)
+    while (pNext != nullptr)
     {
+        RTriangle* pRT = pNext;
         ASSEX(pRT->isAlive());
         const int i = pRT->indexOf(pSrc);
+        pNext = pRT->aNextInc[i];
         pRT->setCorner(i, pTrg);
         appendToVertex(pRT, i);
     }

@@ -211,23 +211,30 @@ void Reducer::fetchRefillFans(std::size_t first, CollapseScratch& buffers) const
 void Reducer::collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const
 {
     buffers.vIncRE.clear();
-    buffers.vFetchVtx.clear();
-    pRMesh->forEachIncidentT(
-        pVtx,
-        [&](const RTriangle* pRT, int i)
-        {
-            const int next = RTriangle::getNext(i);
-            const int prev = RTriangle::getPrev(i);
-            buffers.vIncRE.insert(buffers.vIncRE.end(), {pRT->getRE(next), pRT->getRE(prev)});
-            buffers.vFetchVtx.push_back(pRT->getCorner(next));
-        });
+    pRMesh->forEachIncidentT(pVtx,
+                             [&](const RTriangle* pRT, int i)
+                             {
+                                 for (const int k : {RTriangle::getNext(i), RTriangle::getPrev(i)})
+                                 {
+                                     buffers.vIncRE.push_back(pRT->getRE(k));
+                                     prefetch(pRT->getRE(k));
+                                 }
+                             });
     std::sort(buffers.vIncRE.begin(), buffers.vIncRE.end());
     buffers.vIncRE.erase(std::unique(buffers.vIncRE.begin(), buffers.vIncRE.end()), buffers.vIncRE.end());
     for (const REdge* pRE : buffers.vIncRE)
-        prefetch(pRE);
-    pRMesh->fetchFans(buffers.vFetchVtx, buffers.vFetchT);
-    for (const REdge* pRE : buffers.vIncRE)
         prefetch(&vKnown[pRE->getNumber()]);
+    // Most edges are too long, or known to turn a triangle at the other end too far.
+    buffers.vFetchVtx.clear();
+    for (const REdge* pRE : buffers.vIncRE)
+    {
+        const int other = pRE->getVtx0() == pVtx ? 1 : 0;
+        const Point3* pOther = pRE->getVertex(other);
+        if (pRE->getSqLength() <= limits.maxSqLen &&
+            vKnown[pRE->getNumber()].aTurnAt[other] < vChangedAt[numberOf(pOther)])
+            buffers.vFetchVtx.push_back(pOther);
+    }
+    pRMesh->fetchFans(buffers.vFetchVtx, buffers.vFetchT);
 }
 
 // Only one job has the edge.
