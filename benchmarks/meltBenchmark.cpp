@@ -51,42 +51,45 @@ bool isPlausible(std::size_t numPoints, std::size_t numTriangles)
     return numPoints > numTriangles / 3 && numPoints < 2 * numTriangles;
 }
 
-void BM_toCloud(benchmark::State& state)
+// remesh(vSoup) returns the number of points that it made.
+template <typename Remesh>
+void runOnSoup(benchmark::State& state, Remesh remesh)
 {
     std::vector<Point3>& vSoup = soupOf(static_cast<std::size_t>(state.range(0)));
     const Silence silence;
     const PeakMemory memory;
     std::size_t numPoints = 0;
     for (auto _ : state)
-    {
-        std::vector<Point3> vPoints;
-        toCloud(vSoup, SPACING, FEATURE_ANGLE, vPoints);
-        numPoints = vPoints.size();
-    }
+        numPoints = remesh(vSoup);
     if (!isPlausible(numPoints, vSoup.size() / 3))
         state.SkipWithError("wrong number of points");
     report(state, memory, vSoup.size() / 3, numPoints);
 }
 
+void BM_toCloud(benchmark::State& state)
+{
+    runOnSoup(state,
+              [](std::vector<Point3>& vSoup)
+              {
+                  std::vector<Point3> vPoints;
+                  toCloud(vSoup, SPACING, FEATURE_ANGLE, vPoints);
+                  return vPoints.size();
+              });
+}
+
 void BM_melt(benchmark::State& state)
 {
-    std::vector<Point3>& vSoup = soupOf(static_cast<std::size_t>(state.range(0)));
-    const Silence silence;
-    const PeakMemory memory;
-    std::size_t numPoints = 0;
-    for (auto _ : state)
-    {
-        const std::shared_ptr<Mesh> pMesh = melt(vSoup, SPACING, FEATURE_ANGLE);
-        std::vector<REdge*> vBorderRE;
-        pMesh->getRMesh()->getDegN(1, vBorderRE);
-        // A closed surface of genus one has twice as many triangles as points.
-        numPoints = pMesh->getRMesh()->getNumT() / 2;
-        if (!vBorderRE.empty())
-            state.SkipWithError("the torus is not closed");
-    }
-    if (!isPlausible(numPoints, vSoup.size() / 3))
-        state.SkipWithError("wrong number of triangles");
-    report(state, memory, vSoup.size() / 3, numPoints);
+    runOnSoup(state,
+              [&state](std::vector<Point3>& vSoup)
+              {
+                  const std::shared_ptr<Mesh> pMesh = melt(vSoup, SPACING, FEATURE_ANGLE);
+                  std::vector<REdge*> vBorderRE;
+                  pMesh->getRMesh()->getDegN(1, vBorderRE);
+                  if (!vBorderRE.empty())
+                      state.SkipWithError("the torus is not closed");
+                  // A closed surface of genus one has twice as many triangles as points.
+                  return pMesh->getRMesh()->getNumT() / 2;
+              });
 }
 
 void sizes(benchmark::internal::Benchmark* pBenchmark)

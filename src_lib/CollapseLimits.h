@@ -44,9 +44,9 @@ struct CollapseScratch
     void forgetFans() noexcept { aFan[0].bComplete = aFan[1].bComplete = false; }
 
     Fan aFan[2];
-    std::vector<const Point3*> vCommon; // third corners of the triangles that vanish
-    std::vector<const REdge*> vIncRE;   // of the vertex in hand
-    std::vector<const Point3*> vFetchVtx;
+    std::vector<const Point3*> vCommon;   // third corners of the triangles that vanish
+    std::vector<const REdge*> vIncRE;     // of the vertex in hand
+    std::vector<const Point3*> vFetchVtx; // whose fans are fetched ahead
     std::vector<const RTriangle*> vFetchT;
 };
 

@@ -27,8 +27,9 @@ class Progress;
 // joins patches, and what it splits is small.
 //
 // Ownership:  owns its patches during a pass; the mesh is the caller's and loses its own patches.
-// Invariant:  between passes, two alive triangles are in one set of labels if an edge of degree 2 joins them;
-//             and stand there as they are oriented; vWallCE holds every other edge with a triangle. So nobody else may edit the mesh meanwhile.
+// Invariant:  between passes, two alive triangles are in one set of labels if an edge of degree 2 joins them,
+//             turned against each other as they are oriented; vWallCE holds every other edge with a triangle.
+//             So nobody else may edit the mesh meanwhile.
 // Cost:       a walk over all edges at the start; then passes that cost what the non-manifold and border
 //             edges do, plus a walk over large closed patches that could be split.
 class PatchSolver

@@ -21,7 +21,7 @@ const double RAD_PER_DEGREE = 0.01745329251;
 enum class Turn
 {
     MEASURED,
-    DEGENERATE, // no normal at present
+    UNMEASURED, // no normal at present, or not asked for
     TOO_FAR
 };
 
@@ -34,7 +34,7 @@ Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Po
     if (cross.isDegenerate())
     {
         std::cout << "current triangle is degenerate" << std::endl;
-        return Turn::DEGENERATE;
+        return Turn::UNMEASURED;
     }
     const Vector3 altCross = crossProduct(vec12, trg - p2);
     const double altLength = altCross.length();
@@ -92,7 +92,7 @@ bool RMesh::walkFan(const REdge* pRE, int i, const CollapseLimits* pLimits, Coll
             fan.ringMask |= maskOf(p1) | maskOf(p2);
             double angle = 0.0;
             const Turn turn =
-                pLimits == nullptr ? Turn::DEGENERATE : measureTurn(*pSrc, *p1, *p2, *pTrg, *pLimits, angle);
+                pLimits == nullptr ? Turn::UNMEASURED : measureTurn(*pSrc, *p1, *p2, *pTrg, *pLimits, angle);
             if (turn == Turn::TOO_FAR)
                 return false;
             if (turn == Turn::MEASURED)
