@@ -2,15 +2,9 @@
 #define ZEF_COLLAPSELIMITS_H
 
 #include <cmath>
-#include <cstdint>
-#include <vector>
 
 namespace TARN_ZEF
 {
-class Point3;
-class REdge;
-class RTriangle;
-
 // What a reduction allows.
 struct CollapseLimits
 {
@@ -28,26 +22,6 @@ struct CollapseLimits
     // common triangles. Else a tunnel of three edges closes, and the surface touches itself there.
     bool bKeepTopology;
     double tooFarCosine; // a turn with a smaller one surely is above the largest: no need to take its angle
-};
-
-// What the evaluation of a collapse needs for its time; kept to spare allocations.
-struct CollapseScratch
-{
-    // The triangles at one end that stay.
-    struct Fan
-    {
-        std::vector<const REdge*> vRing;     // opposite the end
-        std::vector<const Point3*> vRingVtx; // two for each of vRing: its ends
-        std::uint64_t ringMask = 0;          // a bit for each of vRingVtx, shared by some
-        bool bComplete = false;              // else the lists hold a part or those of another edge
-    };
-    void forgetFans() noexcept { aFan[0].bComplete = aFan[1].bComplete = false; }
-
-    Fan aFan[2];
-    std::vector<const Point3*> vCommon;   // third corners of the triangles that vanish
-    std::vector<const REdge*> vIncRE;     // of the vertex in hand
-    std::vector<const Point3*> vFetchVtx; // whose fans are fetched ahead
-    std::vector<const RTriangle*> vFetchT;
 };
 
 } // namespace TARN_ZEF

@@ -19,8 +19,9 @@ namespace TARN_ZEF
 class CMesh;
 class RPatch;
 class TriangleUnion;
+class CollapseFans;
+struct CollapseFan;
 struct CollapseLimits;
-struct CollapseScratch;
 
 // What an RMesh is built from: the corners and alive triangles of a CMesh as flat data. It lets the CMesh
 // go before the RMesh takes its memory.
@@ -149,15 +150,15 @@ public:
     // that stay; NaN if none could be measured, DBL_MAX if the collapse is forbidden. iSrc is the end that
     // vanishes.
     [[nodiscard]] double getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                            CollapseScratch& scratch) const;
+                                            CollapseFans& fans) const;
     // Its two parts. The penalty but for what stands at the other end: it stays good as long as the triangles at
-    // the vanishing one do. Fills the fan of that end.
+    // the vanishing one do.
     [[nodiscard]] double getTurnPenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                        CollapseScratch& scratch) const;
+                                        CollapseFans& fans) const;
     // Whether the rings of both ends share an edge: it would get two triangles on the same corners. With
     // bKeepTopology also whether they share a vertex that is no corner of a vanishing triangle. Such a collapse
-    // is forbidden in both directions. Uses the fans that are complete.
-    [[nodiscard]] bool doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseScratch& scratch) const;
+    // is forbidden in both directions.
+    [[nodiscard]] bool doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseFans& fans) const;
 
     // --- Smoothing (RMeshMove.cpp) ---
     // Moves each vertex in turn, unless a vertex stands at its new point by then. Each vertex at most once.
@@ -202,8 +203,8 @@ private:
                                        std::vector<std::pair<double, REdge*>>& vImpRE, int);
     void computePostponedFlips(double minImprovement, double temperature,
                                std::vector<std::pair<double, REdge*>>& vImpRE);
-    [[nodiscard]] bool walkFan(const REdge* pRE, int i, const CollapseLimits* pLimits,
-                               CollapseScratch& scratch, double& meanTurn) const;
+    CollapseFan& getFan(const REdge* pRE, int i, CollapseFans& fans) const; // of end i of the edge
+    void gatherFan(const Point3* pVtx, CollapseFan& fan) const;
     [[nodiscard]] bool
     areAllPlacesDifferent(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt) const;
 

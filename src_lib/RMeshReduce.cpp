@@ -1,6 +1,7 @@
 // Members of RMesh that evaluate and run the reduction.
 #include "RMesh.h"
 
+#include "CollapseFans.h"
 #include "Reducer.h"
 #include "tools.h"
 
@@ -21,131 +22,140 @@ const double RAD_PER_DEGREE = 0.01745329251;
 enum class Turn
 {
     MEASURED,
-    UNMEASURED, // no normal at present, or not asked for
+    UNMEASURED, // no normal at present
     TOO_FAR
 };
 
-// By how many radians the triangle (src, p1, p2) turns if src moves to trg.
-Turn measureTurn(const Point3& src, const Point3& p1, const Point3& p2, const Point3& trg,
+void fillVectors(CollapseFan::Blade& blade, const Point3& src)
+{
+    blade.vec12 = *blade.p1 - *blade.p2;
+    const Vector3 cross = crossProduct(blade.vec12, src - *blade.p2);
+    if (cross.isDegenerate())
+    {
+        blade.state = CollapseFan::Blade::State::FLAT;
+        return;
+    }
+    blade.nnv = normalizeInline(cross);
+    blade.state = CollapseFan::Blade::State::READY;
+}
+
+// By how many radians the triangle turns if src moves to trg.
+Turn measureTurn(CollapseFan::Blade& blade, const Point3& src, const Point3& trg,
                  const CollapseLimits& limits, double& angle)
 {
-    const Vector3 vec12 = p1 - p2;
-    const Vector3 cross = crossProduct(vec12, src - p2);
-    if (cross.isDegenerate())
+    if (blade.state == CollapseFan::Blade::State::UNKNOWN)
+        fillVectors(blade, src);
+    if (blade.state == CollapseFan::Blade::State::FLAT)
     {
         std::cout << "current triangle is degenerate" << std::endl;
         return Turn::UNMEASURED;
     }
-    const Vector3 altCross = crossProduct(vec12, trg - p2);
+    const Vector3 altCross = crossProduct(blade.vec12, trg - *blade.p2);
     const double altLength = altCross.length();
     if (altLength < MIN_CROSS_LENGTH)
         return Turn::TOO_FAR;
-    const Vector3 nnv = normalizeInline(cross);
     const Vector3 altNNV = altCross / altLength;
-    if (nnv * altNNV < limits.tooFarCosine)
+    if (blade.nnv * altNNV < limits.tooFarCosine)
         return Turn::TOO_FAR;
-    angle = getAngleRad(nnv, altNNV);
+    angle = getAngleRad(blade.nnv, altNNV);
     return angle > limits.maxDevAngleRad ? Turn::TOO_FAR : Turn::MEASURED;
 }
 
-// One of 64 bits for a vertex, to tell without a search that it is not in a ring.
-u64 maskOf(const Point3* pVtx)
+bool isInRing(const CollapseFan& fan, const Point3* pVtx)
 {
-    return u64{1} << (RVertex::of(pVtx)->number * 0x9E3779B1u >> 26);
+    return std::any_of(fan.vBlades.begin(), fan.vBlades.end(),
+                       [pVtx](const CollapseFan::Blade& blade) { return blade.has(pVtx); });
 }
 
-template <typename T>
-bool holds(const std::vector<const T*>& v, const T* p)
+bool isInRing(const CollapseFan& fan, const REdge* pRE)
 {
-    return std::find(v.begin(), v.end(), p) != v.end();
+    return std::any_of(fan.vBlades.begin(), fan.vBlades.end(),
+                       [pRE](const CollapseFan::Blade& blade) { return blade.pRingRE == pRE; });
+}
+
+// Whether the triangles of the fan that have pOther, the other end of an edge, have pVtx too.
+bool isCornerBetween(const CollapseFan& fan, const Point3* pOther, const Point3* pVtx)
+{
+    return std::any_of(fan.vBlades.begin(), fan.vBlades.end(),
+                       [=](const CollapseFan::Blade& blade) { return blade.has(pOther) && blade.has(pVtx); });
 }
 } // namespace
 
-// Fills the fan of end i of the edge, and the common corners. With pLimits also measures by how much its
-// triangles turn in the mean if that end vanishes, and gives up with false at one that turns too far.
-bool RMesh::walkFan(const REdge* pRE, int i, const CollapseLimits* pLimits, CollapseScratch& scratch,
-                    double& meanTurn) const
+CollapseFan& RMesh::getFan(const REdge* pRE, int i, CollapseFans& fans) const
 {
-    const Point3* pSrc = pRE->getVertex(i);
-    const Point3* pTrg = pRE->getVertex(1 - i);
-    CollapseScratch::Fan& fan = scratch.aFan[i];
-    fan.vRing.clear();
-    fan.vRingVtx.clear();
+    return fans.at(pRE->getVertex(i), pRE->getVertex(1 - i),
+                   [this](const Point3* pVtx, CollapseFan& fan) { gatherFan(pVtx, fan); });
+}
+
+void RMesh::gatherFan(const Point3* pVtx, CollapseFan& fan) const
+{
+    fan.pVtx = pVtx;
+    fan.vBlades.clear();
     fan.ringMask = 0;
-    fan.bComplete = false;
-    scratch.vCommon.clear();
-    double sumAngle = 0.0;
-    double numAngles = 0.0;
-    for (const RTriangle* pRT = RVertex::of(pSrc)->pFirstT; pRT != nullptr;)
-    {
-        const int ici = pRT->indexOf(pSrc);
-        const Point3* p1 = pRT->aCorner[RTriangle::getNext(ici)];
-        const Point3* p2 = pRT->aCorner[RTriangle::getPrev(ici)];
-        if (p1 == pTrg || p2 == pTrg)
-        {
-            scratch.vCommon.push_back(p1 == pTrg ? p2 : p1);
-        }
-        else
-        {
-            fan.vRing.push_back(pRT->aRE[ici]);
-            fan.vRingVtx.insert(fan.vRingVtx.end(), {p1, p2});
-            fan.ringMask |= maskOf(p1) | maskOf(p2);
-            double angle = 0.0;
-            const Turn turn =
-                pLimits == nullptr ? Turn::UNMEASURED : measureTurn(*pSrc, *p1, *p2, *pTrg, *pLimits, angle);
-            if (turn == Turn::TOO_FAR)
-                return false;
-            if (turn == Turn::MEASURED)
-            {
-                sumAngle += angle;
-                numAngles += 1.0;
-            }
-        }
-        pRT = pRT->aNextInc[ici];
-    }
-    fan.bComplete = true;
-    meanTurn = sumAngle / numAngles;
-    return true;
+    forEachIncidentT(pVtx,
+                     [&fan](const RTriangle* pRT, int i)
+                     {
+                         const Point3* p1 = pRT->aCorner[RTriangle::getNext(i)];
+                         const Point3* p2 = pRT->aCorner[RTriangle::getPrev(i)];
+                         fan.vBlades.emplace_back(p1, p2, pRT->aRE[i]);
+                         fan.ringMask |= CollapseFan::maskOf(p1) | CollapseFan::maskOf(p2);
+                     });
 }
 
 double RMesh::getCollapsePenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                                 CollapseScratch& scratch) const
+                                 CollapseFans& fans) const
 {
-    scratch.forgetFans();
-    const double penalty = getTurnPenalty(pRE, iSrc, limits, scratch);
-    return penalty != FORBIDDEN && doRingsMeet(pRE, limits.bKeepTopology, scratch) ? FORBIDDEN : penalty;
+    fans.forget();
+    const double penalty = getTurnPenalty(pRE, iSrc, limits, fans);
+    return penalty != FORBIDDEN && doRingsMeet(pRE, limits.bKeepTopology, fans) ? FORBIDDEN : penalty;
 }
 
 double RMesh::getTurnPenalty(const REdge* pRE, int iSrc, const CollapseLimits& limits,
-                             CollapseScratch& scratch) const
+                             CollapseFans& fans) const
 {
     const double sqLen = pRE->getSqLength();
-    double turn = 0.0;
     // An edge without triangles is stale: its ends no longer share one.
-    if (sqLen > limits.maxSqLen || !pRE->isAlive() || !walkFan(pRE, iSrc, &limits, scratch, turn))
+    if (sqLen > limits.maxSqLen || !pRE->isAlive())
         return FORBIDDEN;
-    return std::sqrt(std::sqrt(sqLen) / cellSize) + TURN_WEIGHT * turn;
+    const Point3* pSrc = pRE->getVertex(iSrc);
+    const Point3* pTrg = pRE->getVertex(1 - iSrc);
+    double sumAngle = 0.0;
+    double numAngles = 0.0;
+    for (CollapseFan::Blade& blade : getFan(pRE, iSrc, fans).vBlades)
+    {
+        if (blade.has(pTrg))
+            continue;
+        double angle = 0.0;
+        const Turn turn = measureTurn(blade, *pSrc, *pTrg, limits, angle);
+        if (turn == Turn::TOO_FAR)
+            return FORBIDDEN;
+        if (turn == Turn::MEASURED)
+        {
+            sumAngle += angle;
+            numAngles += 1.0;
+        }
+    }
+    return std::sqrt(std::sqrt(sqLen) / cellSize) + TURN_WEIGHT * (sumAngle / numAngles);
 }
 
-bool RMesh::doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseScratch& scratch) const
+// An edge that vanishes with the triangles at pRE touches one of its ends: no ring of the other end has it.
+bool RMesh::doRingsMeet(const REdge* pRE, bool bKeepTopology, CollapseFans& fans) const
 {
-    double unused = 0.0;
-    for (const int i : {0, 1})
-        if (!scratch.aFan[i].bComplete)
-            (void)walkFan(pRE, i, nullptr, scratch, unused);
-    const CollapseScratch::Fan& fan0 = scratch.aFan[0];
-    const CollapseScratch::Fan& fan1 = scratch.aFan[1];
+    const Point3* pVtx0 = pRE->getVtx0();
+    const Point3* pVtx1 = pRE->getVtx1();
+    const CollapseFan& fan0 = getFan(pRE, 0, fans);
+    const CollapseFan& fan1 = getFan(pRE, 1, fans);
     const auto isStranger = [&](const Point3* pVtx)
-    { return !holds(scratch.vCommon, pVtx) && holds(fan0.vRingVtx, pVtx); };
-    for (std::size_t i = 0; i < fan1.vRing.size(); ++i)
+    { return !isCornerBetween(fan0, pVtx1, pVtx) && isInRing(fan0, pVtx); };
+    for (const CollapseFan::Blade& blade : fan1.vBlades)
     {
-        const Point3* p1 = fan1.vRingVtx[2 * i];
-        const Point3* p2 = fan1.vRingVtx[2 * i + 1];
-        const bool bMayHold1 = (fan0.ringMask & maskOf(p1)) != 0;
-        const bool bMayHold2 = (fan0.ringMask & maskOf(p2)) != 0;
-        if (bMayHold1 && bMayHold2 && holds(fan0.vRing, fan1.vRing[i]))
+        if (blade.has(pVtx0))
+            continue;
+        const bool bMayHave1 = fan0.mayHaveInRing(blade.p1);
+        const bool bMayHave2 = fan0.mayHaveInRing(blade.p2);
+        if (bMayHave1 && bMayHave2 && isInRing(fan0, blade.pRingRE))
             return true;
-        if (bKeepTopology && ((bMayHold1 && isStranger(p1)) || (bMayHold2 && isStranger(p2))))
+        if (bKeepTopology && ((bMayHave1 && isStranger(blade.p1)) || (bMayHave2 && isStranger(blade.p2))))
             return true;
     }
     return false;

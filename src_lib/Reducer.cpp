@@ -29,12 +29,11 @@ const double DEAR = 6.0;
 const std::size_t MAX_FOR_RECOMPUTE = 1000;
 const int MAX_RECOMPUTES = 5;
 
-const std::size_t MIN_EDGES_PER_JOB = 100;
 const std::size_t MIN_VERTICES_PER_JOB = 16; // of about six edges each
 const std::size_t MAX_JOBS = 36;
 
 // How far to look ahead for what is to be read next; some ten fans at a time fit into the first cache.
-const std::size_t NUM_AHEAD = 32; // candidates, of which a quarter are alive
+const std::size_t NUM_AHEAD = 64; // candidates, of which a quarter are alive
 const std::size_t NUM_VERTICES_AHEAD = 8;
 
 struct ByPenalty
@@ -74,7 +73,7 @@ int Reducer::run()
         fetchAhead();
         RECandidate candidate = queue.front();
         queue.pop();
-        const double freshPen = getPenalty(candidate.edge, candidate.iSrc, scratch);
+        const double freshPen = getFreshPenalty(candidate);
         const bool bAllowed = freshPen != FORBIDDEN;
         if (bAllowed && freshPen > WORSE_BAR && freshPen > candidate.penalty + WORSE_TOLERANCE)
         {
@@ -97,24 +96,39 @@ int Reducer::run()
 // comes from memory. For several of them together these ways are much shorter than one after the other.
 void Reducer::fetchAhead()
 {
-    vAheadRE.clear();
+    const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
+    vAhead.clear();
     const bool bNew = queue.lookAhead(NUM_AHEAD,
-                                      [this](const RECandidate& candidate)
+                                      [&](const RECandidate& candidate)
                                       {
-                                          if (!vIsDead[candidate.edge])
-                                              vAheadRE.push_back(pRMesh->getAllRE()[candidate.edge]);
+                                          if (vIsDead[candidate.edge])
+                                              return;
+                                          vAhead.push_back(candidate);
+                                          prefetch(&vAllRE[candidate.edge]);
+                                          prefetch(&vKnown[candidate.edge]);
                                       });
     if (!bNew)
         return;
-    for (const REdge* pRE : vAheadRE)
-        prefetch(pRE);
-    scratch.vFetchVtx.clear();
-    for (const REdge* pRE : vAheadRE)
-    {
-        prefetch(&vKnown[pRE->getNumber()]);
-        scratch.vFetchVtx.insert(scratch.vFetchVtx.end(), {pRE->getVtx0(), pRE->getVtx1()});
-    }
-    pRMesh->fetchFans(scratch.vFetchVtx, scratch.vFetchT);
+    for (const RECandidate& candidate : vAhead)
+        prefetch(vAllRE[candidate.edge]);
+    for (const RECandidate& candidate : vAhead)
+        for (const int i : {0, 1})
+            prefetch(RVertex::of(vAllRE[candidate.edge]->getVertex(i)));
+    ownBuffers.vFetchVtx.clear();
+    for (const RECandidate& candidate : vAhead)
+        if (!isKnownForbidden(candidate))
+            for (const int i : {0, 1})
+                ownBuffers.vFetchVtx.push_back(vAllRE[candidate.edge]->getVertex(i));
+    pRMesh->fetchFans(ownBuffers.vFetchVtx, ownBuffers.vFetchT);
+}
+
+// A refill has found it out, most often.
+bool Reducer::isKnownForbidden(const RECandidate& candidate) const
+{
+    const Known& known = vKnown[candidate.edge];
+    return known.aTurnPenalty[candidate.iSrc] == FORBIDDEN &&
+           known.aTurnAt[candidate.iSrc] >=
+               vChangedAt[numberOf(pRMesh->getAllRE()[candidate.edge]->getVertex(candidate.iSrc))];
 }
 
 void Reducer::markBorder()
@@ -136,30 +150,31 @@ void Reducer::prepareQueue()
     const std::vector<REdge*>& vAllRE = pRMesh->getAllRE();
     vChangedAt.assign(pRMesh->getNumVertices(), now);
     vKnown.assign(vAllRE.size(), Known{});
-    vIsRefillVtx.assign(pRMesh->getNumVertices(), 0);
+    vIsInBatch.assign(pRMesh->getNumVertices(), 0);
     vIsDead.resize(vAllRE.size());
     std::transform(vAllRE.begin(), vAllRE.end(), vIsDead.begin(),
                    [](const REdge* pRE) { return !pRE->isAlive(); });
     pProgress->increment();
-    queueAliveEdges();
+    std::vector<Point3*> vVtx;
+    pRMesh->getPoints(vVtx);
+    evaluateCandidates_MT(vVtx);
     pProgress->setFinished(true);
 }
 
-template <typename Evaluate>
-void Reducer::evaluateCandidates_MT(std::size_t num, std::size_t minPerJob, Evaluate evaluate)
+void Reducer::evaluateCandidates_MT(const std::vector<Point3*>& vVtx)
 {
-    const std::size_t chunk = std::max(minPerJob, num / MAX_JOBS);
-    std::vector<std::vector<RECandidate>> vvFound((num + chunk - 1) / chunk);
+    for (const Point3* pVtx : vVtx)
+        vIsInBatch[numberOf(pVtx)] = 1;
+    const std::size_t chunk = std::max(MIN_VERTICES_PER_JOB, vVtx.size() / MAX_JOBS);
+    std::vector<std::vector<RECandidate>> vvFound((vVtx.size() + chunk - 1) / chunk);
     JobGroup jobs;
     for (std::size_t k = 0; k < vvFound.size(); ++k)
-        jobs.push(
-            [&, k]
-            {
-                CollapseScratch buffers;
-                for (std::size_t i = k * chunk; i < std::min((k + 1) * chunk, num); ++i)
-                    evaluate(i, buffers, vvFound[k]);
-            });
+        jobs.push([this, &vVtx, &vvFound, chunk, k]
+                  { evaluateVertices(vVtx, k * chunk, std::min((k + 1) * chunk, vVtx.size()), vvFound[k]); });
     jobs.finish();
+    for (const Point3* pVtx : vVtx)
+        vIsInBatch[numberOf(pVtx)] = 0;
+
     std::vector<RECandidate> vPenaltyRE;
     for (const std::vector<RECandidate>& vFound : vvFound)
         vPenaltyRE.insert(vPenaltyRE.end(), vFound.begin(), vFound.end());
@@ -167,66 +182,51 @@ void Reducer::evaluateCandidates_MT(std::size_t num, std::size_t minPerJob, Eval
     queue.addSorted(std::move(vPenaltyRE));
 }
 
-void Reducer::queueAliveEdges()
+void Reducer::evaluateVertices(const std::vector<Point3*>& vVtx, std::size_t from, std::size_t to,
+                               std::vector<RECandidate>& vFound)
 {
-    evaluateCandidates_MT(vIsDead.size(), MIN_EDGES_PER_JOB,
-                          [this](std::size_t edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
-                          {
-                              if (!vIsDead[edge])
-                                  evaluateEdge(static_cast<unsigned int>(edge), buffers, vFound);
-                          });
+    Buffers buffers;
+    for (std::size_t i = from; i < to; ++i)
+    {
+        if ((i - from) % NUM_VERTICES_AHEAD == 0)
+            fetchFansOf(vVtx, i, std::min(i + NUM_VERTICES_AHEAD, to), buffers);
+        collectEdgesAt(vVtx[i], buffers.vRE);
+        fetchFarFans(vVtx[i], buffers);
+        for (const REdge* pRE : buffers.vRE)
+            evaluateEdge(pRE->getNumber(), buffers, vFound);
+    }
 }
 
-// An edge between two refill vertices falls to the one made first.
-void Reducer::queueRefillEdges()
+void Reducer::fetchFansOf(const std::vector<Point3*>& vVtx, std::size_t from, std::size_t to,
+                          Buffers& buffers) const
 {
-    std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
-    vRefillVtx.erase(std::unique(vRefillVtx.begin(), vRefillVtx.end()), vRefillVtx.end());
-    for (const Point3* pVtx : vRefillVtx)
-        vIsRefillVtx[numberOf(pVtx)] = 1;
-    evaluateCandidates_MT(vRefillVtx.size(), MIN_VERTICES_PER_JOB,
-                          [this](std::size_t i, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
-                          {
-                              if (i % NUM_VERTICES_AHEAD == 0)
-                                  fetchRefillFans(i, buffers);
-                              const Point3* pVtx = vRefillVtx[i];
-                              collectEdgesAt(pVtx, buffers);
-                              for (const REdge* pRE : buffers.vIncRE)
-                                  if (pRE->getVtx0() == pVtx || vIsRefillVtx[numberOf(pRE->getVtx0())] == 0)
-                                      evaluateEdge(pRE->getNumber(), buffers, vFound);
-                          });
-    for (const Point3* pVtx : vRefillVtx)
-        vIsRefillVtx[numberOf(pVtx)] = 0;
-}
-
-void Reducer::fetchRefillFans(std::size_t first, CollapseScratch& buffers) const
-{
-    const std::size_t end = std::min(first + NUM_VERTICES_AHEAD, vRefillVtx.size());
-    buffers.vFetchVtx.assign(vRefillVtx.begin() + static_cast<std::ptrdiff_t>(first),
-                             vRefillVtx.begin() + static_cast<std::ptrdiff_t>(end));
+    buffers.vFetchVtx.assign(vVtx.begin() + static_cast<std::ptrdiff_t>(from),
+                             vVtx.begin() + static_cast<std::ptrdiff_t>(to));
     pRMesh->fetchFans(buffers.vFetchVtx, buffers.vFetchT);
 }
 
-// The edges at the vertex, and what their evaluation needs near the processor.
-void Reducer::collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const
+// An edge between two vertices of the batch falls to the one made first.
+void Reducer::collectEdgesAt(const Point3* pVtx, std::vector<const REdge*>& vRE) const
 {
-    buffers.vIncRE.clear();
+    vRE.clear();
     pRMesh->forEachIncidentT(pVtx,
                              [&](const RTriangle* pRT, int i)
                              {
                                  for (const int k : {RTriangle::getNext(i), RTriangle::getPrev(i)})
-                                 {
-                                     buffers.vIncRE.push_back(pRT->getRE(k));
-                                     prefetch(pRT->getRE(k));
-                                 }
+                                     if (std::find(vRE.begin(), vRE.end(), pRT->getRE(k)) == vRE.end())
+                                         vRE.push_back(pRT->getRE(k));
                              });
-    std::sort(buffers.vIncRE.begin(), buffers.vIncRE.end());
-    buffers.vIncRE.erase(std::unique(buffers.vIncRE.begin(), buffers.vIncRE.end()), buffers.vIncRE.end());
-    for (const REdge* pRE : buffers.vIncRE)
+    std::erase_if(vRE, [&](const REdge* pRE)
+                  { return pRE->getVtx0() != pVtx && vIsInBatch[numberOf(pRE->getVtx0())] != 0; });
+    for (const REdge* pRE : vRE)
         prefetch(&vKnown[pRE->getNumber()]);
-    // Most edges are too long, or known to turn a triangle at the other end too far.
+}
+
+// Most edges are too long, or known to turn a triangle at the other end too far.
+void Reducer::fetchFarFans(const Point3* pVtx, Buffers& buffers) const
+{
     buffers.vFetchVtx.clear();
-    for (const REdge* pRE : buffers.vIncRE)
+    for (const REdge* pRE : buffers.vRE)
     {
         const int other = pRE->getVtx0() == pVtx ? 1 : 0;
         const Point3* pOther = pRE->getVertex(other);
@@ -238,22 +238,20 @@ void Reducer::collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const
 }
 
 // Only one job has the edge.
-void Reducer::evaluateEdge(unsigned int edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound)
+void Reducer::evaluateEdge(unsigned int edge, Buffers& buffers, std::vector<RECandidate>& vFound)
 {
-    const Known& known = update(edge, true, true, buffers);
+    const Known& known = update(edge, true, true, buffers.fans);
     for (const int iSrc : {0, 1})
         if (const double penalty = penaltyOf(known, iSrc); penalty != FORBIDDEN)
             vFound.push_back({penalty, edge, iSrc});
 }
 
-const Reducer::Known& Reducer::update(unsigned int edge, bool bWanted0, bool bWanted1,
-                                      CollapseScratch& buffers)
+const Reducer::Known& Reducer::update(unsigned int edge, bool bWanted0, bool bWanted1, CollapseFans& fans)
 {
     const REdge* pRE = pRMesh->getAllRE()[edge];
     const unsigned int aChangedAt[2] = {vChangedAt[numberOf(pRE->getVtx0())],
                                         vChangedAt[numberOf(pRE->getVtx1())]};
     Known& known = vKnown[edge];
-    buffers.forgetFans();
     bool bAnyAllowed = false;
     for (const int i : {0, 1})
     {
@@ -261,14 +259,14 @@ const Reducer::Known& Reducer::update(unsigned int edge, bool bWanted0, bool bWa
             continue;
         if (known.aTurnAt[i] < aChangedAt[i])
         {
-            known.aTurnPenalty[i] = pRMesh->getTurnPenalty(pRE, i, limits, buffers);
+            known.aTurnPenalty[i] = pRMesh->getTurnPenalty(pRE, i, limits, fans);
             known.aTurnAt[i] = now;
         }
         bAnyAllowed = bAnyAllowed || known.aTurnPenalty[i] != FORBIDDEN;
     }
     if (bAnyAllowed && known.ringsAt < std::max(aChangedAt[0], aChangedAt[1]))
     {
-        known.bRingsMeet = pRMesh->doRingsMeet(pRE, limits.bKeepTopology, buffers);
+        known.bRingsMeet = pRMesh->doRingsMeet(pRE, limits.bKeepTopology, fans);
         known.ringsAt = now;
     }
     return known;
@@ -279,9 +277,12 @@ double Reducer::penaltyOf(const Known& known, int iSrc)
     return known.bRingsMeet ? FORBIDDEN : known.aTurnPenalty[iSrc];
 }
 
-double Reducer::getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers)
+double Reducer::getFreshPenalty(const RECandidate& candidate)
 {
-    return vIsDead[edge] ? FORBIDDEN : penaltyOf(update(edge, iSrc == 0, iSrc == 1, buffers), iSrc);
+    if (vIsDead[candidate.edge])
+        return FORBIDDEN;
+    return penaltyOf(update(candidate.edge, candidate.iSrc == 0, candidate.iSrc == 1, ownBuffers.fans),
+                     candidate.iSrc);
 }
 
 // A border vertex moves only along a border that is nearly straight there.
@@ -316,6 +317,7 @@ bool Reducer::isBorderStraightAt(const Point3* pVtx) const
 void Reducer::collapse(Point3* pSrc, Point3* pTrg)
 {
     ++now;
+    ownBuffers.fans.forget();
     vSrcT.clear();
     pRMesh->getIncidentT(pSrc, vSrcT);
     vTouchedRE.clear();
@@ -344,9 +346,13 @@ void Reducer::refill()
 {
     const std::size_t num = vRefillVtx.size();
     if (num > 2 && num < MAX_FOR_RECOMPUTE && ++numRecomputes < MAX_RECOMPUTES)
-        queueAliveEdges();
-    else
-        queueRefillEdges();
+    {
+        vRefillVtx.clear();
+        pRMesh->getPoints(vRefillVtx);
+    }
+    std::sort(vRefillVtx.begin(), vRefillVtx.end(), ByCreationVtx());
+    vRefillVtx.erase(std::unique(vRefillVtx.begin(), vRefillVtx.end()), vRefillVtx.end());
+    evaluateCandidates_MT(vRefillVtx);
     vRefillVtx.clear();
 }
 

@@ -1,6 +1,7 @@
 #ifndef ZEF_REDUCER_H
 #define ZEF_REDUCER_H
 
+#include "CollapseFans.h"
 #include "CollapseLimits.h"
 #include "RECandidate.h"
 #include "StableQueue.h"
@@ -54,24 +55,33 @@ private:
         bool bRingsMeet;
     };
 
+    // What an evaluation needs for its time; kept to spare allocations.
+    struct Buffers
+    {
+        CollapseFans fans;
+        std::vector<const REdge*> vRE;        // of the vertex in hand
+        std::vector<const Point3*> vFetchVtx; // whose fans are fetched ahead
+        std::vector<const RTriangle*> vFetchT;
+    };
+
     void markBorder();
     void prepareQueue();
-    // Calls evaluate(i, buffers, vFound) for each i below num on the pool and queues what the calls have
-    // appended to vFound.
-    template <typename Evaluate>
-    void evaluateCandidates_MT(std::size_t num, std::size_t minPerJob, Evaluate evaluate);
-    // Evaluate both directions of all alive edges, or of those at the refill vertices.
-    void queueAliveEdges();
-    void queueRefillEdges();
+    // Evaluates both directions of the edges at these vertices on the pool and queues what is allowed.
+    void evaluateCandidates_MT(const std::vector<Point3*>& vVtx);
+    void evaluateVertices(const std::vector<Point3*>& vVtx, std::size_t from, std::size_t to,
+                          std::vector<RECandidate>& vFound);
     // Bring near the processor what is read next.
     void fetchAhead();
-    void fetchRefillFans(std::size_t first, CollapseScratch& buffers) const;
-    void collectEdgesAt(const Point3* pVtx, CollapseScratch& buffers) const;
-    void evaluateEdge(unsigned int edge, CollapseScratch& buffers, std::vector<RECandidate>& vFound);
+    [[nodiscard]] bool isKnownForbidden(const RECandidate& candidate) const;
+    void fetchFansOf(const std::vector<Point3*>& vVtx, std::size_t from, std::size_t to,
+                     Buffers& buffers) const;
+    void fetchFarFans(const Point3* pVtx, Buffers& buffers) const;
+    void collectEdgesAt(const Point3* pVtx, std::vector<const REdge*>& vRE) const;
+    void evaluateEdge(unsigned int edge, Buffers& buffers, std::vector<RECandidate>& vFound);
     // Makes anew what is out of date and needed for the wanted directions; the penalties of others may be old.
-    const Known& update(unsigned int edge, bool bWanted0, bool bWanted1, CollapseScratch& buffers);
+    const Known& update(unsigned int edge, bool bWanted0, bool bWanted1, CollapseFans& fans);
     [[nodiscard]] static double penaltyOf(const Known& known, int iSrc);
-    [[nodiscard]] double getPenalty(unsigned int edge, int iSrc, CollapseScratch& buffers);
+    [[nodiscard]] double getFreshPenalty(const RECandidate& candidate);
     // Collapses the candidate unless the border forbids it; true if it did.
     bool tryCollapse(const RECandidate& candidate);
     [[nodiscard]] bool isBorderStraightAt(const Point3* pVtx) const;
@@ -90,11 +100,11 @@ private:
     std::vector<unsigned int> vChangedAt; // by vertex number: when its triangles changed last
     std::vector<bool> vIsDead;            // by edge number: degree 0; bits, to stay in the cache
 
-    std::vector<const REdge*> vAheadRE;
-    std::vector<char> vIsRefillVtx;       // by vertex number; 0 between refills
+    std::vector<RECandidate> vAhead;
+    std::vector<char> vIsInBatch;         // by vertex number: its edges are being evaluated
     std::vector<RTriangle*> vSrcT;        // at the vertex that vanishes
     std::vector<const REdge*> vTouchedRE; // theirs, with repetitions
-    CollapseScratch scratch;
+    Buffers ownBuffers;                   // of this thread
     int numRecomputes = 0;
     int numKilled = 0;
 };

@@ -1,3 +1,4 @@
+#include "CollapseFans.h"
 #include "CollapseLimits.h"
 #include "WorkerPool.h"
 #include "edgeFlips.h"
@@ -44,7 +45,7 @@ public:
             const auto [saved, candidate] = *mmPenaltyRE.begin();
             const auto [pRE, iSrc] = candidate;
             mmPenaltyRE.erase(mmPenaltyRE.begin());
-            const double fresh = mesh.getCollapsePenalty(pRE, iSrc, limits, scratch);
+            const double fresh = mesh.getCollapsePenalty(pRE, iSrc, limits, fans);
             Point3* pSrc = pRE->getVertex(iSrc);
             if (fresh != DBL_MAX && fresh > 2.0 && fresh > saved + 3.0)
                 mmPenaltyRE.emplace(fresh, candidate);
@@ -66,7 +67,7 @@ private:
         for (const REdge* pRE : vRE)
             for (const int iSrc : {0, 1})
             {
-                const double penalty = mesh.getCollapsePenalty(pRE, iSrc, limits, scratch);
+                const double penalty = mesh.getCollapsePenalty(pRE, iSrc, limits, fans);
                 if (penalty != DBL_MAX)
                     vSorted.emplace_back(penalty, pRE->getNumber(), iSrc);
             }
@@ -110,7 +111,7 @@ private:
 
     RMesh& mesh;
     CollapseLimits limits;
-    CollapseScratch scratch;
+    CollapseFans fans;
     std::set<const Point3*> sBorder;
     std::multimap<double, std::pair<REdge*, int>, NaNLast> mmPenaltyRE;
     std::vector<Point3*> vRefillVtx;
