@@ -62,6 +62,7 @@ void CMesh::clearAll()
     pPrepared = nullptr;
     numVertices = 0;
     numEdges = 0;
+    aNumOfDegree = {};
     lastCCD = 0;
     bVerticesAscending = true;
 }
@@ -217,6 +218,7 @@ CTriangle* CMesh::createT(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generati
     for (int i = 0; i < 3; ++i)
     {
         pCT->aEdge[i]->vCT.push_back(pCT);
+        noteGrown(*pCT->aEdge[i]);
         appendToCorner(pCT, i);
     }
     return pCT;
@@ -348,6 +350,31 @@ void CMesh::collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const
         collectAt(pVertex);
 }
 
+void CMesh::noteGrown(const CEdge& edge) noexcept
+{
+    const int degree = edge.getDegree();
+    if (degree > 1)
+        --aNumOfDegree[degreeSlot(degree - 1)];
+    ++aNumOfDegree[degreeSlot(degree)];
+}
+
+void CMesh::noteFallen(const CEdge& edge) noexcept
+{
+    const int degree = edge.getDegree();
+    --aNumOfDegree[degreeSlot(degree + 1)];
+    if (degree > 0)
+        ++aNumOfDegree[degreeSlot(degree)];
+}
+
+bool CMesh::hasDegree(int deg) const
+{
+    for (int degree = 1; degree <= NUM_DEGREES; ++degree)
+        if (aNumOfDegree[degreeSlot(degree)] > 0 &&
+            (fitsDegree(degree, deg) || (degree == NUM_DEGREES && deg > NUM_DEGREES)))
+            return true;
+    return false;
+}
+
 void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
 {
     if (deg <= 0 && deg != -1 && deg != -5 && deg != -99)
@@ -355,6 +382,8 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
         std::cout << "deg=" << deg << std::endl;
         ASSEX_TEXT(false, "false");
     }
+    if (!hasDegree(deg))
+        return;
     const auto fits = [deg](const CEdge* pCE) { return fitsDegree(pCE->getDegree(), deg); };
     if (deg == 2 || deg == -99)
     {

@@ -9,6 +9,8 @@
 #include "definitions.h"
 #include "tarn_tools/SimplePool.h"
 
+#include <algorithm>
+#include <array>
 #include <map>
 #include <memory>
 #include <set>
@@ -36,10 +38,13 @@ class Voro;
 // Order:      "map order" of edges is ascending in (v0, v1), whatever the order of creation.
 // Threads:    none; one mesh belongs to one thread at a time. Queries that change nothing may run in
 //             parallel.
-// Cost:       createT, kill, getCE cost a few list steps at a corner; getDegN and getAllCE walk all corners.
+// Cost:       createT, kill, getCE cost a few list steps at a corner; getDegN walks all edges unless there is
+//             none of that degree; getAllCE walks all corners.
 class CMesh
 {
 public:
+    static constexpr int NUM_DEGREES = 7; // that are counted one by one, from 0
+
     CMesh(Voro* pVoro_, Calc* pCalc_, BundleMap* pCCDBundle_);
     ~CMesh();
     CMesh(const CMesh&) = delete;
@@ -68,6 +73,8 @@ public:
     // Appends the edges of degree deg, deg > 0, in map order. -1: degree above 2; -5: degree 1 or at least 3;
     // -99: degree above 0; anything else is fatal.
     void getDegN(int deg, std::vector<CEdge*>& vCE) const;
+    // Whether getDegN() would find any, at once; for degrees from NUM_DEGREES on: whether it may.
+    [[nodiscard]] bool hasDegree(int deg) const;
     [[nodiscard]] bool hasEdge(u64 a, u64 b) const; // exists with degree at least 1; a and b must differ
     [[nodiscard]] CEdge* getCE(u64 a, u64 b) const; // in either order; null if absent; orphans count
     [[nodiscard]] CEdge* getCE(const CVertex* pA, const CVertex* pB) const noexcept;
@@ -170,6 +177,13 @@ private:
     void collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const;
     void initPools(std::size_t numCorners);
     void destroyEdges();
+    // To be called for an edge whose degree has grown or fallen by one.
+    void noteGrown(const CEdge& edge) noexcept;
+    void noteFallen(const CEdge& edge) noexcept;
+    [[nodiscard]] static std::size_t degreeSlot(int degree) noexcept
+    {
+        return static_cast<std::size_t>(std::min(degree, NUM_DEGREES));
+    }
 
     Voro* pVoro;
     Calc* pCalc;
@@ -184,6 +198,8 @@ private:
     std::vector<CVertex*> vTable; // open addressing on the code; size a power of two
     std::size_t numVertices = 0;
     unsigned int numEdges = 0;
+    // Edges by degree; orphans are not counted, and all from NUM_DEGREES on are counted together.
+    std::array<std::size_t, NUM_DEGREES + 1> aNumOfDegree = {};
     u64 lastCCD = 0;                // code of the last record made
     bool bVerticesAscending = true; // records were made in ascending order of code
 

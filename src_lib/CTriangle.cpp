@@ -205,7 +205,10 @@ void CTriangle::kill(CMesh* pMesh)
 {
     ASSEX(bAlive);
     for (CEdge* pCE : aEdge)
+    {
         pCE->checkOut(this);
+        pMesh->noteFallen(*pCE);
+    }
     pMesh->unregisterTriangle(this);
     bAlive = false;
     --pMesh->numAliveT;

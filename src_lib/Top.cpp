@@ -6,10 +6,12 @@
 #include "HoleToCCD.h"
 #include "Progress.h"
 #include "Voro.h"
+#include "parallelFor.h"
 #include "zefRand.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cmath>
 #include <memory>
 #include <set>
@@ -21,6 +23,9 @@ namespace
 // Largest pieces that killTinyBorderPatches may remove, by the place in the order of passes.
 const int MAX_TINY_BEFORE_PATCHES = 40;
 const int MAX_TINY_MELT = 8;
+
+const std::size_t TRIANGLES_PER_STEP = 1 << 17;    // of the search for flat ones
+const std::size_t MIN_TRIANGLES_PER_JOB = 1 << 14; // of it
 
 // Cube configurations that leave dangling triangles: the rotations and mirrors of one.
 const std::array<int, 8> vKillConfigs = {27, 39, 78, 114, 141, 177, 216, 228};
@@ -90,25 +95,30 @@ Point3 shiftAtRandom(const Point3& p, double spacing)
     return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
 }
 
-// Which edges there are beside those of two triangles.
-struct Rims
+// Whether an edge has an odd number of triangles above two.
+bool hasFork(const CMesh& mesh)
 {
-    bool bBorder = false;
-    bool bSeam = false; // of more than two triangles
-    bool bFork = false; // of an odd number of triangles above two
-};
+    bool bFork = false;
+    mesh.forEachEdge([&bFork](const CEdge* pCE)
+                     { bFork = bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1); });
+    return bFork;
+}
 
-Rims findRims(const CMesh& mesh)
+// Whether one of the triangles [from, to) is alive and flat; looked for by the workers.
+bool hasFlat(const CMesh& mesh, std::size_t from, std::size_t to)
 {
-    Rims rims;
-    mesh.forEachEdge(
-        [&rims](const CEdge* pCE)
-        {
-            rims.bBorder = rims.bBorder || pCE->getDegree() == 1;
-            rims.bSeam = rims.bSeam || pCE->getDegree() > 2;
-            rims.bFork = rims.bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1);
-        });
-    return rims;
+    std::atomic<bool> bFlat = false;
+    parallelFor(to - from, MIN_TRIANGLES_PER_JOB,
+                [&](std::size_t first, std::size_t end)
+                {
+                    for (std::size_t i = from + first; i < from + end; ++i)
+                        if (mesh.getAllT()[i]->isAlive() && mesh.getAllT()[i]->isDegenerate(&mesh))
+                        {
+                            bFlat = true;
+                            return;
+                        }
+                });
+    return bFlat;
 }
 } // namespace
 
@@ -177,16 +187,16 @@ void Top::finish()
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
-    const Rims rims = findRims(*pCMesh);
+    const bool bSeam = pCMesh->hasDegree(-1);
     // On an open surface sets of patches need not enclose a volume, and deciding between them may join sheets
     // that face each other. Where all seams are even, they are sheets that touch.
-    if (rims.bSeam)
-        cleanSeams(!rims.bBorder && rims.bFork);
+    if (bSeam)
+        cleanSeams(!pCMesh->hasDegree(1) && hasFork(*pCMesh));
     orientAll();
     pProgress->increment();
-    if (rims.bSeam)
+    if (bSeam)
         partTouchingSheets();
-    const bool bHasBorder = findRims(*pCMesh).bBorder;
+    const bool bHasBorder = pCMesh->hasDegree(1);
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
@@ -215,26 +225,36 @@ bool Top::moveOneCorner(const CTriangle& ct, int ici)
 
 void Top::killDegenerate()
 {
-    std::vector<CTriangle*> vKids;
     const std::size_t numT = pCMesh->getAllT().size(); // what the loop makes comes behind
-    for (std::size_t i = 0; i < numT; ++i)
+    for (std::size_t from = 0; from < numT; from += TRIANGLES_PER_STEP)
     {
-        CTriangle* pCT = pCMesh->getAllT()[i];
-        if (!pCT->isAlive() || !pCT->isDegenerate(pCMesh))
+        const std::size_t to = std::min(from + TRIANGLES_PER_STEP, numT);
+        // What is done about one may make others flat, so only steps without any are settled by this.
+        if (!hasFlat(*pCMesh, from, to))
             continue;
-        const int ici = pCT->getLargestEdgeICI(pCMesh);
-        CEdge* pCE = pCT->getCEdge(ici);
-        if (pCE->getDegree() == 1)
+        for (std::size_t i = from; i < to; ++i)
         {
-            pCT->kill(pCMesh);
-            continue;
+            CTriangle* pCT = pCMesh->getAllT()[i];
+            if (pCT->isAlive() && pCT->isDegenerate(pCMesh))
+                killFlat(pCT);
         }
-        vKids.clear();
-        if (pCE->trySplitNeigsKillT(pCMesh, pCT, ici, vKids) || moveOneCorner(*pCT, ici))
-            continue;
-        errorMessage(ZEF_HERE, "No success of trySplitNeigsKillT() and laplacianForOne()");
-        throw ZefBugException();
     }
+}
+
+void Top::killFlat(CTriangle* pCT)
+{
+    const int ici = pCT->getLargestEdgeICI(pCMesh);
+    CEdge* pCE = pCT->getCEdge(ici);
+    if (pCE->getDegree() == 1)
+    {
+        pCT->kill(pCMesh);
+        return;
+    }
+    std::vector<CTriangle*> vKids;
+    if (pCE->trySplitNeigsKillT(pCMesh, pCT, ici, vKids) || moveOneCorner(*pCT, ici))
+        return;
+    errorMessage(ZEF_HERE, "No success of trySplitNeigsKillT() and laplacianForOne()");
+    throw ZefBugException();
 }
 
 // --- Borders -----------------------------------------------------------------------------------------------

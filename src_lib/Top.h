@@ -238,6 +238,7 @@ private:
     [[nodiscard]] bool removeCap(CEdge* pCE, u64 apex);
     bool tryFlipCrease(CEdge* pCE, double curAngle);
     bool unifyDiagonalAt(CEdge* pCE);
+    void killFlat(CTriangle* pCT);
     void splitNewFlat(CTriangle* pNewT);
     // Moves the first corner that lets itself be moved, from corner ici on; false if none does.
     [[nodiscard]] bool moveOneCorner(const CTriangle& ct, int ici);

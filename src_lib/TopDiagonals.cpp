@@ -2,14 +2,20 @@
 #include "Top.h"
 
 #include "CMesh.h"
+#include "produceInOrder.h"
+#include "sortMT2.h"
 
 #include <algorithm>
 #include <array>
+#include <functional>
+#include <vector>
 
 namespace TARN_ZEF
 {
 namespace
 {
+const std::size_t EDGES_PER_PART = 1 << 17;
+
 // One bit for each square of the lattice, by a hash of its name. A square that was inserted is found; one that
 // was not may be found too.
 class SquareFilter
@@ -91,44 +97,85 @@ SquareFilter makeFilter(const std::vector<Diagonal>& vDiagonals)
     return filter;
 }
 
-bool isLessInMap(const CEdge* pA, const CEdge* pB)
+// An edge with what the order of the map goes by.
+struct MapEntry
 {
-    return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1;
-}
+    explicit MapEntry(CEdge* pCE_)
+        : v0(pCE_->v0)
+        , v1(pCE_->v1)
+        , pCE(pCE_)
+    {
+    }
+    bool operator<(const MapEntry& other) const { return v0 != other.v0 ? v0 < other.v0 : v1 < other.v1; }
+
+    u64 v0;
+    u64 v1;
+    CEdge* pCE;
+};
+
+// The diagonals of unit squares among some of the edges.
+struct Diagonals
+{
+    std::vector<Diagonal> vUpward;
+    std::vector<Diagonal> vAcross;
+    bool bAllUnit = true; // no edge is longer than within a unit cube
+
+    void collect(const CMesh& mesh, std::size_t from, std::size_t to)
+    {
+        mesh.forEachEdge(from, to,
+                         [this](CEdge* pCE)
+                         {
+                             const Span span(*pCE);
+                             bAllUnit = bAllUnit && span.bUnit;
+                             if (span.isDiagonal())
+                                 (span.bUpward ? vUpward : vAcross).push_back({span.square, pCE});
+                         });
+    }
+    void append(const Diagonals& other)
+    {
+        vUpward.insert(vUpward.end(), other.vUpward.begin(), other.vUpward.end());
+        vAcross.insert(vAcross.end(), other.vAcross.begin(), other.vAcross.end());
+        bAllUnit = bAllUnit && other.bAllUnit;
+    }
+};
 
 // The edges, in map order, that may have a crossing one: in a mesh whose edges all join cells of one cube,
 // those are the diagonals of unit squares that have both. Where an edge is longer, all edges.
 void collectCandidates(const CMesh& mesh, std::vector<CEdge*>& vCE)
 {
-    std::vector<Diagonal> vUpward;
-    std::vector<Diagonal> vAcross;
-    bool bAllUnit = true;
-    mesh.forEachEdge(
-        [&](CEdge* pCE)
+    Diagonals diagonals;
+    const std::size_t numEdges = mesh.getNumEdges();
+    std::vector<Diagonals> vParts(4);
+    produceInOrder(
+        vParts, (numEdges + EDGES_PER_PART - 1) / EDGES_PER_PART,
+        [&](Diagonals& part, std::size_t i)
         {
-            const Span span(*pCE);
-            bAllUnit = bAllUnit && span.bUnit;
-            if (span.isDiagonal())
-                (span.bUpward ? vUpward : vAcross).push_back({span.square, pCE});
-        });
-    if (!bAllUnit)
+            part = {};
+            part.collect(mesh, i * EDGES_PER_PART, std::min((i + 1) * EDGES_PER_PART, numEdges));
+        },
+        [&](const Diagonals& part) { diagonals.append(part); });
+    if (!diagonals.bAllUnit)
     {
         mesh.getAllCE(vCE);
         return;
     }
     std::vector<Diagonal> vCrossing;
-    appendIfMarked(vUpward, makeFilter(vAcross), vCrossing);
-    appendIfMarked(vAcross, makeFilter(vCrossing), vCrossing);
+    appendIfMarked(diagonals.vUpward, makeFilter(diagonals.vAcross), vCrossing);
+    appendIfMarked(diagonals.vAcross, makeFilter(vCrossing), vCrossing);
+    std::vector<MapEntry> vEntries;
+    vEntries.reserve(vCrossing.size());
     for (const Diagonal& diagonal : vCrossing)
-        vCE.push_back(diagonal.pCE);
-    std::sort(vCE.begin(), vCE.end(), isLessInMap);
+        vEntries.emplace_back(diagonal.pCE);
+    sortMT(vEntries.begin(), vEntries.end(), std::less<>());
+    vCE.reserve(vEntries.size());
+    for (const MapEntry& entry : vEntries)
+        vCE.push_back(entry.pCE);
 }
 } // namespace
 
 void Top::unifyDiagonals()
 {
-    unsigned int numEdges = 0;
-    pCMesh->forEachEdge([&numEdges](const CEdge*) { ++numEdges; });
+    const std::size_t numEdges = pCMesh->getNumEdges();
     std::vector<CEdge*> vCE;
     collectCandidates(*pCMesh, vCE);
     for (std::size_t i = 0; i < vCE.size(); ++i)
@@ -138,8 +185,8 @@ void Top::unifyDiagonals()
         // A split may give any edge a crossing one. The edges that it made are none of this pass.
         std::vector<CEdge*> vAllCE;
         pCMesh->getAllCE(vAllCE);
-        std::erase_if(vAllCE, [&](const CEdge* pCE)
-                      { return pCE->getNumber() >= numEdges || !isLessInMap(vCE[i], pCE); });
+        std::erase_if(vAllCE, [&](CEdge* pCE)
+                      { return pCE->getNumber() >= numEdges || !(MapEntry(vCE[i]) < MapEntry(pCE)); });
         for (std::size_t k = 0; k < vAllCE.size(); ++k)
             unifyDiagonalAt(vAllCE[k]);
         break;
