@@ -2,6 +2,7 @@
 
 #include "Bundle.h"
 #include "CPatch.h"
+#include "collectInOrder.h"
 #include "tools.h"
 
 #include <algorithm>
@@ -390,16 +391,21 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
         collectInMapOrder(vCE, fits); // nearly all edges
         return;
     }
-    const auto start = static_cast<std::ptrdiff_t>(vCE.size());
-    forEachEdge(
-        [&](CEdge* pCE)
-        {
-            if (fits(pCE))
-                vCE.push_back(pCE);
-        });
-    std::sort(vCE.begin() + start, vCE.end(),
+    std::vector<CEdge*> vFound =
+        collectInOrder<CEdge*>(getNumEdges(),
+                               [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
+                               {
+                                   forEachEdge(from, to,
+                                               [&](CEdge* pCE)
+                                               {
+                                                   if (fits(pCE))
+                                                       vPart.push_back(pCE);
+                                               });
+                               });
+    std::sort(vFound.begin(), vFound.end(),
               [](const CEdge* pA, const CEdge* pB)
               { return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1; });
+    vCE.insert(vCE.end(), vFound.begin(), vFound.end());
 }
 
 void CMesh::getAllCE(std::vector<CEdge*>& vCE) const

@@ -2,6 +2,7 @@
 #include "CMesh.h"
 
 #include "Bundle.h"
+#include "collectInOrder.h"
 #include "tools.h"
 #include "zefRand.h"
 
@@ -75,6 +76,21 @@ bool moveOneCorner(CMesh& mesh, const CTriangle& ct, int ici)
         if (mesh.laplacianForOne(ct.getCorner((ici + i) % 3)))
             return true;
     return false;
+}
+
+// A triangle on the same corners, null if there is none. Two triangles share two edges only if they have the
+// same corners.
+CTriangle* findTwin(const CTriangle& ct)
+{
+    const CEdge::TriangleList& vBeside0 = ct.getCEdge(0)->vCT;
+    const CEdge::TriangleList& vBeside1 = ct.getCEdge(1)->vCT;
+    if (vBeside0.size() < 2 || vBeside1.size() < 2)
+        return nullptr;
+    const auto it = std::find_if(
+        vBeside0.begin(), vBeside0.end(),
+        [&](const CTriangle* pOther)
+        { return pOther != &ct && std::find(vBeside1.begin(), vBeside1.end(), pOther) != vBeside1.end(); });
+    return it == vBeside0.end() ? nullptr : *it;
 }
 } // namespace
 
@@ -234,28 +250,24 @@ void CMesh::splitDegenerate()
 
 int CMesh::killDuplicates()
 {
-    // Two triangles share two edges only if they have the same corners: so one that stands beside another on
-    // two of its edges is its duplicate.
+    // Kills make no duplicates, so what has none now needs no look later.
+    const std::vector<CTriangle*> vWithTwin =
+        collectInOrder<CTriangle*>(vCT.size(),
+                                   [this](std::size_t from, std::size_t to, std::vector<CTriangle*>& vFound)
+                                   {
+                                       for (std::size_t i = from; i < to; ++i)
+                                           if (vCT[i]->isAlive() && findTwin(*vCT[i]) != nullptr)
+                                               vFound.push_back(vCT[i]);
+                                   });
     int numKilled = 0;
-    for (CTriangle* pCT : vCT)
+    for (const CTriangle* pCT : vWithTwin)
     {
+        // The first one created is met first.
         if (!pCT->isAlive())
             continue;
-        const CEdge::TriangleList& vBeside0 = pCT->aEdge[0]->vCT;
-        const CEdge::TriangleList& vBeside1 = pCT->aEdge[1]->vCT;
-        if (vBeside0.size() < 2 || vBeside1.size() < 2)
-            continue;
-        for (std::uint32_t i = 0; i < vBeside0.size();)
+        while (CTriangle* pTwin = findTwin(*pCT))
         {
-            CTriangle* pOther = vBeside0[i];
-            if (pOther == pCT || std::find(vBeside1.begin(), vBeside1.end(), pOther) == vBeside1.end())
-            {
-                ++i;
-                continue;
-            }
-            // pCT is the first created one, the others would have killed it. The last entry of the list
-            // takes the place of the dead one.
-            pOther->kill(this);
+            pTwin->kill(this);
             ++numKilled;
         }
     }

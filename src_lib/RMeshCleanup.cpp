@@ -3,8 +3,8 @@
 
 #include "Progress.h"
 #include "RPatch.h"
+#include "collectInOrder.h"
 #include "parallelFor.h"
-#include "produceInOrder.h"
 #include "tools.h"
 #include "uniteAcrossEdges.h"
 #include "zefRand.h"
@@ -20,9 +20,7 @@ namespace
 const double MAX_MOVE_IN_CELLS = 0.1;        // of relocateVertex
 const double MAX_RELOCATE_DEV_ANGLE = 170.0; // degrees
 
-// Of walks over the whole mesh on the workers.
-const std::size_t EDGES_PER_PART = 20000;
-const std::size_t NUM_PARTS_AHEAD = 4;
+const std::size_t MIN_TRIANGLES_PER_JOB = 20000; // of a walk over all of them
 
 bool isFlat(const RTriangle& rt)
 {
@@ -163,19 +161,13 @@ void RMesh::createPatches(int maxT)
 
 int RMesh::killDuplicateT()
 {
-    std::vector<RTriangle*> vKillT;
-    std::vector<std::vector<RTriangle*>> vParts(NUM_PARTS_AHEAD);
-    produceInOrder(
-        vParts, (vAllRE.size() + EDGES_PER_PART - 1) / EDGES_PER_PART,
-        [this](std::vector<RTriangle*>& vTwinT, std::size_t i)
-        {
-            vTwinT.clear();
-            const std::size_t end = std::min((i + 1) * EDGES_PER_PART, vAllRE.size());
-            for (std::size_t k = i * EDGES_PER_PART; k < end; ++k)
-                collectTwins(vAllRE[k], vTwinT);
-        },
-        [&vKillT](const std::vector<RTriangle*>& vTwinT)
-        { vKillT.insert(vKillT.end(), vTwinT.begin(), vTwinT.end()); });
+    const std::vector<RTriangle*> vKillT =
+        collectInOrder<RTriangle*>(vAllRE.size(),
+                                   [this](std::size_t from, std::size_t to, std::vector<RTriangle*>& vTwinT)
+                                   {
+                                       for (std::size_t k = from; k < to; ++k)
+                                           collectTwins(vAllRE[k], vTwinT);
+                                   });
     for (RTriangle* pRT : vKillT)
         if (pRT->isAlive())
             pRT->kill(this);
@@ -237,7 +229,7 @@ void RMesh::killDegenerate(bool bKeepTopology)
 std::vector<char> RMesh::findFlatT() const
 {
     std::vector<char> vFlat(vAllRT.size(), false);
-    parallelFor(vAllRT.size(), EDGES_PER_PART,
+    parallelFor(vAllRT.size(), MIN_TRIANGLES_PER_JOB,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
