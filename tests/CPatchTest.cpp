@@ -380,7 +380,7 @@ TEST(CPatchPaths, theCheapestOnesOnABumpySheet)
         SheetMesh sheet;
         sheet.addSheet(6);
         std::mt19937 rng(seed);
-        std::uniform_real_distribution<double> height(0.0, 2.0);
+        std::uniform_real_distribution<double> height(0.0, 8.0);
         std::map<u64, Point3> mPos = sheet.positions();
         Dijkstra::EdgeMap mInner;
         for (auto& [ccd, p] : mPos)

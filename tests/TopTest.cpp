@@ -285,6 +285,18 @@ TEST(TopBorders, tinyMeansFewTrianglesAndMuchBorder)
     }
 }
 
+TEST(TopBorders, tinyIsAnyPieceBelow25TrianglesWithTwoBorderEdges)
+{
+    for (const int size : {1, 2}) // 19 triangles, or 47 of which a smaller share is border
+    {
+        SheetAndTop s;
+        s.addBox({8, 8, 8}, {size, size, 2}, [](int, int, int) { return false; });
+        s.mesh.getAllT()[0]->kill(&s.mesh);
+        s.top.killTinyBorderPatches(100);
+        EXPECT_EQ(s.mesh.getNumAliveT(), size == 1 ? 0u : 47u);
+    }
+}
+
 // --- Patches -----------------------------------------------------------------------------------------------
 
 TEST(TopPatches, sizeAndAreaDecideAPair)
