@@ -66,6 +66,16 @@ void checkEdgeLists(const CMesh& mesh)
     EXPECT_EQ(numEntries, 3 * mesh.getNumAliveT());
 }
 
+void checkDegreeCounts(const CMesh& mesh)
+{
+    for (const int deg : {1, 2, 3, 4, 5, 6, -1, -5, -99})
+    {
+        bool bAny = false;
+        mesh.forEachEdge([&](const CEdge* pCE) { bAny = bAny || fitsDegree(pCE->getDegree(), deg); });
+        EXPECT_EQ(mesh.hasDegree(deg), bAny) << "edges of degree " << deg;
+    }
+}
+
 void checkEdgeOrder(const CMesh& mesh)
 {
     std::vector<CEdge*> vCE;
@@ -92,6 +102,7 @@ void expectConsistent(const CMesh& mesh)
     EXPECT_EQ(numAlive, mesh.getNumAliveT());
     checkCornerLists(mesh);
     checkEdgeLists(mesh);
+    checkDegreeCounts(mesh);
     checkEdgeOrder(mesh);
 }
 
