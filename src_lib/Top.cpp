@@ -95,15 +95,6 @@ Point3 shiftAtRandom(const Point3& p, double spacing)
     return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
 }
 
-// Whether an edge has an odd number of triangles above two.
-bool hasFork(const CMesh& mesh)
-{
-    bool bFork = false;
-    mesh.forEachEdge([&bFork](const CEdge* pCE)
-                     { bFork = bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1); });
-    return bFork;
-}
-
 // Whether one of the triangles [from, to) is alive and flat; looked for by the workers.
 bool hasFlat(const CMesh& mesh, std::size_t from, std::size_t to)
 {
@@ -188,10 +179,8 @@ void Top::finish()
     pCMesh->deletePatches();
     pProgress->increment();
     const bool bSeam = pCMesh->hasDegree(-1);
-    // On an open surface sets of patches need not enclose a volume, and deciding between them may join sheets
-    // that face each other. Where all seams are even, they are sheets that touch.
     if (bSeam)
-        cleanSeams(!pCMesh->hasDegree(1) && hasFork(*pCMesh));
+        cleanSeams();
     orientAll();
     pProgress->increment();
     if (bSeam)

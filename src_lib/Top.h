@@ -195,9 +195,9 @@ protected:
     // --- Seams (TopSeams.cpp) ---
     // Largest pieces at a border that may be removed at the end.
     static const int MAX_TINY_AT_END = 100;
-    // What the passes over patches leave at edges of more than two triangles: clusters of patches, if asked
-    // for, and ears at borders.
-    void cleanSeams(bool bClusters);
+    // What the passes over patches leave at edges of more than two triangles: patches that only together can
+    // be decided, and ears at borders.
+    void cleanSeams();
     // Parts sheets of a surface that touch in an edge of four triangles, by a flip or a collapse, where that
     // leaves a clean surface. Orientation must be consistent, and stays so.
     void partTouchingSheets();
@@ -245,7 +245,7 @@ private:
     // Passes until nothing changes; a step of progress, if given, after each that changed something.
     void solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
-    void solveClusters();
+    void decideSeams();
     void finish();
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first

@@ -4,12 +4,16 @@
 #include "CMesh.h"
 #include "CPatch.h"
 #include "PatchSolver.h"
+#include "choosePatches.h"
 #include "tools.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <memory>
+#include <numeric>
+#include <unordered_map>
 #include <vector>
 
 namespace TARN_ZEF
@@ -21,6 +25,9 @@ const double MIN_WEDGE = 1.0;
 const double MAX_WEDGE = 180.0;
 const double MAX_BEND = 150.0; // between the two triangles that a flip makes
 const double MAX_TURN = 90.0;  // of a triangle whose corner a collapse moves
+
+const std::size_t MAX_SCRAP = 20;  // triangles
+const double MAX_AREA_RATIO = 0.1; // of the mesh, that a decision over patches may take away in one place
 
 const double DEGREES = 180.0 / 3.14159265358979323846;
 
@@ -171,28 +178,84 @@ bool collapseApart(CMesh& mesh, CEdge& edge, const Sheets& sheets)
     mesh.collapseEdgeToMidpoint(&edge);
     return true;
 }
+
+// The edges of more than two triangles, those with the same patches together.
+std::vector<Seam> findSeams(const CMesh& mesh, const std::vector<std::unique_ptr<CPatch>>& vPatches)
+{
+    std::unordered_map<const CPatch*, std::size_t> mIndex;
+    for (std::size_t i = 0; i < vPatches.size(); ++i)
+        mIndex[vPatches[i].get()] = i;
+    std::map<std::vector<std::size_t>, double> mNumEdges;
+    std::vector<CEdge*> vSeamCE;
+    mesh.getDegN(-1, vSeamCE);
+    for (const CEdge* pCE : vSeamCE)
+    {
+        std::vector<std::size_t> vAtEdge;
+        for (const CTriangle* pCT : pCE->vCT)
+            vAtEdge.push_back(mIndex.at(pCT->getPatch()));
+        std::sort(vAtEdge.begin(), vAtEdge.end());
+        mNumEdges[vAtEdge] += 1.0;
+    }
+    std::vector<Seam> vSeams;
+    for (const auto& [vAtEdge, numEdges] : mNumEdges)
+        vSeams.push_back({vAtEdge, numEdges});
+    return vSeams;
+}
+
+// Whether an edge has an odd number of triangles above two.
+bool hasFork(const CMesh& mesh)
+{
+    bool bFork = false;
+    mesh.forEachEdge([&bFork](const CEdge* pCE)
+                     { bFork = bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1); });
+    return bFork;
+}
+
+// On an open surface three sheets may meet for good, as at a window in a wall; not over such a small one.
+bool isEnclosedScrap(const CPatch& patch)
+{
+    if (patch.getSize() > MAX_SCRAP)
+        return false;
+    std::vector<CEdge*> vBorderCE;
+    patch.getCEByDegree(1, vBorderCE);
+    return vBorderCE.empty();
+}
 } // namespace
 
-void Top::cleanSeams(bool bClusters)
+void Top::cleanSeams()
 {
-    if (bClusters)
-        solveClusters();
+    decideSeams();
     killBorderEars(); // they would also break the rings around holes
     killTinyBorderPatches(MAX_TINY_AT_END);
 }
 
-// Where no two patches have the same boundary, several patches together may.
-void Top::solveClusters()
+// Where no two patches have the same boundary, several patches together decide.
+void Top::decideSeams()
 {
-    const std::size_t numBefore = pCMesh->getNumAliveT();
+    if (!hasFork(*pCMesh))
+        return; // sheets that touch
+    const bool bClosed = !pCMesh->hasDegree(1);
+    bool bKilled = false;
     {
-        std::vector<std::unique_ptr<CPatch>> vOwned = PatchSolver(pCMesh, pCalc).makeAllPatches();
-        std::vector<CPatch*> vPatches;
-        for (const std::unique_ptr<CPatch>& pPatch : vOwned)
-            vPatches.push_back(pPatch.get());
-        solvePatchPairsFrac(vPatches);
+        const std::vector<std::unique_ptr<CPatch>> vPatches = PatchSolver(pCMesh, pCalc).makeAllPatches();
+        std::vector<SeamPatch> vChoice;
+        double sumArea = 0.0;
+        for (const std::unique_ptr<CPatch>& pPatch : vPatches)
+        {
+            vChoice.push_back({pPatch->getArea(), !bClosed && !isEnclosedScrap(*pPatch)});
+            sumArea += vChoice.back().area;
+        }
+        const std::vector<bool> vStays =
+            choosePatches(vChoice, findSeams(*pCMesh, vPatches), MAX_AREA_RATIO * sumArea);
+        for (std::size_t i = 0; i < vPatches.size(); ++i)
+        {
+            if (vStays[i])
+                continue;
+            vPatches[i]->kill();
+            bKilled = true;
+        }
     }
-    if (pCMesh->getNumAliveT() != numBefore)
+    if (bKilled)
         solveAllPatches(false, nullptr);
 }
 

@@ -332,30 +332,48 @@ TEST(TopPatches, sizeAndAreaDecideAPair)
 }
 
 // Two blisters side by side share a wall: no two patches have the same boundary, but the sets on either side
-// of each blister do.
+// of each blister do. On an open surface only small patches may go.
 TEST(TopPatches, blistersThatShareAWallGo)
 {
-    const StreamCapture quiet(std::cout);
-    SheetAndTop s;
-    s.addCube(8, [](int, int, int) { return false; });
-    const auto cell = [&s](int x, int y, int z) { return s.cell(x, y, z); };
-    for (const int x : {10, 12, 14})
-        for (const int y : {10, 11})
-            s.addSquare(cell(x, y, 16), cell(x, y + 1, 16), cell(x, y + 1, 17), cell(x, y, 17));
-    for (const int x : {10, 11, 12, 13})
+    struct Row
     {
-        for (const int y : {10, 12})
-            s.addSquare(cell(x, y, 16), cell(x + 1, y, 16), cell(x + 1, y, 17), cell(x, y, 17));
-        for (const int y : {10, 11})
-            s.addSquare(cell(x, y, 17), cell(x + 1, y, 17), cell(x + 1, y + 1, 17), cell(x, y + 1, 17));
+        const char* name;
+        int size, height; // of a blister, in cells
+        bool bOpen;       // the cube has a hole elsewhere
+        bool bRemain;
+    };
+    for (const Row& row :
+         {Row{"closed", 2, 1, false, false}, Row{"open", 2, 1, true, false},
+          Row{"large on a closed one", 4, 3, false, false}, Row{"large on an open one", 4, 3, true, true}})
+    {
+        SCOPED_TRACE(row.name);
+        const StreamCapture quiet(std::cout);
+        SheetAndTop s;
+        s.addCube(16, [](int, int, int) { return false; });
+        const auto cell = [&s](int x, int y, int z) { return s.cell(x, y, z); };
+        const int mid = 10 + row.size, end = mid + row.size, top = 24 + row.height;
+        for (int z = 24; z < top; ++z)
+        {
+            for (const int x : {10, mid, end})
+                for (int y = 10; y < mid; ++y)
+                    s.addSquare(cell(x, y, z), cell(x, y + 1, z), cell(x, y + 1, z + 1), cell(x, y, z + 1));
+            for (const int y : {10, mid})
+                for (int x = 10; x < end; ++x)
+                    s.addSquare(cell(x, y, z), cell(x + 1, y, z), cell(x + 1, y, z + 1), cell(x, y, z + 1));
+        }
+        for (int x = 10; x < end; ++x)
+            for (int y = 10; y < mid; ++y)
+                s.addSquare(cell(x, y, top), cell(x + 1, y, top), cell(x + 1, y + 1, top),
+                            cell(x, y + 1, top));
+        if (row.bOpen)
+            s.mesh.getAllT()[0]->kill(&s.mesh);
+        EXPECT_FALSE(s.top.solvePatches(false));
+        ASSERT_FALSE(s.isManifold());
+        s.top.cleanSeams();
+        EXPECT_EQ(s.isManifold(), !row.bRemain);
+        EXPECT_EQ(s.getBorders().size(), row.bOpen ? 3u : 0u);
+        expectConsistent(s.mesh);
     }
-    EXPECT_FALSE(s.top.solvePatches(false));
-    ASSERT_FALSE(s.isManifold());
-    s.top.cleanSeams(true);
-    EXPECT_TRUE(s.isManifold());
-    EXPECT_TRUE(s.getBorders().empty());
-    EXPECT_TRUE(s.orient());
-    expectConsistent(s.mesh);
 }
 
 // Two boxes that share an upright edge: one surface of the same corners afterwards.
