@@ -129,8 +129,8 @@ public:
     [[nodiscard]] const std::vector<RPatch*>& getPatches() const noexcept { return vRP; }
     int killDuplicateT(); // the earliest of triangles on the same corners stays; returns the kills noted
     // Collapses an edge of each flat triangle, choosing the collapse that turns normals least. With
-    // bKeepTopology a flat triangle stays if each collapse would pinch the surface.
-    void killDegenerate(bool bKeepTopology = false);
+    // bKeepTopology a flat triangle stays if each collapse would pinch the surface. Returns how many stayed.
+    std::size_t killDegenerate(bool bKeepTopology = false);
     // Moves a vertex towards the mean of its neighbours, at most a tenth of a cell, to break a coincidence.
     // True if it moved or was there already.
     bool relocateVertex(Point3* pVtx);
@@ -188,7 +188,7 @@ private:
     static void collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT);
     void deletePatches();
     void initPools(std::size_t numPoints, std::size_t numTriangles, std::vector<StorageBlock>& vStorage);
-    void collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork);
+    [[nodiscard]] bool collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork);
     [[nodiscard]] bool keepsTopology(const REdge* pRE) const;
     [[nodiscard]] bool isBorderVertex(const Point3* pVtx) const;
     [[nodiscard]] std::vector<char> findFlatT() const; // by creation number, whether it is alive and flat

@@ -201,8 +201,9 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 }
 
 // Last triangle first; the triangles around a collapse have new shapes and come before all others.
-void RMesh::killDegenerate(bool bKeepTopology)
+std::size_t RMesh::killDegenerate(bool bKeepTopology)
 {
+    std::size_t numLeft = 0;
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_kdeg", 3 * vAllRT.size());
     // Whether a triangle may be flat: only a collapse beside it makes one so that was not.
     std::vector<char> vSuspect = findFlatT();
@@ -217,13 +218,15 @@ void RMesh::killDegenerate(bool bKeepTopology)
             pProgress->increment();
             if (!vSuspect[pRT->getNumber()] || !pRT->isAlive() || !isFlat(*pRT))
                 continue;
-            collapseBest(pRT, bKeepTopology, vWork);
+            if (!collapseBest(pRT, bKeepTopology, vWork))
+                ++numLeft;
             for (const RTriangle* pMovedT : vWork)
                 vSuspect[pMovedT->getNumber()] = true;
         }
     }
     killDuplicateT();
     pProgress->setFinished(true);
+    return numLeft;
 }
 
 std::vector<char> RMesh::findFlatT() const
@@ -274,7 +277,7 @@ bool RMesh::isBorderVertex(const Point3* pVtx) const
     return bBorder;
 }
 
-void RMesh::collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork)
+bool RMesh::collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriangle*>& vWork)
 {
     double bestDev = 361.0;
     REdge* pBestRE = nullptr;
@@ -303,12 +306,13 @@ void RMesh::collapseBest(RTriangle* pRT, bool bKeepTopology, std::vector<RTriang
         }
     }
     if (bKeepTopology && pBestRE == nullptr)
-        return;
+        return false;
     ASSEX(pBestRE != 0);
     ASSEX(pBestSrc != 0);
     Point3* pTrg = pBestRE->getOtherPoint(pBestSrc);
     exchangeCorner(pBestSrc, pTrg);
     getIncidentT(pTrg, vWork);
+    return true;
 }
 
 bool RMesh::relocateVertex(Point3* pVtx)

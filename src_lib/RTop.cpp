@@ -9,7 +9,9 @@ void RTop::run()
 {
     pRMesh->killDuplicateT();
     pRMesh->createPatchesOrient();
-    pRMesh->killDegenerate();
+    // The collapse that turns normals least may leave a border and an edge of three triangles on a closed surface.
+    if (pRMesh->killDegenerate(true) > 0)
+        pRMesh->killDegenerate();
 }
 
 void RTop::laplacianSmoothing(int numIterations)

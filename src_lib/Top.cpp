@@ -3,6 +3,7 @@
 #include "Bundle.h"
 #include "CMesh.h"
 #include "CPatch.h"
+#include "CornerParter.h"
 #include "HoleToCCD.h"
 #include "Progress.h"
 #include "Voro.h"
@@ -146,10 +147,12 @@ void Top::run(Voro* pVoro)
     pProgress->increment();
     pProgress->setFinished(true);
 
+    CornerParter cornerParter(pCMesh, pCalc);
+    cornerParter.addCandidates();
     pProgress = getRootProgress()->getChildProgressSetTodo("TP_pps", 5);
     solveAllPatches(false, pProgress);
     pProgress->setFinished(true);
-    finish();
+    finish(cornerParter);
 }
 
 void Top::runMelt(Voro* pVoro)
@@ -170,7 +173,7 @@ void Top::runMelt(Voro* pVoro)
     orientAll();
 }
 
-void Top::finish()
+void Top::finish(CornerParter& cornerParter)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_fin", 1);
     killTinyBorderPatches(MAX_TINY_AT_END);
@@ -183,8 +186,6 @@ void Top::finish()
         cleanSeams();
     orientAll();
     pProgress->increment();
-    if (bSeam)
-        partTouchingSheets();
     const bool bHasBorder = pCMesh->hasDegree(1);
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
@@ -195,9 +196,13 @@ void Top::finish()
         killBorderEars();
         killTinyBorderPatches(MAX_TINY_AT_END);
         closeTriangularHoles();
+        decideSeams();
         // The filling turns triangles along the borders, and new ones follow their neighbours only.
         orientAll();
     }
+    cornerParter.addCandidates();
+    if (cornerParter.run() > 0)
+        orientAll(); // what was one piece may be two
     pProgress->increment();
     pProgress->setFinished(true);
 }

@@ -18,6 +18,7 @@ class Calc;
 class Chain;
 class CMesh;
 class CPatch;
+class CornerParter;
 class Progress;
 class Voro;
 
@@ -198,9 +199,6 @@ protected:
     // What the passes over patches leave at edges of more than two triangles: patches that only together can
     // be decided, and ears at borders.
     void cleanSeams();
-    // Parts sheets of a surface that touch in an edge of four triangles, by a flip or a collapse, where that
-    // leaves a clean surface. Orientation must be consistent, and stays so.
-    void partTouchingSheets();
     // Degrees between the triangles at an edge of degree 2; false if one has no normal.
     [[nodiscard]] bool getBend(const CEdge* pCE, double& angle) const;
 
@@ -246,7 +244,8 @@ private:
     void solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
     void decideSeams();
-    void finish();
+    // cornerParter: knows where the surface was rough before the passes over patches.
+    void finish(CornerParter& cornerParter);
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first
 };

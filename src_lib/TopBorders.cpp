@@ -107,7 +107,8 @@ bool isTinyBorderPiece(const Piece& piece)
            (numT < MAX_FLAKE && piece.numBorder >= 1);
 }
 
-// The third corner of a hole with three edges, one of them given; false if it is none.
+// The third corner of a hole with three edges, one of them given; false if it is none. The last edge may be one
+// of an odd number of triangles, at the end of a fin that ran into the hole.
 bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
 {
     const u64 ownCCD = edge.vCT[0]->getThirdCCD(edge.v0, edge.v1);
@@ -119,7 +120,8 @@ bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
         if (pCE->getDegree() != 1 || thirdCCD == edge.v1 || thirdCCD == ownCCD)
             continue;
         const CEdge* pLastCE = mesh.getCE(thirdCCD, edge.v1);
-        if (pLastCE != nullptr && pLastCE->getDegree() == 1)
+        if (pLastCE != nullptr && pLastCE->getDegree() % 2 == 1 &&
+            !pLastCE->hasTriangle(edge.v0, edge.v1, thirdCCD))
             return true;
     }
     return false;

@@ -26,7 +26,6 @@ class PlainTop : public Top
 {
 public:
     using Top::cleanSeams;
-    using Top::partTouchingSheets;
     using Top::Top;
 
     bool solvePatchesPlainly(bool bStrict)
@@ -374,32 +373,6 @@ TEST(TopPatches, blistersThatShareAWallGo)
         EXPECT_EQ(s.getBorders().size(), row.bOpen ? 3u : 0u);
         expectConsistent(s.mesh);
     }
-}
-
-// Two boxes that share an upright edge: one surface of the same corners afterwards.
-TEST(TopPatches, boxesThatTouchInAnEdgeArePartedThere)
-{
-    const StreamCapture quiet(std::cout);
-    SheetAndTop s;
-    for (const int at : {10, 11})
-    {
-        const auto corner = [&s, at](int i) { return s.cell(at + i % 2, at + i / 2 % 2, 10 + i / 4); };
-        for (const auto& q : {std::array<int, 4>{0, 2, 3, 1},
-                              {4, 5, 7, 6},
-                              {0, 1, 5, 4},
-                              {2, 6, 7, 3},
-                              {0, 4, 6, 2},
-                              {1, 3, 7, 5}})
-            s.addSquare(corner(q[0]), corner(q[1]), corner(q[2]), corner(q[3]));
-    }
-    ASSERT_EQ(s.mesh.getCE(s.cell(11, 11, 10), s.cell(11, 11, 11))->getDegree(), 4);
-    const std::size_t numT = s.mesh.getNumAliveT();
-    s.top.partTouchingSheets();
-    EXPECT_TRUE(s.isManifold());
-    EXPECT_TRUE(s.getBorders().empty());
-    EXPECT_TRUE(s.isOriented());
-    EXPECT_EQ(s.mesh.getNumAliveT(), numT);
-    expectConsistent(s.mesh);
 }
 
 TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)

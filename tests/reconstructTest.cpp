@@ -101,6 +101,45 @@ TEST(Reconstruct, randomSamplesEndClosedAndManifold)
     }
 }
 
+// At a sharp edge cells of both faces lie side by side, and raw sheets touch there in corners and edges.
+TEST(Reconstruct, boxesInAnyPositionEndClosedAndManifold)
+{
+    for (unsigned int seed = 0; seed < 24; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        const bool bLattice = seed % 2 == 0;
+        std::mt19937 rng(seed);
+        std::normal_distribution<double> gauss(0.0, 1.0);
+        std::uniform_real_distribution<double> pick(0.0, 1.0);
+        const Vector3 ex = normalize(Vector3(gauss(rng), gauss(rng), gauss(rng)));
+        const Vector3 ey = normalize(crossProduct(ex, Vector3(gauss(rng), gauss(rng), gauss(rng))));
+        const Vector3 ez = crossProduct(ex, ey);
+        int aSize[3];
+        for (int& size : aSize)
+            size = 20 + static_cast<int>(rng() % 40);
+        Points cloud;
+        const auto add = [&](double x, double y, double z)
+        { cloud.push_back(Point3(0, 0, 0) + ex * x + ey * y + ez * z); };
+        for (int x = 0; x <= aSize[0]; ++x)
+            for (int y = 0; y <= aSize[1]; ++y)
+                for (int z = 0; z <= aSize[2]; ++z)
+                {
+                    const bool aInside[3] = {x % aSize[0] != 0, y % aSize[1] != 0, z % aSize[2] != 0};
+                    if (aInside[0] && aInside[1] && aInside[2])
+                        continue;
+                    // Off the lattice, but never off a face.
+                    double aOff[3] = {};
+                    for (int i = 0; !bLattice && i < 3; ++i)
+                        aOff[i] = aInside[i] ? pick(rng) - 0.5 : 0.0;
+                    add(x + aOff[0], y + aOff[1], z + aOff[2]);
+                }
+        const std::shared_ptr<Mesh> pMesh = reconstruct_auto(cloud, false, bLattice ? 1.0 : 1.3);
+        ASSERT_TRUE(pMesh);
+        expectManifold(*pMesh->getRMesh(), 2);
+        EXPECT_EQ(countEdges(*pMesh->getRMesh(), 1), 0u);
+    }
+}
+
 TEST(Reconstruct, openPatchKeepsOneLoopForEachBorder)
 {
     struct Row
