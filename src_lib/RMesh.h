@@ -117,6 +117,7 @@ public:
     [[nodiscard]] std::size_t getNumT() const noexcept { return numAliveT; }
     [[nodiscard]] std::size_t getNumRE() const noexcept { return vAllRE.size(); }
     [[nodiscard]] std::size_t getNumVertices() const noexcept { return numVertices; } // unused ones too
+    [[nodiscard]] bool isClosedManifold() const; // each edge in use has two triangles
     [[nodiscard]] double getArea() const;
     [[nodiscard]] double getAverageEdgeLength() const; // of the edges in use; -1.0 without any
     void fillNormals();                                // of all alive triangles, on the pool

@@ -200,6 +200,19 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
     }
 }
 
+bool RMesh::isClosedManifold() const
+{
+    const auto isOdd = [](const REdge* pRE) { return pRE->isAlive() && pRE->getDegree() != 2; };
+    return collectInOrder<REdge*>(vAllRE.size(),
+                                  [&](std::size_t from, std::size_t to, std::vector<REdge*>& vFound)
+                                  {
+                                      std::copy_if(vAllRE.begin() + static_cast<std::ptrdiff_t>(from),
+                                                   vAllRE.begin() + static_cast<std::ptrdiff_t>(to),
+                                                   std::back_inserter(vFound), isOdd);
+                                  })
+        .empty();
+}
+
 // Last triangle first; the triangles around a collapse have new shapes and come before all others.
 std::size_t RMesh::killDegenerate(bool bKeepTopology)
 {

@@ -9,9 +9,10 @@ void RTop::run()
 {
     pRMesh->killDuplicateT();
     pRMesh->createPatchesOrient();
-    // The collapse that turns normals least may leave a border and an edge of three triangles on a closed surface.
-    if (pRMesh->killDegenerate(true) > 0)
-        pRMesh->killDegenerate();
+    // The collapse that turns normals least may tear a clean surface: then others are tried first.
+    if (pRMesh->isClosedManifold() && pRMesh->killDegenerate(true) == 0)
+        return;
+    pRMesh->killDegenerate();
 }
 
 void RTop::laplacianSmoothing(int numIterations)
