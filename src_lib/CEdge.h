@@ -110,6 +110,9 @@ public:
 
 private:
     friend class CMesh;
+    friend class ExtractionRenewal;
+
+    static constexpr unsigned int TAKEN_OUT = ~0u; // number of one that the mesh holds no more
 
     CEdge* pNextAtV0 = nullptr; // list of the mesh: edges with the same lower end
     unsigned int number;

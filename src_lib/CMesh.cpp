@@ -64,8 +64,15 @@ void CMesh::clearAll()
     numVertices = 0;
     numEdges = 0;
     aNumOfDegree = {};
-    lastCCD = 0;
-    bVerticesAscending = true;
+    lastAscendingCCD = 0;
+    numAscending = 0;
+    extracted = {};
+}
+
+void CMesh::markExtracted(std::size_t numCubeT)
+{
+    ASSEX(numAliveT == vCT.size());
+    extracted = {vCT.size(), numCubeT, getNumEdgeSlots(), {}};
 }
 
 std::vector<StorageBlock> CMesh::releaseStorage()
@@ -160,8 +167,11 @@ void CMesh::growTable(std::size_t numCorners)
 CVertex* CMesh::makeVertex(u64 ccd)
 {
     CVertex* pVertex = new (pVertexPool->getNext()) CVertex(ccd);
-    bVerticesAscending = bVerticesAscending && (numVertices == 0 || lastCCD < ccd);
-    lastCCD = ccd;
+    if (numAscending == numVertices && (numVertices == 0 || lastAscendingCCD < ccd))
+    {
+        lastAscendingCCD = ccd;
+        ++numAscending;
+    }
     ++numVertices;
     enterInTable(pVertex);
     return pVertex;
@@ -187,9 +197,10 @@ void CMesh::getVerticesAscending(std::vector<CVertex*>& vVertices) const
         return;
     vVertices.reserve(numVertices);
     pVertexPool->forEach([&](CVertex* pVertex) { vVertices.push_back(pVertex); });
-    if (!bVerticesAscending)
-        std::sort(vVertices.begin(), vVertices.end(),
-                  [](const CVertex* pA, const CVertex* pB) { return pA->ccd < pB->ccd; });
+    const auto isLess = [](const CVertex* pA, const CVertex* pB) { return pA->ccd < pB->ccd; };
+    const auto itTail = vVertices.begin() + static_cast<std::ptrdiff_t>(numAscending);
+    std::sort(itTail, vVertices.end(), isLess);
+    std::inplace_merge(vVertices.begin(), itTail, vVertices.end(), isLess);
 }
 
 // --- Triangles ---------------------------------------------------------------------------------------------
@@ -339,7 +350,7 @@ void CMesh::collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const
                   [](const CEdge* pA, const CEdge* pB) { return pA->v1 < pB->v1; });
         vCE.insert(vCE.end(), vAtCorner.begin(), vAtCorner.end());
     };
-    if (bVerticesAscending)
+    if (numAscending == numVertices)
     {
         if (pVertexPool)
             pVertexPool->forEach(collectAt);
@@ -392,7 +403,7 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
         return;
     }
     std::vector<CEdge*> vFound =
-        collectInOrder<CEdge*>(getNumEdges(),
+        collectInOrder<CEdge*>(getNumEdgeSlots(),
                                [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
                                {
                                    forEachEdge(from, to,

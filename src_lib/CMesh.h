@@ -62,6 +62,13 @@ public:
     CTriangle* createT(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD, int cfg);
     // Removes the triangle from the lists of its corners; it must stand in all three.
     void unregisterTriangle(CTriangle* pCT);
+    // The record of a corner, made if it is missing.
+    [[nodiscard]] CVertex* getCorner(u64 ccd) { return getOrMakeVertex(ccd); }
+    // Says that an extraction ends here: an ExtractionRenewal can come back to what the mesh is now. All
+    // triangles must be alive; those from numCubeT on are the ones of flat cubes.
+    void markExtracted(std::size_t numCubeT);
+    // False from clearAll() on.
+    [[nodiscard]] bool isExtractionKnown() const noexcept { return extracted.numT > 0; }
     // Drops patches, edges, triangles and corner records, so that Voro can extract again. Bundles stay.
     // Every pointer to a triangle or edge becomes invalid.
     void clearAll();
@@ -148,18 +155,31 @@ public:
     bool checkNoDegenerate(const std::string& name) const; // true if clean
     [[nodiscard]] bool hasNaN() const;
 
-    // f(const CVertex&) for each corner record, in order of creation; f(CEdge*) for each edge likewise.
+    // f(const CVertex&) for each corner record and f(CEdge*) for each edge, orphans included, in the order in
+    // which they stand in memory. That is the order of creation as long as no extraction was renewed.
     template <typename F>
     void forEachVertex(F&& f) const;
     template <typename F>
     void forEachEdge(F&& f) const;
-    // Those made from to to, orphans included.
+    // The edges in the slots [from, to) of getNumEdgeSlots(), each of which holds one at most.
     template <typename F>
     void forEachEdge(std::size_t from, std::size_t to, F&& f) const;
-    [[nodiscard]] std::size_t getNumEdges() const { return pEdgePool ? pEdgePool->size() : 0; }
+    [[nodiscard]] std::size_t getNumEdgeSlots() const { return pEdgePool ? pEdgePool->size() : 0; }
+    // All creation numbers of edges are below this one.
+    [[nodiscard]] unsigned int getNumEdges() const noexcept { return numEdges; }
 
 private:
     friend class CTriangle;
+    friend class ExtractionRenewal;
+
+    // What markExtracted() found, and what died of it since.
+    struct Extracted
+    {
+        std::size_t numT = 0; // 0: not known
+        std::size_t numCubeT = 0;
+        std::size_t numEdgeSlots = 0;
+        std::vector<CTriangle*> vKilled;
+    };
 
     [[nodiscard]] CVertex* findVertex(u64 ccd) const noexcept; // null if absent
     CVertex* getOrMakeVertex(u64 ccd);
@@ -200,8 +220,9 @@ private:
     unsigned int numEdges = 0;
     // Edges by degree; orphans are not counted, and all from NUM_DEGREES on are counted together.
     std::array<std::size_t, NUM_DEGREES + 1> aNumOfDegree = {};
-    u64 lastCCD = 0;                // code of the last record made
-    bool bVerticesAscending = true; // records were made in ascending order of code
+    u64 lastAscendingCCD = 0;     // code of the last of these:
+    std::size_t numAscending = 0; // the first records, made in ascending order of code
+    Extracted extracted;
 
     std::unordered_set<const Point3*> sExtraVtx; // points of vBundles
     std::vector<Bundle*> vBundles;               // extra bundles, in order of creation; owned
@@ -218,15 +239,19 @@ void CMesh::forEachVertex(F&& f) const
 template <typename F>
 void CMesh::forEachEdge(F&& f) const
 {
-    if (pEdgePool)
-        pEdgePool->forEach(f);
+    forEachEdge(0, getNumEdgeSlots(), f);
 }
 
 template <typename F>
 void CMesh::forEachEdge(std::size_t from, std::size_t to, F&& f) const
 {
     if (pEdgePool)
-        pEdgePool->forEach(from, to, f);
+        pEdgePool->forEach(from, to,
+                           [&f](CEdge* pCE)
+                           {
+                               if (pCE->number != CEdge::TAKEN_OUT)
+                                   f(pCE);
+                           });
 }
 
 } // namespace TARN_ZEF

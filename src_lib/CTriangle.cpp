@@ -96,6 +96,7 @@ void CTriangle::flipOrientation() noexcept
     std::swap(aVertex[1], aVertex[2]);
     std::swap(aNextInc[1], aNextInc[2]);
     std::swap(aEdge[1], aEdge[2]);
+    bTurned = !bTurned;
 }
 
 Point3* CTriangle::getVtx(const CMesh* pMesh, int ici) const
@@ -212,6 +213,8 @@ void CTriangle::kill(CMesh* pMesh)
     pMesh->unregisterTriangle(this);
     bAlive = false;
     --pMesh->numAliveT;
+    if (number < pMesh->extracted.numT)
+        pMesh->extracted.vKilled.push_back(this);
 }
 
 void CTriangle::print(std::ostream& os) const

@@ -123,6 +123,7 @@ public:
 
 private:
     friend class CMesh;
+    friend class ExtractionRenewal;
 
     [[nodiscard]] int indexOf(const CVertex* pVertex) const noexcept
     {
@@ -136,7 +137,8 @@ private:
     CPatch* pPatch = nullptr;
     unsigned int number;
     short cfg;
-    bool bAlive = true;
+    bool bAlive : 1 = true;
+    bool bTurned : 1 = false; // flipOrientation() was called an odd number of times
 };
 
 // Orders triangles by creation.

@@ -53,6 +53,12 @@ public:
     // The corners opposite the missing ones, if those are one corner or two that share a cube edge; else 0.
     [[nodiscard]] static int getRemoveMask(int cfg);
 
+    // Four cells on one face of the cube: the table's diagonal of that square is one of two.
+    [[nodiscard]] static constexpr bool isFlat(int cfg) noexcept
+    {
+        return cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240;
+    }
+
     // Adds one configuration to a scene: its cells and surface triangles in color, hidden triangles gray. The
     // configurations stand in rows of 16. pVis must draw on getDrawingLattice(); title becomes a comment.
     void showConfig(int cfg, Visualizer3* pVis, const std::string& title, const std::string& color) const;

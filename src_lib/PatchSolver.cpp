@@ -35,7 +35,7 @@ PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
     , flood(PatchFlood::Stops::BORDERS_AND_NON_MANIFOLD, nullptr)
 {
     pCMesh->deletePatches();
-    const std::size_t numEdges = pCMesh->getNumEdges();
+    const std::size_t numEdges = pCMesh->getNumEdgeSlots();
     const std::size_t numParts = getNumUnionParts(numEdges);
     std::vector<std::vector<CEdge*>> vvWallCE(numParts);
     vTwisted = uniteAcrossEdges(labels, pCMesh->getAllT().size(), numEdges, numParts,

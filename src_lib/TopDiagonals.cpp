@@ -144,7 +144,7 @@ struct Diagonals
 void collectCandidates(const CMesh& mesh, std::vector<CEdge*>& vCE)
 {
     Diagonals diagonals;
-    const std::size_t numEdges = mesh.getNumEdges();
+    const std::size_t numEdges = mesh.getNumEdgeSlots();
     std::vector<Diagonals> vParts(4);
     produceInOrder(
         vParts, (numEdges + EDGES_PER_PART - 1) / EDGES_PER_PART,
@@ -175,7 +175,7 @@ void collectCandidates(const CMesh& mesh, std::vector<CEdge*>& vCE)
 
 void Top::unifyDiagonals()
 {
-    const std::size_t numEdges = pCMesh->getNumEdges();
+    const unsigned int numEdges = pCMesh->getNumEdges();
     std::vector<CEdge*> vCE;
     collectCandidates(*pCMesh, vCE);
     for (std::size_t i = 0; i < vCE.size(); ++i)

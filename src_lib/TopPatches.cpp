@@ -79,7 +79,7 @@ public:
 
     void run()
     {
-        const std::size_t numEdges = pCMesh->getNumEdges();
+        const std::size_t numEdges = pCMesh->getNumEdgeSlots();
         const std::vector<std::uint32_t> vTwisted =
             uniteAcrossEdges(turns, pCMesh->getAllT().size(), numEdges, getNumUnionParts(numEdges),
                              [this](std::size_t, std::size_t from, std::size_t to, auto join)

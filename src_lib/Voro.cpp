@@ -2,6 +2,7 @@
 
 #include "CMesh.h"
 #include "CubeWalk.h"
+#include "ExtractionRenewal.h"
 #include "Progress.h"
 #include "RemoveDecider.h"
 #include "produceInOrder.h"
@@ -18,11 +19,8 @@ namespace
 const std::size_t BLOCKS_PER_PART = 64;
 const std::size_t NUM_PARTS_AHEAD = 4;
 
-// Four cells on one face of the cube: the diagonal of the square is open.
-bool isFlat(int cfg)
-{
-    return cfg == 15 || cfg == 51 || cfg == 102 || cfg == 153 || cfg == 204 || cfg == 240;
-}
+// With more changed cells a whole extraction is about as fast.
+const std::size_t MIN_CELLS_PER_CHANGED = 50;
 
 // The eight rotations of case 27, in the order in which they are pruned.
 const int PRUNE_CONFIGS[] = {27, 39, 78, 114, 141, 177, 216, 228};
@@ -39,6 +37,12 @@ void sortUnique(std::vector<u64>& v)
 {
     std::sort(v.begin(), v.end());
     v.erase(std::unique(v.begin(), v.end()), v.end());
+}
+
+// Cells around this one do not all have a cube below them.
+bool isAtLowRim(u64 ccd)
+{
+    return std::min({compactBits3(ccd >> 2), compactBits3(ccd >> 1), compactBits3(ccd)}) < 2;
 }
 
 // Whether a triangle with the third corner stands on the edge, which must have the two others as ends.
@@ -92,12 +96,15 @@ void Voro::fatExtractTriangles()
 
     AmbiguousLists vAmbiguousT;
     extract(vAmbiguousT);
+    const std::size_t numCubeT = pCMesh->getNumAliveT();
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_amb", 2);
     solveAmbiguousT(vAmbiguousT);
     pProgress->increment();
-    pCMesh->killDuplicates();
+    const int numKilled = pCMesh->killDuplicates();
+    ASSEX(numKilled == 0); // each triangle was looked for before it was made
     pProgress->increment();
     pProgress->setFinished(true);
+    pCMesh->markExtracted(numCubeT);
 }
 
 // What the cubes of some blocks yield.
@@ -115,10 +122,10 @@ void Voro::readTable(const CubeWalk::Cube& cube, Part& part) const
     const Casx::TutRow& row = casx.getTutTriangles(cube.getCfg());
     if (row.numTriangles == 0)
         return;
-    if (isFlat(cube.getCfg()))
+    if (Casx::isFlat(cube.getCfg()))
     {
         ASSEX_TEXT(row.numTriangles == 2, "vTriVCD.size()==6");
-        Ambiguous entry{{}, cube.getCfg(), cube.getBase()};
+        Ambiguous entry{{}, {cube.getBase(), cube.getCfg()}};
         for (int i = 0; i < 6; ++i)
             entry.aRank[i] = cube.getRank(row.corners[i]);
         part.vAmbiguous.push_back(entry);
@@ -127,8 +134,7 @@ void Voro::readTable(const CubeWalk::Cube& cube, Part& part) const
     for (int t = 0; t < row.numTriangles; ++t)
         part.vFound.push_back({{cube.getRank(row.corners[3 * t]), cube.getRank(row.corners[3 * t + 1]),
                                 cube.getRank(row.corners[3 * t + 2])},
-                               cube.getCfg(),
-                               cube.getBase()});
+                               {cube.getBase(), cube.getCfg()}});
 }
 
 // Cubes are read on the workers; the mesh grows on this thread, in order of the cubes.
@@ -155,46 +161,43 @@ void Voro::extract(AmbiguousLists& vAmbiguousT)
                  numVisited -= pProgress->getReportEvery())
                 pProgress->increment(pProgress->getReportEvery());
             for (const Found& found : part.vFound)
-            {
-                CVertex* pA = pCMesh->getPreparedCorner(found.aRank[0]);
-                CVertex* pB = pCMesh->getPreparedCorner(found.aRank[1]);
-                CVertex* pC = pCMesh->getPreparedCorner(found.aRank[2]);
-                const CEdge* pCE = pCMesh->getCE(pA, pB);
-                if (pCE == nullptr || !hasThird(pCE, pC->ccd))
-                    pCMesh->createT(pA, pB, pC, found.baseCCD, found.cfg);
-            }
+                createUnlessThere(pCMesh->getPreparedCorner(found.aRank[0]),
+                                  pCMesh->getPreparedCorner(found.aRank[1]),
+                                  pCMesh->getPreparedCorner(found.aRank[2]), found.origin);
             if (!part.vAmbiguous.empty())
                 vAmbiguousT.push_back(std::exchange(part.vAmbiguous, {}));
         });
     pProgress->setFinished(true);
 }
 
-void Voro::createUnlessThere(const CEdge* pCE, CVertex* pA, CVertex* pB, CVertex* pC, const Ambiguous& entry)
+void Voro::createUnlessThere(CVertex* pA, CVertex* pB, CVertex* pC, const Origin& origin)
 {
-    if (pCE == nullptr || !pCE->hasTriangle(pA->ccd, pB->ccd, pC->ccd))
-        pCMesh->createT(pA, pB, pC, entry.baseCCD, entry.cfg);
+    const CEdge* pCE = pCMesh->getCE(pA, pB);
+    if (pCE == nullptr || !hasThird(pCE, pC->ccd))
+        pCMesh->createT(pA, pB, pC, origin.baseCCD, origin.cfg);
 }
 
 void Voro::solveAmbiguousT(const AmbiguousLists& vAmbiguousT)
 {
     for (const std::vector<Ambiguous>& vPart : vAmbiguousT)
         for (const Ambiguous& entry : vPart)
-            solveOne(entry);
+        {
+            Square square;
+            for (std::size_t i = 0; i < square.size(); ++i)
+                square[i] = pCMesh->getPreparedCorner(entry.aRank[i]);
+            solveSquare(square, entry.origin);
+        }
 }
 
 // The mesh made by the other cubes decides on the diagonal; an earlier square binds a later one.
-void Voro::solveOne(const Ambiguous& entry)
+void Voro::solveSquare(const Square& square, const Origin& origin)
 {
-    const std::uint32_t* pRank3 =
-        std::find_if(entry.aRank + 3, entry.aRank + 6,
-                     [&entry](std::uint32_t rank)
-                     { return rank != entry.aRank[0] && rank != entry.aRank[1] && rank != entry.aRank[2]; });
-    const bool bFound = pRank3 != entry.aRank + 6;
-    ASSEX(bFound);
-    CVertex* p0 = pCMesh->getPreparedCorner(entry.aRank[0]);
-    CVertex* p1 = pCMesh->getPreparedCorner(entry.aRank[1]);
-    CVertex* p2 = pCMesh->getPreparedCorner(entry.aRank[2]);
-    CVertex* p3 = pCMesh->getPreparedCorner(*pRank3);
+    auto [p0, p1, p2, pA, pB, pC] = square;
+    CVertex* p3 = nullptr; // the corner that the first triangle lacks
+    for (CVertex* p : {pC, pB, pA})
+        if (p != p0 && p != p1 && p != p2)
+            p3 = p;
+    ASSEX(p3 != nullptr);
 
     // Afterwards 0-3 is the diagonal that the table did not choose, 1-2 the one that it chose.
     if (pCalc->getNeigType(p3->ccd, p0->ccd) != NT_EDGE)
@@ -205,13 +208,13 @@ void Voro::solveOne(const Ambiguous& entry)
 
     if (pCMesh->getCE(p1, p2) != nullptr)
     {
-        createUnlessThere(pCMesh->getCE(p1, p2), p0, p1, p2, entry);
-        createUnlessThere(pCMesh->getCE(p1, p2), p2, p1, p3, entry);
+        createUnlessThere(p1, p2, p0, origin);
+        createUnlessThere(p2, p1, p3, origin);
     }
     else
     {
-        createUnlessThere(pCMesh->getCE(p0, p3), p0, p1, p3, entry);
-        createUnlessThere(pCMesh->getCE(p0, p3), p0, p3, p2, entry);
+        createUnlessThere(p0, p1, p3, origin);
+        createUnlessThere(p0, p3, p2, origin);
     }
 }
 
@@ -253,11 +256,12 @@ CMesh* Voro::borderFix(const std::vector<u64>& vGeneratingVCDs)
     std::vector<u64> vUnion;
     vUnion.reserve(vCCD.size() + vExtraCCD.size());
     std::set_union(vCCD.begin(), vCCD.end(), vExtraCCD.begin(), vExtraCCD.end(), std::back_inserter(vUnion));
-    vCCD = std::move(vUnion);
+    std::swap(vCCD, vUnion);
+    const std::vector<u64>& vOldCCD = vUnion;
     buildIndex();
     removeCells(vRemoveCCD, vExtraCCD);
     buildIndex();
-    fatExtractTriangles();
+    extractAfterChange(vOldCCD);
 
     // Cells that the table left without a bundle before may be in use now, extra or not.
     std::vector<u64> vWithout;
@@ -274,6 +278,93 @@ CMesh* Voro::borderFix(const std::vector<u64>& vGeneratingVCDs)
     pCMesh->removeUnusableBundles();
     pCMesh->averageBundles();
     return pCMesh;
+}
+
+void Voro::extractAfterChange(const std::vector<u64>& vOldCCD)
+{
+    std::vector<u64> vChangedCCD;
+    std::set_symmetric_difference(vOldCCD.begin(), vOldCCD.end(), vCCD.begin(), vCCD.end(),
+                                  std::back_inserter(vChangedCCD));
+    const bool bFew = vChangedCCD.size() * MIN_CELLS_PER_CHANGED < vCCD.size();
+    const bool bInside = std::none_of(vChangedCCD.begin(), vChangedCCD.end(), isAtLowRim);
+    if (bFew && bInside && pCMesh->isExtractionKnown())
+        renew(getCubesAround(vChangedCCD));
+    else
+        fatExtractTriangles();
+}
+
+std::vector<u64> Voro::getCubesAround(const std::vector<u64>& vCells) const
+{
+    const auto isOfCell = [](int step) { return step == 0 || step == 1; };
+    std::vector<u64> vBases;
+    vBases.reserve(32 * vCells.size());
+    for (const u64 ccd : vCells)
+    {
+        u64 x, y, z;
+        pCalc->getXYZ(ccd, x, y, z);
+        for (int dx = -1; dx <= 2; ++dx)
+            for (int dy = -1; dy <= 2; ++dy)
+                for (int dz = -1; dz <= 2; ++dz)
+                {
+                    const u64 baseX = x + static_cast<u64>(dx);
+                    const u64 baseY = y + static_cast<u64>(dy);
+                    const u64 baseZ = z + static_cast<u64>(dz);
+                    const bool bAround = isOfCell(dx) + isOfCell(dy) + isOfCell(dz) >= 2;
+                    if (bAround && std::max({baseX, baseY, baseZ}) < pCalc->getNumCells())
+                        vBases.push_back(spreadBits3(baseX) << 2 | spreadBits3(baseY) << 1 |
+                                         spreadBits3(baseZ));
+                }
+    }
+    sortUnique(vBases);
+    return vBases;
+}
+
+void Voro::renew(std::vector<u64> vBases)
+{
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("VO_ftx", 2);
+    ExtractionRenewal renewal(pCMesh, std::move(vBases));
+    pProgress->increment();
+
+    const std::size_t numKeptT = pCMesh->getAllT().size();
+    std::vector<Origin> vFlat;
+    for (const u64 base : renewal.getBases())
+    {
+        const Origin origin{base, getConfig(base)};
+        const Casx::TutRow& row = casx.getTutTriangles(origin.cfg);
+        if (row.numTriangles == 0)
+            continue;
+        if (Casx::isFlat(origin.cfg))
+            vFlat.push_back(origin);
+        else
+            for (int i = 0; i < 3 * row.numTriangles; i += 3)
+                createUnlessThere(getCorner(base, row.corners[i]), getCorner(base, row.corners[i + 1]),
+                                  getCorner(base, row.corners[i + 2]), origin);
+    }
+    const std::size_t numNewCubeT = pCMesh->getAllT().size() - numKeptT;
+    pProgress->increment();
+    pProgress->setFinished(true);
+
+    pProgress = getRootProgress()->getChildProgressSetTodo("VO_amb", 2);
+    for (const Origin& origin : vFlat)
+    {
+        const Casx::TutRow& row = casx.getTutTriangles(origin.cfg);
+        Square square;
+        for (std::size_t i = 0; i < square.size(); ++i)
+            square[i] = getCorner(origin.baseCCD, row.corners[i]);
+        solveSquare(square, origin);
+    }
+    pProgress->increment();
+    renewal.finish(numNewCubeT);
+    pProgress->increment();
+    pProgress->setFinished(true);
+}
+
+CVertex* Voro::getCorner(u64 baseCCD, int corner) const
+{
+    CCD array[8];
+    array[5] = baseCCD;
+    pCalc->completeArray8Down(array);
+    return pCMesh->getCorner(array[corner]);
 }
 
 int Voro::getConfig(u64 baseCCD) const

@@ -7,6 +7,7 @@
 #include "CellIndex.h"
 #include "CubeWalk.h"
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -27,7 +28,8 @@ struct CVertex;
 // Invariant:  the index matches vCCD, the cells in use, whenever an extraction starts. After borderFix()
 //             these are no longer the keys of the bundle map.
 // Threads:    one caller. The extraction reads cubes on the workers of the pool.
-// Cost:       one linear walk over the cells; no list of cubes and members is kept.
+// Cost:       one linear walk over the cells; no list of cubes and members is kept. borderFix() makes only the
+//             cubes around changed cells anew, as long as these are few.
 class Voro
 {
 public:
@@ -48,26 +50,33 @@ public:
     [[nodiscard]] CMesh* takeMesh() noexcept;
 
     // Completes nearly full cubes among the given ones by their missing cells, lets their opposite side lose
-    // a cell in exchange, and extracts again. Every cell in use has a bundle afterwards. Returns the mesh.
+    // a cell in exchange, and extracts again: what passes did to the mesh since is lost, and pointers to its
+    // triangles and edges are invalid. Every cell in use has a bundle afterwards. Returns the mesh.
     CMesh* borderFix(const std::vector<u64>& vGeneratingVCDs);
 
     [[nodiscard]] const std::vector<u64>& getCells() const noexcept { return vCCD; }
 
 private:
-    // The triangles of a cube, by rank of the corners in vCCD.
+    // The cube that a triangle comes from.
+    struct Origin
+    {
+        u64 baseCCD;
+        int cfg;
+    };
+    // A triangle, by rank of its corners in vCCD.
     struct Found
     {
         std::uint32_t aRank[3];
-        int cfg;
-        u64 baseCCD;
+        Origin origin;
     };
     // The two triangles of a flat cube, waiting for the other cubes.
     struct Ambiguous
     {
         std::uint32_t aRank[6];
-        int cfg;
-        u64 baseCCD;
+        Origin origin;
     };
+    // The same, by corners.
+    using Square = std::array<CVertex*, 6>;
     // Of the parts of an extraction.
     using AmbiguousLists = std::vector<std::vector<Ambiguous>>;
     struct Part;
@@ -76,15 +85,21 @@ private:
     void extract(AmbiguousLists& vAmbiguousT);
     void readTable(const CubeWalk::Cube& cube, Part& part) const;
     void solveAmbiguousT(const AmbiguousLists& vAmbiguousT);
-    void solveOne(const Ambiguous& entry);
+    void solveSquare(const Square& square, const Origin& origin);
+    void createUnlessThere(CVertex* pA, CVertex* pB, CVertex* pC, const Origin& origin);
     void pruneCase27();
     void createExtraCCDs_borderFix(const std::vector<u64>& vGeneratingVCDs, std::vector<u64>& vExtraCCD,
                                    std::vector<u64>& vRemoveCCD) const;
     // 0 .. 255, or -1 if no cell of the cube is occupied.
     [[nodiscard]] int getConfig(u64 baseCCD) const;
     void removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD);
-    // Makes the triangle unless that edge, null if there is none, carries it already.
-    void createUnlessThere(const CEdge* pCE, CVertex* pA, CVertex* pB, CVertex* pC, const Ambiguous& entry);
+    // Brings the mesh to the cells in use. vOldCCD are those of the last extraction.
+    void extractAfterChange(const std::vector<u64>& vOldCCD);
+    // The cubes that one of the cells belongs to and all that share a face with one of those, ascending.
+    [[nodiscard]] std::vector<u64> getCubesAround(const std::vector<u64>& vCells) const;
+    void renew(std::vector<u64> vBases);
+    // The record of the cell at a corner of the cube, 0 to 7.
+    [[nodiscard]] CVertex* getCorner(u64 baseCCD, int corner) const;
 
     Calc* pCalc;
     BundleMap* pCCDBundle;

@@ -3,6 +3,7 @@
 #include "CMesh.h"
 #include "CellIndex.h"
 #include "CubeWalk.h"
+#include "Top.h"
 #include "helpers/LatticeMesh.h"
 #include "helpers/finishedMeshes.h"
 
@@ -12,6 +13,7 @@
 #include <array>
 #include <random>
 #include <set>
+#include <vector>
 
 namespace TARN_ZEF
 {
@@ -105,6 +107,83 @@ void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra)
                 20 + static_cast<int>(rng() % 20));
 }
 
+// All that a mesh holds by number, and every order that a pass can see.
+struct Contents
+{
+    explicit Contents(const CMesh& mesh)
+    {
+        const auto add = [this](const std::vector<CTriangle*>& vT)
+        {
+            for (const CTriangle* pCT : vT)
+                v.push_back(pCT->getNumber());
+            v.push_back(~u64{0});
+        };
+        for (const CTriangle* pCT : mesh.getAllT())
+        {
+            v.insert(v.end(), {pCT->getNumber(), pCT->getC0(), pCT->getC1(), pCT->getC2(),
+                               pCT->getGeneratingVCD(), static_cast<u64>(pCT->getCfg())});
+            for (int i = 0; i < 3; ++i)
+                v.push_back(pCT->getCEdge(i)->getNumber());
+            v.push_back(pCT->isAlive());
+            v.push_back(pCT->bVisited);
+            v.push_back(pCT->getPatch() != nullptr);
+        }
+        std::vector<CEdge*> vCE;
+        mesh.getAllCE(vCE);
+        for (int deg = 1; deg <= 6; ++deg)
+            mesh.getDegN(deg, vCE);
+        for (const CEdge* pCE : vCE)
+        {
+            v.insert(v.end(), {pCE->getNumber(), pCE->v0, pCE->v1});
+            add({pCE->vCT.begin(), pCE->vCT.end()});
+        }
+        std::vector<u64> vUsed;
+        mesh.getUsedCCDs(vUsed);
+        for (const u64 ccd : vUsed)
+        {
+            std::vector<CTriangle*> vT;
+            mesh.getIncT(ccd, vT);
+            add(vT);
+        }
+        v.push_back(mesh.getNumAliveT());
+        v.push_back(mesh.getNumEdges());
+    }
+
+    std::vector<u64> v;
+};
+
+// Whatever passes do to a mesh between two extractions.
+void disturb(CMesh& mesh, Calc& calc, std::mt19937& rng)
+{
+    const auto pick = [&]() -> CTriangle* { return mesh.getAllT()[rng() % mesh.getAllT().size()]; };
+    Top top(&mesh, &calc);
+    for (int i = 0; i < 40; ++i)
+    {
+        CTriangle* pCT = pick();
+        if (!pCT->isAlive())
+            continue;
+        switch (rng() % 3)
+        {
+        case 0:
+            pCT->kill(&mesh);
+            break;
+        case 1:
+            pCT->flipOrientation();
+            break;
+        default:
+        {
+            const u64 other = pick()->getC0();
+            if (other != pCT->getC0() && other != pCT->getC1())
+                mesh.createT(pCT->getC1(), pCT->getC0(), other, 0, -1);
+        }
+        }
+    }
+    top.unifyDiagonals();
+    top.solvePatches(rng() % 2 == 0);
+    std::vector<CEdge*> vBorders;
+    top.getBordersKillDeg1nn(vBorders);
+}
+
 std::vector<u64> cellsOf(const LatticeMesh& lm)
 {
     std::vector<u64> v;
@@ -160,6 +239,44 @@ TEST(Voro, borderFixLeavesEveryCornerWithABundle)
         }
         expectConsistent(*pCMesh);
     }
+}
+
+// Two fixes in a row, each after passes and of a few cubes; the judge extracts everything anew each time.
+TEST(Voro, borderFixLeavesTheMeshOfAWholeExtraction)
+{
+    const PreparedTree tree;
+    int numRenewed = 0;
+    for (unsigned int run = 0; run < 60; ++run)
+    {
+        SCOPED_TRACE(run);
+        LatticeMesh aLM[2];
+        for (LatticeMesh& lm : aLM)
+        {
+            std::mt19937 rng(run);
+            fillRandomCells(lm, rng, static_cast<int>(run) * 8);
+        }
+        Voro voro(&aLM[0].calc, &aLM[0].map, TM_FAT);
+        Voro judge(&aLM[1].calc, &aLM[1].map, TM_FAT);
+        voro.fatExtractTriangles();
+        judge.fatExtractTriangles();
+        std::mt19937 rng(run + 1000);
+        for (int round = 0; round < 2; ++round)
+        {
+            const std::vector<CTriangle*>& vT = judge.getCMesh()->getAllT();
+            std::vector<u64> vGenerating;
+            for (int i = 0; i < 4; ++i)
+                vGenerating.push_back(vT[rng() % vT.size()]->getGeneratingVCD());
+            disturb(*voro.getCMesh(), aLM[0].calc, rng);
+            voro.borderFix(vGenerating);
+            judge.getCMesh()->clearAll();
+            judge.borderFix(vGenerating);
+            ASSERT_EQ(voro.getCells(), judge.getCells());
+            ASSERT_EQ(Contents(*voro.getCMesh()).v, Contents(*judge.getCMesh()).v) << "round " << round;
+            expectConsistent(*voro.getCMesh());
+            numRenewed += voro.getCMesh()->getNumEdgeSlots() > voro.getCMesh()->getNumEdges();
+        }
+    }
+    EXPECT_GT(numRenewed, 60) << "the cells are to change so little that most of the mesh stays";
 }
 
 } // namespace TARN_ZEF
