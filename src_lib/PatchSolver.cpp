@@ -2,6 +2,7 @@
 
 #include "CMesh.h"
 #include "Progress.h"
+#include "produceInOrder.h"
 #include "sortMT2.h"
 #include "tools.h"
 #include "uniteAcrossEdges.h"
@@ -26,6 +27,17 @@ const std::size_t MIN_QUICK_SIZE = 100;
 const std::size_t QUICK_PART = 16;
 const double CLEARLY_THICK = 0.45;
 const double CLEARLY_LARGE_SHARE = 0.11; // likewise, of a patch in a pair
+
+// The parts of a sum are the same for every number of threads, so that its rounding is.
+const std::size_t TRIANGLES_PER_PART = 1 << 15;
+
+// Of a patch: six times the volume, twice the area.
+struct Solid
+{
+    double volume = 0.0;
+    double area = 0.0;
+    u64 topmostCCD = 0;
+};
 } // namespace
 
 PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
@@ -215,38 +227,75 @@ CPatch* PatchSolver::chooseVictim(CPatch* p0, CPatch* p1, double sumArea)
     return p0->getSize() < p1->getSize() ? p0 : p1;
 }
 
+// measure(vCT, from, to, Part&) on all triangles, on the workers of the pool, which may look() at labels; then
+// add(Part) for each part in order.
+template <typename Part, typename Measure, typename Add>
+void PatchSolver::measureInParts(Measure measure, Add add)
+{
+    labels.flatten();
+    const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
+    std::vector<Part> vParts(4);
+    produceInOrder(
+        vParts, (vCT.size() + TRIANGLES_PER_PART - 1) / TRIANGLES_PER_PART,
+        [&](Part& part, std::size_t i)
+        {
+            const std::size_t from = i * TRIANGLES_PER_PART;
+            measure(vCT, from, std::min(from + TRIANGLES_PER_PART, vCT.size()), part);
+        },
+        add);
+}
+
 // Pairs of which one alone has a large share of the mesh stay in any case.
 void PatchSolver::dropHugePairs(std::vector<RecordPair>& vPairs)
 {
-    std::map<Label, double> mArea;
+    std::vector<Label> vLarge;
     for (const auto& [pRecord0, pRecord1] : vPairs)
         for (const Label label : {pRecord0->label, pRecord1->label})
-            if (isLargePart(label) && !isRemembered(mHugeSize, label))
-                mArea[label] = 0.0;
-    if (!mArea.empty())
+            if (isLargePart(label) && !isRemembered(mHugeSize, label) &&
+                std::find(vLarge.begin(), vLarge.end(), label) == vLarge.end())
+                vLarge.push_back(label);
+    if (!vLarge.empty())
     {
-        double sumArea = 0.0;
-        for (const CTriangle* pCT : pCMesh->getAllT())
-        {
-            if (!pCT->isAlive())
-                continue;
-            const Point3& p0 = *pCT->getVtx(pCMesh, 0);
-            const double area =
-                crossProduct(*pCT->getVtx(pCMesh, 1) - p0, *pCT->getVtx(pCMesh, 2) - p0).length();
-            sumArea += area;
-            const auto it = mArea.find(labels.findRoot(pCT->getNumber()));
-            if (it != mArea.end())
-                it->second += area;
-        }
-        for (const auto& [label, area] : mArea)
-            if (area / sumArea > CLEARLY_LARGE_SHARE)
-                mHugeSize[label] = labels.getSize(label);
+        const Areas areas = measureAreas(vLarge);
+        for (std::size_t i = 0; i < vLarge.size(); ++i)
+            if (areas.vOfLabel[i] / areas.sum > CLEARLY_LARGE_SHARE)
+                mHugeSize[vLarge[i]] = labels.getSize(vLarge[i]);
     }
     std::erase_if(vPairs,
                   [this](const RecordPair& pair) {
                       return isRemembered(mHugeSize, pair.first->label) ||
                              isRemembered(mHugeSize, pair.second->label);
                   });
+}
+
+PatchSolver::Areas PatchSolver::measureAreas(const std::vector<Label>& vLabels)
+{
+    Areas total{0.0, std::vector<double>(vLabels.size())};
+    measureInParts<Areas>(
+        [&](const std::vector<CTriangle*>& vCT, std::size_t from, std::size_t to, Areas& part)
+        {
+            part = {0.0, std::vector<double>(vLabels.size())};
+            for (std::size_t i = from; i < to; ++i)
+            {
+                const CTriangle& ct = *vCT[i];
+                if (!ct.isAlive())
+                    continue;
+                const Point3& p0 = *ct.getVtx(pCMesh, 0);
+                const double area =
+                    crossProduct(*ct.getVtx(pCMesh, 1) - p0, *ct.getVtx(pCMesh, 2) - p0).length();
+                part.sum += area;
+                const auto it = std::find(vLabels.begin(), vLabels.end(), labels.look(ct.getNumber()).root);
+                if (it != vLabels.end())
+                    part.vOfLabel[static_cast<std::size_t>(it - vLabels.begin())] += area;
+            }
+        },
+        [&](const Areas& part)
+        {
+            total.sum += part.sum;
+            for (std::size_t i = 0; i < vLabels.size(); ++i)
+                total.vOfLabel[i] += part.vOfLabel[i];
+        });
+    return total;
 }
 
 bool PatchSolver::isLargePart(Label label) const
@@ -366,25 +415,34 @@ double PatchSolver::computeThickness(Label label)
                     [&](std::uint32_t number) { return labels.findRoot(number) == label; }))
         return 0.0;
     const Point3 ref = *pCMesh->getAllT()[label]->getVtx(pCMesh, 0);
-    double volume = 0.0;
-    double area = 0.0;
-    u64 topmost = 0;
-    for (const CTriangle* pCT : pCMesh->getAllT())
-    {
-        const TriangleUnion::Found found = labels.find(pCT->getNumber());
-        if (!pCT->isAlive() || found.root != label)
-            continue;
-        const Point3& p0 = *pCT->getVtx(pCMesh, 0);
-        const Vector3 cross = crossProduct(*pCT->getVtx(pCMesh, 1) - p0, *pCT->getVtx(pCMesh, 2) - p0);
-        const double height = cross * (p0 - ref);
-        volume += found.bTurned ? -height : height;
-        area += cross.length();
-        for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
-            if ((ccd & SPARSE_Z) > (topmost & SPARSE_Z))
-                topmost = ccd;
-    }
+    Solid total;
+    measureInParts<Solid>(
+        [&](const std::vector<CTriangle*>& vCT, std::size_t from, std::size_t to, Solid& part)
+        {
+            part = {};
+            for (std::size_t i = from; i < to; ++i)
+            {
+                const CTriangle& ct = *vCT[i];
+                const TriangleUnion::Found found = labels.look(ct.getNumber());
+                if (!ct.isAlive() || found.root != label)
+                    continue;
+                const Point3& p0 = *ct.getVtx(pCMesh, 0);
+                const Vector3 cross = crossProduct(*ct.getVtx(pCMesh, 1) - p0, *ct.getVtx(pCMesh, 2) - p0);
+                const double height = cross * (p0 - ref);
+                part.volume += found.bTurned ? -height : height;
+                part.area += cross.length();
+                for (const u64 ccd : {ct.getC0(), ct.getC1(), ct.getC2()})
+                    raiseTo(part.topmostCCD, ccd);
+            }
+        },
+        [&total](const Solid& part)
+        {
+            total.volume += part.volume;
+            total.area += part.area;
+            raiseTo(total.topmostCCD, part.topmostCCD);
+        });
     std::vector<CTriangle*> vIncT;
-    pCMesh->getIncT(topmost, vIncT);
+    pCMesh->getIncT(total.topmostCCD, vIncT);
     double up = 0.0;
     for (const CTriangle* pCT : vIncT)
     {
@@ -394,7 +452,7 @@ double PatchSolver::computeThickness(Label label)
         const double z = getLatticeNormal(*pCalc, *pCT).z();
         up += found.bTurned ? -z : z;
     }
-    return (up < 0.0 ? -volume : volume) / 6.0 / (area / 4.0) / pCMesh->getAvgSpacing();
+    return (up < 0.0 ? -total.volume : total.volume) / 6.0 / (total.area / 4.0) / pCMesh->getAvgSpacing();
 }
 
 // --- Changes -----------------------------------------------------------------------------------------------

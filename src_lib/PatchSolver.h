@@ -80,6 +80,15 @@ private:
     bool solvePairs(const std::vector<RecordPair>& vAllPairs);
     bool solveClosed(std::vector<Record>& vClosed, bool bStrict);
     void dropHugePairs(std::vector<RecordPair>& vPairs);
+    // Twice the areas of the whole mesh and of patches.
+    struct Areas
+    {
+        double sum = 0.0;
+        std::vector<double> vOfLabel;
+    };
+    [[nodiscard]] Areas measureAreas(const std::vector<Label>& vLabels);
+    template <typename Part, typename Measure, typename Add>
+    void measureInParts(Measure measure, Add add);
     [[nodiscard]] double getEnoughArea(double maxPairArea) const;
     [[nodiscard]] bool isBubble(const Record& record) const;
     [[nodiscard]] bool canBeSplit(const Record& record) const;

@@ -2,11 +2,14 @@
 #include "Top.h"
 
 #include "CMesh.h"
+#include "collectInOrder.h"
+#include "parallelFor.h"
 #include "produceInOrder.h"
 #include "sortMT2.h"
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <functional>
 #include <vector>
 
@@ -15,6 +18,7 @@ namespace TARN_ZEF
 namespace
 {
 const std::size_t EDGES_PER_PART = 1 << 17;
+const std::size_t MIN_DIAGONALS_PER_JOB = 1 << 14;
 
 // One bit for each square of the lattice, by a hash of its name. A square that was inserted is found; one that
 // was not may be found too.
@@ -28,7 +32,12 @@ public:
             numBits *= 2;
         vBits.resize(numBits / 64);
     }
-    void insert(u64 square) { vBits[getWord(square)] |= u64{1} << (square & 63); }
+    // May be called by several threads at once.
+    void insert(u64 square)
+    {
+        std::atomic_ref<u64>(vBits[getWord(square)])
+            .fetch_or(u64{1} << (square & 63), std::memory_order_relaxed);
+    }
     [[nodiscard]] bool mayContain(u64 square) const
     {
         return (vBits[getWord(square)] >> (square & 63) & 1) != 0;
@@ -81,19 +90,27 @@ struct Diagonal
     CEdge* pCE;
 };
 
-void appendIfMarked(const std::vector<Diagonal>& vDiagonals, const SquareFilter& filter,
-                    std::vector<Diagonal>& vResult)
+// Those that the filter may contain, in their order.
+std::vector<Diagonal> getMarked(const std::vector<Diagonal>& vDiagonals, const SquareFilter& filter)
 {
-    for (const Diagonal& diagonal : vDiagonals)
-        if (filter.mayContain(diagonal.square))
-            vResult.push_back(diagonal);
+    return collectInOrder<Diagonal>(vDiagonals.size(),
+                                    [&](std::size_t from, std::size_t to, std::vector<Diagonal>& vPart)
+                                    {
+                                        for (std::size_t i = from; i < to; ++i)
+                                            if (filter.mayContain(vDiagonals[i].square))
+                                                vPart.push_back(vDiagonals[i]);
+                                    });
 }
 
 SquareFilter makeFilter(const std::vector<Diagonal>& vDiagonals)
 {
     SquareFilter filter(vDiagonals.size());
-    for (const Diagonal& diagonal : vDiagonals)
-        filter.insert(diagonal.square);
+    parallelFor(vDiagonals.size(), MIN_DIAGONALS_PER_JOB,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        filter.insert(vDiagonals[i].square);
+                });
     return filter;
 }
 
@@ -159,13 +176,13 @@ void collectCandidates(const CMesh& mesh, std::vector<CEdge*>& vCE)
         mesh.getAllCE(vCE);
         return;
     }
-    std::vector<Diagonal> vCrossing;
-    appendIfMarked(diagonals.vUpward, makeFilter(diagonals.vAcross), vCrossing);
-    appendIfMarked(diagonals.vAcross, makeFilter(vCrossing), vCrossing);
+    const std::vector<Diagonal> vUpward = getMarked(diagonals.vUpward, makeFilter(diagonals.vAcross));
+    const std::vector<Diagonal> vAcross = getMarked(diagonals.vAcross, makeFilter(vUpward));
     std::vector<MapEntry> vEntries;
-    vEntries.reserve(vCrossing.size());
-    for (const Diagonal& diagonal : vCrossing)
-        vEntries.emplace_back(diagonal.pCE);
+    vEntries.reserve(vUpward.size() + vAcross.size());
+    for (const std::vector<Diagonal>* pvCrossing : {&vUpward, &vAcross})
+        for (const Diagonal& diagonal : *pvCrossing)
+            vEntries.emplace_back(diagonal.pCE);
     sortMT(vEntries.begin(), vEntries.end(), std::less<>());
     vCE.reserve(vEntries.size());
     for (const MapEntry& entry : vEntries)

@@ -5,6 +5,8 @@
 #include "CPatch.h"
 #include "PatchSolver.h"
 #include "Progress.h"
+#include "parallelFor.h"
+#include "produceInOrder.h"
 #include "uniteAcrossEdges.h"
 
 #include <algorithm>
@@ -22,6 +24,8 @@ bool runPass(PatchSolver& solver, bool bStrict)
     pProgress->setFinished(true);
     return bChanged;
 }
+
+const std::size_t TRIANGLES_PER_PART = 1 << 14;
 
 // A piece that hangs together over edges of degree 2, while all pieces are being oriented.
 struct Component
@@ -103,25 +107,52 @@ public:
     }
 
 private:
+    // The topmost corner of some triangles in a row that are of one component.
+    struct Peak
+    {
+        unsigned int component;
+        u64 topmostCCD;
+    };
+    using Peaks = std::vector<Peak>;
+
     void collectComponents()
     {
-        vComponentOf.resize(pCMesh->getAllT().size());
-        for (const CTriangle* pCT : pCMesh->getAllT())
-        {
-            if (!pCT->isAlive())
-                continue;
-            const unsigned int number = pCT->getNumber();
-            const unsigned int root = turns.findRoot(number);
-            if (root == number)
+        turns.flatten();
+        const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
+        vComponentOf.resize(vCT.size());
+        for (unsigned int number = 0; number < vCT.size(); ++number)
+            if (turns.isRoot(number) && vCT[number]->isAlive())
             {
                 vComponentOf[number] = static_cast<unsigned int>(vComponents.size());
-                vComponents.push_back({number, pCT->getC0()});
+                vComponents.push_back({number, vCT[number]->getC0()});
             }
-            vComponentOf[number] = vComponentOf[root];
-            u64& topmost = vComponents[vComponentOf[root]].topmostCCD;
-            for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
-                if ((ccd & SPARSE_Z) > (topmost & SPARSE_Z))
-                    topmost = ccd;
+        std::vector<Peaks> vParts(4);
+        produceInOrder(
+            vParts, (vCT.size() + TRIANGLES_PER_PART - 1) / TRIANGLES_PER_PART,
+            [&](Peaks& vPeaks, std::size_t i)
+            {
+                vPeaks.clear();
+                collectPeaks(i * TRIANGLES_PER_PART, std::min((i + 1) * TRIANGLES_PER_PART, vCT.size()),
+                             vPeaks);
+            },
+            [&](const Peaks& vPeaks)
+            {
+                for (const Peak& peak : vPeaks)
+                    raiseTo(vComponents[peak.component].topmostCCD, peak.topmostCCD);
+            });
+    }
+    void collectPeaks(std::size_t from, std::size_t to, Peaks& vPeaks) const
+    {
+        for (std::size_t i = from; i < to; ++i)
+        {
+            const CTriangle& ct = *pCMesh->getAllT()[i];
+            if (!ct.isAlive())
+                continue;
+            const unsigned int component = vComponentOf[turns.look(ct.getNumber()).root];
+            if (vPeaks.empty() || vPeaks.back().component != component)
+                vPeaks.push_back({component, ct.getC0()});
+            for (const u64 ccd : {ct.getC0(), ct.getC1(), ct.getC2()})
+                raiseTo(vPeaks.back().topmostCCD, ccd);
         }
     }
     // By the normals of its own triangles at its topmost corner: as the seed runs, or, in a twisted piece, as
@@ -143,15 +174,22 @@ private:
     }
     void turnTriangles()
     {
-        for (CTriangle* pCT : pCMesh->getAllT())
-        {
-            if (!pCT->isAlive())
-                continue;
-            const Component& component = vComponents[vComponentOf[pCT->getNumber()]];
-            pCT->bVisited = false;
-            if (!component.bTwisted && turns.find(pCT->getNumber()).bTurned != component.bTurn)
-                pCT->flipOrientation();
-        }
+        const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
+        parallelFor(vCT.size(), TRIANGLES_PER_PART,
+                    [&](std::size_t from, std::size_t to)
+                    {
+                        for (std::size_t i = from; i < to; ++i)
+                            if (vCT[i]->isAlive())
+                                turn(*vCT[i]);
+                    });
+    }
+    void turn(CTriangle& ct) const
+    {
+        const TriangleUnion::Found found = turns.look(ct.getNumber());
+        const Component& component = vComponents[vComponentOf[found.root]];
+        ct.bVisited = false;
+        if (!component.bTwisted && found.bTurned != component.bTurn)
+            ct.flipOrientation();
     }
     void orientTwisted(const Component& component)
     {
@@ -165,7 +203,7 @@ private:
     CMesh* pCMesh;
     const Calc* pCalc;
     TriangleUnion turns;
-    std::vector<unsigned int> vComponentOf; // by number of an alive triangle
+    std::vector<unsigned int> vComponentOf; // by number of its seed
     std::vector<Component> vComponents;
     std::vector<CTriangle*> vIncT;
 };

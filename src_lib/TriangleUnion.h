@@ -23,6 +23,7 @@ struct Joint
 // triangle would miss the cache at each step.
 //
 // Invariant:  the root of a set is its lowest number.
+// Threads:    none, but for the const calls as long as nothing changes.
 // Cost:       practically constant per call.
 // Source:     R. E. Tarjan, Efficiency of a good but not linear set union algorithm, 1975; path halving.
 class TriangleUnion
@@ -57,6 +58,20 @@ public:
         return {i, turned != 0};
     }
     [[nodiscard]] std::uint32_t findRoot(std::uint32_t i) { return find(i).root; }
+    // The same without a change, so that several threads may ask. Quick after flatten().
+    [[nodiscard]] Found look(std::uint32_t i) const
+    {
+        std::uint32_t turned = 0;
+        for (; vLink[i] >> 1 != i; i = vLink[i] >> 1)
+            turned ^= vLink[i] & 1;
+        return {i, turned != 0};
+    }
+    // Links each triangle to its root. Links lead to lower numbers: those of the lower ones are direct already.
+    void flatten()
+    {
+        for (std::uint32_t& link : vLink)
+            link = vLink[link >> 1] ^ (link & 1);
+    }
     [[nodiscard]] bool isRoot(std::uint32_t i) const { return vLink[i] >> 1 == i; }
     // Members of the set with this root.
     [[nodiscard]] std::uint32_t getSize(std::uint32_t root) const { return vSize[root]; }

@@ -71,6 +71,13 @@ enum NeigTyp
     return v;
 }
 
+// topmost becomes ccd if that lies higher in z; of cells at one height the first one stays.
+constexpr void raiseTo(u64& topmost, u64 ccd) noexcept
+{
+    if ((ccd & SPARSE_Z) > (topmost & SPARSE_Z))
+        topmost = ccd;
+}
+
 // No component is masked: one of 2^21 or more spills into its neighbour.
 [[nodiscard]] constexpr RCD makeRCD(u64 x, u64 y, u64 z) noexcept
 {
