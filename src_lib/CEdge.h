@@ -131,11 +131,7 @@ struct ByCreationCE
 // Whether the triangle, which stands on the edge, runs from v0 to v1 along it.
 [[nodiscard]] inline bool runsUp(const CTriangle& ct, const CEdge& edge) noexcept
 {
-    const u64 c0 = ct.getC0();
-    const u64 c1 = ct.getC1();
-    if (c0 == edge.v0)
-        return c1 == edge.v1;
-    return c1 == edge.v0 ? ct.getC2() == edge.v1 : c0 == edge.v1;
+    return ct.getStart(&edge) == edge.v0;
 }
 
 // The two triangles of an edge of degree 2.
