@@ -227,13 +227,18 @@ CTriangle* CMesh::createT(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generati
     pCT->aEdge[0] = pCE12;
     pCT->aEdge[1] = pCE02;
     pCT->aEdge[2] = pCE01;
+    registerTriangle(pCT);
+    return pCT;
+}
+
+void CMesh::registerTriangle(CTriangle* pCT)
+{
     for (int i = 0; i < 3; ++i)
     {
         pCT->aEdge[i]->vCT.push_back(pCT);
         noteGrown(*pCT->aEdge[i]);
         appendToCorner(pCT, i);
     }
-    return pCT;
 }
 
 void CMesh::appendToCorner(CTriangle* pCT, int ici) noexcept

@@ -60,6 +60,8 @@ public:
     // whether an equal triangle exists is not tested.
     CTriangle* createT(u64 v0, u64 v1, u64 v2, u64 generatingVCD, int cfg);
     CTriangle* createT(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD, int cfg);
+    // Puts the triangle at the end of the lists of its edges and corners; it must stand in none.
+    void registerTriangle(CTriangle* pCT);
     // Removes the triangle from the lists of its corners; it must stand in all three.
     void unregisterTriangle(CTriangle* pCT);
     // The record of a corner, made if it is missing.

@@ -53,7 +53,7 @@ ExtractionRenewal::ExtractionRenewal(CMesh* pCMesh_, std::vector<u64> vBases_)
     vFlatGaps = findGaps(numOldCubeT, numOldT);
     takeOutTriangles(vCubeGaps);
     takeOutTriangles(vFlatGaps);
-    takeOutOrphans(vTakenOutT);
+    takeOutOrphans();
 }
 
 // --- Back to the last extraction ---------------------------------------------------------------------------
@@ -69,47 +69,21 @@ void ExtractionRenewal::undoPasses()
             pCT->kill(pCMesh);
     vCT.resize(numOldT);
     for (CTriangle* pCT : extracted.vKilled)
-        revive(pCT);
-    // The lists of edges have lost their order: where triangles came and went, and in stars that were sorted.
+    {
+        pCT->bAlive = true;
+        ++pCMesh->numAliveT;
+        pCMesh->registerTriangle(pCT);
+    }
+    // Lists have lost their order where triangles came and went, those of edges also in stars that were sorted.
+    sortLists(extracted.vKilled);
     pCMesh->forEachEdge(0, extracted.numEdgeSlots,
                         [](CEdge* pCE)
                         {
                             if (pCE->getDegree() > 2)
                                 sortTriangles(*pCE);
                         });
-    for (const CTriangle* pCT : extracted.vKilled)
-        for (CEdge* pCE : pCT->aEdge)
-            sortTriangles(*pCE);
     pCMesh->forEachEdge(extracted.numEdgeSlots, pCMesh->getNumEdgeSlots(),
                         [this](CEdge* pCE) { takeOut(pCE); });
-}
-
-void ExtractionRenewal::revive(CTriangle* pCT)
-{
-    pCT->bAlive = true;
-    ++pCMesh->numAliveT;
-    for (int i = 0; i < 3; ++i)
-    {
-        pCT->aEdge[i]->vCT.push_back(pCT);
-        pCMesh->noteGrown(*pCT->aEdge[i]);
-        insertAtCorner(pCT, i);
-    }
-}
-
-void ExtractionRenewal::insertAtCorner(CTriangle* pCT, int ici) noexcept
-{
-    CVertex* pVertex = pCT->aVertex[ici];
-    CTriangle* pBefore = nullptr;
-    CTriangle* pAfter = pVertex->pFirstT;
-    while (pAfter != nullptr && pAfter->getNumber() < pCT->getNumber())
-    {
-        pBefore = pAfter;
-        pAfter = pAfter->aNextInc[pAfter->indexOf(pVertex)];
-    }
-    (pBefore == nullptr ? pVertex->pFirstT : pBefore->aNextInc[pBefore->indexOf(pVertex)]) = pCT;
-    pCT->aNextInc[ici] = pAfter;
-    if (pAfter == nullptr)
-        pVertex->pLastT = pCT;
 }
 
 // --- Out with the old --------------------------------------------------------------------------------------
@@ -140,9 +114,9 @@ void ExtractionRenewal::takeOutTriangles(const std::vector<Gap>& vGaps)
         }
 }
 
-void ExtractionRenewal::takeOutOrphans(const std::vector<CTriangle*>& vDeadT)
+void ExtractionRenewal::takeOutOrphans()
 {
-    for (const CTriangle* pCT : vDeadT)
+    for (const CTriangle* pCT : vTakenOutT)
         for (CEdge* pCE : pCT->aEdge)
             if (pCE->getDegree() == 0 && pCE->number != CEdge::TAKEN_OUT)
                 takeOut(pCE);

@@ -41,6 +41,7 @@ public:
     // To be called after the caller has created the triangles of the cubes with CMesh::createT(), first of
     // those that are not flat, then of the flat ones, in the order of the cubes.
     // numNewCubeT  how many of them are of cubes that are not flat
+    // Triangles in another order are an assertion failure.
     void finish(std::size_t numNewCubeT);
 
 private:
@@ -53,11 +54,9 @@ private:
     };
 
     void undoPasses();
-    void revive(CTriangle* pCT);
-    void insertAtCorner(CTriangle* pCT, int ici) noexcept;
     [[nodiscard]] std::vector<Gap> findGaps(std::size_t from, std::size_t to) const;
     void takeOutTriangles(const std::vector<Gap>& vGaps);
-    void takeOutOrphans(const std::vector<CTriangle*>& vDeadT);
+    void takeOutOrphans();
     void takeOut(CEdge* pCE) noexcept;
     void appendMerged(std::size_t from, const std::vector<Gap>& vGaps, std::size_t to, std::size_t fromNew,
                       std::size_t toNew, std::vector<CTriangle*>& vMerged) const;

@@ -227,24 +227,6 @@ CPatch* PatchSolver::chooseVictim(CPatch* p0, CPatch* p1, double sumArea)
     return p0->getSize() < p1->getSize() ? p0 : p1;
 }
 
-// measure(vCT, from, to, Part&) on all triangles, on the workers of the pool, which may look() at labels; then
-// add(Part) for each part in order.
-template <typename Part, typename Measure, typename Add>
-void PatchSolver::measureInParts(Measure measure, Add add)
-{
-    labels.flatten();
-    const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
-    std::vector<Part> vParts(4);
-    produceInOrder(
-        vParts, (vCT.size() + TRIANGLES_PER_PART - 1) / TRIANGLES_PER_PART,
-        [&](Part& part, std::size_t i)
-        {
-            const std::size_t from = i * TRIANGLES_PER_PART;
-            measure(vCT, from, std::min(from + TRIANGLES_PER_PART, vCT.size()), part);
-        },
-        add);
-}
-
 // Pairs of which one alone has a large share of the mesh stay in any case.
 void PatchSolver::dropHugePairs(std::vector<RecordPair>& vPairs)
 {
@@ -271,8 +253,11 @@ void PatchSolver::dropHugePairs(std::vector<RecordPair>& vPairs)
 PatchSolver::Areas PatchSolver::measureAreas(const std::vector<Label>& vLabels)
 {
     Areas total{0.0, std::vector<double>(vLabels.size())};
-    measureInParts<Areas>(
-        [&](const std::vector<CTriangle*>& vCT, std::size_t from, std::size_t to, Areas& part)
+    labels.flatten();
+    const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
+    produceRangesInOrder<Areas>(
+        vCT.size(), TRIANGLES_PER_PART,
+        [&](Areas& part, std::size_t from, std::size_t to)
         {
             part = {0.0, std::vector<double>(vLabels.size())};
             for (std::size_t i = from; i < to; ++i)
@@ -416,8 +401,11 @@ double PatchSolver::computeThickness(Label label)
         return 0.0;
     const Point3 ref = *pCMesh->getAllT()[label]->getVtx(pCMesh, 0);
     Solid total;
-    measureInParts<Solid>(
-        [&](const std::vector<CTriangle*>& vCT, std::size_t from, std::size_t to, Solid& part)
+    labels.flatten();
+    const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
+    produceRangesInOrder<Solid>(
+        vCT.size(), TRIANGLES_PER_PART,
+        [&](Solid& part, std::size_t from, std::size_t to)
         {
             part = {};
             for (std::size_t i = from; i < to; ++i)

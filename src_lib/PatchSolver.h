@@ -87,8 +87,6 @@ private:
         std::vector<double> vOfLabel;
     };
     [[nodiscard]] Areas measureAreas(const std::vector<Label>& vLabels);
-    template <typename Part, typename Measure, typename Add>
-    void measureInParts(Measure measure, Add add);
     [[nodiscard]] double getEnoughArea(double maxPairArea) const;
     [[nodiscard]] bool isBubble(const Record& record) const;
     [[nodiscard]] bool canBeSplit(const Record& record) const;

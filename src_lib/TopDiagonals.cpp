@@ -161,14 +161,12 @@ struct Diagonals
 void collectCandidates(const CMesh& mesh, std::vector<CEdge*>& vCE)
 {
     Diagonals diagonals;
-    const std::size_t numEdges = mesh.getNumEdgeSlots();
-    std::vector<Diagonals> vParts(4);
-    produceInOrder(
-        vParts, (numEdges + EDGES_PER_PART - 1) / EDGES_PER_PART,
-        [&](Diagonals& part, std::size_t i)
+    produceRangesInOrder<Diagonals>(
+        mesh.getNumEdgeSlots(), EDGES_PER_PART,
+        [&](Diagonals& part, std::size_t from, std::size_t to)
         {
             part = {};
-            part.collect(mesh, i * EDGES_PER_PART, std::min((i + 1) * EDGES_PER_PART, numEdges));
+            part.collect(mesh, from, to);
         },
         [&](const Diagonals& part) { diagonals.append(part); });
     if (!diagonals.bAllUnit)

@@ -126,14 +126,12 @@ private:
                 vComponentOf[number] = static_cast<unsigned int>(vComponents.size());
                 vComponents.push_back({number, vCT[number]->getC0()});
             }
-        std::vector<Peaks> vParts(4);
-        produceInOrder(
-            vParts, (vCT.size() + TRIANGLES_PER_PART - 1) / TRIANGLES_PER_PART,
-            [&](Peaks& vPeaks, std::size_t i)
+        produceRangesInOrder<Peaks>(
+            vCT.size(), TRIANGLES_PER_PART,
+            [this](Peaks& vPeaks, std::size_t from, std::size_t to)
             {
                 vPeaks.clear();
-                collectPeaks(i * TRIANGLES_PER_PART, std::min((i + 1) * TRIANGLES_PER_PART, vCT.size()),
-                             vPeaks);
+                collectPeaks(from, to, vPeaks);
             },
             [&](const Peaks& vPeaks)
             {

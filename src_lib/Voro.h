@@ -90,7 +90,7 @@ private:
     void pruneCase27();
     void createExtraCCDs_borderFix(const std::vector<u64>& vGeneratingVCDs, std::vector<u64>& vExtraCCD,
                                    std::vector<u64>& vRemoveCCD) const;
-    // 0 .. 255, or -1 if no cell of the cube is occupied.
+    // 0 if no cell of the cube is occupied.
     [[nodiscard]] int getConfig(u64 baseCCD) const;
     void removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD);
     // Brings the mesh to the cells in use. vOldCCD are those of the last extraction.

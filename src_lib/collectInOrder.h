@@ -3,7 +3,6 @@
 
 #include "produceInOrder.h"
 
-#include <algorithm>
 #include <cstddef>
 #include <vector>
 
@@ -18,15 +17,13 @@ template <typename T, typename Search>
 [[nodiscard]] std::vector<T> collectInOrder(std::size_t num, Search search)
 {
     constexpr std::size_t perPart = 1 << 16; // some 100 microseconds of work
-    constexpr std::size_t numPartsAhead = 4;
     std::vector<T> vResult;
-    std::vector<std::vector<T>> vParts(numPartsAhead);
-    produceInOrder(
-        vParts, (num + perPart - 1) / perPart,
-        [&](std::vector<T>& vFound, std::size_t i)
+    produceRangesInOrder<std::vector<T>>(
+        num, perPart,
+        [&](std::vector<T>& vFound, std::size_t from, std::size_t to)
         {
             vFound.clear();
-            search(i * perPart, std::min((i + 1) * perPart, num), vFound);
+            search(from, to, vFound);
         },
         [&vResult](const std::vector<T>& vFound)
         { vResult.insert(vResult.end(), vFound.begin(), vFound.end()); });

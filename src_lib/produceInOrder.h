@@ -45,6 +45,19 @@ void produceInOrder(std::vector<Slot>& vSlots, std::size_t num, Produce produce,
     }
 }
 
+// The same for the elements of [0, num), of which each item is the next perPart: produce(slot, from, to), where the
+// slot still holds what it held last. Parts are the same for every number of threads.
+template <typename Slot, typename Produce, typename Consume>
+void produceRangesInOrder(std::size_t num, std::size_t perPart, Produce produce, Consume consume)
+{
+    constexpr std::size_t numPartsAhead = 4;
+    std::vector<Slot> vSlots(numPartsAhead);
+    produceInOrder(
+        vSlots, (num + perPart - 1) / perPart,
+        [&](Slot& slot, std::size_t i) { produce(slot, i * perPart, std::min((i + 1) * perPart, num)); },
+        consume);
+}
+
 } // namespace TARN_ZEF
 
 #endif
