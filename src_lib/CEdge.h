@@ -107,6 +107,8 @@ public:
 
     // Creation number: the order of edges wherever an order of pointers would be visible.
     [[nodiscard]] unsigned int getNumber() const noexcept { return number; }
+    // False if a renewed extraction does without it; until the next whole one it may still be asked that.
+    [[nodiscard]] bool isInMesh() const noexcept { return number != TAKEN_OUT; }
 
 private:
     friend class CMesh;
@@ -128,10 +130,19 @@ struct ByCreationCE
     }
 };
 
+// Map order: ascending in (v0, v1), whatever the order of creation.
+struct ByMapOrderCE
+{
+    bool operator()(const CEdge* pA, const CEdge* pB) const noexcept
+    {
+        return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1;
+    }
+};
+
 // Whether the triangle, which stands on the edge, runs from v0 to v1 along it.
 [[nodiscard]] inline bool runsUp(const CTriangle& ct, const CEdge& edge) noexcept
 {
-    return ct.getStart(&edge) == edge.v0;
+    return ct.getStart(&edge)->ccd == edge.v0;
 }
 
 // The two triangles of an edge of degree 2.
@@ -139,7 +150,7 @@ struct ByCreationCE
 {
     const CTriangle& ct0 = *edge.vCT[0];
     const CTriangle& ct1 = *edge.vCT[1];
-    return {ct0.getNumber(), ct1.getNumber(), runsUp(ct0, edge) == runsUp(ct1, edge)};
+    return {ct0.getNumber(), ct1.getNumber(), ct0.getStart(&edge) == ct1.getStart(&edge)};
 }
 
 } // namespace TARN_ZEF

@@ -63,16 +63,19 @@ void CMesh::clearAll()
     pPrepared = nullptr;
     numVertices = 0;
     numEdges = 0;
-    aNumOfDegree = {};
+    degrees.clear();
     lastAscendingCCD = 0;
     numAscending = 0;
     extracted = {};
+    pRenewed.reset();
 }
 
 void CMesh::markExtracted(std::size_t numCubeT)
 {
     ASSEX(numAliveT == vCT.size());
     extracted = {vCT.size(), numCubeT, getNumEdgeSlots(), {}};
+    ++numExtractions;
+    pRenewed.reset();
 }
 
 std::vector<StorageBlock> CMesh::releaseStorage()
@@ -236,7 +239,7 @@ void CMesh::registerTriangle(CTriangle* pCT)
     for (int i = 0; i < 3; ++i)
     {
         pCT->aEdge[i]->vCT.push_back(pCT);
-        noteGrown(*pCT->aEdge[i]);
+        degrees.noteGrown(pCT->aEdge[i]);
         appendToCorner(pCT, i);
     }
 }
@@ -351,8 +354,7 @@ void CMesh::collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const
         for (CEdge* pCE = pVertex->pFirstCE; pCE != nullptr; pCE = pCE->pNextAtV0)
             if (filter(pCE))
                 vAtCorner.push_back(pCE);
-        std::sort(vAtCorner.begin(), vAtCorner.end(),
-                  [](const CEdge* pA, const CEdge* pB) { return pA->v1 < pB->v1; });
+        std::sort(vAtCorner.begin(), vAtCorner.end(), ByMapOrderCE());
         vCE.insert(vCE.end(), vAtCorner.begin(), vAtCorner.end());
     };
     if (numAscending == numVertices)
@@ -367,29 +369,22 @@ void CMesh::collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const
         collectAt(pVertex);
 }
 
-void CMesh::noteGrown(const CEdge& edge) noexcept
+template <typename Filter>
+std::vector<CEdge*> CMesh::findEdges(Filter filter) const
 {
-    const int degree = edge.getDegree();
-    if (degree > 1)
-        --aNumOfDegree[degreeSlot(degree - 1)];
-    ++aNumOfDegree[degreeSlot(degree)];
-}
-
-void CMesh::noteFallen(const CEdge& edge) noexcept
-{
-    const int degree = edge.getDegree();
-    --aNumOfDegree[degreeSlot(degree + 1)];
-    if (degree > 0)
-        ++aNumOfDegree[degreeSlot(degree)];
-}
-
-bool CMesh::hasDegree(int deg) const
-{
-    for (int degree = 1; degree <= NUM_DEGREES; ++degree)
-        if (aNumOfDegree[degreeSlot(degree)] > 0 &&
-            (fitsDegree(degree, deg) || (degree == NUM_DEGREES && deg > NUM_DEGREES)))
-            return true;
-    return false;
+    std::vector<CEdge*> vFound =
+        collectInOrder<CEdge*>(getNumEdgeSlots(),
+                               [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
+                               {
+                                   forEachEdge(from, to,
+                                               [&](CEdge* pCE)
+                                               {
+                                                   if (filter(pCE))
+                                                       vPart.push_back(pCE);
+                                               });
+                               });
+    std::sort(vFound.begin(), vFound.end(), ByMapOrderCE());
+    return vFound;
 }
 
 void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
@@ -407,20 +402,8 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
         collectInMapOrder(vCE, fits); // nearly all edges
         return;
     }
-    std::vector<CEdge*> vFound =
-        collectInOrder<CEdge*>(getNumEdgeSlots(),
-                               [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
-                               {
-                                   forEachEdge(from, to,
-                                               [&](CEdge* pCE)
-                                               {
-                                                   if (fits(pCE))
-                                                       vPart.push_back(pCE);
-                                               });
-                               });
-    std::sort(vFound.begin(), vFound.end(),
-              [](const CEdge* pA, const CEdge* pB)
-              { return pA->v0 != pB->v0 ? pA->v0 < pB->v0 : pA->v1 < pB->v1; });
+    const std::vector<CEdge*> vFound =
+        degrees.isIrregularKnown() ? degrees.getIrregular(deg) : findEdges(fits);
     vCE.insert(vCE.end(), vFound.begin(), vFound.end());
 }
 

@@ -6,11 +6,11 @@
 #include "CTriangle.h"
 #include "CVertex.h"
 #include "Calc.h"
+#include "DegreeIndex.h"
 #include "definitions.h"
 #include "tarn_tools/SimplePool.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <memory>
 #include <set>
@@ -39,12 +39,10 @@ class Voro;
 // Threads:    none; one mesh belongs to one thread at a time. Queries that change nothing may run in
 //             parallel.
 // Cost:       createT, kill, getCE cost a few list steps at a corner; getDegN walks all edges unless there is
-//             none of that degree; getAllCE walks all corners.
+//             none of that degree or the irregular ones are known; getAllCE walks all corners.
 class CMesh
 {
 public:
-    static constexpr int NUM_DEGREES = 7; // that are counted one by one, from 0
-
     CMesh(Voro* pVoro_, Calc* pCalc_, BundleMap* pCCDBundle_);
     ~CMesh();
     CMesh(const CMesh&) = delete;
@@ -71,6 +69,18 @@ public:
     void markExtracted(std::size_t numCubeT);
     // False from clearAll() on.
     [[nodiscard]] bool isExtractionKnown() const noexcept { return extracted.numT > 0; }
+    // The triangles with the lowest numbers are the ones that the last extraction made.
+    [[nodiscard]] std::size_t getNumExtractedT() const noexcept { return extracted.numT; }
+    // Extractions that ended here, whole ones and renewed ones.
+    [[nodiscard]] unsigned int getNumExtractions() const noexcept { return numExtractions; }
+    // Where a mesh of a renewed extraction differs from what it was right before.
+    struct Renewed
+    {
+        std::vector<CTriangle*> vMadeT;    // made anew
+        std::vector<CTriangle*> vRevivedT; // killed by passes since the extraction before
+    };
+    // Null if the last extraction was a whole one. Holds until the next extraction or clearAll().
+    [[nodiscard]] const Renewed* getRenewed() const noexcept { return pRenewed.get(); }
     // Drops patches, edges, triangles and corner records, so that Voro can extract again. Bundles stay.
     // Every pointer to a triangle or edge becomes invalid.
     void clearAll();
@@ -82,8 +92,11 @@ public:
     // Appends the edges of degree deg, deg > 0, in map order. -1: degree above 2; -5: degree 1 or at least 3;
     // -99: degree above 0; anything else is fatal.
     void getDegN(int deg, std::vector<CEdge*>& vCE) const;
-    // Whether getDegN() would find any, at once; for degrees from NUM_DEGREES on: whether it may.
-    [[nodiscard]] bool hasDegree(int deg) const;
+    // Whether getDegN() would find any, at once; for degrees from DegreeIndex::NUM_DEGREES on: whether it may.
+    [[nodiscard]] bool hasDegree(int deg) const { return degrees.has(deg); }
+    // From whoever has walked over all edges: those of degree 1 or above 2, in any order. From then on and until
+    // clearAll() the mesh keeps track of them.
+    void setIrregularEdges(std::vector<CEdge*> vCE) { degrees.setIrregular(std::move(vCE)); }
     [[nodiscard]] bool hasEdge(u64 a, u64 b) const; // exists with degree at least 1; a and b must differ
     [[nodiscard]] CEdge* getCE(u64 a, u64 b) const; // in either order; null if absent; orphans count
     [[nodiscard]] CEdge* getCE(const CVertex* pA, const CVertex* pB) const noexcept;
@@ -197,15 +210,11 @@ private:
     void eraseBundle(Bundle* pBundle); // from the map and from the corner's record; deletes bundle and point
     template <typename Filter>
     void collectInMapOrder(std::vector<CEdge*>& vCE, Filter filter) const;
+    // Few of all edges, in map order.
+    template <typename Filter>
+    [[nodiscard]] std::vector<CEdge*> findEdges(Filter filter) const;
     void initPools(std::size_t numCorners);
     void destroyEdges();
-    // To be called for an edge whose degree has grown or fallen by one.
-    void noteGrown(const CEdge& edge) noexcept;
-    void noteFallen(const CEdge& edge) noexcept;
-    [[nodiscard]] static std::size_t degreeSlot(int degree) noexcept
-    {
-        return static_cast<std::size_t>(std::min(degree, NUM_DEGREES));
-    }
 
     Voro* pVoro;
     Calc* pCalc;
@@ -220,11 +229,12 @@ private:
     std::vector<CVertex*> vTable; // open addressing on the code; size a power of two
     std::size_t numVertices = 0;
     unsigned int numEdges = 0;
-    // Edges by degree; orphans are not counted, and all from NUM_DEGREES on are counted together.
-    std::array<std::size_t, NUM_DEGREES + 1> aNumOfDegree = {};
+    DegreeIndex degrees;
     u64 lastAscendingCCD = 0;     // code of the last of these:
     std::size_t numAscending = 0; // the first records, made in ascending order of code
     Extracted extracted;
+    unsigned int numExtractions = 0;
+    std::unique_ptr<Renewed> pRenewed;
 
     std::unordered_set<const Point3*> sExtraVtx; // points of vBundles
     std::vector<Bundle*> vBundles;               // extra bundles, in order of creation; owned

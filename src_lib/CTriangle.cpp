@@ -208,7 +208,7 @@ void CTriangle::kill(CMesh* pMesh)
     for (CEdge* pCE : aEdge)
     {
         pCE->checkOut(this);
-        pMesh->noteFallen(*pCE);
+        pMesh->degrees.noteFallen(pCE);
     }
     pMesh->unregisterTriangle(this);
     bAlive = false;

@@ -81,9 +81,9 @@ public:
     }
     void getEdgeCCDs(int ici, u64& a, u64& b) const; // its ends in the direction of the triangle
     // The corner at which the triangle's way along the edge begins; it must be one of its edges.
-    [[nodiscard]] u64 getStart(const CEdge* pCE) const noexcept
+    [[nodiscard]] const CVertex* getStart(const CEdge* pCE) const noexcept
     {
-        return aVertex[pCE == aEdge[0] ? 1 : pCE == aEdge[1] ? 2 : 0]->ccd;
+        return aVertex[pCE == aEdge[0] ? 1 : pCE == aEdge[1] ? 2 : 0];
     }
     [[nodiscard]] bool hasBorderEdge() const;
     [[nodiscard]] bool allEdgesManifold() const; // all three edges have exactly 2 triangles

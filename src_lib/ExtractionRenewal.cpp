@@ -74,14 +74,13 @@ void ExtractionRenewal::undoPasses()
         ++pCMesh->numAliveT;
         pCMesh->registerTriangle(pCT);
     }
+    vRevivedT = extracted.vKilled;
     // Lists have lost their order where triangles came and went, those of edges also in stars that were sorted.
     sortLists(extracted.vKilled);
-    pCMesh->forEachEdge(0, extracted.numEdgeSlots,
-                        [](CEdge* pCE)
-                        {
-                            if (pCE->getDegree() > 2)
-                                sortTriangles(*pCE);
-                        });
+    std::vector<CEdge*> vHigh;
+    pCMesh->getDegN(-1, vHigh);
+    for (CEdge* pCE : vHigh)
+        sortTriangles(*pCE);
     pCMesh->forEachEdge(extracted.numEdgeSlots, pCMesh->getNumEdgeSlots(),
                         [this](CEdge* pCE) { takeOut(pCE); });
 }
@@ -138,7 +137,7 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
 {
     std::vector<CTriangle*>& vCT = pCMesh->vCT;
     const std::size_t fromFlat = numOldT + numNewCubeT;
-    const std::vector<CTriangle*> vNewT(vCT.begin() + static_cast<std::ptrdiff_t>(numOldT), vCT.end());
+    std::vector<CTriangle*> vNewT(vCT.begin() + static_cast<std::ptrdiff_t>(numOldT), vCT.end());
     std::vector<CTriangle*> vMerged;
     vMerged.reserve(vCT.capacity());
     appendMerged(0, vCubeGaps, numOldCubeT, numOldT, fromFlat, vMerged);
@@ -152,6 +151,9 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
     sortLists(vNewT);
     numberEdges();
     pCMesh->markExtracted(numCubeT);
+    std::erase_if(vRevivedT, [](const CTriangle* pCT) { return !pCT->isAlive(); });
+    pCMesh->pRenewed =
+        std::make_unique<CMesh::Renewed>(CMesh::Renewed{std::move(vNewT), std::move(vRevivedT)});
 }
 
 // The triangles [from, to) without the gaps, and in each gap those of [fromNew, toNew) that are of its cube.

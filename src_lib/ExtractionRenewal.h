@@ -71,6 +71,7 @@ private:
     std::vector<Gap> vFlatGaps;
     std::size_t numOldCubeT; // triangles of cubes that were not flat, the first ones
     std::size_t numOldT;
+    std::vector<CTriangle*> vRevivedT; // what the passes had killed
     std::vector<CTriangle*> vTakenOutT;
     std::vector<CTriangle*> vAtCorner; // scratch
 };

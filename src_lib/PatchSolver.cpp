@@ -66,6 +66,7 @@ PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
         for (CEdge* pCE : vPart)
             if (wallCE.insert(pCE->getNumber()))
                 vWallCE.push_back(pCE);
+    pCMesh->setIrregularEdges(vWallCE);
 }
 
 bool PatchSolver::pass(bool bStrict, Progress& progress)

@@ -4,6 +4,7 @@
 #include "CPatch.h"
 #include "NumberSet.h"
 #include "PatchFlood.h"
+#include "SurfacePieces.h"
 #include "TriangleUnion.h"
 
 #include <cstdint>
@@ -45,6 +46,9 @@ public:
 
     // All patches as they are now, in the order of their first members; they hold their members by number.
     [[nodiscard]] std::vector<std::unique_ptr<CPatch>> makeAllPatches();
+
+    // The pieces of the mesh as it is now. Only to be destroyed afterwards.
+    [[nodiscard]] SurfacePieces releasePieces() { return {*pCMesh, std::move(labels), std::move(vTwisted)}; }
 
     // Which of a pair must die: the one with fewer triangles, else p1. Null if both stay, since they are large
     // and a good part of the mesh.

@@ -6,13 +6,13 @@
 #include "CornerParter.h"
 #include "HoleToCCD.h"
 #include "Progress.h"
+#include "SurfacePieces.h"
 #include "Voro.h"
-#include "parallelFor.h"
+#include "collectInOrder.h"
 #include "zefRand.h"
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <cmath>
 #include <memory>
 #include <set>
@@ -24,9 +24,6 @@ namespace
 // Largest pieces that killTinyBorderPatches may remove, by the place in the order of passes.
 const int MAX_TINY_BEFORE_PATCHES = 40;
 const int MAX_TINY_MELT = 8;
-
-const std::size_t TRIANGLES_PER_STEP = 1 << 17;    // of the search for flat ones
-const std::size_t MIN_TRIANGLES_PER_JOB = 1 << 14; // of it
 
 // Cube configurations that leave dangling triangles: the rotations and mirrors of one.
 const std::array<int, 8> vKillConfigs = {27, 39, 78, 114, 141, 177, 216, 228};
@@ -96,21 +93,16 @@ Point3 shiftAtRandom(const Point3& p, double spacing)
     return {std::nextafter(p.x(), DBL_MAX), p.y(), p.z()};
 }
 
-// Whether one of the triangles [from, to) is alive and flat; looked for by the workers.
-bool hasFlat(const CMesh& mesh, std::size_t from, std::size_t to)
+// Those of the triangles that are alive and flat, in their order; looked for by the workers.
+std::vector<CTriangle*> getFlat(const CMesh& mesh, const std::vector<CTriangle*>& vCT)
 {
-    std::atomic<bool> bFlat = false;
-    parallelFor(to - from, MIN_TRIANGLES_PER_JOB,
-                [&](std::size_t first, std::size_t end)
-                {
-                    for (std::size_t i = from + first; i < from + end; ++i)
-                        if (mesh.getAllT()[i]->isAlive() && mesh.getAllT()[i]->isDegenerate(&mesh))
-                        {
-                            bFlat = true;
-                            return;
-                        }
-                });
-    return bFlat;
+    return collectInOrder<CTriangle*>(vCT.size(),
+                                      [&](std::size_t from, std::size_t to, std::vector<CTriangle*>& vFlat)
+                                      {
+                                          for (std::size_t i = from; i < to; ++i)
+                                              if (vCT[i]->isAlive() && vCT[i]->isDegenerate(&mesh))
+                                                  vFlat.push_back(vCT[i]);
+                                      });
 }
 } // namespace
 
@@ -150,9 +142,9 @@ void Top::run(Voro* pVoro)
     CornerParter cornerParter(pCMesh, pCalc);
     cornerParter.addCandidates();
     pProgress = getRootProgress()->getChildProgressSetTodo("TP_pps", 5);
-    solveAllPatches(false, pProgress);
+    SurfacePieces pieces = solveAllPatches(false, pProgress);
     pProgress->setFinished(true);
-    finish(cornerParter);
+    finish(cornerParter, std::move(pieces));
 }
 
 void Top::runMelt(Voro* pVoro)
@@ -173,7 +165,7 @@ void Top::runMelt(Voro* pVoro)
     orientAll();
 }
 
-void Top::finish(CornerParter& cornerParter)
+void Top::finish(CornerParter& cornerParter, SurfacePieces pieces)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_fin", 1);
     killTinyBorderPatches(MAX_TINY_AT_END);
@@ -181,10 +173,15 @@ void Top::finish(CornerParter& cornerParter)
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
-    const bool bSeam = pCMesh->hasDegree(-1);
-    if (bSeam)
+    if (pCMesh->hasDegree(-1))
+    {
         cleanSeams();
-    orientAll();
+        orientAll();
+    }
+    else if (pieces.isOf(*pCMesh)) // nothing has been flipped
+        orientAll(std::move(pieces));
+    else
+        orientAll();
     pProgress->increment();
     const bool bHasBorder = pCMesh->hasDegree(1);
     HoleToCCD holeToCCD(pCMesh, pCalc);
@@ -212,26 +209,61 @@ void Top::finish(CornerParter& cornerParter)
 bool Top::moveOneCorner(const CTriangle& ct, int ici)
 {
     for (int i = 0; i < 3; ++i)
-        if (pCMesh->laplacianForOne(ct.getCorner((ici + i) % 3)))
-            return true;
+    {
+        const u64 ccd = ct.getCorner((ici + i) % 3);
+        if (!pCMesh->laplacianForOne(ccd))
+            continue;
+        vMovedCCD.push_back(ccd);
+        return true;
+    }
     return false;
 }
 
+// Triangles among which are all flat ones.
+std::vector<CTriangle*> Top::getSuspects() const
+{
+    const CMesh::Renewed* pRenewed = pCMesh->getRenewed();
+    if (flatExtraction == 0 || pRenewed == nullptr || pCMesh->getNumExtractions() != flatExtraction + 1)
+        return pCMesh->getAllT();
+    // All that came through both extractions were not flat, or one of their corners has been moved.
+    std::vector<CTriangle*> vSuspects = pRenewed->vMadeT;
+    vSuspects.insert(vSuspects.end(), pRenewed->vRevivedT.begin(), pRenewed->vRevivedT.end());
+    const std::vector<CTriangle*>& vAllT = pCMesh->getAllT();
+    vSuspects.insert(vSuspects.end(), vAllT.begin() + static_cast<std::ptrdiff_t>(pCMesh->getNumExtractedT()),
+                     vAllT.end());
+    for (const Bundle* pBundle : pCMesh->getExtraBundles())
+        pCMesh->getIncT(pBundle->ccd, vSuspects);
+    for (const u64 ccd : vMovedCCD)
+        pCMesh->getIncT(ccd, vSuspects);
+    return vSuspects;
+}
+
+// In order of creation. What is done about one may make others flat: of these, the later ones have their turn.
 void Top::killDegenerate()
 {
-    const std::size_t numT = pCMesh->getAllT().size(); // what the loop makes comes behind
-    for (std::size_t from = 0; from < numT; from += TRIANGLES_PER_STEP)
+    const std::vector<CTriangle*>& vAllT = pCMesh->getAllT();
+    const std::size_t numT = vAllT.size(); // what the loop makes comes behind
+    std::set<unsigned int> sFlat;
+    for (const CTriangle* pCT : getFlat(*pCMesh, getSuspects()))
+        sFlat.insert(sFlat.end(), pCT->getNumber());
+    flatExtraction = pCMesh->getNumExtractions();
+    vMovedCCD.clear();
+    std::vector<CTriangle*> vAtMoved;
+    while (!sFlat.empty())
     {
-        const std::size_t to = std::min(from + TRIANGLES_PER_STEP, numT);
-        // What is done about one may make others flat, so only steps without any are settled by this.
-        if (!hasFlat(*pCMesh, from, to))
+        const unsigned int number = *sFlat.begin();
+        sFlat.erase(sFlat.begin());
+        CTriangle* pCT = vAllT[number];
+        if (!pCT->isAlive() || !pCT->isDegenerate(pCMesh))
             continue;
-        for (std::size_t i = from; i < to; ++i)
-        {
-            CTriangle* pCT = pCMesh->getAllT()[i];
-            if (pCT->isAlive() && pCT->isDegenerate(pCMesh))
-                killFlat(pCT);
-        }
+        const std::size_t numMoved = vMovedCCD.size();
+        killFlat(pCT);
+        vAtMoved.clear();
+        for (std::size_t i = numMoved; i < vMovedCCD.size(); ++i)
+            pCMesh->getIncT(vMovedCCD[i], vAtMoved);
+        for (const CTriangle* pNeigT : vAtMoved)
+            if (pNeigT->getNumber() > number && pNeigT->getNumber() < numT)
+                sFlat.insert(pNeigT->getNumber());
     }
 }
 

@@ -2,6 +2,7 @@
 #define ZEF_TOP_H
 
 #include "CEdge.h"
+#include "CrossingDiagonals.h"
 #include "Point3.h"
 #include "Rotx.h"
 #include "StableQueue.h"
@@ -20,6 +21,7 @@ class CMesh;
 class CPatch;
 class CornerParter;
 class Progress;
+struct SurfacePieces;
 class Voro;
 
 // What a collapse tries.
@@ -236,18 +238,26 @@ private:
     [[nodiscard]] bool removeCap(CEdge* pCE, u64 apex);
     bool tryFlipCrease(CEdge* pCE, double curAngle);
     bool unifyDiagonalAt(CEdge* pCE);
+    [[nodiscard]] std::vector<CTriangle*> getSuspects() const;
     void killFlat(CTriangle* pCT);
     void splitNewFlat(CTriangle* pNewT);
     // Moves the first corner that lets itself be moved, from corner ici on; false if none does.
     [[nodiscard]] bool moveOneCorner(const CTriangle& ct, int ici);
     // Passes until nothing changes; a step of progress, if given, after each that changed something.
-    void solveAllPatches(bool bStrict, Progress* pProgress);
+    // Returns the pieces of what is left.
+    SurfacePieces solveAllPatches(bool bStrict, Progress* pProgress);
     void orientAll();
+    void orientAll(SurfacePieces pieces); // those of the present mesh
     void decideSeams();
     // cornerParter: knows where the surface was rough before the passes over patches.
-    void finish(CornerParter& cornerParter);
+    // pieces: of the present mesh
+    void finish(CornerParter& cornerParter, SurfacePieces pieces);
 
     StableQueue<EnqueuedT, AngleOf> mmEnqueued; // the least bend first
+    CrossingDiagonals crossing;
+    // For the search of flat triangles:
+    unsigned int flatExtraction = 0; // after which all were dealt with; 0: never
+    std::vector<u64> vMovedCCD;      // corners that were moved since then, those of extra bundles aside
 };
 
 } // namespace TARN_ZEF

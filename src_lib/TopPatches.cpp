@@ -5,6 +5,7 @@
 #include "CPatch.h"
 #include "PatchSolver.h"
 #include "Progress.h"
+#include "SurfacePieces.h"
 #include "parallelFor.h"
 #include "produceInOrder.h"
 #include "uniteAcrossEdges.h"
@@ -56,7 +57,7 @@ void floodOriented(CTriangle* pSeed, std::vector<CTriangle*>& vFlood)
             if (pNeigT->bVisited)
                 continue;
             pNeigT->bVisited = true;
-            if (runsUp(*pCurrentCT, edge) == runsUp(*pNeigT, edge))
+            if (pCurrentCT->getStart(&edge) == pNeigT->getStart(&edge))
                 pNeigT->flipOrientation();
             (pNeigT->allEdgesManifold() ? vFlood : vReserveT).push_back(pNeigT);
         }
@@ -74,30 +75,21 @@ void floodOriented(CTriangle* pSeed, std::vector<CTriangle*>& vFlood)
 class Orienter
 {
 public:
-    Orienter(CMesh* pCMesh_, const Calc* pCalc_)
+    // pieces  of the present mesh
+    Orienter(CMesh* pCMesh_, const Calc* pCalc_, SurfacePieces pieces)
         : pCMesh(pCMesh_)
         , pCalc(pCalc_)
-        , turns(pCMesh_->getAllT().size())
+        , turns(std::move(pieces.turns))
+        , vTwisted(std::move(pieces.vTwisted))
     {
     }
 
     void run()
     {
-        const std::size_t numEdges = pCMesh->getNumEdgeSlots();
-        const std::vector<std::uint32_t> vTwisted =
-            uniteAcrossEdges(turns, pCMesh->getAllT().size(), numEdges, getNumUnionParts(numEdges),
-                             [this](std::size_t, std::size_t from, std::size_t to, auto join)
-                             {
-                                 pCMesh->forEachEdge(from, to,
-                                                     [&join](const CEdge* pCE)
-                                                     {
-                                                         if (pCE->getDegree() == 2)
-                                                             join(getJoint(*pCE));
-                                                     });
-                             });
         collectComponents();
         for (const std::uint32_t number : vTwisted)
-            vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
+            if (pCMesh->getAllT()[number]->isAlive())
+                vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
         for (Component& component : vComponents)
             component.bTurn = !component.bTwisted && isUpsideDown(component);
         turnTriangles();
@@ -172,21 +164,23 @@ private:
     }
     void turnTriangles()
     {
+        if (vComponents.empty())
+            return;
         const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
         parallelFor(vCT.size(), TRIANGLES_PER_PART,
                     [&](std::size_t from, std::size_t to)
                     {
                         for (std::size_t i = from; i < to; ++i)
-                            if (vCT[i]->isAlive())
-                                turn(*vCT[i]);
+                            turn(*vCT[i], turns.look(static_cast<std::uint32_t>(i)));
                     });
     }
-    void turn(CTriangle& ct) const
+    // Most triangles stay as they are, so these are not even looked at. The dead belong to any component.
+    void turn(CTriangle& ct, const TriangleUnion::Found& found) const
     {
-        const TriangleUnion::Found found = turns.look(ct.getNumber());
         const Component& component = vComponents[vComponentOf[found.root]];
-        ct.bVisited = false;
-        if (!component.bTwisted && found.bTurned != component.bTurn)
+        if (component.bTwisted)
+            ct.bVisited = false;
+        else if (found.bTurned != component.bTurn && ct.isAlive())
             ct.flipOrientation();
     }
     void orientTwisted(const Component& component)
@@ -201,10 +195,29 @@ private:
     CMesh* pCMesh;
     const Calc* pCalc;
     TriangleUnion turns;
+    std::vector<std::uint32_t> vTwisted;
     std::vector<unsigned int> vComponentOf; // by number of its seed
     std::vector<Component> vComponents;
     std::vector<CTriangle*> vIncT;
 };
+
+SurfacePieces findPieces(const CMesh& mesh)
+{
+    const std::size_t numEdges = mesh.getNumEdgeSlots();
+    TriangleUnion turns(mesh.getAllT().size());
+    std::vector<std::uint32_t> vTwisted =
+        uniteAcrossEdges(turns, mesh.getAllT().size(), numEdges, getNumUnionParts(numEdges),
+                         [&mesh](std::size_t, std::size_t from, std::size_t to, auto join)
+                         {
+                             mesh.forEachEdge(from, to,
+                                              [&join](const CEdge* pCE)
+                                              {
+                                                  if (pCE->getDegree() == 2)
+                                                      join(getJoint(*pCE));
+                                              });
+                         });
+    return {mesh, std::move(turns), std::move(vTwisted)};
+}
 } // namespace
 
 bool Top::solvePatches(bool bStrict)
@@ -213,12 +226,13 @@ bool Top::solvePatches(bool bStrict)
     return runPass(solver, bStrict);
 }
 
-void Top::solveAllPatches(bool bStrict, Progress* pProgress)
+SurfacePieces Top::solveAllPatches(bool bStrict, Progress* pProgress)
 {
     PatchSolver solver(pCMesh, pCalc);
     while (runPass(solver, bStrict))
         if (pProgress != nullptr)
             pProgress->increment();
+    return solver.releasePieces();
 }
 
 void Top::classifyPatches(std::vector<CPatch*>& vPatches, std::vector<PatchPair>& vPatchPairs,
@@ -282,7 +296,12 @@ void Top::createPatchesOrient(const std::vector<CTriangle*>& vT, std::vector<CPa
 // The same as createPatchesOrient() on all triangles and orientPatch() on each of its patches.
 void Top::orientAll()
 {
-    Orienter(pCMesh, pCalc).run();
+    orientAll(findPieces(*pCMesh));
+}
+
+void Top::orientAll(SurfacePieces pieces)
+{
+    Orienter(pCMesh, pCalc, std::move(pieces)).run();
 }
 
 } // namespace TARN_ZEF

@@ -46,12 +46,10 @@ std::vector<Seam> findSeams(const CMesh& mesh, const std::vector<std::unique_ptr
 // Whether an edge has an odd number of triangles above two.
 bool hasFork(const CMesh& mesh)
 {
-    bool bFork = mesh.hasDegree(3);
-    if (bFork || !mesh.hasDegree(-1))
-        return bFork;
-    mesh.forEachEdge([&bFork](const CEdge* pCE)
-                     { bFork = bFork || (pCE->getDegree() > 2 && pCE->getDegree() % 2 == 1); });
-    return bFork;
+    std::vector<CEdge*> vSeamCE;
+    mesh.getDegN(-1, vSeamCE);
+    return std::any_of(vSeamCE.begin(), vSeamCE.end(),
+                       [](const CEdge* pCE) { return pCE->getDegree() % 2 == 1; });
 }
 
 // On an open surface three sheets may meet for good, as at a window in a wall; not over such a small one.
