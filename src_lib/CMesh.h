@@ -73,11 +73,17 @@ public:
     [[nodiscard]] std::size_t getNumExtractedT() const noexcept { return extracted.numT; }
     // Extractions that ended here, whole ones and renewed ones.
     [[nodiscard]] unsigned int getNumExtractions() const noexcept { return numExtractions; }
+    // Whether no triangle has come or gone since.
+    [[nodiscard]] bool isAsExtracted() const noexcept
+    {
+        return vCT.size() == extracted.numT && extracted.vKilled.empty();
+    }
     // Where a mesh of a renewed extraction differs from what it was right before.
     struct Renewed
     {
-        std::vector<CTriangle*> vMadeT;    // made anew
-        std::vector<CTriangle*> vRevivedT; // killed by passes since the extraction before
+        std::vector<CTriangle*> vMadeT;     // made anew
+        std::vector<CTriangle*> vTakenOutT; // dead; stood in their place
+        std::vector<CTriangle*> vRevivedT;  // killed by passes since the extraction before
     };
     // Null if the last extraction was a whole one. Holds until the next extraction or clearAll().
     [[nodiscard]] const Renewed* getRenewed() const noexcept { return pRenewed.get(); }

@@ -3,11 +3,9 @@
 #include "collectInOrder.h"
 #include "parallelFor.h"
 #include "produceInOrder.h"
-#include "sortMT2.h"
 
 #include <algorithm>
 #include <atomic>
-#include <functional>
 #include <utility>
 
 namespace TARN_ZEF
@@ -16,6 +14,7 @@ namespace
 {
 const std::size_t EDGES_PER_PART = 1 << 17;
 const std::size_t MIN_DIAGONALS_PER_JOB = 1 << 14;
+const std::size_t DIAGONALS_PER_PART = 1 << 12; // that are looked at with their triangles
 
 // One bit for each square of the lattice, by a hash of its name. A square that was inserted is found; one that
 // was not may be found too.
@@ -118,22 +117,6 @@ SquareFilter makeFilter(const std::vector<Diagonal>& vDiagonals)
     return filter;
 }
 
-// An edge with what the order of the map goes by.
-struct MapEntry
-{
-    explicit MapEntry(CEdge* pCE_)
-        : v0(pCE_->v0)
-        , v1(pCE_->v1)
-        , pCE(pCE_)
-    {
-    }
-    bool operator<(const MapEntry& other) const { return v0 != other.v0 ? v0 < other.v0 : v1 < other.v1; }
-
-    u64 v0;
-    u64 v1;
-    CEdge* pCE;
-};
-
 // The diagonals of unit squares among some of the edges.
 struct Diagonals
 {
@@ -160,24 +143,56 @@ struct Diagonals
     }
 };
 
-std::vector<CEdge*> sortByMap(std::vector<MapEntry> vEntries)
+// Appends the edge, and the one that crosses it, if it has a crossed square.
+void appendIfCrossed(const CMesh& mesh, CEdge* pCE, std::vector<CEdge*>& vCE)
 {
-    sortMT(vEntries.begin(), vEntries.end(), std::less<>());
-    std::vector<CEdge*> vCE;
-    vCE.reserve(vEntries.size());
-    for (const MapEntry& entry : vEntries)
-        if (vCE.empty() || vCE.back() != entry.pCE)
-            vCE.push_back(entry.pCE);
-    return vCE;
+    if (CEdge* pOtherCE = findCrossedSquare(mesh, *pCE).pOtherCE)
+        vCE.insert(vCE.end(), {pCE, pOtherCE});
+}
+
+void appendCrossed(const CMesh& mesh, const std::vector<Diagonal>& vDiagonals, std::vector<CEdge*>& vCE)
+{
+    const std::vector<CEdge*> vCrossed = collectInOrder<CEdge*>(
+        vDiagonals.size(),
+        [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
+        {
+            for (std::size_t i = from; i < to; ++i)
+                appendIfCrossed(mesh, vDiagonals[i].pCE, vPart);
+        },
+        DIAGONALS_PER_PART);
+    vCE.insert(vCE.end(), vCrossed.begin(), vCrossed.end());
+}
+
+void sortByMap(std::vector<CEdge*>& vCE)
+{
+    std::sort(vCE.begin(), vCE.end(), ByMapOrderCE());
+    vCE.erase(std::unique(vCE.begin(), vCE.end()), vCE.end());
 }
 } // namespace
+
+CrossedSquare findCrossedSquare(const CMesh& mesh, const CEdge& edge)
+{
+    CrossedSquare square;
+    const Calc& calc = *mesh.getCalc();
+    const int comp = calc.getUniqueSameComponent(edge.v0, edge.v1);
+    if (comp < 0 || !edge.getTwoTriangles(square.pCT0, square.pCT1, true))
+        return square;
+    square.ccd0 = square.pCT0->getThirdCCD(edge.v0, edge.v1);
+    const u64 mask = getMask(comp);
+    if ((edge.v0 & mask) != (square.ccd0 & mask))
+        return square; // most edges, without a look at the other triangle
+    square.ccd1 = square.pCT1->getThirdCCD(edge.v0, edge.v1);
+    if (square.ccd0 != square.ccd1 && calc.getUniqueSameComponent(square.ccd0, square.ccd1) == comp)
+        square.pOtherCE = mesh.getCE(square.ccd0, square.ccd1);
+    return square;
+}
 
 bool CrossingDiagonals::find(const CMesh& mesh)
 {
     const CMesh::Renewed* pRenewed = mesh.getRenewed();
     const bool bKnown = pRenewed != nullptr && extraction > 0 && mesh.getNumExtractions() == extraction + 1;
-    const bool bFound = (bKnown && update(mesh, *pRenewed)) || findAll(mesh);
-    extraction = bFound ? mesh.getNumExtractions() : 0;
+    const bool bFound = (bKnown && mesh.isAsExtracted() && update(mesh, *pRenewed)) || findAll(mesh);
+    extraction = bFound && mesh.isAsExtracted() ? mesh.getNumExtractions() : 0;
     return bFound;
 }
 
@@ -196,37 +211,43 @@ bool CrossingDiagonals::findAll(const CMesh& mesh)
         return false;
     const std::vector<Diagonal> vUpward = getMarked(diagonals.vUpward, makeFilter(diagonals.vAcross));
     const std::vector<Diagonal> vAcross = getMarked(diagonals.vAcross, makeFilter(vUpward));
-    std::vector<MapEntry> vEntries;
-    vEntries.reserve(vUpward.size() + vAcross.size());
-    for (const std::vector<Diagonal>* pvCrossing : {&vUpward, &vAcross})
-        for (const Diagonal& diagonal : *pvCrossing)
-            vEntries.emplace_back(diagonal.pCE);
-    vCE = sortByMap(std::move(vEntries));
+    vCE.clear();
+    appendCrossed(mesh, vUpward, vCE);
+    appendCrossed(mesh, vAcross, vCE);
+    sortByMap(vCE);
     return true;
 }
 
-// Passes only take edges away from what an extraction made, and a renewed one gives these back. So a new pair
-// has an edge of a triangle that was made anew.
+// Whether a square is crossed depends on the triangles at the one diagonal and on whether the other one exists.
+// So what was not crossed after the extraction before has now a diagonal on which a triangle has come or gone.
 bool CrossingDiagonals::update(const CMesh& mesh, const CMesh::Renewed& renewed)
 {
-    std::vector<MapEntry> vEntries;
+    std::vector<CEdge*> vSuspects;
     for (CEdge* pCE : vCE)
         if (pCE->isInMesh())
-            vEntries.emplace_back(pCE);
-    for (const CTriangle* pCT : renewed.vMadeT)
-        for (int i = 0; i < 3; ++i)
-        {
-            CEdge* pCE = pCT->getCEdge(i);
-            const Span span(*pCE);
-            if (!span.bUnit)
-                return false;
-            if (!span.isDiagonal())
-                continue;
-            const auto [a, b] = span.getCrossing(*pCE);
-            if (CEdge* pOtherCE = mesh.getCE(a, b))
-                vEntries.insert(vEntries.end(), {MapEntry(pCE), MapEntry(pOtherCE)});
-        }
-    vCE = sortByMap(std::move(vEntries));
+            vSuspects.push_back(pCE);
+    for (const std::vector<CTriangle*>* pvT : {&renewed.vMadeT, &renewed.vTakenOutT})
+        for (const CTriangle* pCT : *pvT)
+            for (int i = 0; i < 3; ++i)
+            {
+                CEdge* pCE = pCT->getCEdge(i);
+                if (!pCE->isInMesh())
+                    continue;
+                const Span span(*pCE);
+                if (!span.bUnit)
+                    return false;
+                if (span.isDiagonal())
+                    vSuspects.push_back(pCE);
+            }
+    vCE.clear();
+    for (CEdge* pCE : vSuspects)
+    {
+        appendIfCrossed(mesh, pCE, vCE);
+        const auto [a, b] = Span(*pCE).getCrossing(*pCE);
+        if (CEdge* pOtherCE = mesh.getCE(a, b))
+            appendIfCrossed(mesh, pOtherCE, vCE);
+    }
+    sortByMap(vCE);
     return true;
 }
 

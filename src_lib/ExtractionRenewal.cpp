@@ -152,8 +152,8 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
     numberEdges();
     pCMesh->markExtracted(numCubeT);
     std::erase_if(vRevivedT, [](const CTriangle* pCT) { return !pCT->isAlive(); });
-    pCMesh->pRenewed =
-        std::make_unique<CMesh::Renewed>(CMesh::Renewed{std::move(vNewT), std::move(vRevivedT)});
+    pCMesh->pRenewed = std::make_unique<CMesh::Renewed>(
+        CMesh::Renewed{std::move(vNewT), std::move(vTakenOutT), std::move(vRevivedT)});
 }
 
 // The triangles [from, to) without the gaps, and in each gap those of [fromNew, toNew) that are of its cube.

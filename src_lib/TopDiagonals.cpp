@@ -14,7 +14,7 @@ void Top::unifyDiagonals()
     const unsigned int numEdges = pCMesh->getNumEdges();
     std::vector<CEdge*> vCE;
     if (crossing.find(*pCMesh))
-        vCE = crossing.get();
+        vCE = crossing.get(); // a change concerns the diagonals of one square only
     else
         pCMesh->getAllCE(vCE);
     for (std::size_t i = 0; i < vCE.size(); ++i)
@@ -35,23 +35,9 @@ void Top::unifyDiagonals()
 // Returns whether a flat triangle was split.
 bool Top::unifyDiagonalAt(CEdge* pCE)
 {
-    const int comp = pCalc->getUniqueSameComponent(pCE->v0, pCE->v1);
-    CTriangle* pCT0 = nullptr;
-    CTriangle* pCT1 = nullptr;
-    if (comp < 0 || !pCE->getTwoTriangles(pCT0, pCT1, true))
-        return false;
-    const u64 ccd0 = pCT0->getThirdCCD(pCE->v0, pCE->v1);
-    const u64 ccd1 = pCT1->getThirdCCD(pCE->v0, pCE->v1);
-    if (ccd0 == ccd1 || pCalc->getUniqueSameComponent(ccd0, ccd1) != comp)
-        return false;
-    // Not in parallel planes.
-    const u64 mask = getMask(comp);
-    if ((pCE->v0 & mask) != (ccd0 & mask))
-        return false;
-    const CEdge* pOtherCE = pCMesh->getCE(ccd0, ccd1);
+    const auto [pCT0, pCT1, pOtherCE, ccd0, ccd1] = findCrossedSquare(*pCMesh, *pCE);
     if (pOtherCE == nullptr)
         return false;
-
     pCT0->kill(pCMesh);
     pCT1->kill(pCMesh);
     const u64 generatingVCD = pCT0->getGeneratingVCD();
