@@ -1,7 +1,7 @@
 #include "ExtractionRenewal.h"
 
 #include "CMesh.h"
-#include "parallelFor.h"
+#include "parallelScan.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -10,17 +10,10 @@ namespace TARN_ZEF
 {
 namespace
 {
-const std::size_t MIN_TRIANGLES_PER_JOB = 1 << 14;
-const std::size_t TRIANGLES_PER_CHUNK = 1 << 15; // of the count of edges
+const std::size_t TRIANGLES_PER_CHUNK = 1 << 11; // with their edges, so that they stay in the cache
 
 // The edges of a triangle in the order in which CMesh::createT() makes them.
 const int CREATION_ICI[3] = {2, 0, 1};
-
-void sortTriangles(CEdge& edge)
-{
-    if (edge.getDegree() > 1 && !std::is_sorted(edge.vCT.begin(), edge.vCT.end(), ByCreationCT()))
-        std::sort(edge.vCT.begin(), edge.vCT.end(), ByCreationCT());
-}
 
 // The first of the triangles [from, to), ascending by cube, whose cube is not below base. It is expected soon.
 std::size_t findCube(const std::vector<CTriangle*>& vCT, std::size_t from, std::size_t to, u64 base)
@@ -76,11 +69,11 @@ void ExtractionRenewal::undoPasses()
     }
     vRevivedT = extracted.vKilled;
     // Lists have lost their order where triangles came and went, those of edges also in stars that were sorted.
-    sortLists(extracted.vKilled);
+    sortLists(vRevivedT, ByCreationCT());
     std::vector<CEdge*> vHigh;
     pCMesh->getDegN(-1, vHigh);
     for (CEdge* pCE : vHigh)
-        sortTriangles(*pCE);
+        sortEdge(*pCE, ByCreationCT());
     pCMesh->forEachEdge(extracted.numEdgeSlots, pCMesh->getNumEdgeSlots(),
                         [this](CEdge* pCE) { takeOut(pCE); });
 }
@@ -138,79 +131,108 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
     std::vector<CTriangle*>& vCT = pCMesh->vCT;
     const std::size_t fromFlat = numOldT + numNewCubeT;
     std::vector<CTriangle*> vNewT(vCT.begin() + static_cast<std::ptrdiff_t>(numOldT), vCT.end());
-    std::vector<CTriangle*> vMerged;
-    vMerged.reserve(vCT.capacity());
-    appendMerged(0, vCubeGaps, numOldCubeT, numOldT, fromFlat, vMerged);
-    const std::size_t numCubeT = vMerged.size();
-    appendMerged(numOldCubeT, vFlatGaps, numOldT, fromFlat, vCT.size(), vMerged);
-    ASSEX(vMerged.size() == vCT.size() - vTakenOutT.size());
-    vCT.swap(vMerged);
+    const ByPlace isBefore{numOldCubeT, numOldT, fromFlat};
+    sortLists(vTakenOutT, isBefore);
+    sortLists(vNewT, isBefore);
 
-    numberTriangles();
-    sortLists(vTakenOutT);
-    sortLists(vNewT);
-    numberEdges();
+    std::vector<Run> vRuns;
+    appendRuns(0, vCubeGaps, numOldCubeT, numOldT, fromFlat, vRuns);
+    const std::size_t numCubeT = vRuns.back().getTargetEnd();
+    appendRuns(numOldCubeT, vFlatGaps, numOldT, fromFlat, vCT.size(), vRuns);
+    const std::size_t numT = vRuns.back().getTargetEnd();
+    ASSEX(numT == vCT.size() - vTakenOutT.size());
+    moveRuns(vRuns, vNewT);
+    vCT.resize(numT);
+
+    numberAll();
     pCMesh->markExtracted(numCubeT);
     std::erase_if(vRevivedT, [](const CTriangle* pCT) { return !pCT->isAlive(); });
     pCMesh->pRenewed = std::make_unique<CMesh::Renewed>(
         CMesh::Renewed{std::move(vNewT), std::move(vTakenOutT), std::move(vRevivedT)});
 }
 
-// The triangles [from, to) without the gaps, and in each gap those of [fromNew, toNew) that are of its cube.
-void ExtractionRenewal::appendMerged(std::size_t from, const std::vector<Gap>& vGaps, std::size_t to,
-                                     std::size_t fromNew, std::size_t toNew,
-                                     std::vector<CTriangle*>& vMerged) const
+// The triangles [from, to) without the gaps, and in each gap those of [fromNew, toNew) that are of its cube. They
+// follow on what vRuns holds.
+void ExtractionRenewal::appendRuns(std::size_t from, const std::vector<Gap>& vGaps, std::size_t to,
+                                   std::size_t fromNew, std::size_t toNew, std::vector<Run>& vRuns) const
 {
     const std::vector<CTriangle*>& vCT = pCMesh->vCT;
-    const auto at = [&vCT](std::size_t i) { return vCT.begin() + static_cast<std::ptrdiff_t>(i); };
+    const auto append = [&vRuns](std::size_t first, std::size_t end) {
+        vRuns.push_back({first, end, vRuns.empty() ? 0 : vRuns.back().getTargetEnd()});
+    };
     for (const Gap& gap : vGaps)
     {
-        vMerged.insert(vMerged.end(), at(from), at(gap.from));
-        for (; fromNew < toNew && vCT[fromNew]->getGeneratingVCD() == gap.base; ++fromNew)
-            vMerged.push_back(vCT[fromNew]);
+        const std::size_t firstOfCube = fromNew;
+        while (fromNew < toNew && vCT[fromNew]->getGeneratingVCD() == gap.base)
+            ++fromNew;
+        append(from, gap.from);
+        append(firstOfCube, fromNew);
         from = gap.to;
     }
-    vMerged.insert(vMerged.end(), at(from), at(to));
+    append(from, to);
     ASSEX(fromNew == toNew); // they came in the order of the cubes
 }
 
-void ExtractionRenewal::numberTriangles()
+// Old runs keep their order, so one that moves up is in nobody's way once the ones above it have moved up, and
+// one that moves down once the ones below it have moved down.
+void ExtractionRenewal::moveRuns(const std::vector<Run>& vRuns, const std::vector<CTriangle*>& vNewT)
 {
-    std::vector<CTriangle*>& vCT = pCMesh->vCT;
-    parallelFor(vCT.size(), MIN_TRIANGLES_PER_JOB,
-                [&vCT](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t i = from; i < to; ++i)
-                    {
-                        CTriangle& ct = *vCT[i];
-                        if (ct.bTurned)
-                            ct.flipOrientation();
-                        ct.number = static_cast<unsigned int>(i);
-                        ct.pPatch = nullptr;
-                        ct.bVisited = false;
-                    }
-                });
+    const auto itBegin = pCMesh->vCT.begin();
+    const auto at = [itBegin](std::size_t i) { return itBegin + static_cast<std::ptrdiff_t>(i); };
+    const auto isOld = [this](const Run& run) { return run.from < numOldT; };
+    for (auto it = vRuns.rbegin(); it != vRuns.rend(); ++it)
+        if (isOld(*it) && it->target > it->from)
+            std::move_backward(at(it->from), at(it->to), at(it->getTargetEnd()));
+    for (const Run& run : vRuns)
+        if (isOld(run) && run.target < run.from)
+            std::move(at(run.from), at(run.to), at(run.target));
+    for (const Run& run : vRuns)
+        if (!isOld(run))
+            std::copy(vNewT.begin() + static_cast<std::ptrdiff_t>(run.from - numOldT),
+                      vNewT.begin() + static_cast<std::ptrdiff_t>(run.to - numOldT), at(run.target));
 }
 
-// The lists that hold these triangles, or held them.
-void ExtractionRenewal::sortLists(const std::vector<CTriangle*>& vT)
+bool ExtractionRenewal::ByPlace::operator()(const CTriangle* pA, const CTriangle* pB) const noexcept
+{
+    const bool bFlatA = isFlat(*pA);
+    const bool bFlatB = isFlat(*pB);
+    if (bFlatA != bFlatB)
+        return bFlatB;
+    if (pA->getGeneratingVCD() != pB->getGeneratingVCD())
+        return pA->getGeneratingVCD() < pB->getGeneratingVCD();
+    return pA->getNumber() < pB->getNumber(); // of one cube all are old or all are new
+}
+
+// The lists that hold these triangles, or held them. A corner's list lost its order only if it ends with one of
+// these.
+template <typename Less>
+void ExtractionRenewal::sortLists(const std::vector<CTriangle*>& vT, Less isLess)
 {
     for (const CTriangle* pCT : vT)
         for (int i = 0; i < 3; ++i)
         {
-            sortTriangles(*pCT->aEdge[i]);
-            sortCorner(pCT->aVertex[i]);
+            sortEdge(*pCT->aEdge[i], isLess);
+            if (pCT->aVertex[i]->pLastT == pCT)
+                sortCorner(pCT->aVertex[i], isLess);
         }
 }
 
-void ExtractionRenewal::sortCorner(CVertex* pVertex)
+template <typename Less>
+void ExtractionRenewal::sortEdge(CEdge& edge, Less isLess)
+{
+    if (edge.getDegree() > 1 && !std::is_sorted(edge.vCT.begin(), edge.vCT.end(), isLess))
+        std::sort(edge.vCT.begin(), edge.vCT.end(), isLess);
+}
+
+template <typename Less>
+void ExtractionRenewal::sortCorner(CVertex* pVertex, Less isLess)
 {
     vAtCorner.clear();
     for (CTriangle* pCT = pVertex->pFirstT; pCT != nullptr; pCT = pCT->aNextInc[pCT->indexOf(pVertex)])
         vAtCorner.push_back(pCT);
-    if (std::is_sorted(vAtCorner.begin(), vAtCorner.end(), ByCreationCT()))
+    if (std::is_sorted(vAtCorner.begin(), vAtCorner.end(), isLess))
         return;
-    std::sort(vAtCorner.begin(), vAtCorner.end(), ByCreationCT());
+    std::sort(vAtCorner.begin(), vAtCorner.end(), isLess);
     CTriangle** ppNext = &pVertex->pFirstT;
     for (CTriangle* pCT : vAtCorner)
     {
@@ -221,41 +243,48 @@ void ExtractionRenewal::sortCorner(CVertex* pVertex)
     pVertex->pLastT = vAtCorner.back();
 }
 
-// An edge is made with the first of its triangles: so the triangles in order give the order of the edges.
-void ExtractionRenewal::numberEdges()
+// Gives all triangles and edges their numbers and makes them as good as new. An edge is made with the first of its
+// triangles: so the triangles in order give the order of the edges.
+void ExtractionRenewal::numberAll()
 {
     const std::vector<CTriangle*>& vCT = pCMesh->vCT;
-    const std::size_t numChunks = (vCT.size() + TRIANGLES_PER_CHUNK - 1) / TRIANGLES_PER_CHUNK;
-    // f(CEdge&) for each edge that is made with a triangle of the chunk, in order.
-    const auto forEachMade = [&vCT](std::size_t chunk, auto f)
+    const auto getEnd = [&vCT](std::size_t chunk)
+    { return std::min((chunk + 1) * TRIANGLES_PER_CHUNK, vCT.size()); };
+    // f(CEdge&) for each edge that is made with the triangle, in order.
+    const auto forEachMade = [](const CTriangle* pCT, auto f)
     {
-        const std::size_t to = std::min((chunk + 1) * TRIANGLES_PER_CHUNK, vCT.size());
-        for (std::size_t i = chunk * TRIANGLES_PER_CHUNK; i < to; ++i)
-            for (const int ici : CREATION_ICI)
-                if (vCT[i]->aEdge[ici]->vCT[0] == vCT[i])
-                    f(*vCT[i]->aEdge[ici]);
+        for (const int ici : CREATION_ICI)
+            if (pCT->aEdge[ici]->vCT[0] == pCT)
+                f(*pCT->aEdge[ici]);
     };
-    std::vector<unsigned int> vFirstNumber(numChunks + 1, 0);
-    parallelFor(numChunks, 1,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t chunk = from; chunk < to; ++chunk)
-                        forEachMade(chunk, [&num = vFirstNumber[chunk + 1]](const CEdge&) { ++num; });
-                });
-    for (std::size_t chunk = 0; chunk < numChunks; ++chunk)
-        vFirstNumber[chunk + 1] += vFirstNumber[chunk];
-    parallelFor(numChunks, 1,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t chunk = from; chunk < to; ++chunk)
-                        forEachMade(chunk,
-                                    [number = vFirstNumber[chunk]](CEdge& edge) mutable
-                                    {
-                                        edge.number = number++;
-                                        edge.edgeDir = ED_NONE;
-                                    });
-                });
-    pCMesh->numEdges = vFirstNumber.back();
+    const auto numberTriangles = [&](std::size_t chunk)
+    {
+        std::size_t numMade = 0;
+        for (std::size_t i = chunk * TRIANGLES_PER_CHUNK; i < getEnd(chunk); ++i)
+        {
+            CTriangle& ct = *vCT[i];
+            if (ct.bTurned)
+                ct.flipOrientation();
+            ct.number = static_cast<unsigned int>(i);
+            ct.pPatch = nullptr;
+            ct.bVisited = false;
+            forEachMade(&ct, [&numMade](const CEdge&) { ++numMade; });
+        }
+        return numMade;
+    };
+    const auto numberEdges = [&](std::size_t chunk, std::size_t first)
+    {
+        auto number = static_cast<unsigned int>(first);
+        for (std::size_t i = chunk * TRIANGLES_PER_CHUNK; i < getEnd(chunk); ++i)
+            forEachMade(vCT[i],
+                        [&number](CEdge& edge)
+                        {
+                            edge.number = number++;
+                            edge.edgeDir = ED_NONE;
+                        });
+    };
+    const std::size_t numChunks = (vCT.size() + TRIANGLES_PER_CHUNK - 1) / TRIANGLES_PER_CHUNK;
+    pCMesh->numEdges = static_cast<unsigned int>(parallelScan(numChunks, numberTriangles, numberEdges));
 }
 
 } // namespace TARN_ZEF

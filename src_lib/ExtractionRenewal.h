@@ -1,6 +1,7 @@
 #ifndef ZEF_EXTRACTIONRENEWAL_H
 #define ZEF_EXTRACTIONRENEWAL_H
 
+#include "CTriangle.h"
 #include "definitions.h"
 
 #include <cstddef>
@@ -10,7 +11,6 @@ namespace TARN_ZEF
 {
 class CEdge;
 class CMesh;
-class CTriangle;
 struct CVertex;
 
 // Extracts some cubes of a mesh anew and leaves the mesh as a whole extraction would: the same triangles and
@@ -52,18 +52,43 @@ private:
         std::size_t from;
         std::size_t to;
     };
+    // Triangles in a row, [from, to) of all, that come to stand from target on.
+    struct Run
+    {
+        std::size_t from;
+        std::size_t to;
+        std::size_t target;
+        [[nodiscard]] std::size_t getTargetEnd() const { return target + to - from; }
+    };
+    // The order in which triangles come to stand, before they have their numbers.
+    struct ByPlace
+    {
+        std::size_t numOldCubeT;
+        std::size_t numOldT;
+        std::size_t firstNewFlat;
+        [[nodiscard]] bool isFlat(const CTriangle& ct) const noexcept
+        {
+            const std::size_t number = ct.getNumber();
+            return number < numOldT ? number >= numOldCubeT : number >= firstNewFlat;
+        }
+        bool operator()(const CTriangle* pA, const CTriangle* pB) const noexcept;
+    };
 
     void undoPasses();
     [[nodiscard]] std::vector<Gap> findGaps(std::size_t from, std::size_t to) const;
     void takeOutTriangles(const std::vector<Gap>& vGaps);
     void takeOutOrphans();
     void takeOut(CEdge* pCE) noexcept;
-    void appendMerged(std::size_t from, const std::vector<Gap>& vGaps, std::size_t to, std::size_t fromNew,
-                      std::size_t toNew, std::vector<CTriangle*>& vMerged) const;
-    void numberTriangles();
-    void sortLists(const std::vector<CTriangle*>& vT);
-    void sortCorner(CVertex* pVertex);
-    void numberEdges();
+    void appendRuns(std::size_t from, const std::vector<Gap>& vGaps, std::size_t to, std::size_t fromNew,
+                    std::size_t toNew, std::vector<Run>& vRuns) const;
+    void moveRuns(const std::vector<Run>& vRuns, const std::vector<CTriangle*>& vNewT);
+    template <typename Less>
+    void sortLists(const std::vector<CTriangle*>& vT, Less isLess);
+    template <typename Less>
+    static void sortEdge(CEdge& edge, Less isLess);
+    template <typename Less>
+    void sortCorner(CVertex* pVertex, Less isLess);
+    void numberAll();
 
     CMesh* pCMesh;
     std::vector<u64> vBases;
