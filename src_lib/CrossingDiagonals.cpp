@@ -1,8 +1,6 @@
 #include "CrossingDiagonals.h"
 
-#include "collectInOrder.h"
 #include "parallelFor.h"
-#include "produceInOrder.h"
 
 #include <algorithm>
 #include <atomic>
@@ -12,9 +10,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-const std::size_t EDGES_PER_PART = 1 << 17;
-const std::size_t MIN_DIAGONALS_PER_JOB = 1 << 14;
-const std::size_t DIAGONALS_PER_PART = 1 << 12; // that are looked at with their triangles
+const std::size_t EDGES_PER_PART = 1 << 16;
 
 // One bit for each square of the lattice, by a hash of its name. A square that was inserted is found; one that
 // was not may be found too.
@@ -93,30 +89,6 @@ struct Diagonal
     CEdge* pCE;
 };
 
-// Those that the filter may contain, in their order.
-std::vector<Diagonal> getMarked(const std::vector<Diagonal>& vDiagonals, const SquareFilter& filter)
-{
-    return collectInOrder<Diagonal>(vDiagonals.size(),
-                                    [&](std::size_t from, std::size_t to, std::vector<Diagonal>& vPart)
-                                    {
-                                        for (std::size_t i = from; i < to; ++i)
-                                            if (filter.mayContain(vDiagonals[i].square))
-                                                vPart.push_back(vDiagonals[i]);
-                                    });
-}
-
-SquareFilter makeFilter(const std::vector<Diagonal>& vDiagonals)
-{
-    SquareFilter filter(vDiagonals.size());
-    parallelFor(vDiagonals.size(), MIN_DIAGONALS_PER_JOB,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t i = from; i < to; ++i)
-                        filter.insert(vDiagonals[i].square);
-                });
-    return filter;
-}
-
 // The diagonals of unit squares among some of the edges.
 struct Diagonals
 {
@@ -135,32 +107,54 @@ struct Diagonals
                                  (span.bUpward ? vUpward : vAcross).push_back({span.square, pCE});
                          });
     }
-    void append(const Diagonals& other)
-    {
-        vUpward.insert(vUpward.end(), other.vUpward.begin(), other.vUpward.end());
-        vAcross.insert(vAcross.end(), other.vAcross.begin(), other.vAcross.end());
-        bAllUnit = bAllUnit && other.bAllUnit;
-    }
 };
+
+// f(k) for each part, on the workers of the pool.
+template <typename F>
+void forEachPart(const std::vector<Diagonals>& vParts, F f)
+{
+    parallelFor(vParts.size(), 1,
+                [&f](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t k = from; k < to; ++k)
+                        f(k);
+                });
+}
+
+using List = std::vector<Diagonal> Diagonals::*;
+
+// The squares of one of the two lists in all parts.
+SquareFilter makeFilter(const std::vector<Diagonals>& vParts, List pList)
+{
+    std::size_t num = 0;
+    for (const Diagonals& part : vParts)
+        num += (part.*pList).size();
+    SquareFilter filter(num);
+    forEachPart(vParts,
+                [&](std::size_t k)
+                {
+                    for (const Diagonal& diagonal : vParts[k].*pList)
+                        filter.insert(diagonal.square);
+                });
+    return filter;
+}
+
+// Drops those of a list that the filter does not contain.
+void keepMarked(std::vector<Diagonals>& vParts, List pList, const SquareFilter& filter)
+{
+    forEachPart(vParts,
+                [&](std::size_t k)
+                {
+                    std::erase_if(vParts[k].*pList, [&filter](const Diagonal& diagonal)
+                                  { return !filter.mayContain(diagonal.square); });
+                });
+}
 
 // Appends the edge, and the one that crosses it, if it has a crossed square.
 void appendIfCrossed(const CMesh& mesh, CEdge* pCE, std::vector<CEdge*>& vCE)
 {
     if (CEdge* pOtherCE = findCrossedSquare(mesh, *pCE).pOtherCE)
         vCE.insert(vCE.end(), {pCE, pOtherCE});
-}
-
-void appendCrossed(const CMesh& mesh, const std::vector<Diagonal>& vDiagonals, std::vector<CEdge*>& vCE)
-{
-    const std::vector<CEdge*> vCrossed = collectInOrder<CEdge*>(
-        vDiagonals.size(),
-        [&](std::size_t from, std::size_t to, std::vector<CEdge*>& vPart)
-        {
-            for (std::size_t i = from; i < to; ++i)
-                appendIfCrossed(mesh, vDiagonals[i].pCE, vPart);
-        },
-        DIAGONALS_PER_PART);
-    vCE.insert(vCE.end(), vCrossed.begin(), vCrossed.end());
 }
 
 void sortByMap(std::vector<CEdge*>& vCE)
@@ -198,22 +192,29 @@ bool CrossingDiagonals::find(const CMesh& mesh)
 
 bool CrossingDiagonals::findAll(const CMesh& mesh)
 {
-    Diagonals diagonals;
-    produceRangesInOrder<Diagonals>(
-        mesh.getNumEdgeSlots(), EDGES_PER_PART,
-        [&](Diagonals& part, std::size_t from, std::size_t to)
-        {
-            part = {};
-            part.collect(mesh, from, to);
-        },
-        [&](const Diagonals& part) { diagonals.append(part); });
-    if (!diagonals.bAllUnit)
+    const std::size_t numSlots = mesh.getNumEdgeSlots();
+    std::vector<Diagonals> vParts((numSlots + EDGES_PER_PART - 1) / EDGES_PER_PART);
+    forEachPart(vParts,
+                [&](std::size_t k)
+                {
+                    const std::size_t from = k * EDGES_PER_PART;
+                    vParts[k].collect(mesh, from, std::min(from + EDGES_PER_PART, numSlots));
+                });
+    if (!std::all_of(vParts.begin(), vParts.end(), [](const Diagonals& part) { return part.bAllUnit; }))
         return false;
-    const std::vector<Diagonal> vUpward = getMarked(diagonals.vUpward, makeFilter(diagonals.vAcross));
-    const std::vector<Diagonal> vAcross = getMarked(diagonals.vAcross, makeFilter(vUpward));
+    keepMarked(vParts, &Diagonals::vUpward, makeFilter(vParts, &Diagonals::vAcross));
+    keepMarked(vParts, &Diagonals::vAcross, makeFilter(vParts, &Diagonals::vUpward));
+    std::vector<std::vector<CEdge*>> vvCrossed(vParts.size());
+    forEachPart(vParts,
+                [&](std::size_t k)
+                {
+                    for (const List pList : {&Diagonals::vUpward, &Diagonals::vAcross})
+                        for (const Diagonal& diagonal : vParts[k].*pList)
+                            appendIfCrossed(mesh, diagonal.pCE, vvCrossed[k]);
+                });
     vCE.clear();
-    appendCrossed(mesh, vUpward, vCE);
-    appendCrossed(mesh, vAcross, vCE);
+    for (const std::vector<CEdge*>& vCrossed : vvCrossed)
+        vCE.insert(vCE.end(), vCrossed.begin(), vCrossed.end());
     sortByMap(vCE);
     return true;
 }

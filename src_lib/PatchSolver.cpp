@@ -2,6 +2,7 @@
 
 #include "CMesh.h"
 #include "Progress.h"
+#include "collectInOrder.h"
 #include "produceInOrder.h"
 #include "sortMT2.h"
 #include "tools.h"
@@ -166,11 +167,21 @@ void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>&
             vPairs.emplace_back(&record, &vRecords[i + 1]);
     }
     // Free bubbles have no walls. A larger patch without walls can't be split.
-    for (Label label = 0; label < pCMesh->getAllT().size(); ++label)
-        if (labels.isRoot(label) && labels.getSize(label) >= MIN_CLOSED &&
-            labels.getSize(label) < MAX_BUBBLE && !hasWalls.contains(label) &&
-            pCMesh->getAllT()[label]->isAlive())
-            vClosed.push_back({label, 0, 0, 0, 0});
+    const auto isFree = [&](Label label)
+    {
+        return labels.isRoot(label) && labels.getSize(label) >= MIN_CLOSED &&
+               labels.getSize(label) < MAX_BUBBLE && !hasWalls.contains(label) &&
+               pCMesh->getAllT()[label]->isAlive();
+    };
+    for (const Label label :
+         collectInOrder<Label>(pCMesh->getAllT().size(),
+                               [&](std::size_t from, std::size_t to, std::vector<Label>&vPart)
+                               {
+                                   for (std::size_t i = from; i < to; ++i)
+                                       if (isFree(static_cast<Label>(i)))
+                                           vPart.push_back(static_cast<Label>(i));
+                               }))
+        vClosed.push_back({label, 0, 0, 0, 0});
 }
 
 std::vector<std::unique_ptr<CPatch>> PatchSolver::makeAllPatches()

@@ -259,8 +259,8 @@ CMesh* Voro::borderFix(const std::vector<u64>& vGeneratingVCDs)
     std::swap(vCCD, vUnion);
     const std::vector<u64>& vOldCCD = vUnion;
     buildIndex();
-    removeCells(vRemoveCCD, vExtraCCD);
-    buildIndex();
+    if (removeCells(vRemoveCCD, vExtraCCD))
+        buildIndex();
     extractAfterChange(vOldCCD);
 
     // Cells that the table left without a bundle before may be in use now, extra or not.
@@ -405,14 +405,27 @@ void Voro::createExtraCCDs_borderFix(const std::vector<u64>& vGeneratingVCDs, st
     sortUnique(vRemoveCCD);
 }
 
-// A cell that is extra is never removed; each doomed cell counts for the decisions after it.
-void Voro::removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD)
+// A cell that is extra is never removed; each doomed cell counts for the decisions after it. Returns whether
+// any was.
+bool Voro::removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD)
 {
     RemoveDecider decider(pIndex.get(), pCalc);
+    std::vector<u64> vDoomed; // ascending, as vRemoveCCD
     for (const u64 ccd : vRemoveCCD)
         if (!std::binary_search(vExtraCCD.begin(), vExtraCCD.end(), ccd) && decider.canRemove(ccd))
+        {
             decider.addDoomed(ccd);
-    std::erase_if(vCCD, [&](u64 ccd) { return decider.isDoomed(ccd); });
+            vDoomed.push_back(ccd);
+        }
+    auto itDoomed = vDoomed.begin();
+    const std::size_t numErased = std::erase_if(vCCD,
+                                                [&](u64 ccd)
+                                                {
+                                                    while (itDoomed != vDoomed.end() && *itDoomed < ccd)
+                                                        ++itDoomed;
+                                                    return itDoomed != vDoomed.end() && *itDoomed == ccd;
+                                                });
+    return numErased > 0;
 }
 
 } // namespace TARN_ZEF

@@ -92,7 +92,7 @@ private:
                                    std::vector<u64>& vRemoveCCD) const;
     // 0 if no cell of the cube is occupied.
     [[nodiscard]] int getConfig(u64 baseCCD) const;
-    void removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD);
+    [[nodiscard]] bool removeCells(const std::vector<u64>& vRemoveCCD, const std::vector<u64>& vExtraCCD);
     // Brings the mesh to the cells in use. vOldCCD are those of the last extraction.
     void extractAfterChange(const std::vector<u64>& vOldCCD);
     // The cubes that one of the cells belongs to and all that share a face with one of those, ascending.

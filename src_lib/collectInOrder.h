@@ -12,11 +12,11 @@ namespace TARN_ZEF
 // vFound; in the order of the elements. The workers of the pool search; the result is the same for every number
 // of threads. For a search that is quick and finds little.
 //
-// T        of what is found
-// perPart  elements that are some 100 microseconds of work
+// T  of what is found
 template <typename T, typename Search>
-[[nodiscard]] std::vector<T> collectInOrder(std::size_t num, Search search, std::size_t perPart = 1 << 16)
+[[nodiscard]] std::vector<T> collectInOrder(std::size_t num, Search search)
 {
+    constexpr std::size_t perPart = 1 << 16; // some 100 microseconds of work
     std::vector<T> vResult;
     produceRangesInOrder<std::vector<T>>(
         num, perPart,

@@ -5,6 +5,7 @@
 #include "TriangleUnion.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -35,6 +36,7 @@ template <typename Visit>
 std::vector<std::uint32_t> uniteAcrossEdges(TriangleUnion& turns, std::size_t numT, std::size_t numEdges,
                                             std::size_t numParts, Visit visit)
 {
+    constexpr std::size_t JOINTS_PER_BATCH = 256;
     struct Part
     {
         std::vector<Joint> vAcross; // with triangles of other parts
@@ -52,14 +54,26 @@ std::vector<std::uint32_t> uniteAcrossEdges(TriangleUnion& turns, std::size_t nu
         const std::size_t high = numT * (k + 1) / numParts;
         const auto isOwn = [=](std::uint32_t number) { return number >= low && number < high; };
         Part& part = vParts[k];
+        // Joints are gathered first: what they are read from comes from memory all at once then.
+        std::array<Joint, JOINTS_PER_BATCH> batch;
+        std::size_t num = 0;
+        const auto uniteBatch = [&]
+        {
+            for (std::size_t i = 0; i < num; ++i)
+                if (isOwn(batch[i].first) && isOwn(batch[i].second))
+                    unite(batch[i], part.vTwisted);
+                else
+                    part.vAcross.push_back(batch[i]);
+            num = 0;
+        };
         visit(k, numEdges * k / numParts, numEdges * (k + 1) / numParts,
               [&](const Joint& joint)
               {
-                  if (isOwn(joint.first) && isOwn(joint.second))
-                      unite(joint, part.vTwisted);
-                  else
-                      part.vAcross.push_back(joint);
+                  batch[num++] = joint;
+                  if (num == batch.size())
+                      uniteBatch();
               });
+        uniteBatch();
     };
     if (numParts == 1)
         visitPart(0);
