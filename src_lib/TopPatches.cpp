@@ -27,14 +27,16 @@ bool runPass(PatchSolver& solver, bool bStrict)
 }
 
 const std::size_t TRIANGLES_PER_PART = 1 << 14;
+const std::size_t LARGE_PART = 16; // a piece with this part of the triangles is large
 
 // A piece that hangs together over edges of degree 2, while all pieces are being oriented.
 struct Component
 {
     unsigned int seed = 0; // number of its first triangle
     u64 topmostCCD = 0;
-    bool bTwisted = false; // no orientation fits all its edges
-    bool bTurn = false;    // the seed must be turned, and all that agrees with it
+    bool bTopKnown = false; // topmostCCD is final
+    bool bTwisted = false;  // no orientation fits all its edges
+    bool bTurn = false;     // the seed must be turned, and all that agrees with it
 };
 
 // Turns all that the seed reaches over edges of degree 2 to agree with it, and appends it to vFlood: breadth
@@ -87,6 +89,8 @@ public:
     void run()
     {
         collectComponents();
+        if (vComponents.empty())
+            return;
         for (const std::uint32_t number : vTwisted)
             if (pCMesh->getAllT()[number]->isAlive())
                 vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
@@ -118,6 +122,9 @@ private:
                 vComponentOf[number] = static_cast<unsigned int>(vComponents.size());
                 vComponents.push_back({number, vCT[number]->getC0()});
             }
+        if (vComponents.empty())
+            return;
+        findTopOfLarge();
         produceRangesInOrder<Peaks>(
             vCT.size(), TRIANGLES_PER_PART,
             [this](Peaks& vPeaks, std::size_t from, std::size_t to)
@@ -131,14 +138,89 @@ private:
                     raiseTo(vComponents[peak.component].topmostCCD, peak.topmostCCD);
             });
     }
+    [[nodiscard]] unsigned int getComponent(std::size_t number) const
+    {
+        return vComponentOf[turns.look(static_cast<std::uint32_t>(number)).root];
+    }
+    // The uppermost corners of a large piece, as far as a walk over all corners has come.
+    struct Summit
+    {
+        unsigned int component;
+        u64 z = 0;
+        std::vector<u64> vCCD;
+    };
+    // Walks over the corners instead of the triangles, and looks only at those that are as high as the lowest
+    // summit so far. Where these are many, as on a plate, it gives up.
+    void findTopOfLarge()
+    {
+        std::vector<Summit> vSummits;
+        for (unsigned int i = 0; i < vComponents.size(); ++i)
+            if (turns.getSize(vComponents[i].seed) > pCMesh->getNumAliveT() / LARGE_PART)
+                vSummits.push_back({i, 0, {}});
+        if (vSummits.empty())
+            return;
+        u64 lowestZ = 0;
+        std::size_t numLooks = 0;
+        const std::size_t maxLooks = pCMesh->getAllT().size() / LARGE_PART;
+        pCMesh->forEachVertex(
+            [&](const CVertex& vertex)
+            {
+                if ((vertex.ccd & SPARSE_Z) < lowestZ || vertex.pFirstT == nullptr || ++numLooks > maxLooks)
+                    return;
+                climb(vertex.ccd, vSummits);
+                lowestZ = std::min_element(vSummits.begin(), vSummits.end(),
+                                           [](const Summit& a, const Summit& b) { return a.z < b.z; })
+                              ->z;
+            });
+        if (numLooks > maxLooks)
+            return;
+        for (const Summit& summit : vSummits)
+        {
+            vComponents[summit.component].topmostCCD = getFirstCorner(summit);
+            vComponents[summit.component].bTopKnown = true;
+        }
+    }
+    void climb(u64 ccd, std::vector<Summit>& vSummits)
+    {
+        vIncT.clear();
+        pCMesh->getIncT(ccd, vIncT);
+        const u64 z = ccd & SPARSE_Z;
+        for (Summit& summit : vSummits)
+        {
+            if (z < summit.z || !std::any_of(vIncT.begin(), vIncT.end(),
+                                             [&](const CTriangle* pCT)
+                                             { return getComponent(pCT->getNumber()) == summit.component; }))
+                continue;
+            if (z > summit.z)
+                summit.vCCD.clear();
+            summit.z = z;
+            summit.vCCD.push_back(ccd);
+        }
+    }
+    // Of the corners at the summit, the first one of the first triangle that has one.
+    [[nodiscard]] u64 getFirstCorner(const Summit& summit)
+    {
+        vIncT.clear();
+        for (const u64 ccd : summit.vCCD)
+            pCMesh->getIncT(ccd, vIncT);
+        std::erase_if(vIncT, [&](const CTriangle* pCT)
+                      { return getComponent(pCT->getNumber()) != summit.component; });
+        const CTriangle* pFirstT = *std::min_element(vIncT.begin(), vIncT.end(), ByCreationCT());
+        u64 topmostCCD = pFirstT->getC0();
+        raiseTo(topmostCCD, pFirstT->getC1());
+        raiseTo(topmostCCD, pFirstT->getC2());
+        return topmostCCD;
+    }
     void collectPeaks(std::size_t from, std::size_t to, Peaks& vPeaks) const
     {
         for (std::size_t i = from; i < to; ++i)
         {
+            const unsigned int component = getComponent(i);
+            if (vComponents[component].bTopKnown)
+                continue; // without a look at the triangle
             const CTriangle& ct = *pCMesh->getAllT()[i];
             if (!ct.isAlive())
                 continue;
-            const unsigned int component = vComponentOf[turns.look(ct.getNumber()).root];
             if (vPeaks.empty() || vPeaks.back().component != component)
                 vPeaks.push_back({component, ct.getC0()});
             for (const u64 ccd : {ct.getC0(), ct.getC1(), ct.getC2()})
@@ -164,8 +246,6 @@ private:
     }
     void turnTriangles()
     {
-        if (vComponents.empty())
-            return;
         const std::vector<CTriangle*>& vCT = pCMesh->getAllT();
         parallelFor(vCT.size(), TRIANGLES_PER_PART,
                     [&](std::size_t from, std::size_t to)

@@ -5,6 +5,7 @@
 #include "ExtractionRenewal.h"
 #include "Progress.h"
 #include "RemoveDecider.h"
+#include "parallelFor.h"
 #include "produceInOrder.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@ const std::size_t NUM_PARTS_AHEAD = 4;
 
 // With more changed cells a whole extraction is about as fast.
 const std::size_t MIN_CELLS_PER_CHANGED = 50;
+const std::size_t MIN_CUBES_PER_JOB = 1 << 11; // of a renewed one
 
 // The eight rotations of case 27, in the order in which they are pruned.
 const int PRUNE_CONFIGS[] = {27, 39, 78, 114, 141, 177, 216, 228};
@@ -326,10 +328,19 @@ void Voro::renew(std::vector<u64> vBases)
     pProgress->increment();
 
     const std::size_t numKeptT = pCMesh->getAllT().size();
+    const std::vector<u64>& vAllBases = renewal.getBases();
+    std::vector<int> vCfg(vAllBases.size());
+    parallelFor(vAllBases.size(), MIN_CUBES_PER_JOB,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        vCfg[i] = getConfig(vAllBases[i]);
+                });
     std::vector<Origin> vFlat;
-    for (const u64 base : renewal.getBases())
+    for (std::size_t cube = 0; cube < vAllBases.size(); ++cube)
     {
-        const Origin origin{base, getConfig(base)};
+        const u64 base = vAllBases[cube];
+        const Origin origin{base, vCfg[cube]};
         const Casx::TutRow& row = casx.getTutTriangles(origin.cfg);
         if (row.numTriangles == 0)
             continue;
