@@ -189,6 +189,54 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
     EXPECT_GT(numSolved, 20);
 }
 
+namespace
+{
+// In the middle, exactly: so the ends go to a grid first.
+void putBetween(Point3& p, Point3& a, Point3& b)
+{
+    const auto snap = [](double x) { return std::round(64.0 * x) / 64.0; };
+    for (Point3* pEnd : {&a, &b})
+        pEnd->set(snap(pEnd->x()), snap(pEnd->y()), snap(pEnd->z()));
+    p.set((a.x() + b.x()) / 2.0, (a.y() + b.y()) / 2.0, (a.z() + b.z()) / 2.0);
+}
+} // namespace
+
+// The one Top knows the flat triangles of the extraction before, the others search all.
+TEST(TopKillDegenerate, findsTheSameAgainAfterARenewedExtraction)
+{
+    const StreamCapture capture;
+    int numRevived = 0;
+    for (unsigned int seed = 0; seed < 20; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        CellsAndTop known(26, seed, ballCells(9.0, 40));
+        CellsAndTop plain(26, seed, ballCells(9.0, 40));
+        const std::vector<CTriangle*>& vT = known.cells.mesh().getAllT();
+        std::mt19937 rng(seed);
+        std::vector<u64> vGenerating;
+        for (int i = 0; i < 2; ++i)
+            vGenerating.push_back(vT[rng() % vT.size()]->getGeneratingVCD());
+        for (int i = 0; i < 10; ++i)
+        {
+            const CTriangle& ct = *vT[rng() % vT.size()];
+            for (CMesh* pMesh : {&known.cells.mesh(), &plain.cells.mesh()})
+                putBetween(*pMesh->getVtx(ct.getC0()), *pMesh->getVtx(ct.getC1()),
+                           *pMesh->getVtx(ct.getC2()));
+        }
+        for (int i = 0; i < 2; ++i)
+        {
+            known.top.killDegenerate();
+            PlainTop(&plain.cells.mesh(), &plain.cells.calc).killDegenerate();
+            ASSERT_EQ(known.cells.getTriples(), plain.cells.getTriples());
+            known.cells.pVoro->borderFix(vGenerating);
+            plain.cells.pVoro->borderFix(vGenerating);
+            if (const CMesh::Renewed* pRenewed = known.cells.mesh().getRenewed())
+                numRevived += static_cast<int>(pRenewed->vRevivedT.size());
+        }
+    }
+    EXPECT_GT(numRevived, 100);
+}
+
 TEST(TopKillDegenerate, givesUpWhereAllCornersAreInOnePlace)
 {
     SheetAndTop lost; // closed: nothing helps
@@ -435,6 +483,32 @@ TEST(TopSeparate, noTwoCornersInOnePlaceAndTheFirstStays)
 }
 
 // --- The orders of passes ----------------------------------------------------------------------------------
+
+// A sheet that runs from its top corner back and then, folded under, on to the corner that is farthest along x:
+// there it must face down. With a plate, which has many topmost corners, as a second large piece.
+TEST(TopOrders, aPieceFacesUpAtItsTopCornerWhateverTheOthersDo)
+{
+    for (const bool bPlate : {false, true})
+    {
+        SCOPED_TRACE(bPlate);
+        const StreamCapture capture;
+        CellsAndTop sheets(30, 5,
+                           [bPlate](int x, int y, int z, std::mt19937_64&)
+                           {
+                               const bool bUpper = x >= 8 && x <= 20 && z == 15 + x - 8 &&
+                                                   std::abs(2 * y - 35) <= std::max(3, 15 - 2 * (x - 8));
+                               const bool bLower = x >= 8 && x <= 30 && z == 10 + (30 - x) / 5;
+                               return (y >= 10 && y <= 25 && (bUpper || bLower)) ||
+                                      (bPlate && x < 20 && z == 33);
+                           });
+        sheets.top.run(sheets.cells.pVoro.get());
+        expectOriented(sheets.cells.mesh(), sheets.cells.calc);
+        std::size_t numDown = 0;
+        for (const CTriangle* pCT : sheets.cells.mesh().getAllT())
+            numDown += pCT->isAlive() && getLatticeNormal(sheets.cells.calc, *pCT).z() < 0.0 ? 1 : 0;
+        EXPECT_GT(numDown, 400u) << "the lower part";
+    }
+}
 
 TEST(TopRun, makesACleanOrientedSurfaceOfABall)
 {

@@ -1,4 +1,5 @@
 #include "Voro.h"
+#include "CrossingDiagonals.h"
 
 #include "CMesh.h"
 #include "CellIndex.h"
@@ -246,6 +247,7 @@ TEST(Voro, borderFixLeavesTheMeshOfAWholeExtraction)
 {
     const PreparedTree tree;
     int numRenewed = 0;
+    std::size_t numCrossing = 0;
     for (unsigned int run = 0; run < 60; ++run)
     {
         SCOPED_TRACE(run);
@@ -260,8 +262,10 @@ TEST(Voro, borderFixLeavesTheMeshOfAWholeExtraction)
         voro.fatExtractTriangles();
         judge.fatExtractTriangles();
         std::mt19937 rng(run + 1000);
+        CrossingDiagonals crossing; // goes on from the extraction before
         for (int round = 0; round < 2; ++round)
         {
+            ASSERT_TRUE(crossing.find(*voro.getCMesh()));
             const std::vector<CTriangle*>& vT = judge.getCMesh()->getAllT();
             std::vector<u64> vGenerating;
             for (int i = 0; i < 4; ++i)
@@ -273,9 +277,14 @@ TEST(Voro, borderFixLeavesTheMeshOfAWholeExtraction)
             ASSERT_EQ(voro.getCells(), judge.getCells());
             ASSERT_EQ(Contents(*voro.getCMesh()).v, Contents(*judge.getCMesh()).v) << "round " << round;
             expectConsistent(*voro.getCMesh());
+            CrossingDiagonals judgeCrossing;
+            ASSERT_TRUE(crossing.find(*voro.getCMesh()) && judgeCrossing.find(*voro.getCMesh()));
+            EXPECT_EQ(crossing.get(), judgeCrossing.get());
+            numCrossing += crossing.get().size();
             numRenewed += voro.getCMesh()->getNumEdgeSlots() > voro.getCMesh()->getNumEdges();
         }
     }
+    EXPECT_GT(numCrossing, 0u);
     EXPECT_GT(numRenewed, 60) << "the cells are to change so little that most of the mesh stays";
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "parallelFor.h"
+#include "parallelScan.h"
 #include "produceInOrder.h"
 
 namespace TARN_ZEF
@@ -173,5 +174,22 @@ TEST_F(ParallelFor, PipelineTakesItemsInOrderAndReportsFailuresOfBothStages)
     }
 }
 
+TEST(ParallelScan, EachChunkIsFilledOnceFromTheSumOfThoseBefore)
+{
+    for (const std::size_t numChunks : {0, 1, 2, 1000})
+    {
+        std::vector<std::size_t> vFirst(numChunks, ~std::size_t{0});
+        const auto count = [](std::size_t chunk) { return chunk * 7 % 5; };
+        const std::size_t num = parallelScan(
+            numChunks, count, [&vFirst](std::size_t chunk, std::size_t first) { vFirst[chunk] = first; });
+        std::size_t expected = 0;
+        for (std::size_t chunk = 0; chunk < numChunks; ++chunk)
+        {
+            ASSERT_EQ(vFirst[chunk], expected);
+            expected += count(chunk);
+        }
+        EXPECT_EQ(num, expected);
+    }
+}
 } // namespace
 } // namespace TARN_ZEF

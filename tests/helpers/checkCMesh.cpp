@@ -66,13 +66,18 @@ void checkEdgeLists(const CMesh& mesh)
     EXPECT_EQ(numEntries, 3 * mesh.getNumAliveT());
 }
 
-void checkDegreeCounts(const CMesh& mesh)
+void checkDegrees(const CMesh& mesh)
 {
     for (const int deg : {1, 2, 3, 4, 5, 6, -1, -5, -99})
     {
-        bool bAny = false;
-        mesh.forEachEdge([&](const CEdge* pCE) { bAny = bAny || fitsDegree(pCE->getDegree(), deg); });
-        EXPECT_EQ(mesh.hasDegree(deg), bAny) << "edges of degree " << deg;
+        SCOPED_TRACE(deg);
+        std::vector<CEdge*> vFitting;
+        mesh.getAllCE(vFitting);
+        std::erase_if(vFitting, [deg](const CEdge* pCE) { return !fitsDegree(pCE->getDegree(), deg); });
+        EXPECT_EQ(mesh.hasDegree(deg), !vFitting.empty());
+        std::vector<CEdge*> vCE;
+        mesh.getDegN(deg, vCE);
+        EXPECT_EQ(vCE, vFitting);
     }
 }
 
@@ -102,7 +107,7 @@ void expectConsistent(const CMesh& mesh)
     EXPECT_EQ(numAlive, mesh.getNumAliveT());
     checkCornerLists(mesh);
     checkEdgeLists(mesh);
-    checkDegreeCounts(mesh);
+    checkDegrees(mesh);
     checkEdgeOrder(mesh);
 }
 
