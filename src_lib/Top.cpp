@@ -219,12 +219,12 @@ bool Top::moveOneCorner(const CTriangle& ct, int ici)
     return false;
 }
 
-// Triangles among which are all flat ones.
-std::vector<CTriangle*> Top::getSuspects() const
+// All flat triangles, in any order, and some of them several times.
+std::vector<CTriangle*> Top::findFlat() const
 {
     const CMesh::Renewed* pRenewed = pCMesh->getRenewed();
     if (flatExtraction == 0 || pRenewed == nullptr || pCMesh->getNumExtractions() != flatExtraction + 1)
-        return pCMesh->getAllT();
+        return getFlat(*pCMesh, pCMesh->getAllT());
     // All that came through both extractions were not flat, or one of their corners has been moved.
     std::vector<CTriangle*> vSuspects = pRenewed->vMadeT;
     vSuspects.insert(vSuspects.end(), pRenewed->vRevivedT.begin(), pRenewed->vRevivedT.end());
@@ -235,7 +235,7 @@ std::vector<CTriangle*> Top::getSuspects() const
         pCMesh->getIncT(pBundle->ccd, vSuspects);
     for (const u64 ccd : vMovedCCD)
         pCMesh->getIncT(ccd, vSuspects);
-    return vSuspects;
+    return getFlat(*pCMesh, vSuspects);
 }
 
 // In order of creation. What is done about one may make others flat: of these, the later ones have their turn.
@@ -244,9 +244,9 @@ void Top::killDegenerate()
     const std::vector<CTriangle*>& vAllT = pCMesh->getAllT();
     const std::size_t numT = vAllT.size(); // what the loop makes comes behind
     std::set<unsigned int> sFlat;
-    for (const CTriangle* pCT : getFlat(*pCMesh, getSuspects()))
-        sFlat.insert(sFlat.end(), pCT->getNumber());
-    flatExtraction = pCMesh->getNumExtractions();
+    for (const CTriangle* pCT : findFlat())
+        sFlat.insert(pCT->getNumber());
+    flatExtraction = 0;
     vMovedCCD.clear();
     std::vector<CTriangle*> vAtMoved;
     while (!sFlat.empty())
@@ -265,6 +265,7 @@ void Top::killDegenerate()
             if (pNeigT->getNumber() > number && pNeigT->getNumber() < numT)
                 sFlat.insert(pNeigT->getNumber());
     }
+    flatExtraction = pCMesh->getNumExtractions();
 }
 
 void Top::killFlat(CTriangle* pCT)

@@ -57,7 +57,8 @@ public:
     // A square lattice face that carries both diagonals gets one.
     void unifyDiagonals();
     // Splits away or moves all geometrically degenerate triangles. One that this makes stays for the next
-    // call.
+    // call. After a renewed extraction that call looks only at what is new or was moved: between the two,
+    // nobody but this object and the averaging of extra bundles may move a corner.
     void killDegenerate();
 
     // --- Borders ---
@@ -238,7 +239,7 @@ private:
     [[nodiscard]] bool removeCap(CEdge* pCE, u64 apex);
     bool tryFlipCrease(CEdge* pCE, double curAngle);
     bool unifyDiagonalAt(CEdge* pCE);
-    [[nodiscard]] std::vector<CTriangle*> getSuspects() const;
+    [[nodiscard]] std::vector<CTriangle*> findFlat() const;
     void killFlat(CTriangle* pCT);
     void splitNewFlat(CTriangle* pNewT);
     // Moves the first corner that lets itself be moved, from corner ici on; false if none does.
