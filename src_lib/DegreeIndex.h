@@ -38,7 +38,7 @@ public:
     [[nodiscard]] std::vector<CEdge*> getIrregular(int deg) const;
 
 private:
-    static const std::size_t MIN_LIMIT = 1024;
+    static constexpr std::size_t MIN_LIMIT = 1024;
 
     void addIrregular(CEdge* pCE);
     void dropSurplus();
