@@ -83,7 +83,8 @@ public:
     // The corner at which the triangle's way along the edge begins; it must be one of its edges.
     [[nodiscard]] const CVertex* getStart(const CEdge* pCE) const noexcept
     {
-        return aVertex[pCE == aEdge[0] ? 1 : pCE == aEdge[1] ? 2 : 0];
+        // Without a branch, since it could not be foretold.
+        return aVertex[(pCE == aEdge[0] ? 1 : 0) + (pCE == aEdge[1] ? 2 : 0)];
     }
     [[nodiscard]] bool hasBorderEdge() const;
     [[nodiscard]] bool allEdgesManifold() const; // all three edges have exactly 2 triangles

@@ -36,12 +36,13 @@ public:
     [[nodiscard]] bool isIrregularKnown() const noexcept { return bIrregularKnown; }
     // Those of a degree as CMesh::getDegN() takes it but of a regular one, in map order. They must be known.
     [[nodiscard]] std::vector<CEdge*> getIrregular(int deg) const;
+    // Forgets edges that are regular again; worth while after many changes.
+    void dropSurplus();
 
 private:
-    static constexpr std::size_t MIN_LIMIT = 1024;
+    static constexpr std::size_t MIN_LIMIT = 1 << 16;
 
     void addIrregular(CEdge* pCE);
-    void dropSurplus();
 
     // Orphans are not counted, and all from NUM_DEGREES on are counted together.
     std::array<std::size_t, NUM_DEGREES + 1> aNumOfDegree = {};

@@ -145,6 +145,7 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
     vCT.resize(numT);
 
     numberAll();
+    pCMesh->degrees.dropSurplus();
     pCMesh->markExtracted(numCubeT);
     std::erase_if(vRevivedT, [](const CTriangle* pCT) { return !pCT->isAlive(); });
     pCMesh->pRenewed = std::make_unique<CMesh::Renewed>(
