@@ -1,7 +1,7 @@
 #ifndef ZEF_BENCHMARKS_MAKETORUS_H
 #define ZEF_BENCHMARKS_MAKETORUS_H
 
-#include "RMesh.h"
+#include "rmesh/RMesh.h"
 
 #include <cstddef>
 

@@ -3,9 +3,9 @@
 // Reported: triangles per second (items_per_second), of the mesh before the call. Making the mesh is not
 // timed. The library's messages are switched off meanwhile.
 #include "Mesh.h"
-#include "RMesh.h"
 #include "Silence.h"
 #include "makeTorus.h"
+#include "rmesh/RMesh.h"
 #include "zef_api_functions.h"
 
 #include <benchmark/benchmark.h>

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <utility>
 
-#include "definitions.h"
-#include "zefRand.h"
+#include "core/definitions.h"
+#include "core/zefRand.h"
 
 namespace TARN_OCTREE
 {

@@ -1,7 +1,7 @@
 #ifndef ZEF_TARN_TOOLS_PAGEWARMER_H
 #define ZEF_TARN_TOOLS_PAGEWARMER_H
 
-#include "JobGroup.h"
+#include "parallel/JobGroup.h"
 
 #include <cstddef>
 

@@ -1,7 +1,7 @@
 #ifndef ZEF_SIMPLEPOOL_H
 #define ZEF_SIMPLEPOOL_H
 
-#include "definitions.h"
+#include "core/definitions.h"
 #include "tarn_tools/PageWarmer.h"
 #include "tarn_tools/StorageBlock.h"
 

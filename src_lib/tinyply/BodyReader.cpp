@@ -1,8 +1,8 @@
-#include "BodyReader.h"
+#include "tinyply/BodyReader.h"
 
-#include "ByteSource.h"
-#include "LineReader.h"
-#include "TextNumbers.h"
+#include "text/ByteSource.h"
+#include "text/LineReader.h"
+#include "text/TextNumbers.h"
 
 #include <algorithm>
 #include <array>

@@ -1,8 +1,8 @@
 #ifndef ZEF_BODYREADER_H
 #define ZEF_BODYREADER_H
 
-#include "PlyHeader.h"
-#include "tinyply.h"
+#include "tinyply/PlyHeader.h"
+#include "tinyply/tinyply.h"
 
 #include <memory>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "PlyHeader.h"
+#include "tinyply/PlyHeader.h"
 
-#include "TextNumbers.h"
+#include "text/TextNumbers.h"
 
 #include <algorithm>
 #include <charconv>

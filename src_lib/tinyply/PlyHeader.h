@@ -1,7 +1,7 @@
 #ifndef ZEF_PLYHEADER_H
 #define ZEF_PLYHEADER_H
 
-#include "tinyply.h"
+#include "tinyply/tinyply.h"
 
 #include <cstdint>
 #include <iosfwd>

@@ -1,8 +1,8 @@
-#include "tinyply.h"
+#include "tinyply/tinyply.h"
 
-#include "BodyReader.h"
-#include "PlyHeader.h"
-#include "TextWriter.h"
+#include "text/TextWriter.h"
+#include "tinyply/BodyReader.h"
+#include "tinyply/PlyHeader.h"
 
 #include <algorithm>
 #include <bit>

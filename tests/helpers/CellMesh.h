@@ -2,12 +2,12 @@
 #ifndef ZEF_TESTS_CELLMESH_H
 #define ZEF_TESTS_CELLMESH_H
 
-#include "Bundle.h"
-#include "BundleMap.h"
-#include "CMesh.h"
-#include "Calc.h"
-#include "Progress.h"
-#include "Voro.h"
+#include "cmesh/CMesh.h"
+#include "core/Progress.h"
+#include "extraction/Voro.h"
+#include "lattice/Bundle.h"
+#include "lattice/BundleMap.h"
+#include "lattice/Calc.h"
 
 #include <algorithm>
 #include <array>

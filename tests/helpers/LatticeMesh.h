@@ -2,10 +2,10 @@
 #ifndef ZEF_TESTS_LATTICEMESH_H
 #define ZEF_TESTS_LATTICEMESH_H
 
-#include "Bundle.h"
-#include "BundleMap.h"
-#include "CMesh.h"
-#include "Calc.h"
+#include "cmesh/CMesh.h"
+#include "lattice/Bundle.h"
+#include "lattice/BundleMap.h"
+#include "lattice/Calc.h"
 
 #include <deque>
 
@@ -18,7 +18,7 @@ struct LatticeMesh
     BundleMap map;
     std::deque<Point3> dPoints;
     std::deque<Bundle> dBundles;
-    CMesh mesh{nullptr, &calc, &map};
+    CMesh mesh{&calc, &map};
 
     u64 cell(int x, int y, int z)
     {

@@ -2,16 +2,16 @@
 #ifndef ZEF_TESTS_PIPELINEMESH_H
 #define ZEF_TESTS_PIPELINEMESH_H
 
-#include "Bundle.h"
-#include "BundleMap.h"
-#include "CMesh.h"
-#include "CPatch.h"
-#include "Calc.h"
-#include "CloudMgr.h"
-#include "Progress.h"
-#include "Top.h"
-#include "Voro.h"
-#include "dataDir.h"
+#include "cmesh/CMesh.h"
+#include "cmesh/CPatch.h"
+#include "core/Progress.h"
+#include "extraction/Voro.h"
+#include "helpers/dataDir.h"
+#include "intake/CloudMgr.h"
+#include "lattice/Bundle.h"
+#include "lattice/BundleMap.h"
+#include "lattice/Calc.h"
+#include "repair/Top.h"
 #include "zef_api_functions.h"
 
 #include <cmath>

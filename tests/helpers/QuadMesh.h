@@ -2,8 +2,8 @@
 #ifndef ZEF_TESTS_QUADMESH_H
 #define ZEF_TESTS_QUADMESH_H
 
-#include "SheetMesh.h"
-#include "tools.h"
+#include "geometry/tools.h"
+#include "helpers/SheetMesh.h"
 
 #include <cmath>
 #include <vector>

@@ -2,10 +2,10 @@
 #ifndef ZEF_TESTS_SHEETMESH_H
 #define ZEF_TESTS_SHEETMESH_H
 
-#include "CEdge.h"
-#include "CTriangle.h"
-#include "LatticeMesh.h"
-#include "checkMesh.h"
+#include "cmesh/CEdge.h"
+#include "cmesh/CTriangle.h"
+#include "helpers/LatticeMesh.h"
+#include "helpers/checkMesh.h"
 
 #include <array>
 #include <cmath>

@@ -1,6 +1,6 @@
-#include "checkMesh.h"
+#include "helpers/checkMesh.h"
 
-#include "CMesh.h"
+#include "cmesh/CMesh.h"
 
 #include <gtest/gtest.h>
 

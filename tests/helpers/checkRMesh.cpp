@@ -1,6 +1,6 @@
-#include "checkMesh.h"
+#include "helpers/checkMesh.h"
 
-#include "RMesh.h"
+#include "rmesh/RMesh.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "finishedMeshes.h"
+#include "helpers/finishedMeshes.h"
 
-#include "RTop.h"
-#include "checkMesh.h"
-#include "meshShapes.h"
-#include "tools.h"
+#include "geometry/tools.h"
+#include "helpers/checkMesh.h"
+#include "helpers/meshShapes.h"
+#include "rmesh/RTop.h"
 
 #include <gtest/gtest.h>
 

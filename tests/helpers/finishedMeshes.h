@@ -3,9 +3,9 @@
 #define ZEF_TESTS_FINISHEDMESHES_H
 
 #include "Mesh.h"
-#include "Progress.h"
-#include "RMesh.h"
-#include "checkMesh.h"
+#include "core/Progress.h"
+#include "helpers/checkMesh.h"
+#include "rmesh/RMesh.h"
 
 #include <memory>
 #include <random>

@@ -1,4 +1,4 @@
-#include "meshShapes.h"
+#include "helpers/meshShapes.h"
 
 #include <array>
 #include <map>

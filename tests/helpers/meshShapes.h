@@ -2,7 +2,7 @@
 #ifndef ZEF_TESTS_MESHSHAPES_H
 #define ZEF_TESTS_MESHSHAPES_H
 
-#include "RMesh.h"
+#include "rmesh/RMesh.h"
 
 #include <cmath>
 

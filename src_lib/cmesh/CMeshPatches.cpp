@@ -1,0 +1,87 @@
+// The cut of a CMesh into patches.
+#include "cmesh/CMesh.h"
+
+#include "cmesh/CPatch.h"
+#include "cmesh/PatchFlood.h"
+
+#include <algorithm>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// No patch, no mark.
+void clearForFlood(CMesh& mesh)
+{
+    mesh.deletePatches();
+    for (CTriangle* pCT : mesh.getAllT())
+    {
+        if (!pCT->isAlive())
+            continue;
+        pCT->setPatch(nullptr);
+        pCT->bVisited = false;
+    }
+}
+
+void sortUnique(std::vector<CEdge*>& vCE)
+{
+    std::sort(vCE.begin(), vCE.end(), ByCreationCE());
+    vCE.erase(std::unique(vCE.begin(), vCE.end()), vCE.end());
+}
+} // namespace
+
+void CMesh::createPatches(const std::set<CEdge*, ByCreationCE>* pCuts, std::vector<CPatch*>& vPatches,
+                          std::map<u64, CPatch*>& mBorderCCD2Patch, std::vector<CEdge*>& vBorderME)
+{
+    clearForFlood(*this);
+    PatchFlood flood(PatchFlood::Stops::BORDERS_AND_NON_MANIFOLD, pCuts);
+    std::vector<CEdge*> vOwnME;
+    for (CTriangle* pSeed : vCT)
+    {
+        if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
+            continue;
+        auto* pPatch = new CPatch(this, pCalc);
+        vPatches_.push_back(pPatch);
+        vPatches.push_back(pPatch);
+        vOwnME.clear();
+        flood.fill(*pPatch, pSeed,
+                   [&](const CTriangle* pCT, int i)
+                   {
+                       vOwnME.push_back(pCT->getCEdge(i));
+                       mBorderCCD2Patch[pCT->getCorner(i)] = pPatch;
+                   });
+        sortUnique(vOwnME);
+        pPatch->vBorderME.assign(vOwnME.begin(), vOwnME.end());
+        vBorderME.insert(vBorderME.end(), vOwnME.begin(), vOwnME.end());
+    }
+    sortUnique(vBorderME);
+}
+
+void CMesh::createCCPatches()
+{
+    clearForFlood(*this);
+    PatchFlood flood(PatchFlood::Stops::BORDERS, nullptr);
+    for (CTriangle* pSeed : vCT)
+    {
+        if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
+            continue;
+        auto* pPatch = new CPatch(this, pCalc);
+        vPatches_.push_back(pPatch);
+        flood.fill(*pPatch, pSeed);
+    }
+}
+
+void CMesh::takePatches(std::vector<CPatch*>& vPatches)
+{
+    vPatches.insert(vPatches.end(), vPatches_.begin(), vPatches_.end());
+    vPatches_.clear();
+}
+
+void CMesh::deletePatches()
+{
+    for (CPatch* pPatch : vPatches_)
+        delete pPatch;
+    vPatches_.clear();
+}
+
+} // namespace TARN_ZEF

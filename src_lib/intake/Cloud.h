@@ -1,0 +1,128 @@
+#ifndef ZEF_CLOUD_H
+#define ZEF_CLOUD_H
+
+#include "Point3.h"
+#include "lattice/Bundle.h"
+#include "lattice/Calc.h"
+#include "tarn_tools/SimplePool.h"
+
+#include <cfloat>
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace TARN_ZEF
+{
+class Smooth;
+
+// One input cloud on its way from points to occupied cells: the spacing of its points, the lattice, and one
+// bundle for each cell.
+//
+//     Cloud cloud("name", spacingAbs, spacingFactor, bMelt);
+//     cloud.setPoints(vPoints);          // or read()
+//     cloud.prepareScanPoints(bSmooth);  // or preparePixelsAndFeatures() for a triangle soup
+//
+// Ownership:  owns copies of the points, the lattice, the bundles and the bundles' points. The points of a
+//             scan go as soon as they are reduced to nodes; those of a soup are replaced by the points of
+//             the cells, and bundles refer to them.
+// Invariant:  the coordinates of all points are finite.
+// Threads:    one caller; sorts and passes over the points use the pool.
+// Cost:       n log n by radix sorts. Without bundles and lattice if the input is empty.
+class Cloud
+{
+public:
+    // spacingAbs_     in units of the points; counts only if above 0.0
+    // spacingFactor_  otherwise, the factor on the detected spacing
+    // bMelt_          the points are corners of triangles, three in a row each
+    Cloud(const std::string& name_, double spacingAbs_, double spacingFactor_, bool bMelt_);
+    ~Cloud();
+    Cloud(const Cloud&) = delete;
+    Cloud& operator=(const Cloud&) = delete;
+
+    // --- Input (Cloud.cpp, CloudFiles.cpp) -----------------------------------------------------------------
+
+    // Copies the points; those that are not finite, or triangles with such a corner, are left out with a
+    // warning. Asserts that there are at most 2^31 - 1, and whole triangles if it is a soup.
+    void setPoints(const std::vector<Point3>& v);
+    // Takes the points of the file that gave the cloud its name, with the same checks. False, with a
+    // message, if it could not be read.
+    [[nodiscard]] bool read();
+    // Appends the points of a file. STL must be melted with a given spacing: asserted.
+    [[nodiscard]] bool readPoints(const std::string& filename, std::vector<Point3>& v);
+
+    // --- Intake (Cloud.cpp, CloudSpacing.cpp) --------------------------------------------------------------
+
+    // Both need a named progress tree, and warn and do nothing if there are no points.
+    void prepareScanPoints(bool bSmooth);
+    // featureAngle  degrees above which an edge is a feature
+    void preparePixelsAndFeatures(double featureAngle);
+
+    // Finds the spacing. Asserts that the points can be told apart on a lattice of 2^20 cells along their
+    // extent, unless a spacing is given.
+    void estimateResolution();
+    // Chooses the cube of 2^n cells around the points and a frame of 4.5 cells. Asserts a spacing above 0
+    // that MAXLEVELS levels are enough for.
+    void createCalc();
+    // One bundle per cell with a usable node, ascending by the node's cell. The nodes go.
+    void createBundles(Smooth* pSmooth);
+
+    // --- Results -------------------------------------------------------------------------------------------
+
+    // Appends (ccd, bundle) of every bundle in the order of making. Projected points may share a cell.
+    void getBundles(std::vector<std::pair<u64, Bundle*>>& v) const;
+    // Pairs of cells along feature and border edges of a soup.
+    [[nodiscard]] const std::vector<std::pair<u64, u64>>& getFeatures() const noexcept { return vFeatures; }
+    [[nodiscard]] const std::vector<std::pair<u64, u64>>& getBorders() const noexcept { return vBorders; }
+
+    // The detected spacing; -1.0 if none was detected because one was given.
+    [[nodiscard]] double getSpacing() const noexcept { return detectedSpacing; }
+    // The one in force, and edge of the cells; -1.0 before estimateResolution().
+    [[nodiscard]] double getUsedSpacing() const noexcept { return usedSpacing; }
+    // Null before createCalc().
+    [[nodiscard]] Calc* getCalc() const noexcept { return pCalc.get(); }
+    [[nodiscard]] bool isMelt() const noexcept { return bMelt; }
+    // Seconds.
+    [[nodiscard]] double getReadTime() const noexcept { return readTime; }
+    [[nodiscard]] std::size_t getNumInputPoints() const noexcept { return numInputPoints; }
+    void printStatistics() const;
+
+private:
+    void takePoints(std::vector<Point3> v);
+    void computeBoundingBox();
+    [[nodiscard]] double getMaxExtent() const;
+    [[nodiscard]] bool isEmpty() const;
+    [[nodiscard]] bool readByType(const std::string& filename, std::vector<Point3>& v) const;
+    struct CellPoint
+    {
+        Point3 point;
+        u64 ccd = 0; // the cell that it stands for
+    };
+    [[nodiscard]] std::vector<CellPoint> makeBundlePoints(const Smooth& smooth) const;
+    [[nodiscard]] CellPoint makeBundlePoint(const Smooth& smooth, std::uint32_t node, u64 ccd) const;
+    [[nodiscard]] std::vector<Point3*> weld();
+    void makeBundle(Point3* pPoint, u64 ccd);
+
+    double readTime = 0.0;
+    std::string name; // the file's, or a word for points from memory
+    double spacingAbs;
+    double spacingFactor;
+    bool bMelt;
+    std::size_t numInputPoints = 0; // kept ones
+    double detectedSpacing = -1.0;
+    double usedSpacing = -1.0;
+    double cellEdge = -1.0;
+    std::unique_ptr<Calc> pCalc;
+    std::vector<Point3> vPoints;
+    SimplePool<Bundle> bundlePool;
+    SimplePool<Point3> pointPool; // of a scan's bundles
+    double bbMin[3] = {DBL_MAX, DBL_MAX, DBL_MAX};
+    double bbMax[3] = {-DBL_MAX, -DBL_MAX, -DBL_MAX};
+    std::vector<std::pair<u64, u64>> vFeatures;
+    std::vector<std::pair<u64, u64>> vBorders;
+};
+
+} // namespace TARN_ZEF
+
+#endif

@@ -1,0 +1,41 @@
+#ifndef ZEF_PARALLELFOR_H
+#define ZEF_PARALLELFOR_H
+
+#include "parallel/JobGroup.h"
+
+#include <algorithm>
+#include <cstddef>
+
+namespace TARN_ZEF
+{
+// Calls f(from, to) on chunks that cover [0, n) without overlap, on the workers of the pool, and returns
+// when all are done. f must write to slots of its own chunk only, so that the result is the same for every
+// number of threads.
+//
+// minChunk  the fewest elements worth a job; only the last chunk can be smaller
+// Runs on the caller's thread as f(0, n) if n is small, with one thread, and inside a job. The exception of
+// the first chunk that failed is rethrown after all have ended.
+template <typename F>
+void parallelFor(std::size_t n, std::size_t minChunk, F f)
+{
+    // A few chunks a thread even out chunks of unequal cost.
+    constexpr std::size_t chunksPerThread = 4;
+    const std::size_t numThreads = static_cast<std::size_t>(getNumThreads());
+    const std::size_t wanted = numThreads * chunksPerThread;
+    const std::size_t chunk = std::max({minChunk, (n + wanted - 1) / wanted, std::size_t{1}});
+    if (n <= chunk || numThreads < 2 || isWorkerThread())
+    {
+        if (n > 0)
+            f(std::size_t{0}, n);
+        return;
+    }
+    JobGroup jobs;
+    jobs.reserve((n + chunk - 1) / chunk);
+    for (std::size_t from = 0; from < n; from += chunk)
+        jobs.push([&f, from, to = std::min(from + chunk, n)] { f(from, to); });
+    jobs.finish();
+}
+
+} // namespace TARN_ZEF
+
+#endif

@@ -1,0 +1,123 @@
+#include "rmesh/edgeFlips.h"
+
+#include "core/Progress.h"
+#include "core/StableQueue.h"
+#include "core/zefRand.h"
+#include "rmesh/REdgeEnergy.h"
+#include "rmesh/RMesh.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace TARN_ZEF
+{
+namespace
+{
+const double MIN_IMPROVEMENT = 0.005;
+const double START_TEMPERATURE = 0.02;
+const double END_TEMPERATURE = 0.001;
+const double COOLING = 0.9;
+
+using FlipCandidate = std::pair<double, REdge*>; // improvement, edge
+
+struct LargestGainFirst
+{
+    double operator()(const FlipCandidate& candidate) const noexcept { return -candidate.first; }
+};
+using FlipQueue = StableQueue<FlipCandidate, LargestGainFirst>;
+
+// From ascending to descending improvement; equal ones keep their order.
+void reverseGains(std::vector<FlipCandidate>& vImpRE)
+{
+    std::reverse(vImpRE.begin(), vImpRE.end());
+    for (auto first = vImpRE.begin(); first != vImpRE.end();)
+    {
+        const auto last =
+            std::find_if(first, vImpRE.end(),
+                         [first](const FlipCandidate& candidate) { return candidate.first != first->first; });
+        std::reverse(first, last);
+        first = last;
+    }
+}
+
+// In a neighbourhood that earlier flips have made odd, the evaluation may end in a broken invariant: such an
+// edge is left alone.
+double getFreshImprovement(REdgeEnergy& energy, REdge* pRE)
+{
+    try
+    {
+        return energy.getImprovement(pRE);
+    }
+    catch (const ZefBugException&)
+    {
+        return LOWEST_DBL;
+    }
+}
+} // namespace
+
+int flipGreedily(RMesh* pRMesh)
+{
+    const std::vector<REdge*> vMeshRE = pRMesh->getAllRE();
+    std::vector<FlipCandidate> vImpRE;
+    pRMesh->getEdgeFlipCandidates_MT(vMeshRE, MIN_IMPROVEMENT, 0.0, vImpRE);
+    reverseGains(vImpRE);
+    FlipQueue queue;
+    queue.addSorted(std::move(vImpRE));
+
+    Progress* pProgress = getRootProgress()->getChildProgressSetTodo("efLoop", 3 * vMeshRE.size());
+    REdgeEnergy energy(pRMesh, nullptr);
+    int numFlips = 0;
+    while (!queue.empty())
+    {
+        const auto [savedImprovement, pRE] = queue.front();
+        queue.pop();
+        ASSEX(savedImprovement > LOWEST_DBL);
+        ASSEX_TEXT(pRE != nullptr, "pRE!=0");
+        const double freshImprovement = getFreshImprovement(energy, pRE);
+        if (!(savedImprovement > freshImprovement))
+        {
+            pProgress->increment();
+            ASSEX_TEXT(freshImprovement >= 0, "freshImprovement>=0");
+            ASSEX_TEXT(pRE->getDegree() == 2, "pRE->getDegree()==2");
+            ++numFlips;
+            pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
+        }
+        else if (freshImprovement > MIN_IMPROVEMENT)
+        {
+            // A flip nearby has spoilt it: it waits for its new turn.
+            queue.add({freshImprovement, pRE});
+        }
+    }
+    pProgress->setFinished(true);
+    return numFlips;
+}
+
+int edgeFlipsSimA(RMesh* pRMesh, double temperature)
+{
+    std::vector<FlipCandidate> vImpRE;
+    pRMesh->getEdgeFlipCandidates_MT(pRMesh->getAllRE(), 0.0, temperature, vImpRE);
+    zefShuffle(vImpRE.begin(), vImpRE.end());
+    REdgeEnergy energy(pRMesh, nullptr);
+    int numFlips = 0;
+    for (const auto& [savedImprovement, pRE] : vImpRE)
+    {
+        if (pRE->getDegree() != 2 || getFreshImprovement(energy, pRE) == LOWEST_DBL)
+            continue;
+        ++numFlips;
+        pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
+    }
+    return numFlips;
+}
+
+std::vector<double> getAnnealingTemperatures()
+{
+    std::vector<double> vTemperatures;
+    for (double temperature = START_TEMPERATURE; temperature > END_TEMPERATURE;)
+    {
+        temperature *= COOLING;
+        vTemperatures.push_back(temperature);
+    }
+    return vTemperatures;
+}
+
+} // namespace TARN_ZEF
