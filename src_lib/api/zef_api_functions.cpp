@@ -73,7 +73,7 @@ double estimateAvgSpacing(std::vector<Point3>& vPoints)
 void findHoles(std::shared_ptr<Mesh> pMesh)
 {
     std::vector<REdge*> vRE;
-    pMesh->getRMesh()->getDegN(1, vRE);
+    pMesh->getRMesh()->getDegN(DEG_BORDER, vRE);
     Visualizer3 vis("holes.list", nullptr, false);
     std::vector<Point3*> vCorners;
     pMesh->getTriangles(vCorners);

@@ -4,6 +4,7 @@
 #include "Point3.h"
 #include "cmesh/CTriangle.h"
 #include "cmesh/TriangleUnion.h"
+#include "cmesh/edgeDegree.h"
 #include "core/definitions.h"
 #include "tarn_tools/SmallVec.h"
 
@@ -23,26 +24,9 @@ enum EdgeDir : unsigned char
     ED_V1_TO_V0 = 2
 };
 
-// Whether a degree is one of those that deg means: -1 above 2, -5 all but 2 (and 0), -99 above 0; itself.
-[[nodiscard]] inline bool fitsDegree(int degree, int deg) noexcept
-{
-    switch (deg)
-    {
-    case -1:
-        return degree > 2;
-    case -5:
-        return degree == 1 || degree >= 3;
-    case -99:
-        return degree > 0;
-    default:
-        return degree == deg;
-    }
-}
-
 // An edge of the combinatorial mesh: two corners and any number of triangles.
 //
-// Degree is the number of alive triangles: 1 border, 2 manifold, above 2 non-manifold, 0 an orphan that
-// counts as absent but stays in the mesh.
+// Its degree and what that makes it: see edgeDegree.h.
 //
 // Ownership:  lives in a pool of the mesh, never moves, dies with the mesh or its clearAll().
 // Invariant:  v0 < v1. vCT holds alive triangles only, each once: a dying triangle leaves at once, and the
@@ -65,6 +49,10 @@ public:
     // --- Triangles ---
     TriangleList vCT; // Rotx and Top reorder it
     [[nodiscard]] int getDegree() const noexcept { return static_cast<int>(vCT.size()); }
+    [[nodiscard]] bool isOrphan() const noexcept { return vCT.empty(); }
+    [[nodiscard]] bool isBorder() const noexcept { return vCT.size() == 1; }
+    [[nodiscard]] bool isInner() const noexcept { return vCT.size() == 2; }
+    [[nodiscard]] bool isNonManifold() const noexcept { return vCT.size() > 2; }
     // With bMustBeUnique the only triangle (a second one is fatal), otherwise the first; with bMustExist,
     // none is fatal, otherwise null.
     [[nodiscard]] CTriangle* getTriangle(bool bMustExist, bool bMustBeUnique) const;

@@ -340,7 +340,7 @@ bool CMesh::hasEdge(u64 a, u64 b) const
 {
     ASSEX_TEXT(a != b, "q.first<q.second");
     const CEdge* pCE = getCE(a, b);
-    return pCE != nullptr && pCE->getDegree() >= 1;
+    return pCE != nullptr && !pCE->isOrphan();
 }
 
 template <typename Filter>
@@ -388,7 +388,7 @@ std::vector<CEdge*> CMesh::findEdges(Filter filter) const
 
 void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
 {
-    if (deg <= 0 && deg != -1 && deg != -5 && deg != -99)
+    if (!isDegreeQuery(deg))
     {
         std::cout << "deg=" << deg << std::endl;
         ASSEX_TEXT(false, "false");
@@ -396,7 +396,7 @@ void CMesh::getDegN(int deg, std::vector<CEdge*>& vCE) const
     if (!hasDegree(deg))
         return;
     const auto fits = [deg](const CEdge* pCE) { return fitsDegree(pCE->getDegree(), deg); };
-    if (deg == 2 || deg == -99)
+    if (deg == DEG_INNER || deg == DEG_IN_USE)
     {
         collectInMapOrder(vCE, fits); // nearly all edges
         return;
@@ -510,7 +510,7 @@ void CMesh::statistics(const std::string& name) const
     forEachEdge(
         [&](const CEdge* pCE)
         {
-            if (pCE->getDegree() > 0)
+            if (!pCE->isOrphan())
                 ++mDegreeCount[pCE->getDegree()];
         });
     std::cout << "Statistics (\"" << name << "\"):\n  Vertices: " << vCCD.size()

@@ -94,8 +94,8 @@ public:
     [[nodiscard]] std::vector<StorageBlock> releaseStorage();
 
     // --- Edges ---
-    // Appends the edges of degree deg, deg > 0, in map order. -1: degree above 2; -5: degree 1 or at least 3;
-    // -99: degree above 0; anything else is fatal.
+    // Appends the edges of degree deg > 0, or what another name of edgeDegree.h asks for, in map order; anything
+    // else is fatal.
     void getDegN(int deg, std::vector<CEdge*>& vCE) const;
     // Whether getDegN() would find any, at once; for degrees from DegreeIndex::NUM_DEGREES on: whether it may.
     [[nodiscard]] bool hasDegree(int deg) const { return degrees.has(deg); }

@@ -98,7 +98,7 @@ CTriangle* findTwin(const CTriangle& ct)
 
 u64 CMesh::collapseEdgeToMidpoint(CEdge* pCE)
 {
-    if (pCE->getDegree() == 0)
+    if (pCE->isOrphan())
         return ~u64{0};
     const Point3 mid = pCE->getMidPoint(this);
     getVtx(pCE->v1)->set(mid);
@@ -109,7 +109,7 @@ u64 CMesh::collapseEdgeToMidpoint(CEdge* pCE)
 bool CMesh::collapseEdgeToEndpoint(CEdge* pCE, u64 src, u64 trg)
 {
     ASSEX((src == pCE->v0 && trg == pCE->v1) || (src == pCE->v1 && trg == pCE->v0));
-    if (pCE->getDegree() == 0 || !canCollapse(src, trg))
+    if (pCE->isOrphan() || !canCollapse(src, trg))
         return false;
     mergeCorner(*this, src, trg);
     return true;

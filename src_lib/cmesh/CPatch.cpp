@@ -18,7 +18,7 @@ const std::size_t MIN_SIZE_CLOSED = 4; // a tetrahedron
 // Refuses a deg without a meaning.
 bool fitsKnownDegree(int degree, int deg)
 {
-    if (deg <= 0 && deg != -1 && deg != -5 && deg != -99)
+    if (!isDegreeQuery(deg))
     {
         std::cout << "deg=" << deg << std::endl;
         ASSEX(deg > 0);
@@ -229,7 +229,7 @@ void CPatch::getCEByDegree(int deg, std::vector<CEdge*>& vCE) const
 
 void CPatch::getHighDegCE(std::vector<CEdge*>& vCE) const
 {
-    getCEByDegree(-1, vCE);
+    getCEByDegree(DEG_NON_MANIFOLD, vCE);
 }
 
 void CPatch::getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const
@@ -323,7 +323,7 @@ bool CPatch::isClosed() const
 {
     if (getSize() < MIN_SIZE_CLOSED)
         return false;
-    const auto isInner = [this](const CEdge* pCE) { return pCE->getDegree() != 1 && getDegreeOn(pCE) >= 2; };
+    const auto isInner = [this](const CEdge* pCE) { return !pCE->isBorder() && getDegreeOn(pCE) >= 2; };
     if (areWallsKnown())
         return std::all_of(vWalls.begin(), vWalls.end(), isInner);
     return std::all_of(vMemberCT.begin(), vMemberCT.end(),

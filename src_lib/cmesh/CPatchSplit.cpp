@@ -113,7 +113,7 @@ bool CPatch::canBeSplit() const
         return true;
     // Kills make no edge non-manifold.
     return std::any_of(vWalls.begin(), vWalls.end(),
-                       [this](const CEdge* pCE) { return pCE->getDegree() > 2 && getDegreeOn(pCE) == 2; });
+                       [this](const CEdge* pCE) { return pCE->isNonManifold() && getDegreeOn(pCE) == 2; });
 }
 
 bool CPatch::isCandidateForSplit() const

@@ -227,7 +227,7 @@ void CTriangle::print(std::ostream& os) const
     {
         os << i << ": vcd=" << aVertex[i]->ccd << ", ";
         const CEdge* pCE = aEdge[i];
-        if (pCE->getDegree() == 2)
+        if (pCE->isInner())
             os << "degree 2, ";
         else
             os << "degree " << pCE->getDegree();

@@ -16,7 +16,7 @@ std::size_t getSlot(int degree)
 
 bool isRegular(const CEdge* pCE)
 {
-    return pCE->getDegree() == 2 || pCE->getDegree() == 0;
+    return pCE->isInner() || pCE->isOrphan();
 }
 } // namespace
 

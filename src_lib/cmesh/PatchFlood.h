@@ -50,7 +50,7 @@ public:
             {
                 CEdge* pCE = pCurrentCT->getCEdge(i);
                 ASSEX(pCE != 0);
-                if (pCE->getDegree() > 2)
+                if (pCE->isNonManifold())
                     f(pCurrentCT, i);
                 if (isWall(pCE))
                 {

@@ -71,7 +71,7 @@ void ExtractionRenewal::undoPasses()
     // Lists have lost their order where triangles came and went, those of edges also in stars that were sorted.
     sortLists(vRevivedT, ByCreationCT());
     std::vector<CEdge*> vHigh;
-    pCMesh->getDegN(-1, vHigh);
+    pCMesh->getDegN(DEG_NON_MANIFOLD, vHigh);
     for (CEdge* pCE : vHigh)
         sortEdge(*pCE, ByCreationCT());
     pCMesh->forEachEdge(extracted.numEdgeSlots, pCMesh->getNumEdgeSlots(),
@@ -110,7 +110,7 @@ void ExtractionRenewal::takeOutOrphans()
 {
     for (const CTriangle* pCT : vTakenOutT)
         for (CEdge* pCE : pCT->aEdge)
-            if (pCE->getDegree() == 0 && pCE->number != CEdge::TAKEN_OUT)
+            if (pCE->isOrphan() && pCE->number != CEdge::TAKEN_OUT)
                 takeOut(pCE);
 }
 

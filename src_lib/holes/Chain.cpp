@@ -257,7 +257,7 @@ bool Chain::hasMoebius()
         for (int ici = 0; ici < 3; ++ici)
         {
             CEdge* pCE = pCT->getCEdge(ici);
-            if (pCE->getDegree() >= 3)
+            if (pCE->isNonManifold())
                 continue;
             const CTriangle* pNeigCT = pCE->getNeigT(pCT);
             if (pNeigCT == nullptr || !pNeigCT->bVisited || pNeigCT->getNumber() <= pCT->getNumber())

@@ -18,7 +18,7 @@ const unsigned int SCENE_LINE_WIDTH = 3;
 // Not in a chain, and no orphan. An edge of the chain itself carries a direction.
 bool canConnect(const CEdge* pCE)
 {
-    return pCE->getDirection() == ED_NONE && pCE->getDegree() > 0;
+    return pCE->getDirection() == ED_NONE && !pCE->isOrphan();
 }
 
 void sortUnique(std::vector<CEdge*>& vCE)

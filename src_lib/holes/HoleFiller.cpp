@@ -62,7 +62,7 @@ HoleFiller::~HoleFiller() = default;
 void HoleFiller::run()
 {
     std::vector<CEdge*> vBorderEdges;
-    pCMesh->getDegN(1, vBorderEdges);
+    pCMesh->getDegN(DEG_BORDER, vBorderEdges);
     int numIdle = 0;
     while (numIdle < MAX_IDLE_PASSES)
     {
@@ -119,7 +119,7 @@ void HoleFiller::solveMultiVCD(u64 vcd, VcdEdgeMap& mmVCD2CE)
     mmVCD2CE.eraseEdge(pKillCE0);
     mmVCD2CE.eraseEdge(pKillCE1);
     CEdge* pNewCE = pCMesh->getCE(va[0], vb[0]);
-    if (pNewCE->getDegree() == 1)
+    if (pNewCE->isBorder())
         mmVCD2CE.addEdge(pNewCE);
     else
         mmVCD2CE.eraseEdge(pNewCE); // it was a border: the triangle closed a gap of three edges

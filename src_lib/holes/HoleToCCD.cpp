@@ -36,7 +36,7 @@ bool HoleToCCD::run(std::vector<Point3>& vPixels)
 void HoleToCCD::createChains()
 {
     std::vector<CEdge*> vBorderCE;
-    pCMesh->getDegN(1, vBorderCE);
+    pCMesh->getDegN(DEG_BORDER, vBorderCE);
     pChainMgr = std::make_unique<ChainMgr>(pCMesh, VcdEdgeMap(vBorderCE), true);
 }
 

@@ -101,7 +101,7 @@ void Loop::getEdges(std::vector<CEdge*>& vOut) const
 void Loop::getBorderCE(std::vector<CEdge*>& vOut) const
 {
     for (CEdge* pCE : vCE)
-        if (pCE->getDegree() == 1)
+        if (pCE->isBorder())
             vOut.push_back(pCE);
 }
 
@@ -140,7 +140,7 @@ double Loop::initPrioq()
     const CEdge* pPrevCE = vCE.back();
     for (const CEdge* pCE : vCE)
     {
-        const bool bBorderPair = pPrevCE->getDegree() == 1 && pCE->getDegree() == 1;
+        const bool bBorderPair = pPrevCE->isBorder() && pCE->isBorder();
         vAllAE.emplace_back(pCMesh, pCE->getSource(), bBorderPair);
         pPrevCE = pCE;
     }

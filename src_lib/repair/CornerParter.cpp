@@ -86,7 +86,7 @@ CornerParter::CornerParter(CMesh* pCMesh_, const Calc* pCalc_)
 void CornerParter::addCandidates()
 {
     std::vector<CEdge*> vCE;
-    pCMesh->getDegN(-5, vCE);
+    pCMesh->getDegN(DEG_IRREGULAR, vCE);
     for (const CEdge* pCE : vCE)
         vCandidates.insert(vCandidates.end(), {pCE->v0, pCE->v1});
 }
@@ -193,7 +193,7 @@ std::vector<CornerParter::Fan> CornerParter::findFans(const std::vector<CTriangl
 
 std::vector<CornerParter::TrianglePair> CornerParter::pairSheets(const CEdge& edge, bool bFlattest) const
 {
-    if (edge.getDegree() == 2)
+    if (edge.isInner())
         return {{edge.vCT[0], edge.vCT[1]}};
     if (edge.getDegree() % 2 != 0)
         return {};

@@ -125,7 +125,7 @@ void Inspector::keepGoodPartForKnownBorder(CPatch* pTestPatch, CTriangle* pStart
         std::cout << "BorderCount=" << borderCount << ", continue" << std::endl;
         return false;
     };
-    while (flood.step(mayLeave, [](const CEdge& edge) { return edge.getDegree() == 2; }))
+    while (flood.step(mayLeave, [](const CEdge& edge) { return edge.isInner(); }))
     {
     }
 
@@ -145,7 +145,7 @@ void Inspector::splitFromT(const std::multimap<u64, u64>& mm, CPatch* pTestPatch
     GroupFlood floodB(*pTestPatch, vGroupB, pSeedB);
     const auto mayCrossA = [&](const CEdge& edge)
     { return edge.getDegreeInPatch(pTestPatch) == 2 && !isOnBorder(edge, mm); };
-    const auto mayCrossB = [&](const CEdge& edge) { return edge.getDegree() == 2 && !isOnBorder(edge, mm); };
+    const auto mayCrossB = [&](const CEdge& edge) { return edge.isInner() && !isOnBorder(edge, mm); };
     const auto mayLeave = [](const CTriangle&) { return true; };
     for (bool bGrown = true; bGrown;)
     {

@@ -57,9 +57,9 @@ PatchSolver::PatchSolver(CMesh* pCMesh_, Calc* pCalc_)
                                     pCMesh->forEachEdge(from, to,
                                                         [&](CEdge* pCE)
                                                         {
-                                                            if (pCE->getDegree() == 2)
+                                                            if (pCE->isInner())
                                                                 join(getJoint(*pCE));
-                                                            else if (pCE->getDegree() > 0)
+                                                            else if (!pCE->isOrphan())
                                                                 vvWallCE[part].push_back(pCE);
                                                         });
                                 });
@@ -94,7 +94,7 @@ void PatchSolver::collectSides()
     std::erase_if(vWallCE,
                   [this](const CEdge* pCE)
                   {
-                      const bool bNoWall = pCE->getDegree() == 2 || pCE->getDegree() == 0;
+                      const bool bNoWall = pCE->isInner() || pCE->isOrphan();
                       if (bNoWall)
                           wallCE.erase(pCE->getNumber());
                       return bNoWall;
@@ -375,7 +375,7 @@ bool PatchSolver::isBubble(const Record& record) const
 {
     return labels.getSize(record.label) < MAX_BUBBLE &&
            std::all_of(vSides.data() + record.firstSide, vSides.data() + record.endSide,
-                       [](const Side& side) { return side.pCE->getDegree() == 2; });
+                       [](const Side& side) { return side.pCE->isInner(); });
 }
 
 // Whether the split finds a non-manifold edge with exactly two members to begin at.
@@ -386,7 +386,7 @@ bool PatchSolver::canBeSplit(const Record& record) const
         const std::size_t first = i;
         while (i < record.endSide && vSides[i].pCE == vSides[first].pCE)
             ++i;
-        if (i - first == 2 && vSides[first].pCE->getDegree() > 2)
+        if (i - first == 2 && vSides[first].pCE->isNonManifold())
             return true;
     }
     return false;
@@ -497,14 +497,14 @@ void PatchSolver::applyChanges()
             labels.reset(pCT->getNumber());
         for (const CTriangle* pCT : vMembers)
             for (int i = 0; pCT->isAlive() && i < 3; ++i)
-                if (pCT->getCEdge(i)->getDegree() == 2)
+                if (pCT->getCEdge(i)->isInner())
                     joinAcross(pCT->getCEdge(i));
     }
     for (CEdge* pCE : vTouchedCE)
     {
-        if (pCE->getDegree() == 2)
+        if (pCE->isInner())
             joinAcross(pCE);
-        else if (pCE->getDegree() > 0 && wallCE.insert(pCE->getNumber()))
+        else if (!pCE->isOrphan() && wallCE.insert(pCE->getNumber()))
             vWallCE.push_back(pCE);
     }
     vTurnedMembers.clear();

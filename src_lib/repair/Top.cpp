@@ -173,7 +173,7 @@ void Top::finish(CornerParter& cornerParter, SurfacePieces pieces)
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     pCMesh->deletePatches();
     pProgress->increment();
-    if (pCMesh->hasDegree(-1))
+    if (pCMesh->hasDegree(DEG_NON_MANIFOLD))
     {
         cleanSeams();
         orientAll();
@@ -183,7 +183,7 @@ void Top::finish(CornerParter& cornerParter, SurfacePieces pieces)
     else
         orientAll();
     pProgress->increment();
-    const bool bHasBorder = pCMesh->hasDegree(1);
+    const bool bHasBorder = pCMesh->hasDegree(DEG_BORDER);
     HoleToCCD holeToCCD(pCMesh, pCalc);
     std::vector<Point3> vPixels;
     holeToCCD.run(vPixels);
@@ -272,7 +272,7 @@ void Top::killFlat(CTriangle* pCT)
 {
     const int ici = pCT->getLargestEdgeICI(pCMesh);
     CEdge* pCE = pCT->getCEdge(ici);
-    if (pCE->getDegree() == 1)
+    if (pCE->isBorder())
     {
         pCT->kill(pCMesh);
         return;

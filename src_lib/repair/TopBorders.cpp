@@ -117,7 +117,7 @@ bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
     for (const CEdge* pCE : vIncCE)
     {
         thirdCCD = pCE->getOtherVCD(edge.v0);
-        if (pCE->getDegree() != 1 || thirdCCD == edge.v1 || thirdCCD == ownCCD)
+        if (!pCE->isBorder() || thirdCCD == edge.v1 || thirdCCD == ownCCD)
             continue;
         const CEdge* pLastCE = mesh.getCE(thirdCCD, edge.v1);
         if (pLastCE != nullptr && pLastCE->getDegree() % 2 == 1 &&
@@ -131,15 +131,15 @@ bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
 void Top::getBordersKillDeg1nn(std::vector<CEdge*>& vBorders)
 {
     std::vector<CEdge*> vCE;
-    pCMesh->getDegN(1, vCE);
+    pCMesh->getDegN(DEG_BORDER, vCE);
     for (CEdge* pCE : vCE)
     {
         ASSEX_TEXT(pCE->vCT.size() == 1, "vCT.size()==1");
         CTriangle* pCT = pCE->vCT[0];
         const int ici = pCT->getICI(pCE->v0, pCE->v1);
         // The two other edges are non-manifold: it hangs between two fins and adds nothing.
-        if (pCT->getCEdge(CTriangle::getNext(ici))->getDegree() >= 3 &&
-            pCT->getCEdge(CTriangle::getPrev(ici))->getDegree() >= 3)
+        if (pCT->getCEdge(CTriangle::getNext(ici))->isNonManifold() &&
+            pCT->getCEdge(CTriangle::getPrev(ici))->isNonManifold())
             pCT->kill(pCMesh);
         else
             vBorders.push_back(pCE);
@@ -179,7 +179,7 @@ void Top::integrateCCD(CEdge* pCE)
 void Top::killTinyBorderPatches(int maxNumT)
 {
     std::vector<CEdge*> vCE;
-    pCMesh->getDegN(1, vCE);
+    pCMesh->getDegN(DEG_BORDER, vCE);
     PieceFinder finder(static_cast<std::size_t>(maxNumT));
     Piece piece;
     for (CEdge* pCE : vCE)
@@ -198,10 +198,10 @@ void Top::killTinyBorderPatches(int maxNumT)
 void Top::closeTriangularHoles()
 {
     std::vector<CEdge*> vBorders;
-    pCMesh->getDegN(1, vBorders);
+    pCMesh->getDegN(DEG_BORDER, vBorders);
     u64 thirdCCD = 0;
     for (const CEdge* pCE : vBorders)
-        if (pCE->getDegree() == 1 && findThirdCorner(*pCMesh, *pCE, thirdCCD))
+        if (pCE->isBorder() && findThirdCorner(*pCMesh, *pCE, thirdCCD))
             pCMesh->createT(pCE->v0, pCE->v1, thirdCCD, 0, 0);
 }
 

@@ -132,7 +132,7 @@ bool Top::absorbNeighbours(CPatch* pPatch)
     bool bGrown = false;
     for (const CEdge* pCE : vBoundaryCE)
     {
-        if (pCE->getDegree() != 2)
+        if (!pCE->isInner())
             continue;
         for (const CTriangle* pCT : pCE->vCT)
         {

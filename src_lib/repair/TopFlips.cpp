@@ -74,7 +74,7 @@ void Top::getEdgesForOptimization(double maxAngle, std::vector<CEdge*>& vOptimiz
 {
     const double minCos = std::cos(maxAngle / 180.0 * 3.14159);
     std::vector<CEdge*> vDeg2;
-    pCMesh->getDegN(2, vDeg2);
+    pCMesh->getDegN(DEG_INNER, vDeg2);
     for (CEdge* pCE : vDeg2)
     {
         const CTriangle* pCT0 = pCE->vCT[0];
@@ -217,7 +217,7 @@ bool Top::canFlip(u64 v0, u64 v1, u64 ccd0, u64 ccd1) const
 int Top::flipExtremeCaps(bool bFinal)
 {
     std::vector<CEdge*> vDeg2;
-    pCMesh->getDegN(2, vDeg2);
+    pCMesh->getDegN(DEG_INNER, vDeg2);
     int numChanges = 0;
     for (CEdge* pCE : vDeg2)
     {
@@ -277,7 +277,7 @@ void Top::getAngles(double minAngle, std::vector<std::pair<double, CEdge*>>& vAn
         [&](CEdge* pCE)
         {
             double angle = 0.0;
-            if (pCE->getDegree() == 2 && getBend(pCE, angle) && !(angle < minAngle))
+            if (pCE->isInner() && getBend(pCE, angle) && !(angle < minAngle))
                 vAngle.emplace_back(angle, pCE);
         });
     std::sort(vAngle.begin() + start, vAngle.end(), isBentMore);
@@ -299,7 +299,7 @@ void Top::flipCreases(double minAngle)
         const auto [key, pCE] = vAngle.back();
         vAngle.pop_back();
         double curAngle = 0.0;
-        if (pCE->getDegree() != 2 || !getBend(pCE, curAngle) || curAngle < minAngle)
+        if (!pCE->isInner() || !getBend(pCE, curAngle) || curAngle < minAngle)
             continue;
         if (curAngle == key)
         {

@@ -233,7 +233,7 @@ bool TopMelt::getWorstAngle(const std::vector<CEdge*>& vIncCE, double maxAngle, 
     for (const CEdge* pCE : vIncCE)
     {
         double angle = 0.0;
-        if (pCE->getDegree() != 2 || !getBend(pCE, angle))
+        if (!pCE->isInner() || !getBend(pCE, angle))
             return false;
         worstAngle = std::max(worstAngle, angle);
         numBent += angle > maxAngle ? 1 : 0;

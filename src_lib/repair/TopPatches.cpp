@@ -53,7 +53,7 @@ void floodOriented(CTriangle* pSeed, std::vector<CTriangle*>& vFlood)
         for (int ici = 0; ici < 3; ++ici)
         {
             const CEdge& edge = *pCurrentCT->getCEdge(ici);
-            if (edge.getDegree() != 2)
+            if (!edge.isInner())
                 continue;
             CTriangle* pNeigT = edge.vCT[edge.vCT[0] == pCurrentCT ? 1 : 0];
             if (pNeigT->bVisited)
@@ -292,7 +292,7 @@ SurfacePieces findPieces(const CMesh& mesh)
                              mesh.forEachEdge(from, to,
                                               [&join](const CEdge* pCE)
                                               {
-                                                  if (pCE->getDegree() == 2)
+                                                  if (pCE->isInner())
                                                       join(getJoint(*pCE));
                                               });
                          });

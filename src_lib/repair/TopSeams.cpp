@@ -28,7 +28,7 @@ std::vector<Seam> findSeams(const CMesh& mesh, const std::vector<std::unique_ptr
         mIndex[vPatches[i].get()] = i;
     std::map<std::vector<std::size_t>, double> mNumEdges;
     std::vector<CEdge*> vSeamCE;
-    mesh.getDegN(-1, vSeamCE);
+    mesh.getDegN(DEG_NON_MANIFOLD, vSeamCE);
     for (const CEdge* pCE : vSeamCE)
     {
         std::vector<std::size_t> vAtEdge;
@@ -47,7 +47,7 @@ std::vector<Seam> findSeams(const CMesh& mesh, const std::vector<std::unique_ptr
 bool hasFork(const CMesh& mesh)
 {
     std::vector<CEdge*> vSeamCE;
-    mesh.getDegN(-1, vSeamCE);
+    mesh.getDegN(DEG_NON_MANIFOLD, vSeamCE);
     return std::any_of(vSeamCE.begin(), vSeamCE.end(),
                        [](const CEdge* pCE) { return pCE->getDegree() % 2 == 1; });
 }
@@ -58,7 +58,7 @@ bool isEnclosedScrap(const CPatch& patch)
     if (patch.getSize() > MAX_SCRAP)
         return false;
     std::vector<CEdge*> vBorderCE;
-    patch.getCEByDegree(1, vBorderCE);
+    patch.getCEByDegree(DEG_BORDER, vBorderCE);
     return vBorderCE.empty();
 }
 } // namespace
@@ -75,7 +75,7 @@ void Top::decideSeams()
 {
     if (!hasFork(*pCMesh))
         return; // sheets that touch
-    const bool bClosed = !pCMesh->hasDegree(1);
+    const bool bClosed = !pCMesh->hasDegree(DEG_BORDER);
     bool bKilled = false;
     {
         const std::vector<std::unique_ptr<CPatch>> vPatches = PatchSolver(pCMesh, pCalc).makeAllPatches();

@@ -27,7 +27,7 @@ double getSqLength(const CMesh& mesh, const CEdge& edge)
 std::vector<u64> getBorderVCDs(const CMesh& mesh)
 {
     std::vector<CEdge*> vBorders;
-    mesh.getDegN(1, vBorders);
+    mesh.getDegN(DEG_BORDER, vBorders);
     std::vector<u64> vBorderVCD;
     for (const CEdge* pCE : vBorders)
     {
@@ -51,7 +51,7 @@ Top::EdgeQueue makeQueue(const CMesh& mesh, const std::vector<u64>& vBorderVCD, 
     mesh.forEachEdge(
         [&](CEdge* pCE)
         {
-            if (pCE->getDegree() == 0 || touches(vBorderVCD, *pCE))
+            if (pCE->isOrphan() || touches(vBorderVCD, *pCE))
                 return;
             const double sqLen = getSqLength(mesh, *pCE);
             if (sqLen < sqMaxLen)
@@ -113,7 +113,7 @@ bool Top::simplify(int passNo, double maxLen, SimplifyMode mode)
     {
         const auto [storedSqLen, pCE] = *mmSq2Edge.begin();
         mmSq2Edge.erase(mmSq2Edge.begin());
-        if (pCE->getDegree() == 0 || touches(vBorderVCD, *pCE))
+        if (pCE->isOrphan() || touches(vBorderVCD, *pCE))
             continue;
         const double sqLen = getSqLength(*pCMesh, *pCE);
         if (sqLen > storedSqLen)
@@ -144,7 +144,7 @@ bool Top::killMid(CEdge* pCE, const Point3& mid, double sqMaxLen, EdgeQueue& mm)
 {
     if (!staysFlat(pCE->v0, pCE->v1, mid) || !staysFlat(pCE->v1, pCE->v0, mid))
         return false;
-    if (pCE->getDegree() == 0)
+    if (pCE->isOrphan())
         return false;
     enqueueEdgesAt(pCMesh->collapseEdgeToMidpoint(pCE), sqMaxLen, mm);
     return true;
@@ -203,10 +203,10 @@ void Top::enqueueEdgesAt(u64 ccd, double sqMaxLen, EdgeQueue& mm) const
 void Top::killBorderEars()
 {
     std::vector<CEdge*> vHighDeg;
-    pCMesh->getDegN(-1, vHighDeg);
+    pCMesh->getDegN(DEG_NON_MANIFOLD, vHighDeg);
     for (const CEdge* pCE : vHighDeg)
     {
-        while (pCE->getDegree() > 2)
+        while (pCE->isNonManifold())
         {
             CTriangle* pEarT = findSmallestEar(*pCMesh, *pCE);
             if (pEarT == nullptr)

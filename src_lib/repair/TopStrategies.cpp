@@ -281,7 +281,7 @@ void Top::killBoundaryPatches(const std::vector<CPatch*>& vPatches)
     for (CPatch* pPatch : vPatches)
     {
         std::vector<CEdge*> lBorder;
-        pPatch->getCEByDegree(1, lBorder);
+        pPatch->getCEByDegree(DEG_BORDER, lBorder);
         if (lBorder.empty())
             continue;
         warningMessage(ZEF_HERE, "Killing a patch");
@@ -312,10 +312,10 @@ bool Top::tryClose(const Chain* pChain, std::vector<CEdge*>& vNewCE) const
         return true;
     const std::vector<CEdge*>& vChainCE = pChain->getEdges();
     if (std::any_of(vChainCE.begin(), vChainCE.end(),
-                    [](const CEdge* pCE) { return pCE->getDegree() == 0 || pCE->getDegree() == 2; }))
+                    [](const CEdge* pCE) { return pCE->isOrphan() || pCE->isInner(); }))
         return false;
     const auto isFree = [&vChainCE](const CEdge* pCE)
-    { return pCE->getDegree() > 0 && std::find(vChainCE.begin(), vChainCE.end(), pCE) == vChainCE.end(); };
+    { return !pCE->isOrphan() && std::find(vChainCE.begin(), vChainCE.end(), pCE) == vChainCE.end(); };
     return pChain->findConnectors(*pCMesh, isFree, vNewCE);
 }
 

@@ -111,13 +111,13 @@ void VolSolver::fillPatch(CPatch* pPatch, CTriangle* pSeed, const EdgeSet& sWall
         {
             CEdge* pCE = pCurrentCT->getCEdge(ici);
             ASSEX(pCE != 0);
-            if (pCE->getDegree() > 2)
+            if (pCE->isNonManifold())
             {
                 vBorderME.push_back(pCE);
                 pPatch->vBorderME.push_back(pCE);
                 mOppVCD2Patch[pCurrentCT->getCorner(ici)] = pPatch;
             }
-            if (pCE->getDegree() != 2 || sWalls.count(pCE) != 0)
+            if (!pCE->isInner() || sWalls.count(pCE) != 0)
                 continue;
             CTriangle* pNeigT = pCE->vCT[pCE->vCT[0] == pCurrentCT ? 1 : 0];
             if (!pNeigT->bVisited)

@@ -47,7 +47,7 @@ void LaplacianSmoother::markBorder()
     {
         if (pProgress != nullptr)
             pProgress->increment();
-        if (pRE->getDegree() != 1)
+        if (!pRE->isBorder())
             continue;
         vIsBorder[RVertex::of(pRE->getVtx0())->number] = 1;
         vIsBorder[RVertex::of(pRE->getVtx1())->number] = 1;

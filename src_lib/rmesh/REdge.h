@@ -2,6 +2,7 @@
 #define ZEF_REDGE_H
 
 #include "Point3.h"
+#include "cmesh/edgeDegree.h"
 #include "rmesh/RTriangle.h"
 #include "tarn_tools/SmallVec.h"
 
@@ -13,7 +14,7 @@ class RMesh;
 
 // An edge of the refined mesh: two vertices and any number of triangles.
 //
-// Degree is the number of alive triangles: 1 border, 2 regular, above 2 non-manifold, 0 out of use. An edge
+// Its degree and what that makes it: see edgeDegree.h. An edge
 // out of use keeps its place in the mesh, so that a later flip back revives the same object.
 //
 // Ownership:  lives in a pool of the mesh, never moves, dies with the mesh.
@@ -36,7 +37,10 @@ public:
 
     // --- Triangles ---
     [[nodiscard]] int getDegree() const noexcept { return static_cast<int>(vRT.size()); }
-    [[nodiscard]] bool isAlive() const noexcept { return !vRT.empty(); }
+    [[nodiscard]] bool isAlive() const noexcept { return !vRT.empty(); } // no orphan
+    [[nodiscard]] bool isBorder() const noexcept { return vRT.size() == 1; }
+    [[nodiscard]] bool isInner() const noexcept { return vRT.size() == 2; }
+    [[nodiscard]] bool isNonManifold() const noexcept { return vRT.size() > 2; }
     [[nodiscard]] const TriangleList& getTriangles() const noexcept { return vRT; }
     // The first two triangles, null where there is none. True at exactly 2, or at 2 or more.
     [[nodiscard]] bool getTwoT(RTriangle*& pRT0, RTriangle*& pRT1, bool bExactlyTwo) const;

@@ -223,14 +223,12 @@ void RMesh::getAdjacentT(const Point3* pA, const Point3* pB, std::vector<RTriang
 
 void RMesh::getDegN(int deg, std::vector<REdge*>& vRE) const
 {
-    if (deg < 0 && deg != -1 && deg != -99)
+    if (deg < 0 && deg != DEG_NON_MANIFOLD && deg != DEG_IN_USE)
     {
         std::cout << "deg=" << deg << std::endl;
         ASSEX_TEXT(false, "false");
     }
-    const auto fits = [deg](int degree) {
-        return deg == -1 ? degree > 2 : deg == -99 ? degree > 0 : degree == deg;
-    };
+    const auto fits = [deg](int degree) { return fitsDegree(degree, deg); };
     vtxPool.forEach(
         [&](const RVertex* pVertex)
         {
@@ -366,7 +364,7 @@ bool RMesh::growUmbrella(const Point3* pCenter, std::vector<RTriangle*>& vAvail,
             if (!pRE->has(pCenter))
                 continue;
             vTestRE.push_back(pRE);
-            RTriangle* pNeigT = pRE->getDegree() == 2 ? pRE->getNeigT(pRT) : nullptr;
+            RTriangle* pNeigT = pRE->isInner() ? pRE->getNeigT(pRT) : nullptr;
             const auto it = std::find(vAvail.begin(), vAvail.end(), pNeigT);
             if (pNeigT == nullptr || it == vAvail.end())
                 continue;

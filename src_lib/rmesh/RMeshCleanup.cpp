@@ -89,7 +89,7 @@ void RMesh::uniteNeighbours(TriangleUnion& turns, std::vector<unsigned int>& vTw
                                 [&](std::size_t, std::size_t from, std::size_t to, auto join)
                                 {
                                     for (std::size_t i = from; i < to; ++i)
-                                        if (vAllRE[i]->getDegree() == 2)
+                                        if (vAllRE[i]->isInner())
                                             join(getJoint(*vAllRE[i]));
                                 });
     for (unsigned int& number : vTwisted)
@@ -104,10 +104,8 @@ void RMesh::uniteNeighbours(TriangleUnion& turns, std::vector<unsigned int>& vTw
 // where it may be turned.
 void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
 {
-    const auto isRegular = [](const RTriangle* pRT) {
-        return pRT->aRE[0]->getDegree() == 2 && pRT->aRE[1]->getDegree() == 2 &&
-               pRT->aRE[2]->getDegree() == 2;
-    };
+    const auto isRegular = [](const RTriangle* pRT)
+    { return pRT->aRE[0]->isInner() && pRT->aRE[1]->isInner() && pRT->aRE[2]->isInner(); };
     std::vector<RTriangle*> vWorkspace{pStart};
     std::vector<RTriangle*> vReserve;
     for (std::size_t head = 0; head < vWorkspace.size(); ++head)
@@ -117,7 +115,7 @@ void RMesh::growPatch(RTriangle* pStart, RPatch* pPatch, Progress* pProgress)
         pPatch->addT(pRT);
         for (const REdge* pRE : pRT->aRE)
         {
-            RTriangle* pNeigT = pRE->getDegree() == 2 ? pRE->getNeigT(pRT) : nullptr;
+            RTriangle* pNeigT = pRE->isInner() ? pRE->getNeigT(pRT) : nullptr;
             if (pNeigT == nullptr || pNeigT->bVisited)
                 continue;
             (isRegular(pNeigT) ? vWorkspace : vReserve).push_back(pNeigT);
@@ -179,7 +177,7 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 {
     if (pRE->getDegree() < 2)
         return;
-    if (pRE->getDegree() == 2)
+    if (pRE->isInner())
     {
         RTriangle* pA = pRE->vRT[0];
         RTriangle* pB = pRE->vRT[1];
@@ -202,7 +200,7 @@ void RMesh::collectTwins(const REdge* pRE, std::vector<RTriangle*>& vKillT)
 
 bool RMesh::isClosedManifold() const
 {
-    const auto isOdd = [](const REdge* pRE) { return pRE->isAlive() && pRE->getDegree() != 2; };
+    const auto isOdd = [](const REdge* pRE) { return pRE->isAlive() && !pRE->isInner(); };
     return collectInOrder<REdge*>(vAllRE.size(),
                                   [&](std::size_t from, std::size_t to, std::vector<REdge*>& vFound)
                                   {
@@ -275,7 +273,7 @@ bool RMesh::keepsTopology(const REdge* pRE) const
                           std::back_inserter(vCommon), ByCreationVtx());
     if (static_cast<int>(vCommon.size()) != pRE->getDegree())
         return false;
-    return pRE->getDegree() == 1 || !isBorderVertex(pRE->p0) || !isBorderVertex(pRE->p1);
+    return pRE->isBorder() || !isBorderVertex(pRE->p0) || !isBorderVertex(pRE->p1);
 }
 
 bool RMesh::isBorderVertex(const Point3* pVtx) const
@@ -284,8 +282,8 @@ bool RMesh::isBorderVertex(const Point3* pVtx) const
     forEachIncidentT(pVtx,
                      [&bBorder](const RTriangle* pRT, int i)
                      {
-                         bBorder = bBorder || pRT->aRE[RTriangle::getNext(i)]->getDegree() == 1 ||
-                                   pRT->aRE[RTriangle::getPrev(i)]->getDegree() == 1;
+                         bBorder = bBorder || pRT->aRE[RTriangle::getNext(i)]->isBorder() ||
+                                   pRT->aRE[RTriangle::getPrev(i)]->isBorder();
                      });
     return bBorder;
 }

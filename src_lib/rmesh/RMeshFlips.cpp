@@ -89,7 +89,7 @@ void RMesh::getEdgeFlipCandidates_MT_priv(const std::vector<REdge*>& vInRE, doub
     for (std::size_t i = from; i < to; ++i)
     {
         REdge* pRE = vInRE[i];
-        if (pRE->getDegree() != 2)
+        if (!pRE->isInner())
             continue;
         double improvement = NOT_YET;
         if (!ee.tryGetImprovement(pRE, improvement) ||

@@ -92,7 +92,7 @@ bool RTop::canFlip(const Point3* p0, const Point3* p1, const Point3* pAlt0, cons
                    double maxAngle) const
 {
     const REdge* pRE = pRMesh->getRE(p0, p1);
-    if (pRE == nullptr || pRE->getDegree() != 2 || pRMesh->hasEdge(pAlt0, pAlt1))
+    if (pRE == nullptr || !pRE->isInner() || pRMesh->hasEdge(pAlt0, pAlt1))
         return false;
     if (p0 == p1 || pAlt0 == pAlt1 || pAlt0 == p0 || pAlt0 == p1 || pAlt1 == p0 || pAlt1 == p1)
         return false;
@@ -201,7 +201,7 @@ void RTop::getEdgesForOptimization(double minDihedral, std::vector<REdge*>& vRE)
 {
     const double cosBar = std::cos(minDihedral / 180.0 * 3.14159);
     std::vector<REdge*> vAll;
-    pRMesh->getDegN(2, vAll);
+    pRMesh->getDegN(DEG_INNER, vAll);
     for (REdge* pRE : vAll)
     {
         RTriangle* pRT0 = nullptr;

@@ -44,7 +44,7 @@ void RTriangle::getNeigs(int i, std::vector<RTriangle*>& vOut) const
 
 bool RTriangle::hasBorderEdge() const
 {
-    return aRE[0]->getDegree() == 1 || aRE[1]->getDegree() == 1 || aRE[2]->getDegree() == 1;
+    return aRE[0]->isBorder() || aRE[1]->isBorder() || aRE[2]->isBorder();
 }
 
 bool RTriangle::needFlip(const RTriangle* pOther) const

@@ -135,7 +135,7 @@ void Reducer::markBorder()
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redborder", 2);
     std::vector<REdge*> vBoundaryRE;
-    pRMesh->getDegN(1, vBoundaryRE);
+    pRMesh->getDegN(DEG_BORDER, vBoundaryRE);
     pProgress->increment();
     vIsBorder.assign(pRMesh->getNumVertices(), 0);
     for (const REdge* pRE : vBoundaryRE)
@@ -291,7 +291,7 @@ bool Reducer::tryCollapse(const RECandidate& candidate)
     const REdge* pRE = pRMesh->getAllRE()[candidate.edge];
     Point3* pSrc = pRE->getVertex(candidate.iSrc);
     Point3* pTrg = pRE->getOtherPoint(pSrc);
-    if (vIsBorder[numberOf(pSrc)] != 0 && (pRE->getDegree() != 1 || !isBorderStraightAt(pSrc)))
+    if (vIsBorder[numberOf(pSrc)] != 0 && (!pRE->isBorder() || !isBorderStraightAt(pSrc)))
         return false;
     numKilled += pRE->getDegree();
     collapse(pSrc, pTrg);
@@ -304,7 +304,7 @@ bool Reducer::isBorderStraightAt(const Point3* pVtx) const
 {
     std::vector<REdge*> vBorderRE;
     pRMesh->getIncidentRE(pVtx, vBorderRE);
-    std::erase_if(vBorderRE, [](const REdge* pRE) { return pRE->getDegree() != 1; });
+    std::erase_if(vBorderRE, [](const REdge* pRE) { return !pRE->isBorder(); });
     if (vBorderRE.size() != 2)
         return false;
     std::array<Vector3, 2> vVecs;

@@ -101,7 +101,7 @@ int edgeFlipsSimA(RMesh* pRMesh, double temperature)
     int numFlips = 0;
     for (const auto& [savedImprovement, pRE] : vImpRE)
     {
-        if (pRE->getDegree() != 2 || getFreshImprovement(energy, pRE) == LOWEST_DBL)
+        if (!pRE->isInner() || getFreshImprovement(energy, pRE) == LOWEST_DBL)
             continue;
         ++numFlips;
         pRE->tryFlipEdge(pRMesh, nullptr, nullptr);

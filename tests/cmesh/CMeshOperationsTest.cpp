@@ -58,7 +58,7 @@ TEST(CEdgeFlip, keepsBorderAndOrientation)
     for (int i = 0; i < 400; ++i)
     {
         std::vector<CEdge*> vCE;
-        mesh.getDegN(2, vCE);
+        mesh.getDegN(DEG_INNER, vCE);
         CEdge* pCE = vCE[rng() % vCE.size()];
         const u64 ccd0 = pCE->vCT[0]->getThirdCCD(pCE->v0, pCE->v1);
         const u64 ccd1 = pCE->vCT[1]->getThirdCCD(pCE->v0, pCE->v1);

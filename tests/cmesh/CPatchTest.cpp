@@ -389,7 +389,7 @@ TEST(CPatchPaths, theCheapestOnesOnABumpySheet)
             mInner[ccd];
         }
         std::vector<CEdge*> vInnerCE;
-        sheet.mesh.getDegN(2, vInnerCE);
+        sheet.mesh.getDegN(DEG_INNER, vInnerCE);
         for (CEdge* pCE : vInnerCE)
             for (const u64 ccd : {pCE->v0, pCE->v1})
                 mInner[ccd].push_back(pCE);

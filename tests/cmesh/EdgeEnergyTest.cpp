@@ -37,11 +37,11 @@ TEST(EdgeEnergy, isWhatTheFlipGainsOnPipelineMeshes)
     PipelineMesh repaired(makeCloud(3000, 0.0, 0.3), true);
     CMesh& mesh = repaired.mesh();
     std::vector<CEdge*> vDeg2;
-    mesh.getDegN(2, vDeg2);
+    mesh.getDegN(DEG_INNER, vDeg2);
     int numChecked = 0;
     for (CEdge* pCE : vDeg2)
     {
-        if (pCE->getDegree() != 2)
+        if (!pCE->isInner())
             continue;
         EdgeEnergy ee(&mesh, pCE);
         const double gain = ee.getImprovement();

@@ -85,7 +85,7 @@ struct SheetMesh : LatticeMesh
     [[nodiscard]] std::vector<CEdge*> getBorders() const
     {
         std::vector<CEdge*> vCE;
-        mesh.getDegN(1, vCE);
+        mesh.getDegN(DEG_BORDER, vCE);
         return vCE;
     }
     [[nodiscard]] bool isManifold() const { return countEdges(mesh, -1) == 0; }

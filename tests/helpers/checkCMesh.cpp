@@ -115,7 +115,7 @@ std::size_t countDisagreeing(const CMesh& mesh)
 {
     std::size_t num = 0;
     mesh.forEachEdge([&](const CEdge* pCE)
-                     { num += pCE->getDegree() == 2 && pCE->vCT[0]->needFlip(pCE->vCT[1]) ? 1 : 0; });
+                     { num += pCE->isInner() && pCE->vCT[0]->needFlip(pCE->vCT[1]) ? 1 : 0; });
     return num;
 }
 

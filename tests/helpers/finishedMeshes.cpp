@@ -89,7 +89,7 @@ std::shared_ptr<Mesh> makeFinished(const RMeshSource& source)
 std::size_t countBorderLoops(const RMesh& mesh)
 {
     std::vector<REdge*> vRE;
-    mesh.getDegN(1, vRE);
+    mesh.getDegN(DEG_BORDER, vRE);
     std::size_t numLoops = 0;
     for (; !vRE.empty(); ++numLoops)
     {

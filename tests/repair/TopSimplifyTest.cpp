@@ -30,7 +30,7 @@ double getEnergy(const CMesh& mesh)
 {
     double sum = 0.0;
     std::vector<CEdge*> vDeg2;
-    mesh.getDegN(2, vDeg2);
+    mesh.getDegN(DEG_INNER, vDeg2);
     for (const CEdge* pCE : vDeg2)
         sum += getBendEnergy(mesh, pCE);
     return sum;
@@ -39,7 +39,7 @@ double getEnergy(const CMesh& mesh)
 std::vector<std::pair<u64, Point3>> getBorderCorners(const CMesh& mesh)
 {
     std::vector<CEdge*> vBorders;
-    mesh.getDegN(1, vBorders);
+    mesh.getDegN(DEG_BORDER, vBorders);
     std::vector<std::pair<u64, Point3>> vCorners;
     for (const CEdge* pCE : vBorders)
         for (const u64 ccd : {pCE->v0, pCE->v1})

@@ -31,7 +31,7 @@ Top::EdgeSet getDisagreeing(const CMesh& mesh)
     mesh.forEachEdge(
         [&](CEdge* pCE)
         {
-            if (pCE->getDegree() == 2 && pCE->vCT[0]->needFlip(pCE->vCT[1]))
+            if (pCE->isInner() && pCE->vCT[0]->needFlip(pCE->vCT[1]))
                 sCE.insert(pCE);
         });
     return sCE;

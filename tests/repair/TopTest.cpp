@@ -90,7 +90,7 @@ void expectOriented(CMesh& mesh, const Calc& calc)
     TriangleUnion pieces(mesh.getAllT().size());
     std::set<unsigned int> sTwisted;
     std::vector<CEdge*> vCE;
-    mesh.getDegN(2, vCE);
+    mesh.getDegN(DEG_INNER, vCE);
     for (int i = 0; i < 2; ++i) // roots are final in the second turn
         for (const CEdge* pCE : vCE)
             if (!pieces.unite(
@@ -535,7 +535,7 @@ TEST(TopRun, makesACleanOrientedSurfaceOfABall)
             const auto vTriples = ball.cells.getTriples();
             EXPECT_EQ(mesh.killDuplicates(), 0) << "an ear over a triangle";
             std::vector<CEdge*> vHighDeg;
-            mesh.getDegN(-1, vHighDeg);
+            mesh.getDegN(DEG_NON_MANIFOLD, vHighDeg);
             for (const CEdge* pCE : vHighDeg)
                 EXPECT_FALSE(!row.bMelt &&
                              std::any_of(pCE->vCT.begin(), pCE->vCT.end(),

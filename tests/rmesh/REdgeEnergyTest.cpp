@@ -47,7 +47,7 @@ RMeshSource book(double up)
 REdge* onlyRegularEdge(const RMesh& mesh)
 {
     std::vector<REdge*> vRE;
-    mesh.getDegN(2, vRE);
+    mesh.getDegN(DEG_INNER, vRE);
     return vRE.at(0);
 }
 } // namespace

@@ -25,7 +25,7 @@ TEST(RMesh, randomCollapsesKeepAllLinks)
         for (int step = 0; step < 60; ++step)
         {
             std::vector<REdge*> vRE;
-            mesh.getDegN(-99, vRE);
+            mesh.getDegN(DEG_IN_USE, vRE);
             if (vRE.empty())
                 break;
             const REdge* pRE = vRE[rng() % vRE.size()];
@@ -48,7 +48,7 @@ TEST(RMesh, flippingTwiceRevivesTheSameEdge)
 {
     RMesh mesh(planeSource(4));
     std::vector<REdge*> vRE;
-    mesh.getDegN(2, vRE);
+    mesh.getDegN(DEG_INNER, vRE);
     std::size_t numFlipped = 0;
     for (REdge* pRE : vRE)
     {
@@ -118,7 +118,7 @@ TEST(RMesh, nonManifoldEdgeSeparatesPatches)
     source.vCorners.insert(source.vCorners.end(), {1, 4, 9});
     RMesh mesh(source);
     std::vector<REdge*> vRE;
-    mesh.getDegN(-1, vRE);
+    mesh.getDegN(DEG_NON_MANIFOLD, vRE);
     ASSERT_EQ(vRE.size(), 1u);
     EXPECT_EQ(vRE.front()->tryFlipEdge(&mesh, nullptr, nullptr), nullptr) << "three triangles";
     EXPECT_EQ(mesh.createPatchesOrient(), 2) << "the plane around the edge's end, and the fin";
@@ -129,7 +129,7 @@ TEST(RMesh, splitKeepsAreaAndOrientation)
 {
     RMesh mesh(planeSource(3));
     std::vector<REdge*> vRE;
-    mesh.getDegN(2, vRE);
+    mesh.getDegN(DEG_INNER, vRE);
     for (REdge* pRE : vRE)
     {
         if (!pRE->isAlive())

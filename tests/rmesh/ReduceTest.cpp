@@ -35,7 +35,7 @@ public:
     int run()
     {
         std::vector<REdge*> vBoundaryRE;
-        mesh.getDegN(1, vBoundaryRE);
+        mesh.getDegN(DEG_BORDER, vBoundaryRE);
         for (const REdge* pRE : vBoundaryRE)
             sBorder.insert({pRE->getVtx0(), pRE->getVtx1()});
         add(mesh.getAllRE());
@@ -81,9 +81,9 @@ private:
         mesh.getIncidentRE(pSrc, vRE);
         std::vector<Vector3> vVecs;
         for (const REdge* pAt : vRE)
-            if (pAt->getDegree() == 1)
+            if (pAt->isBorder())
                 vVecs.push_back(normalize(*pAt->getOtherPoint(pSrc) - *pSrc));
-        return pRE->getDegree() == 1 && vVecs.size() == 2 && getAngleDegree(vVecs[0], vVecs[1]) >= 170.0;
+        return pRE->isBorder() && vVecs.size() == 2 && getAngleDegree(vVecs[0], vVecs[1]) >= 170.0;
     }
 
     void refillIfDue()

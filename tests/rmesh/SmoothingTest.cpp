@@ -23,7 +23,7 @@ std::map<const Point3*, Point3> expectedPlaces(const RMesh& mesh)
     {
         mNeighbours[pRE->getVtx0()].push_back(pRE->getVtx1());
         mNeighbours[pRE->getVtx1()].push_back(pRE->getVtx0());
-        if (pRE->getDegree() == 1)
+        if (pRE->isBorder())
             sBorder.insert({pRE->getVtx0(), pRE->getVtx1()});
     }
     std::map<const Point3*, Point3> mPlaces;
