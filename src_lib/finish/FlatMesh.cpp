@@ -1,0 +1,36 @@
+#include "finish/FlatMesh.h"
+
+namespace TARN_ZEF
+{
+void FlatMesh::keepTriangles(const std::vector<std::uint8_t>& vKeep)
+{
+    std::size_t num = 0;
+    for (std::size_t t = 0; t < vKeep.size(); ++t)
+    {
+        if (vKeep[t] == 0)
+            continue;
+        for (std::size_t i = 0; i < 3; ++i)
+            vCorners[num++] = vCorners[3 * t + i];
+    }
+    vCorners.resize(num);
+}
+
+void FlatMesh::dropUnusedPoints()
+{
+    std::vector<Index> vNew(vPoints.size(), 0);
+    for (const Index corner : vCorners)
+        vNew[corner] = 1;
+    Index num = 0;
+    for (std::size_t i = 0; i < vPoints.size(); ++i)
+    {
+        if (vNew[i] == 0)
+            continue;
+        vPoints[num] = vPoints[i];
+        vNew[i] = num++;
+    }
+    vPoints.resize(num);
+    for (Index& corner : vCorners)
+        corner = vNew[corner];
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,187 @@
+#include "finish/PatchFacing.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+
+namespace TARN_ZEF
+{
+namespace
+{
+// Groups of patches; each knows whether it is turned with respect to the first of its group.
+class TurnUnion
+{
+public:
+    explicit TurnUnion(std::size_t num)
+        : vParent(num)
+        , vTurn(num, 0)
+    {
+        std::iota(vParent.begin(), vParent.end(), 0U);
+    }
+
+    FlatMesh::Index find(FlatMesh::Index i, std::uint8_t& turn) const
+    {
+        turn = 0;
+        for (; vParent[i] != i; i = vParent[i])
+            turn ^= vTurn[i];
+        return i;
+    }
+
+    // Nothing happens if both are in one group.
+    void unite(FlatMesh::Index a, FlatMesh::Index b, std::uint8_t turn)
+    {
+        std::uint8_t turnA = 0;
+        std::uint8_t turnB = 0;
+        FlatMesh::Index rootA = find(a, turnA);
+        FlatMesh::Index rootB = find(b, turnB);
+        if (rootA == rootB)
+            return;
+        if (rootB < rootA)
+            std::swap(rootA, rootB);
+        vParent[rootB] = rootA;
+        vTurn[rootB] = turnA ^ turnB ^ turn;
+    }
+
+private:
+    std::vector<FlatMesh::Index> vParent;
+    std::vector<std::uint8_t> vTurn; // with respect to the parent
+};
+} // namespace
+
+PatchFacing::PatchFacing(const FlatMesh& mesh_, const EdgeTable& edges, const PatchTable& patches_)
+    : mesh(mesh_)
+    , patches(patches_)
+    , vTurned(patches_.vPatches.size(), 0)
+{
+    edges.forEach(
+        [&](auto halfEdges)
+        {
+            if (halfEdges.size() < 3 || halfEdges.size() > SeamPairing::maxTriangles)
+                return;
+            std::vector<Index> vHalfEdges;
+            for (const auto& [ends, h] : halfEdges)
+                vHalfEdges.push_back(h);
+            readSeam(std::move(vHalfEdges));
+        });
+    unite();
+    chooseFacing(followVotes());
+}
+
+double PatchFacing::getMeanFlatness(Index patchA, Index patchB) const noexcept
+{
+    const u64 key = getKey(patchA, patchB);
+    const auto it = std::lower_bound(vMeetings.begin(), vMeetings.end(), key,
+                                     [](const Meeting& m, u64 k) { return m.patches < k; });
+    return it == vMeetings.end() || it->patches != key ? 0.0 : it->flatness / static_cast<double>(it->num);
+}
+
+void PatchFacing::readSeam(std::vector<Index> vHalfEdges)
+{
+    const SeamPairing pairing(mesh, std::move(vHalfEdges));
+    const int num = static_cast<int>(pairing.size());
+    const auto patchOf = [&](int place) { return patches.vPatchOfT[pairing.getHalfEdge(place) / 3]; };
+    for (int a = 0; a < num; ++a)
+        for (int b = a + 1; b < num; ++b)
+            vMeetings.push_back({.patches = getKey(patchOf(a), patchOf(b)),
+                                 .flatness = pairing.getFlatness(a, b),
+                                 .num = 1});
+    for (const auto& [a, b] : pairing.choose([&](int i, int k) { return pairing.getFlatness(i, k); }))
+        addVote(pairing, a, b);
+}
+
+void PatchFacing::addVote(const SeamPairing& pairing, int a, int b)
+{
+    const Index g = pairing.getHalfEdge(a);
+    const Index h = pairing.getHalfEdge(b);
+    Meeting meeting{.patches = getKey(patches.vPatchOfT[g / 3], patches.vPatchOfT[h / 3])};
+    (runsForward(g) != runsForward(h) ? meeting.keep : meeting.turn) = pairing.getFlatness(a, b);
+    vMeetings.push_back(meeting);
+}
+
+void PatchFacing::unite()
+{
+    std::stable_sort(vMeetings.begin(), vMeetings.end(),
+                     [](const Meeting& a, const Meeting& b) { return a.patches < b.patches; });
+    std::size_t num = 0;
+    for (const Meeting& meeting : vMeetings)
+    {
+        if (num == 0 || vMeetings[num - 1].patches != meeting.patches)
+        {
+            vMeetings[num++] = meeting;
+            continue;
+        }
+        Meeting& sum = vMeetings[num - 1];
+        sum.keep += meeting.keep;
+        sum.turn += meeting.turn;
+        sum.flatness += meeting.flatness;
+        sum.num += meeting.num;
+    }
+    vMeetings.resize(num);
+}
+
+std::vector<std::uint8_t> PatchFacing::followVotes() const
+{
+    std::vector<const Meeting*> vByWeight;
+    for (const Meeting& meeting : vMeetings)
+        vByWeight.push_back(&meeting);
+    std::stable_sort(vByWeight.begin(), vByWeight.end(), [](const Meeting* pA, const Meeting* pB)
+                     { return std::fabs(pA->getGain()) > std::fabs(pB->getGain()); });
+    TurnUnion groups(vTurned.size());
+    for (const Meeting* pMeeting : vByWeight)
+        groups.unite(static_cast<Index>(pMeeting->patches >> 32), static_cast<Index>(pMeeting->patches),
+                     pMeeting->getGain() < 0.0 ? 1 : 0);
+    std::vector<std::uint8_t> vVoted(vTurned.size());
+    for (Index i = 0; i < vVoted.size(); ++i)
+        (void)groups.find(i, vVoted[i]);
+    return vVoted;
+}
+
+// Patches that meet decide together. A group's majority of triangles faces as given.
+void PatchFacing::chooseFacing(const std::vector<std::uint8_t>& vVoted)
+{
+    struct Group
+    {
+        double given = 0.0;
+        double voted = 0.0;
+        std::size_t numT = 0;
+        std::size_t numTurnedT = 0;
+    };
+    TurnUnion unions(vTurned.size());
+    for (const Meeting& meeting : vMeetings)
+        unions.unite(static_cast<Index>(meeting.patches >> 32), static_cast<Index>(meeting.patches), 0);
+    std::vector<Group> vGroups(vTurned.size());
+    std::uint8_t unused = 0;
+    for (const Meeting& meeting : vMeetings)
+    {
+        const auto a = static_cast<Index>(meeting.patches >> 32);
+        const auto b = static_cast<Index>(meeting.patches);
+        Group& group = vGroups[unions.find(a, unused)];
+        group.given += meeting.keep;
+        group.voted += vVoted[a] == vVoted[b] ? meeting.keep : meeting.turn;
+    }
+    for (Index i = 0; i < vTurned.size(); ++i)
+    {
+        Group& group = vGroups[unions.find(i, unused)];
+        group.numT += patches.vPatches[i].numT;
+        group.numTurnedT += vVoted[i] != 0 ? patches.vPatches[i].numT : 0;
+    }
+    for (Index i = 0; i < vTurned.size(); ++i)
+    {
+        const Group& group = vGroups[unions.find(i, unused)];
+        const bool bMostTurned = 2 * group.numTurnedT > group.numT;
+        vTurned[i] = group.voted > group.given && (vVoted[i] != 0) != bMostTurned ? 1 : 0;
+    }
+}
+
+u64 PatchFacing::getKey(Index patchA, Index patchB) noexcept
+{
+    const auto [low, high] = std::minmax(patchA, patchB);
+    return u64{low} << 32 | high;
+}
+
+bool PatchFacing::runsForward(Index h) const noexcept
+{
+    return (mesh.from(h) < mesh.to(h)) != (patches.vTurned[h / 3] != 0);
+}
+
+} // namespace TARN_ZEF
