@@ -1,0 +1,43 @@
+#ifndef ZEF_FINISHER_H
+#define ZEF_FINISHER_H
+
+#include "finish/FlatMesh.h"
+#include "finishSurface.h"
+#include "surface/HalfEdgeMesh.h"
+
+#include <vector>
+
+namespace TARN_ZEF
+{
+// The page of the room "finish": a mesh that may be anything comes in as flat data, with the points it was made from
+// or without; a sound one goes out. The room knows no lattice, no CMesh and no RMesh.
+//
+// Ownership:  works on the caller's mesh; keeps references to cloud, options and report.
+class Finisher
+{
+public:
+    Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
+             FinishReport& report_);
+
+    void run();
+
+private:
+    void part();
+    void improve();
+    void even(int numRounds);
+    void fit();
+    void removeFolds();
+    void load();
+    void unload();
+    [[nodiscard]] double getCellSize() const;
+
+    FlatMesh& flat;
+    const std::vector<Point3>& vCloud;
+    const FinishOptions& options;
+    FinishReport& report;
+    HalfEdgeMesh mesh;
+};
+
+} // namespace TARN_ZEF
+
+#endif

@@ -1,0 +1,53 @@
+#ifndef ZEF_FINISH_FOLDREMOVAL_H
+#define ZEF_FINISH_FOLDREMOVAL_H
+
+#include "finish/FoldFinder.h"
+#include "surface/HalfEdgeMesh.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace TARN_ZEF
+{
+// What the removal of folds had to do.
+struct FoldReport
+{
+    std::size_t numPairs = 0;     // that intersected, or triangles without area, before
+    std::size_t numDroppedT = 0;  // triangles that went
+    std::size_t numCollapses = 0; // edges
+    std::size_t numFilled = 0;    // cuts that were filled again
+};
+
+// Takes all folds out of a surface: at the end no two triangles intersect. The mildest means come first: smoothing
+// where triangles intersect, then borders give way, then edges collapse, then triangles are cut out and small cuts
+// filled, and in the end cut out for good. Each round of that last kind removes triangles, so it comes to an end on
+// every surface.
+class FoldRemoval
+{
+public:
+    FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_);
+
+    void run();
+
+private:
+    using Flags = std::vector<std::uint8_t>;
+    using Pairs = std::vector<FoldFinder::Pair>;
+
+    void smooth(const Pairs& vPairs, int numIterations);
+    void collapse(const Pairs& vPairs);
+    void dropBorders(const Pairs& vPairs);
+    void cut(const Pairs& vPairs, bool bFill);
+    void dropTriangles(const Flags& vDrop, bool bFill);
+    [[nodiscard]] Flags chooseFewest(const Pairs& vPairs) const;
+    [[nodiscard]] std::vector<int> getVertices(const Pairs& vPairs, int numRings) const;
+    void touchAround(int v);
+
+    HalfEdgeMesh& mesh;
+    FoldReport& report;
+    Flags vTouched; // triangles since the last search
+};
+
+} // namespace TARN_ZEF
+
+#endif
