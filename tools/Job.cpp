@@ -283,6 +283,8 @@ void Job::makeMesh()
         melt();
     else
         reconstruct();
+    if (!options.bMelt && !options.bPlain)
+        finish();
     improveMesh();
     takeMesh();
 }
@@ -312,6 +314,17 @@ void Job::reconstruct()
         throw ToolError(
             "no surface found at this spacing; try another one with -a or -f (an open surface of at most " +
             std::to_string(SMALLEST_OPEN_SURFACE) + " triangles is taken for debris and removed)");
+    heldMessages.clear();
+}
+
+void Job::finish()
+{
+    const Stopwatch stopwatch;
+    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints); });
+    report.finishSeconds = stopwatch.getSeconds();
+    report.computeSeconds += report.finishSeconds;
+    if (isEmpty(pMesh))
+        throw ToolError("no sound surface is left at this spacing; try another one with -a or -f");
     heldMessages.clear();
 }
 

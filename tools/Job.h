@@ -47,6 +47,7 @@ private:
 
     void makeMesh();
     void reconstruct();
+    void finish();
     void melt();
     void sampleTriangles();
     void improveMesh();

@@ -24,6 +24,7 @@ struct Options
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
     bool bSpacingOnly = false; // print the detected spacing and stop
+    bool bPlain = false;       // leave the reconstruction as it is, without the last stage
 
     bool bMelt = false;         // IN holds triangles; the spacing is given
     bool bCloud = false;        // only with bMelt: sample points instead of a mesh

@@ -48,6 +48,8 @@ std::string Report::getJson(const Options& options) const
         }
         line.add("read_s", readSeconds);
         line.add("compute", computeSeconds);
+        if (finishSeconds > 0.0)
+            line.add("finish_s", finishSeconds);
         line.add("write_s", writeSeconds);
         line.add("peak_mb", peakMegabytes);
     }
@@ -82,7 +84,9 @@ std::string Report::getSummary(const Options& options) const
         text += (options.bCloud  ? ", sample "
                  : options.bMelt ? ", melt "
                                  : ", reconstruct ") +
-                secondsText(std::max(0.0, computeSeconds - stepSeconds));
+                secondsText(std::max(0.0, computeSeconds - finishSeconds - stepSeconds));
+        if (finishSeconds > 0.0)
+            text += ", finish " + secondsText(finishSeconds);
         if (!vSteps.empty())
             text += ", post-process " + secondsText(stepSeconds);
         text += ", write " + secondsText(writeSeconds) + ", peak memory " +

@@ -29,6 +29,7 @@ struct Report
     MeshStatistics statistics; // of the mesh as it was written
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
+    double finishSeconds = 0.0;  // of these, the last stage of a reconstruction
     double writeSeconds = 0.0;
     double peakMegabytes = 0.0;
 

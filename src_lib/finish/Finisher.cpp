@@ -2,10 +2,12 @@
 
 #include "core/definitions.h"
 #include "finish/FoldRemoval.h"
+#include "finish/fillLoops.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
 #include "finish/SheetParter.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace TARN_ZEF
@@ -13,9 +15,10 @@ namespace TARN_ZEF
 namespace
 {
 constexpr int FIRST_ROUNDS = 4;
-constexpr int LATER_ROUNDS = 2;
+constexpr int LATER_ROUNDS = 3;
 // Cosine of 20 degrees: triangles with a smaller angle collapse.
 constexpr double THIN = 0.9397;
+constexpr std::size_t LONGEST_FILLED = 12;
 } // namespace
 
 Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
@@ -31,6 +34,7 @@ Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const Fi
 
 void Finisher::run()
 {
+    scaleDown();
     part();
     if (flat.vCorners.empty())
         return;
@@ -40,10 +44,36 @@ void Finisher::run()
     unload();
 }
 
+// Squares and products must not overflow: coordinates of any size are brought near 1. A power of two takes no bit
+// from them but where one is beyond all measure smaller than another.
+void Finisher::scaleDown()
+{
+    double largest = 0.0;
+    for (const Point3& p : flat.vPoints)
+        for (const double x : {p.x(), p.y(), p.z()})
+            if (std::isfinite(x))
+                largest = std::max(largest, std::fabs(x));
+    constexpr double LARGEST = 0x1p200;
+    if (largest <= LARGEST)
+        return;
+    (void)std::frexp(largest, &exponent);
+    scale(flat.vPoints, -exponent);
+    vScaledCloud = vCloud;
+    scale(vScaledCloud, -exponent);
+}
+
+void Finisher::scale(std::vector<Point3>& vPoints, int power)
+{
+    for (Point3& p : vPoints)
+        p.set(std::ldexp(p.x(), power), std::ldexp(p.y(), power), std::ldexp(p.z(), power));
+}
+
 void Finisher::part()
 {
     PartReport parts;
-    SheetParter(flat, parts).run();
+    SheetParter parter(flat, parts);
+    parter.run();
+    vIsParted = parter.getParted();
     report.numUnusableT = parts.numUnusableT;
     report.numFlatT = parts.numFlatT;
     report.numDuplicateT = parts.numDuplicateT;
@@ -66,9 +96,15 @@ void Finisher::improve()
         return;
     even(LATER_ROUNDS);
     fit();
+    mendThin();
+}
+
+void Finisher::mendThin()
+{
     Relaxation relaxation(mesh);
     relaxation.collapse(THIN);
     relaxation.flip();
+    relaxation.collapse(THIN);
 }
 
 void Finisher::even(int numRounds)
@@ -88,7 +124,7 @@ void Finisher::fit()
     const double cellSize = getCellSize();
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
-    SheetFit sheetFit(mesh, vCloud, cellSize, options.maxMove);
+    SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
     sheetFit.run();
     report.fitRadius = sheetFit.getRadius();
     report.noise = sheetFit.getNoise();
@@ -98,16 +134,30 @@ void Finisher::removeFolds()
 {
     FoldReport folds;
     FoldRemoval(mesh, folds).run();
+    // What was smoothed or filled is thin here and there.
+    if (options.bEvenTriangles && folds.numPairs > 0)
+    {
+        mendThin();
+        FoldReport later;
+        FoldRemoval(mesh, later).run();
+        folds.numCollapses += later.numCollapses;
+        folds.numDroppedT += later.numDroppedT;
+        folds.numFilled += later.numFilled;
+    }
     report.numFolds = folds.numPairs;
     report.numFoldCollapses = folds.numCollapses;
     report.numFoldT = folds.numDroppedT;
-    report.numFilledCuts = folds.numFilled;
+    report.numFilledCuts += folds.numFilled;
 }
 
 void Finisher::load()
 {
     const std::vector<int> vCorners(flat.vCorners.begin(), flat.vCorners.end());
-    ASSEX(mesh.build(flat.vPoints, vCorners));
+    std::vector<int> vOrigin;
+    ASSEX(mesh.build(flat.vPoints, vCorners, &vOrigin));
+    // Small holes where sheets were parted are none of the object's.
+    report.numFilledCuts = fillLoops(mesh, LONGEST_FILLED, [&](int v)
+                                     { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
 }
 
 void Finisher::unload()
@@ -116,13 +166,14 @@ void Finisher::unload()
     mesh.getFlat(flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
     report.numTurnedT += faceOutward(flat);
+    scale(flat.vPoints, exponent);
 }
 
 // Without one that is given: the edges of such a mesh are a little longer than its cells.
 double Finisher::getCellSize() const
 {
     if (options.cellSize > 0.0)
-        return options.cellSize;
+        return std::ldexp(options.cellSize, -exponent);
     double sum = 0.0;
     double num = 0.0;
     mesh.forEachEdge(

@@ -22,9 +22,12 @@ public:
     void run();
 
 private:
+    void scaleDown();
+    static void scale(std::vector<Point3>& vPoints, int power);
     void part();
     void improve();
     void even(int numRounds);
+    void mendThin();
     void fit();
     void removeFolds();
     void load();
@@ -36,6 +39,9 @@ private:
     const FinishOptions& options;
     FinishReport& report;
     HalfEdgeMesh mesh;
+    int exponent = 0; // of the power of two by which all was divided
+    std::vector<Point3> vScaledCloud;
+    std::vector<std::uint8_t> vIsParted; // of the points of flat
 };
 
 } // namespace TARN_ZEF

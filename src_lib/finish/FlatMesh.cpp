@@ -15,22 +15,4 @@ void FlatMesh::keepTriangles(const std::vector<std::uint8_t>& vKeep)
     vCorners.resize(num);
 }
 
-void FlatMesh::dropUnusedPoints()
-{
-    std::vector<Index> vNew(vPoints.size(), 0);
-    for (const Index corner : vCorners)
-        vNew[corner] = 1;
-    Index num = 0;
-    for (std::size_t i = 0; i < vPoints.size(); ++i)
-    {
-        if (vNew[i] == 0)
-            continue;
-        vPoints[num] = vPoints[i];
-        vNew[i] = num++;
-    }
-    vPoints.resize(num);
-    for (Index& corner : vCorners)
-        corner = vNew[corner];
-}
-
 } // namespace TARN_ZEF

@@ -31,8 +31,6 @@ struct FlatMesh
 
     // Keeps the triangles t with vKeep[t] != 0, in their order.
     void keepTriangles(const std::vector<std::uint8_t>& vKeep);
-    // Keeps the points that triangles use, in their order.
-    void dropUnusedPoints();
 };
 
 } // namespace TARN_ZEF

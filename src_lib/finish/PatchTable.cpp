@@ -65,7 +65,6 @@ void PatchTable::count(const EdgeTable& edges)
                 Patch& patch = vPatches[vPatchOfT[h / 3]];
                 patch.numBorder += halfEdges.size() == 1;
                 patch.numSeam += halfEdges.size() > 2;
-                patch.numTripleSeam += halfEdges.size() == 3;
             }
         });
 }

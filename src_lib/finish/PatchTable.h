@@ -21,9 +21,8 @@ struct PatchTable
     struct Patch
     {
         std::size_t numT = 0;
-        std::size_t numBorder = 0;   // edges with one triangle
-        std::size_t numSeam = 0;     // half-edges at edges with three or more
-        std::size_t numTripleSeam = 0; // those with exactly three
+        std::size_t numBorder = 0; // edges with one triangle
+        std::size_t numSeam = 0;   // half-edges at edges with three or more
     };
 
     PatchTable(const FlatMesh& mesh, const EdgeTable& edges);

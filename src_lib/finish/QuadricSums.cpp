@@ -28,6 +28,7 @@ void QuadricSums::add(double x, double y, double z) noexcept
         right[i] += weighted * z;
     }
     sumSquares += weight * z * z;
+    sumSqWeights += weight * weight;
     ++num;
 }
 
@@ -77,8 +78,10 @@ bool QuadricSums::solveTerms(std::size_t numUsed) noexcept
             sum -= low[j][i] * solution[j];
         solution[i] = sum / low[i][i];
     }
-    const double spare = num > numUsed ? static_cast<double>(num - numUsed) / static_cast<double>(num) : 1.0;
-    residual = std::sqrt(std::max(0.0, left) / (matrix[0][0] * spare));
+    // Each term takes away the share of a point's noise that points of equal weight would leave it.
+    constexpr double leastSpare = 0.1;
+    const double taken = static_cast<double>(numUsed) * sumSqWeights / (matrix[0][0] * matrix[0][0]);
+    residual = std::sqrt(std::max(0.0, left) / (matrix[0][0] * std::max(leastSpare, 1.0 - taken)));
     return true;
 }
 

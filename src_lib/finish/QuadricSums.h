@@ -36,6 +36,7 @@ private:
     std::array<double, numTerms> right = {};
     std::array<double, numTerms> solution = {};
     double sumSquares = 0.0;
+    double sumSqWeights = 0.0;
     double residual = 0.0;
     std::size_t num = 0;
 };

@@ -13,12 +13,18 @@ namespace
 double getTurn(double x, double y)
 {
     const double size = std::fabs(x) + std::fabs(y);
-    if (!(size > 0.0))
+    if (!(size > 0.0) || !std::isfinite(size))
         return 0.0;
     const double part = y / size;
     if (x < 0.0)
         return 2.0 - part;
     return part < 0.0 ? 4.0 + part : part;
+}
+
+Vector3 getUnit(const Vector3& v)
+{
+    const double length = v.length();
+    return length > 0.0 ? v / length : Vector3();
 }
 
 // A unit vector at right angles on the unit vector v.
@@ -27,7 +33,7 @@ Vector3 getOrthogonal(const Vector3& v)
     const int axis = std::fabs(v.x()) <= std::fabs(v.y()) ? (std::fabs(v.x()) <= std::fabs(v.z()) ? 0 : 2)
                                                           : (std::fabs(v.y()) <= std::fabs(v.z()) ? 1 : 2);
     const Vector3 unit(axis == 0 ? 1.0 : 0.0, axis == 1 ? 1.0 : 0.0, axis == 2 ? 1.0 : 0.0);
-    return normalizeInline(crossProduct(v, unit));
+    return getUnit(crossProduct(v, unit));
 }
 } // namespace
 
@@ -36,7 +42,7 @@ SeamPairing::SeamPairing(const FlatMesh& mesh, std::vector<Index> vHalfEdges)
     const Index first = vHalfEdges.front();
     const Point3& start = mesh.vPoints[std::min(mesh.from(first), mesh.to(first))];
     const Point3& end = mesh.vPoints[std::max(mesh.from(first), mesh.to(first))];
-    const Vector3 along = normalizeInline(end - start);
+    const Vector3 along = getUnit(end - start);
     const Vector3 xAxis = getOrthogonal(along);
     const Vector3 yAxis = crossProduct(along, xAxis);
     struct Entry
@@ -67,7 +73,8 @@ double SeamPairing::getFlatness(int a, int b) const noexcept
 {
     const Direction& dirA = vDirections[static_cast<std::size_t>(a)];
     const Direction& dirB = vDirections[static_cast<std::size_t>(b)];
-    return std::clamp(0.5 * (1.0 - (dirA.x * dirB.x + dirA.y * dirB.y)), 0.0, 1.0);
+    const double flatness = 0.5 * (1.0 - (dirA.x * dirB.x + dirA.y * dirB.y));
+    return std::isfinite(flatness) ? std::clamp(flatness, 0.0, 1.0) : 0.0;
 }
 
 } // namespace TARN_ZEF

@@ -159,7 +159,8 @@ Point3 SheetFit::propose(int v, Scratch& scratch) const
     if (!best.bUsable)
         return p;
     const double limit = maxMove * cellSize;
-    return p + best.normal * std::clamp(best.height, -limit, limit);
+    const Point3 result = p + best.normal * std::clamp(best.height, -limit, limit);
+    return std::isfinite(result.x() + result.y() + result.z()) ? result : p;
 }
 
 SheetFit::Fit SheetFit::fitTwice(int v, double radiusInCells, Scratch& scratch) const

@@ -14,6 +14,9 @@ namespace
 {
 // Largest patch that counts as a fin or as one of two layers; the rounds start with the smallest.
 constexpr std::array<std::size_t, 7> FIN_SIZES = {1, 2, 4, 8, 16, 32, 64};
+constexpr int FIN_ROUNDS = 8;
+// Triangles that may go for each side at a seam that finds a partner then; each border side that goes adds one.
+constexpr std::size_t FIN_WIDTH = 3;
 // Of a pair's weight, what its own flatness counts; the rest is the mean of its two patches, which keeps a
 // chain of pairs from zigzagging.
 constexpr double OWN_FLATNESS = 0.4;
@@ -50,7 +53,7 @@ void SheetParter::run()
     splitTwinEdges();
     report.numDroppedT += dropToManifold(mesh);
     report.numTurnedT += faceOutward(mesh);
-    mesh.dropUnusedPoints();
+    vIsParted.resize(mesh.vPoints.size(), 0);
 }
 
 void SheetParter::keep(const std::vector<std::uint8_t>& vKeep, std::size_t& counter)
@@ -109,54 +112,78 @@ void SheetParter::dropDuplicates()
 void SheetParter::dropFins()
 {
     for (const std::size_t maxT : FIN_SIZES)
-        while (dropFinsUpTo(maxT))
+        for (int round = 0; round < FIN_ROUNDS && dropFinsUpTo(maxT); ++round)
         {
         }
 }
 
-// A patch goes if each of its seams has two other triangles, which then meet in an ordinary edge: no new border
-// arises. Patches that share a seam do not go in the same round.
+// A patch goes if fewer borders are left without it than with it: its own ones, and those at seams with an odd number
+// of triangles, where one finds no partner. It must be small beside that gain, as a wall is something else than a
+// fin. Patches that meet do not go in the same round.
 bool SheetParter::dropFinsUpTo(std::size_t maxT)
 {
     const EdgeTable edges(mesh);
     const PatchTable patches(mesh, edges);
-    std::vector<std::uint8_t> vDrop(patches.vPatches.size(), 0);
-    bool bAny = false;
-    for (std::size_t i = 0; i < vDrop.size(); ++i)
-    {
-        const PatchTable::Patch& patch = patches.vPatches[i];
-        vDrop[i] = patch.numT <= maxT && patch.numSeam > 0 && patch.numSeam == patch.numTripleSeam;
-    }
+    const std::size_t num = patches.vPatches.size();
+    std::vector<std::ptrdiff_t> vGain(num, 0);
+    std::vector<std::pair<Index, Index>> vMeetings;
     edges.forEach(
         [&](HalfEdges halfEdges)
         {
-            if (halfEdges.size() != 3)
-                return;
-            Index first = FlatMesh::NONE;
-            for (const auto& [ends, h] : halfEdges)
-            {
-                const Index patch = patches.vPatchOfT[h / 3];
-                if (vDrop[patch] == 0 || patch == first)
-                    vDrop[patch] = 0;
-                else if (first == FlatMesh::NONE)
-                    first = patch;
-                else if (patches.vPatches[patch].numT < patches.vPatches[first].numT)
-                {
-                    vDrop[first] = 0;
-                    first = patch;
-                }
-                else
-                    vDrop[patch] = 0;
-            }
+            if (halfEdges.size() > 2)
+                addGain(halfEdges, patches.vPatchOfT, vGain, vMeetings);
         });
+    std::sort(vMeetings.begin(), vMeetings.end());
+    std::vector<Index> vCandidates;
+    for (Index i = 0; i < num; ++i)
+    {
+        const PatchTable::Patch& patch = patches.vPatches[i];
+        const bool bSaves = vGain[i] + static_cast<std::ptrdiff_t>(patch.numBorder) > 0;
+        const auto seamGain = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, vGain[i]));
+        const bool bIsSmall = patch.numT <= maxT && patch.numT <= FIN_WIDTH * seamGain + patch.numBorder;
+        if (patch.numSeam > 0 && bSaves && bIsSmall)
+            vCandidates.push_back(i);
+    }
+    std::stable_sort(vCandidates.begin(), vCandidates.end(), [&](Index a, Index b)
+                     { return patches.vPatches[a].numT < patches.vPatches[b].numT; });
+    std::vector<std::uint8_t> vStays(num, 0);
+    std::vector<std::uint8_t> vDrop(num, 0);
+    for (const Index i : vCandidates)
+    {
+        if (vStays[i] != 0)
+            continue;
+        vDrop[i] = 1;
+        for (auto it = std::lower_bound(vMeetings.begin(), vMeetings.end(), std::pair<Index, Index>(i, 0));
+             it != vMeetings.end() && it->first == i; ++it)
+            vStays[it->second] = 1;
+    }
     std::vector<std::uint8_t> vKeep(mesh.getNumT());
     for (std::size_t t = 0; t < vKeep.size(); ++t)
-    {
         vKeep[t] = vDrop[patches.vPatchOfT[t]] == 0;
-        bAny |= vKeep[t] == 0;
-    }
     keep(vKeep, report.numFinT);
-    return bAny;
+    return !vCandidates.empty();
+}
+
+// What each patch at a seam would save there by going.
+void SheetParter::addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, std::vector<std::ptrdiff_t>& vGain,
+                          std::vector<std::pair<Index, Index>>& vMeetings)
+{
+    std::vector<Index> vHere;
+    for (const auto& [ends, h] : halfEdges)
+        vHere.push_back(vPatchOfT[h / 3]);
+    std::sort(vHere.begin(), vHere.end());
+    for (std::size_t i = 0; i < vHere.size(); ++i)
+    {
+        if (i > 0 && vHere[i] == vHere[i - 1])
+            continue;
+        const auto own = static_cast<std::size_t>(std::count(vHere.begin(), vHere.end(), vHere[i]));
+        const auto oddBefore = static_cast<std::ptrdiff_t>(vHere.size() % 2);
+        const auto oddAfter = static_cast<std::ptrdiff_t>((vHere.size() - own) % 2);
+        vGain[vHere[i]] += oddBefore - oddAfter;
+        for (const Index other : vHere)
+            if (other != vHere[i])
+                vMeetings.emplace_back(vHere[i], other);
+    }
 }
 
 void SheetParter::pairTriangles()
@@ -231,7 +258,7 @@ void SheetParter::giveFansVertices()
 // Vertices with copies whose fan is open go towards the middle of their neighbours.
 void SheetParter::drawBack(std::size_t firstCopy, const std::vector<Index>& vOriginals)
 {
-    std::vector<std::uint8_t> vIsParted(mesh.vPoints.size(), 0);
+    vIsParted.assign(mesh.vPoints.size(), 0);
     for (std::size_t i = 0; i < vOriginals.size(); ++i)
         vIsParted[firstCopy + i] = vIsParted[vOriginals[i]] = 1;
     struct Sum

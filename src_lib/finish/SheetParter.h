@@ -26,6 +26,9 @@ public:
 
     void run();
 
+    // After run(): for each point whether it stood on a seam, or is a copy of one that did.
+    [[nodiscard]] const std::vector<std::uint8_t>& getParted() const noexcept { return vIsParted; }
+
 private:
     using Index = FlatMesh::Index;
     using HalfEdges = std::span<const EdgeTable::Entry>;
@@ -34,6 +37,8 @@ private:
     void dropDuplicates();
     void dropFins();
     bool dropFinsUpTo(std::size_t maxT);
+    static void addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, std::vector<std::ptrdiff_t>& vGain,
+                        std::vector<std::pair<Index, Index>>& vMeetings);
     void pairTriangles();
     void turnTriangles(const PatchTable& patches, const PatchFacing& facing);
     void pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, const PatchFacing& facing);
@@ -48,6 +53,7 @@ private:
     FlatMesh& mesh;
     PartReport& report;
     Mates vMates;
+    std::vector<std::uint8_t> vIsParted;
 };
 
 // Turns the closed pieces of a manifold mesh so that they face outward. Returns the number of triangles turned.
