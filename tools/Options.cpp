@@ -160,9 +160,9 @@ void defineReconstruction(CLI::App& app, Options& options)
     CLI::Option* pSpacing =
         app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
             ->group(reconstruction);
-    CLI::Option* pPlain =
-        app.add_flag("--plain", options.bPlain, "Leave out the last stage, which makes the mesh sound and even")
-            ->group(reconstruction);
+    CLI::Option* pPlain = app.add_flag("--plain", options.bPlain,
+                                       "Leave out the last stage, which makes the mesh sound and even")
+                              ->group(reconstruction);
     CLI::Option* pMelt =
         app.add_flag("-m,--fmelt", options.bMelt, "IN holds triangles: remesh them evenly; needs -a")
             ->excludes(pFactor)

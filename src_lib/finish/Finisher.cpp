@@ -2,10 +2,10 @@
 
 #include "core/definitions.h"
 #include "finish/FoldRemoval.h"
-#include "finish/fillLoops.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
 #include "finish/SheetParter.h"
+#include "finish/fillLoops.h"
 
 #include <algorithm>
 #include <cmath>
@@ -156,8 +156,10 @@ void Finisher::load()
     std::vector<int> vOrigin;
     ASSEX(mesh.build(flat.vPoints, vCorners, &vOrigin));
     // Small holes where sheets were parted are none of the object's.
-    report.numFilledCuts = fillLoops(mesh, LONGEST_FILLED, [&](int v)
-                                     { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
+    report.numFilledCuts =
+        fillLoops(mesh, LONGEST_FILLED,
+                  [&](int v)
+                  { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
 }
 
 void Finisher::unload()

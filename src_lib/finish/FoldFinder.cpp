@@ -20,7 +20,8 @@ constexpr std::size_t MIN_CHUNK = 10'000;
 u64 mixCell(double x, double y, double z)
 {
     const auto part = [](double c) { return static_cast<u64>(static_cast<std::int64_t>(c)); };
-    return part(x) * 0x9E3779B97F4A7C15ULL + part(y) * 0xC2B2AE3D27D4EB4FULL + part(z) * 0x165667B19E3779F9ULL;
+    return part(x) * 0x9E3779B97F4A7C15ULL + part(y) * 0xC2B2AE3D27D4EB4FULL +
+           part(z) * 0x165667B19E3779F9ULL;
 }
 } // namespace
 
@@ -59,8 +60,7 @@ std::vector<FoldFinder::Pair> FoldFinder::judge(const std::vector<int>& vTriangl
         if (!bAlone && fault.kind != MeshFaultKind::DUPLICATE && fault.kind != MeshFaultKind::INTERSECTION)
             continue;
         const int first = vTriangles[static_cast<std::size_t>(fault.triangle)];
-        const int second =
-            bAlone ? first : vTriangles[static_cast<std::size_t>(fault.otherTriangle)];
+        const int second = bAlone ? first : vTriangles[static_cast<std::size_t>(fault.otherTriangle)];
         vResult.emplace_back(std::min(first, second), std::max(first, second));
     }
     std::sort(vResult.begin(), vResult.end());
@@ -72,8 +72,9 @@ FoldFinder::Box FoldFinder::getBox(int t) const
     const Point3& a = mesh.point(mesh.from(4 * t));
     const Point3& b = mesh.point(mesh.to(4 * t));
     const Point3& c = mesh.point(mesh.apex(4 * t));
-    return {{std::min({a.x(), b.x(), c.x()}), std::min({a.y(), b.y(), c.y()}), std::min({a.z(), b.z(), c.z()})},
-            {std::max({a.x(), b.x(), c.x()}), std::max({a.y(), b.y(), c.y()}), std::max({a.z(), b.z(), c.z()})}};
+    return {
+        {std::min({a.x(), b.x(), c.x()}), std::min({a.y(), b.y(), c.y()}), std::min({a.z(), b.z(), c.z()})},
+        {std::max({a.x(), b.x(), c.x()}), std::max({a.y(), b.y(), c.y()}), std::max({a.z(), b.z(), c.z()})}};
 }
 
 // f(0) alone stands for a box of very many cells.
@@ -89,8 +90,8 @@ void FoldFinder::forEachCell(const Box& box, double cellSize, F f) const
     const double toZ = low(box.high.z());
     // Beyond 2^53 there are no single cells any more.
     constexpr double farthest = 9007199254740992.0;
-    const bool bNear = std::max({std::fabs(fromX), std::fabs(toX), std::fabs(fromY), std::fabs(toY), std::fabs(fromZ),
-                                 std::fabs(toZ)}) < farthest;
+    const bool bNear = std::max({std::fabs(fromX), std::fabs(toX), std::fabs(fromY), std::fabs(toY),
+                                 std::fabs(fromZ), std::fabs(toZ)}) < farthest;
     if (!bNear || toX - fromX > MAX_CELLS || toY - fromY > MAX_CELLS || toZ - fromZ > MAX_CELLS)
     {
         f(0);
@@ -125,7 +126,8 @@ std::vector<FoldFinder::Pair> FoldFinder::findNear(const std::vector<std::uint8_
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return findAll();
     std::vector<u64> vCells;
-    forEachTouched([&](int t) { forEachCell(getBox(t), cellSize, [&](u64 cell) { vCells.push_back(cell); }); });
+    forEachTouched([&](int t)
+                   { forEachCell(getBox(t), cellSize, [&](u64 cell) { vCells.push_back(cell); }); });
     std::sort(vCells.begin(), vCells.end());
     vCells.erase(std::unique(vCells.begin(), vCells.end()), vCells.end());
     if (vCells.front() == 0)
@@ -139,8 +141,7 @@ std::vector<FoldFinder::Pair> FoldFinder::findNear(const std::vector<std::uint8_
                         if (!mesh.isAlive(static_cast<int>(t)))
                             continue;
                         forEachCell(getBox(static_cast<int>(t)), cellSize,
-                                    [&](u64 cell)
-                                    {
+                                    [&](u64 cell) {
                                         vIsNear[t] |= cell == 0 ||
                                                       std::binary_search(vCells.begin(), vCells.end(), cell);
                                     });

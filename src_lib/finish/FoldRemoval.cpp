@@ -77,7 +77,8 @@ std::vector<int> FoldRemoval::getVertices(const Pairs& vPairs, int numRings) con
 
 void FoldRemoval::touchAround(int v)
 {
-    mesh.forEachOutgoing(v, [this](int h) { vTouched[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] = 1; });
+    mesh.forEachOutgoing(v, [this](int h)
+                         { vTouched[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] = 1; });
 }
 
 // Each vertex to the mean of its neighbours, on a border of those on it; all at once, a few times.
@@ -94,18 +95,19 @@ void FoldRemoval::smooth(const Pairs& vPairs, int numIterations)
             const bool bBorder = mesh.isBorderVertex(v);
             Vector3 sum;
             double num = 0.0;
-            mesh.forEachOutgoing(v,
-                                 [&](int h)
-                                 {
-                                     for (const auto& [u, side] : {std::pair(mesh.to(h), h),
-                                                                   std::pair(mesh.apex(h), HalfEdgeMesh::prev(h))})
-                                     {
-                                         if (bBorder && !mesh.isBorder(side))
-                                             continue;
-                                         sum.add(mesh.point(u) - p);
-                                         num += 1.0;
-                                     }
-                                 });
+            mesh.forEachOutgoing(
+                v,
+                [&](int h)
+                {
+                    for (const auto& [u, side] :
+                         {std::pair(mesh.to(h), h), std::pair(mesh.apex(h), HalfEdgeMesh::prev(h))})
+                    {
+                        if (bBorder && !mesh.isBorder(side))
+                            continue;
+                        sum.add(mesh.point(u) - p);
+                        num += 1.0;
+                    }
+                });
             vProposed[k] = num > 0.0 ? p + sum * (SMOOTHING / num) : p;
         }
         for (std::size_t k = 0; k < vVertices.size(); ++k)
@@ -124,14 +126,16 @@ void FoldRemoval::collapse(const Pairs& vPairs)
             if (!mesh.isAlive(t))
                 continue;
             int shortest = 4 * t;
-            const auto length = [this](int h) { return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))); };
+            const auto length = [this](int h)
+            { return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))); };
             for (int h = 4 * t + 1; h < 4 * t + 3; ++h)
                 if (length(h) < length(shortest))
                     shortest = h;
             if (!mesh.mayCollapse(shortest))
                 continue;
             const int kept = mesh.to(shortest);
-            const Point3 middle = mesh.point(kept) + (mesh.point(mesh.from(shortest)) - mesh.point(kept)) * 0.5;
+            const Point3 middle =
+                mesh.point(kept) + (mesh.point(mesh.from(shortest)) - mesh.point(kept)) * 0.5;
             mesh.collapse(shortest);
             mesh.setPoint(kept, middle);
             touchAround(kept);
@@ -164,8 +168,10 @@ FoldRemoval::Flags FoldRemoval::chooseFewest(const Pairs& vPairs) const
         ++vNum[static_cast<std::size_t>(b)];
     }
     std::vector<FoldFinder::Pair> vByWeight(vPairs);
-    const auto heaviest = [&](const FoldFinder::Pair& pair)
-    { return std::max(vNum[static_cast<std::size_t>(pair.first)], vNum[static_cast<std::size_t>(pair.second)]); };
+    const auto heaviest = [&](const FoldFinder::Pair& pair) {
+        return std::max(vNum[static_cast<std::size_t>(pair.first)],
+                        vNum[static_cast<std::size_t>(pair.second)]);
+    };
     std::stable_sort(vByWeight.begin(), vByWeight.end(),
                      [&](const auto& a, const auto& b) { return heaviest(a) > heaviest(b); });
     Flags vDrop(vNum.size(), 0);

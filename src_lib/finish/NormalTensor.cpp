@@ -45,7 +45,8 @@ void NormalTensor::diagonalize(Matrix& m, Matrix& axes) noexcept
             if (std::fabs(m[p][q]) <= 1e-15 * (std::fabs(m[p][p]) + std::fabs(m[q][q])))
                 continue;
             const double theta = (m[q][q] - m[p][p]) / (2.0 * m[p][q]);
-            const double t = (theta >= 0.0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
+            const double t =
+                (theta >= 0.0 ? 1.0 : -1.0) / (std::fabs(theta) + std::sqrt(theta * theta + 1.0));
             const double c = 1.0 / std::sqrt(t * t + 1.0);
             const double s = t * c;
             for (std::size_t k = 0; k < 3; ++k)

@@ -82,9 +82,8 @@ void PatchFacing::readSeam(std::vector<Index> vHalfEdges)
     const auto patchOf = [&](int place) { return patches.vPatchOfT[pairing.getHalfEdge(place) / 3]; };
     for (int a = 0; a < num; ++a)
         for (int b = a + 1; b < num; ++b)
-            vMeetings.push_back({.patches = getKey(patchOf(a), patchOf(b)),
-                                 .flatness = pairing.getFlatness(a, b),
-                                 .num = 1});
+            vMeetings.push_back(
+                {.patches = getKey(patchOf(a), patchOf(b)), .flatness = pairing.getFlatness(a, b), .num = 1});
     for (const auto& [a, b] : pairing.choose([&](int i, int k) { return pairing.getFlatness(i, k); }))
         addVote(pairing, a, b);
 }
@@ -124,7 +123,8 @@ std::vector<std::uint8_t> PatchFacing::followVotes() const
     std::vector<const Meeting*> vByWeight;
     for (const Meeting& meeting : vMeetings)
         vByWeight.push_back(&meeting);
-    std::stable_sort(vByWeight.begin(), vByWeight.end(), [](const Meeting* pA, const Meeting* pB)
+    std::stable_sort(vByWeight.begin(), vByWeight.end(),
+                     [](const Meeting* pA, const Meeting* pB)
                      { return std::fabs(pA->getGain()) > std::fabs(pB->getGain()); });
     TurnUnion groups(vTurned.size());
     for (const Meeting* pMeeting : vByWeight)

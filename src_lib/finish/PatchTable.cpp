@@ -25,7 +25,8 @@ PatchTable::PatchTable(const FlatMesh& mesh, const EdgeTable& edges)
     count(edges);
 }
 
-void PatchTable::flood(const std::vector<Index>& vMate, const std::vector<std::uint8_t>& vSameWay, Index firstT)
+void PatchTable::flood(const std::vector<Index>& vMate, const std::vector<std::uint8_t>& vSameWay,
+                       Index firstT)
 {
     const auto patch = static_cast<Index>(vPatches.size());
     std::vector<Index> vReached = {firstT};

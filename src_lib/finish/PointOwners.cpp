@@ -63,8 +63,8 @@ PointOwners::PointOwners(const HalfEdgeMesh& mesh_, const std::vector<Point3>& v
     chooseFrame();
     const std::vector<Entry> vVertices = sortVertices();
     const std::vector<Entry> vSorted = sortCloud();
-    parallelFor(vSorted.size(), MIN_CHUNK, [&](std::size_t from, std::size_t to)
-                { findOwners(vVertices, vSorted, from, to); });
+    parallelFor(vSorted.size(), MIN_CHUNK,
+                [&](std::size_t from, std::size_t to) { findOwners(vVertices, vSorted, from, to); });
     collect();
 }
 
@@ -145,8 +145,8 @@ void PointOwners::findOwners(const std::vector<Entry>& vVertices, const std::vec
             {
                 for (u64 y = 0; y < 3; ++y)
                 {
-                    const u64 first = cell + (x << 2 * BITS) + (y << BITS) - (u64{1} << 2 * BITS) -
-                                      (u64{1} << BITS) - 1;
+                    const u64 first =
+                        cell + (x << 2 * BITS) + (y << BITS) - (u64{1} << 2 * BITS) - (u64{1} << BITS) - 1;
                     for (auto it = std::lower_bound(vVertices.begin(), vVertices.end(), Entry{first, 0});
                          it != vVertices.end() && it->first <= first + 2; ++it)
                         vNear.push_back(it->second);
@@ -178,8 +178,9 @@ int PointOwners::findOwner(const Point3& p, const std::vector<std::uint32_t>& vN
         mesh.forEachOutgoing(v,
                              [&](int h)
                              {
-                                 const double d = getSqDistance(p, mesh.point(mesh.from(h)),
-                                                                mesh.point(mesh.to(h)), mesh.point(mesh.apex(h)));
+                                 const double d =
+                                     getSqDistance(p, mesh.point(mesh.from(h)), mesh.point(mesh.to(h)),
+                                                   mesh.point(mesh.apex(h)));
                                  const int t = HalfEdgeMesh::triangleOf(h);
                                  if (d < best || (d == best && t < owner))
                                  {
@@ -202,7 +203,7 @@ void PointOwners::collect()
         ++vStarts[static_cast<std::size_t>(t)];
         ++num;
     }
-    for (std::size_t sum = 0; std::size_t& start : vStarts)
+    for (std::size_t sum = 0; std::size_t & start : vStarts)
         start = std::exchange(sum, sum + start);
     vPoints.resize(num);
     std::vector<std::size_t> vNext(vStarts);

@@ -132,8 +132,8 @@ void Relaxation::flip()
                 continue;
             mesh.flip(h);
             const int p = mesh.partner(h);
-            for (const int side : {HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h), HalfEdgeMesh::next(p),
-                                   HalfEdgeMesh::prev(p)})
+            for (const int side :
+                 {HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h), HalfEdgeMesh::next(p), HalfEdgeMesh::prev(p)})
                 vNext.push_back(side);
         }
         vCandidates = std::move(vNext);
@@ -193,8 +193,8 @@ bool Relaxation::isHarmless(int v, const std::vector<Point3>& vProposed) const
                          {
                              const int b = mesh.to(h);
                              const int c = mesh.apex(h);
-                             const Vector3 before = crossProduct(mesh.point(b) - mesh.point(v),
-                                                                 mesh.point(c) - mesh.point(v));
+                             const Vector3 before =
+                                 crossProduct(mesh.point(b) - mesh.point(v), mesh.point(c) - mesh.point(v));
                              const Vector3 after = crossProduct(at(b) - at(v), at(c) - at(v));
                              const double lengths = std::sqrt(before.sqLength() * after.sqLength());
                              bHarmless = bHarmless && (before * after > 0.7 * lengths);
@@ -207,8 +207,9 @@ void Relaxation::smooth()
     std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
     forEachIndexMT(mesh.endVertices(), [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
     std::vector<std::uint8_t> vMoves(vProposed.size());
-    forEachIndexMT(mesh.endVertices(), [&](int v)
-                   { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v, vProposed); });
+    forEachIndexMT(
+        mesh.endVertices(), [&](int v)
+        { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v, vProposed); });
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (vMoves[static_cast<std::size_t>(v)] != 0)
             mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
@@ -218,7 +219,8 @@ void Relaxation::smooth()
 
 int Relaxation::getShortestEdge(int t) const
 {
-    const auto length = [this](int h) { return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))); };
+    const auto length = [this](int h)
+    { return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))); };
     int best = 4 * t;
     for (int h = 4 * t + 1; h < 4 * t + 3; ++h)
         if (length(h) < length(best))
@@ -241,8 +243,9 @@ bool Relaxation::isBetterCollapsed(int h, const Point3& target, double worst) co
                                      return;
                                  const Quality before = measureT(HalfEdgeMesh::triangleOf(g));
                                  const Quality after = measure(target, mesh.point(b), mesh.point(c));
-                                 bBetter = after.worstCosine < worst - MIN_GAIN &&
-                                           (before.worstCosine > NEEDLE || before.normal * after.normal > MAX_BEND);
+                                 bBetter =
+                                     after.worstCosine < worst - MIN_GAIN &&
+                                     (before.worstCosine > NEEDLE || before.normal * after.normal > MAX_BEND);
                              });
     }
     return bBetter;
@@ -275,8 +278,9 @@ bool Relaxation::tryCollapse(int h, double worst)
 std::size_t Relaxation::collapse(double maxCosine)
 {
     std::vector<std::uint8_t> vIsThin(static_cast<std::size_t>(mesh.endTriangles()), 0);
-    forEachIndexMT(mesh.endTriangles(), [&](int t)
-                   { vIsThin[static_cast<std::size_t>(t)] = mesh.isAlive(t) && measureT(t).worstCosine > maxCosine; });
+    forEachIndexMT(
+        mesh.endTriangles(), [&](int t)
+        { vIsThin[static_cast<std::size_t>(t)] = mesh.isAlive(t) && measureT(t).worstCosine > maxCosine; });
     std::size_t num = 0;
     for (int t = 0; t < static_cast<int>(vIsThin.size()); ++t)
     {

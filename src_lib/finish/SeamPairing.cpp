@@ -58,7 +58,8 @@ SeamPairing::SeamPairing(const FlatMesh& mesh, std::vector<Index> vHalfEdges)
         const double x = v * xAxis;
         const double y = v * yAxis;
         const double length = std::sqrt(x * x + y * y);
-        vEntries.push_back({getTurn(x, y), h, length > 0.0 ? Direction{x / length, y / length} : Direction{1.0, 0.0}});
+        vEntries.push_back(
+            {getTurn(x, y), h, length > 0.0 ? Direction{x / length, y / length} : Direction{1.0, 0.0}});
     }
     std::sort(vEntries.begin(), vEntries.end(),
               [](const Entry& a, const Entry& b) { return a.turn != b.turn ? a.turn < b.turn : a.h < b.h; });

@@ -26,7 +26,10 @@ public:
     SeamPairing(const FlatMesh& mesh, std::vector<Index> vHalfEdges);
 
     [[nodiscard]] std::size_t size() const noexcept { return vOrder.size(); }
-    [[nodiscard]] Index getHalfEdge(int place) const noexcept { return vOrder[static_cast<std::size_t>(place)]; }
+    [[nodiscard]] Index getHalfEdge(int place) const noexcept
+    {
+        return vOrder[static_cast<std::size_t>(place)];
+    }
     [[nodiscard]] double getFlatness(int a, int b) const noexcept;
 
     // The pairing without crossings that has the most pairs, and among those the highest sum of weight(a, b).
@@ -47,7 +50,8 @@ private:
 
         [[nodiscard]] bool isBelow(const Choice& other) const noexcept
         {
-            return vPairs.size() != other.vPairs.size() ? vPairs.size() < other.vPairs.size() : sum < other.sum;
+            return vPairs.size() != other.vPairs.size() ? vPairs.size() < other.vPairs.size()
+                                                        : sum < other.sum;
         }
     };
     template <typename Weight>

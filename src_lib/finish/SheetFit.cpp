@@ -102,8 +102,8 @@ void SheetFit::fillNormals()
                         if (!mesh.isAliveVertex(static_cast<int>(v)))
                             continue;
                         Vector3 sum = vRaw[v];
-                        mesh.forEachNeighbour(static_cast<int>(v),
-                                              [&](int u) { sum.add(vRaw[static_cast<std::size_t>(u)] * 0.5); });
+                        mesh.forEachNeighbour(static_cast<int>(v), [&](int u)
+                                              { sum.add(vRaw[static_cast<std::size_t>(u)] * 0.5); });
                         vNormals[v] = getUnit(sum);
                     }
                 });
@@ -208,7 +208,8 @@ void SheetFit::reachTriangles(int v, const Vector3& normal, double reach, Scratc
         for (int h = 4 * t; h < 4 * t + 3; ++h)
         {
             const int other = mesh.partner(h);
-            if (other == NONE || scratch.vStamps[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(other))] == scratch.stamp)
+            if (other == NONE ||
+                scratch.vStamps[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(other))] == scratch.stamp)
                 continue;
             // The nearer end of the edge stands for the triangle beyond it.
             const double sqDist = std::min(sqDistance(centre, mesh.point(mesh.from(h))),

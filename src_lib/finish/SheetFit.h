@@ -33,8 +33,9 @@ public:
 private:
     struct Fit
     {
-        double height = 0.0; // of the surface over the vertex, along the normal that was given; in units of the points
-        Vector3 normal;      // of the surface there
+        double height =
+            0.0; // of the surface over the vertex, along the normal that was given; in units of the points
+        Vector3 normal;        // of the surface there
         double residual = 0.0; // root of the mean square, corrected for the terms of the fit; in cells
         std::size_t numPoints = 0;
         bool bUsable = false;

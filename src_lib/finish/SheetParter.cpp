@@ -97,11 +97,13 @@ void SheetParter::dropDuplicates()
     std::vector<Entry> vEntries(mesh.getNumT());
     for (Index t = 0; t < vEntries.size(); ++t)
     {
-        std::array<Index, 3> corners = {mesh.vCorners[3 * t], mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]};
+        std::array<Index, 3> corners = {mesh.vCorners[3 * t], mesh.vCorners[3 * t + 1],
+                                        mesh.vCorners[3 * t + 2]};
         std::sort(corners.begin(), corners.end());
         vEntries[t] = {corners, t};
     }
-    sortMT(vEntries.begin(), vEntries.end(), [](const Entry& a, const Entry& b)
+    sortMT(vEntries.begin(), vEntries.end(),
+           [](const Entry& a, const Entry& b)
            { return a.corners != b.corners ? a.corners < b.corners : a.t < b.t; });
     std::vector<std::uint8_t> vKeep(mesh.getNumT(), 1);
     for (std::size_t i = 1; i < vEntries.size(); ++i)
@@ -144,8 +146,8 @@ bool SheetParter::dropFinsUpTo(std::size_t maxT)
         if (patch.numSeam > 0 && bSaves && bIsSmall)
             vCandidates.push_back(i);
     }
-    std::stable_sort(vCandidates.begin(), vCandidates.end(), [&](Index a, Index b)
-                     { return patches.vPatches[a].numT < patches.vPatches[b].numT; });
+    std::stable_sort(vCandidates.begin(), vCandidates.end(),
+                     [&](Index a, Index b) { return patches.vPatches[a].numT < patches.vPatches[b].numT; });
     std::vector<std::uint8_t> vStays(num, 0);
     std::vector<std::uint8_t> vDrop(num, 0);
     for (const Index i : vCandidates)
@@ -165,8 +167,8 @@ bool SheetParter::dropFinsUpTo(std::size_t maxT)
 }
 
 // What each patch at a seam would save there by going.
-void SheetParter::addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, std::vector<std::ptrdiff_t>& vGain,
-                          std::vector<std::pair<Index, Index>>& vMeetings)
+void SheetParter::addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
+                          std::vector<std::ptrdiff_t>& vGain, std::vector<std::pair<Index, Index>>& vMeetings)
 {
     std::vector<Index> vHere;
     for (const auto& [ends, h] : halfEdges)
@@ -208,7 +210,8 @@ void SheetParter::turnTriangles(const PatchTable& patches, const PatchFacing& fa
     }
 }
 
-void SheetParter::pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, const PatchFacing& facing)
+void SheetParter::pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
+                             const PatchFacing& facing)
 {
     if (halfEdges.size() == 2 && mesh.from(halfEdges[0].second) != mesh.from(halfEdges[1].second))
         mate(halfEdges[0].second, halfEdges[1].second);
@@ -270,7 +273,8 @@ void SheetParter::drawBack(std::size_t firstCopy, const std::vector<Index>& vOri
     std::vector<Sum> vSums(mesh.vPoints.size());
     for (Index h = 0; h < mesh.vCorners.size(); ++h)
     {
-        for (const auto& [own, other] : {std::pair(mesh.from(h), mesh.to(h)), std::pair(mesh.to(h), mesh.from(h))})
+        for (const auto& [own, other] :
+             {std::pair(mesh.from(h), mesh.to(h)), std::pair(mesh.to(h), mesh.from(h))})
         {
             if (vIsParted[own] == 0)
                 continue;
@@ -297,7 +301,8 @@ void SheetParter::splitTwinEdges()
             [&](HalfEdges halfEdges)
             {
                 const Index first = halfEdges[0].second;
-                if (halfEdges.size() < 2 || (halfEdges.size() == 2 && mesh.from(first) != mesh.from(halfEdges[1].second)))
+                if (halfEdges.size() < 2 ||
+                    (halfEdges.size() == 2 && mesh.from(first) != mesh.from(halfEdges[1].second)))
                     return;
                 for (const auto& [ends, h] : halfEdges.subspan(1))
                     if (h != vMates[first] && (vMates[h] == FlatMesh::NONE || h < vMates[h]))

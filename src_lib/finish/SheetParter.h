@@ -37,12 +37,13 @@ private:
     void dropDuplicates();
     void dropFins();
     bool dropFinsUpTo(std::size_t maxT);
-    static void addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, std::vector<std::ptrdiff_t>& vGain,
-                        std::vector<std::pair<Index, Index>>& vMeetings);
+    static void addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
+                        std::vector<std::ptrdiff_t>& vGain, std::vector<std::pair<Index, Index>>& vMeetings);
     void pairTriangles();
     void turnTriangles(const PatchTable& patches, const PatchFacing& facing);
     void pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, const PatchFacing& facing);
-    void pairAtSeam(std::vector<Index> vHalfEdges, const std::vector<Index>& vPatchOfT, const PatchFacing& facing);
+    void pairAtSeam(std::vector<Index> vHalfEdges, const std::vector<Index>& vPatchOfT,
+                    const PatchFacing& facing);
     void mate(Index g, Index h);
     void giveFansVertices();
     void drawBack(std::size_t firstCopy, const std::vector<Index>& vOriginals);

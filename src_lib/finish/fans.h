@@ -18,7 +18,8 @@ using Mates = std::vector<FlatMesh::Index>; // for each half-edge its mate, or F
 
 // Gives each fan a vertex of its own. The first fan keeps the vertex; a copy at the same place is added for each
 // other one. Appends to vOriginals, for each copy, the vertex it was made from. Returns the number of copies.
-std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates, std::vector<FlatMesh::Index>* pOriginals = nullptr);
+std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates,
+                           std::vector<FlatMesh::Index>* pOriginals = nullptr);
 
 // Drops triangles until each edge has at most two, which run opposite ways, and gives each fan its vertex. Of more
 // triangles at an edge the first opposed two stay. Returns the number of triangles that went.

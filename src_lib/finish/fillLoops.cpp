@@ -61,8 +61,9 @@ private:
             return;
         for (std::size_t j = i + 1; j < k; ++j)
         {
-            const double area = vArea[i * num + j] + vArea[j * num + k] +
-                                getAreaByCross(mesh.point(vLoop[i]), mesh.point(vLoop[j]), mesh.point(vLoop[k]));
+            const double area =
+                vArea[i * num + j] + vArea[j * num + k] +
+                getAreaByCross(mesh.point(vLoop[i]), mesh.point(vLoop[j]), mesh.point(vLoop[k]));
             if (area < best)
             {
                 best = area;
@@ -118,7 +119,8 @@ std::size_t fillLoops(HalfEdgeMesh& mesh, std::size_t maxEdges, const std::funct
     std::vector<std::uint8_t> vDone(static_cast<std::size_t>(mesh.endVertices()), 0);
     for (int v = 0; v < mesh.endVertices(); ++v)
     {
-        if (vDone[static_cast<std::size_t>(v)] != 0 || !mesh.isAliveVertex(v) || !mesh.isBorderVertex(v) || !mayFill(v))
+        if (vDone[static_cast<std::size_t>(v)] != 0 || !mesh.isAliveVertex(v) || !mesh.isBorderVertex(v) ||
+            !mayFill(v))
             continue;
         const std::vector<int> vLoop = walkLoop(mesh, v, maxEdges);
         for (const int u : vLoop)

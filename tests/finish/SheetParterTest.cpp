@@ -15,7 +15,8 @@ using Index = FlatMesh::Index;
 
 MeshCheck check(const FlatMesh& mesh)
 {
-    return judgeMesh(mesh.vPoints, std::vector<int>(mesh.vCorners.begin(), mesh.vCorners.end()), CheckOptions());
+    return judgeMesh(mesh.vPoints, std::vector<int>(mesh.vCorners.begin(), mesh.vCorners.end()),
+                     CheckOptions());
 }
 
 // A square of num x num fields over the plane z = height, facing up.
@@ -71,22 +72,23 @@ FlatMesh makeWall(bool bCross)
                 mesh.vPoints.emplace_back(x, 3.0, up * row);
             }
             for (Index x = 0; x < 6; ++x)
-                mesh.vCorners.insert(mesh.vCorners.end(), {vRow[x], vRow[x + 1], vNext[x + 1], vRow[x], vNext[x + 1],
-                                                           vNext[x]});
+                mesh.vCorners.insert(mesh.vCorners.end(),
+                                     {vRow[x], vRow[x + 1], vNext[x + 1], vRow[x], vNext[x + 1], vNext[x]});
             vRow = vNext;
         }
     }
     return mesh;
 }
 
-// Two balls of eight triangles with a common edge, as two boxes that touch.
+// Two tetrahedra on both sides of a common edge, blunt there, so that each is flatter than the way across.
 FlatMesh makeTouching()
 {
     FlatMesh mesh;
-    const Point3 places[] = {{0, 0, -1}, {0, 0, 1}, {1, 1, 0}, {1, -1, 0}, {-1, 1, 0}, {-1, -1, 0}};
+    const Point3 places[] = {{0, 0, -1}, {0, 0, 1}, {1, 2, 0}, {1, -2, 0}, {-1, 2, 0}, {-1, -2, 0}};
     mesh.vPoints.assign(std::begin(places), std::end(places));
-    const auto tetrahedron = [&mesh](Index a, Index b, Index c, Index d)
-    { mesh.vCorners.insert(mesh.vCorners.end(), {a, b, c, a, d, b, b, d, c, c, d, a}); };
+    const auto tetrahedron = [&mesh](Index a, Index b, Index c, Index d) {
+        mesh.vCorners.insert(mesh.vCorners.end(), {a, b, c, a, d, b, b, d, c, c, d, a});
+    };
     tetrahedron(0, 1, 2, 3);
     tetrahedron(0, 1, 5, 4);
     return mesh;

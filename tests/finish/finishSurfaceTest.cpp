@@ -33,7 +33,8 @@ std::vector<Point3> makeBall(int num, double noise)
         const double z = 1.0 - (2.0 * i + 1.0) / num;
         const double r = std::sqrt(1.0 - z * z);
         const double length = off(rng);
-        vPoints.emplace_back(length * r * std::cos(2.399963 * i), length * r * std::sin(2.399963 * i), length * z);
+        vPoints.emplace_back(length * r * std::cos(2.399963 * i), length * r * std::sin(2.399963 * i),
+                             length * z);
     }
     return vPoints;
 }
@@ -61,14 +62,19 @@ TEST(FinishSurface, hostileMeshesEndSound)
     const HostileCase cases[] = {
         {"a coarse lattice", [](std::mt19937& rng) { return static_cast<double>(rng() % 4); }},
         {"random", [](std::mt19937& rng) { return static_cast<double>(rng() % 1000) / 1000.0; }},
-        {"all in one plane", [](std::mt19937& rng) { return rng() % 3 == 0 ? 0.0 : static_cast<double>(rng() % 9); }},
+        {"all in one plane",
+         [](std::mt19937& rng) { return rng() % 3 == 0 ? 0.0 : static_cast<double>(rng() % 9); }},
         {"huge", [](std::mt19937& rng) { return (static_cast<double>(rng() % 9) - 4.0) * 1e300; }},
-        {"tiny beside large", [](std::mt19937& rng) { return rng() % 2 == 0 ? 1e-300 : static_cast<double>(rng() % 5); }},
-        {"steps of the last bit",
-         [](std::mt19937& rng) { return 1.0 + static_cast<double>(rng() % 4) * std::numeric_limits<double>::epsilon(); }},
+        {"tiny beside large",
+         [](std::mt19937& rng) { return rng() % 2 == 0 ? 1e-300 : static_cast<double>(rng() % 5); }},
+        {"steps of the last bit", [](std::mt19937& rng)
+         { return 1.0 + static_cast<double>(rng() % 4) * std::numeric_limits<double>::epsilon(); }},
         {"not finite",
-         [](std::mt19937& rng)
-         { return rng() % 9 == 0 ? std::nan("") : rng() % 9 == 0 ? HUGE_VAL : static_cast<double>(rng() % 7); }},
+         [](std::mt19937& rng) {
+             return rng() % 9 == 0   ? std::nan("")
+                    : rng() % 9 == 0 ? HUGE_VAL
+                                     : static_cast<double>(rng() % 7);
+         }},
     };
     for (const HostileCase& c : cases)
     {
@@ -77,7 +83,8 @@ TEST(FinishSurface, hostileMeshesEndSound)
         {
             SCOPED_TRACE(std::string(c.name) + " " + std::to_string(i));
             FlatMesh mesh;
-            const auto makePoint = [&] { return Point3(c.coordinate(rng), c.coordinate(rng), c.coordinate(rng)); };
+            const auto makePoint = [&]
+            { return Point3(c.coordinate(rng), c.coordinate(rng), c.coordinate(rng)); };
             const std::size_t numPoints = 3 + rng() % 40;
             for (std::size_t k = 0; k < numPoints; ++k)
                 mesh.vPoints.push_back(makePoint());
