@@ -1,8 +1,10 @@
 #!/bin/sh
 # Installs the library, once static and once shared, under a folder of its own, and builds and runs the
 # consumer project against it: through find_package, and through pkg-config.
-set -eu
-cd "$(dirname "$0")/.."
+lane="installed package"
+. "$(dirname "$0")/lane.sh"
+
+scripts/install_deps.sh
 top=$PWD
 work=$top/build/consumer
 rm -rf "$work"

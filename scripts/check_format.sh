@@ -1,0 +1,10 @@
+#!/bin/sh
+# Every source has the layout of .clang-format.
+lane="layout of the sources"
+. "$(dirname "$0")/lane.sh"
+
+scripts/install_deps.sh clang-format
+git ls-files '*.cpp' '*.h' >"$scratch/sources"
+test -s "$scratch/sources" || fail "no sources found"
+xargs -a "$scratch/sources" -P 2 -n 40 clang-format --dry-run --Werror
+echo "checked: $(wc -l <"$scratch/sources") files"
