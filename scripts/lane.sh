@@ -1,5 +1,6 @@
 # Sourced on top of a lane after lane="its name": goes to the top folder, takes no standard input, makes
-# the temporary folder $scratch, and at the end prints the verdict and the seconds in one line.
+# the temporary folder $scratch, and at the end calls clean_up, which the lane may define anew, and prints the
+# verdict and the seconds in one line.
 # shellcheck shell=sh disable=SC2154 # lane is set by who sources this
 set -eu
 cd "$(dirname "$0")/.."
@@ -7,9 +8,14 @@ exec </dev/null
 lane_start=$(date +%s)
 scratch=$(mktemp -d)
 
+clean_up() {
+    :
+}
+
 end_lane() {
     status=$?
     trap - EXIT
+    clean_up || status=1
     rm -rf "$scratch"
     word=passed
     [ $status -eq 0 ] || word=FAILED
