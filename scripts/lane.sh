@@ -5,6 +5,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 exec </dev/null
+export CMAKE_BUILD_PARALLEL_LEVEL="${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}"
 lane_start=$(date +%s)
 scratch=$(mktemp -d)
 
