@@ -3,7 +3,9 @@
 lane="thread sanitizer"
 . "$(dirname "$0")/lane.sh"
 
-threaded='WorkerPool|sortMT|SortMT|Progress|PageWarmer|reconstruct|Voro|CellIndex|RTree|Smooth|HilbertSort|Iso|TopMelt'
+# Suites whose code runs on the workers, or is told how far it is by them.
+threaded='^(WorkerPool|Parallel|SortMT|HilbertSort|Progress|Counters|Reconstruct|Melt|PostProcessing)'
+threaded="$threaded|^(CloudIntake|Voro|IsoStore|Smooth|Octree|RTree|EdgeFlips|Reduce|RMesh|Top(Orient|Run|Melt))"
 scripts/install_deps.sh clang libclang-rt-14-dev
 cmake --preset tsan
 cmake --build --preset tsan --target zef_tests

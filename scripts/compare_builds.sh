@@ -30,10 +30,14 @@ build() {
         git worktree add --quiet --detach "$sources" "$2"
         trees="$trees $sources"
     fi
-    # The same flags and relative names for both, so that ccache serves what did not change.
-    cmake -S "$sources" -B "$scratch/$1" -G Ninja -DCMAKE_BUILD_TYPE=Release -DZEF_BUILD_TESTS=OFF \
-        -DZEF_BUILD_EXAMPLES=OFF >/dev/null
-    CCACHE_BASEDIR=$sources cmake --build "$scratch/$1" --target zef_tool zef_benchmarks
+    # In the tree's own folder: relative names are then equal, and ccache serves what did not change.
+    (
+        cd "$sources"
+        export CCACHE_BASEDIR="$PWD"
+        cmake --preset release >/dev/null
+        cmake --build --preset release --target zef_tool zef_benchmarks
+    )
+    ln -s "$(cd "$sources" && pwd)/build/release" "$scratch/$1"
     mkdir -p "$scratch/times/$1"
 }
 
