@@ -6,8 +6,6 @@ lane="part of another project"
 
 scripts/install_deps.sh
 top=$PWD
-work=build/subproject
-rm -rf "$work"
 
 # check_host FOLDER: what a host may expect of its own build.
 check_host() {
@@ -31,7 +29,9 @@ check_host() {
 
 for way in add_subdirectory FetchContent; do
     for kind in static shared; do
-        folder=$work/$way-$kind
+        # As deep as the other builds, so that their objects serve through ccache.
+        folder=build/subproject-$way-$kind
+        rm -rf "$folder"
         shared=""
         [ $kind = static ] || shared=-DHOST_SHARED=ON
         # ccache is the host's business; here it spares compiling the same sources four times.
