@@ -1,9 +1,8 @@
 #include "Image.h"
 
 #include <algorithm>
-#include <cstring>
 
-#include <png.h>
+#include "writePng.h"
 
 namespace TARN_TOOL
 {
@@ -45,16 +44,7 @@ Image Image::halved() const
 
 std::string Image::writePng(const std::string& name) const
 {
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(width);
-    png.height = static_cast<png_uint_32>(height);
-    png.format = PNG_FORMAT_RGB;
-    const bool bWritten = png_image_write_to_file(&png, name.c_str(), 0, vBytes.data(), 0, nullptr) != 0;
-    const std::string reason = bWritten ? "" : png.message;
-    png_image_free(&png);
-    return reason;
+    return TARN_TOOL::writePng(name, width, height, vBytes);
 }
 
 } // namespace TARN_TOOL

@@ -9,12 +9,10 @@
 #include <iostream>
 #include <limits>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include "PngRenderer.h"
 #include "ToolError.h"
 #include "numberText.h"
+#include "platform.h"
 
 namespace TARN_TOOL
 {
@@ -58,13 +56,6 @@ double maxExtent(const std::vector<Point3>& vPoints)
         high.set(std::max(high.x(), p.x()), std::max(high.y(), p.y()), std::max(high.z(), p.z()));
     }
     return (high - low).getMaxComponent();
-}
-
-double peakMegabytesOfProcess()
-{
-    struct rusage usage;
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
 // Leaves out what has a corner that is not finite; returns how many triangles went.
@@ -194,7 +185,7 @@ void Job::readInput()
             throw ToolError("cannot read " + name + ": there is no such file");
         if (std::filesystem::is_directory(name, ec))
             throw ToolError("cannot read " + name + ": it is a folder; give the name of a file");
-        if (access(name.c_str(), R_OK) != 0)
+        if (!mayRead(name))
             throw ToolError("cannot read " + name + ": " + std::strerror(errno));
         if (options.bMelt)
             readTriangles(name);

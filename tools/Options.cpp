@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "numberText.h"
+#include "writePng.h"
 
 namespace TARN_TOOL
 {
@@ -265,7 +266,8 @@ void defineOptions(CLI::App& app, Options& options, std::string& angles, std::st
     app.set_version_flag("--version", versionText());
     defineReconstruction(app, options);
     defineSteps(app, options);
-    definePictures(app, options, angles, focus);
+    if (canWritePng())
+        definePictures(app, options, angles, focus);
     defineRunning(app, options);
 }
 } // namespace

@@ -2,11 +2,11 @@
 
 #include <array>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 
-#include <fcntl.h>
 #include <unistd.h>
+
+#include "platform.h"
 
 namespace TARN_TOOL
 {
@@ -20,21 +20,10 @@ void flushAll()
     std::fflush(stderr);
 }
 
-// An open file that no folder shows; -1 if none can be made.
-int openHoldFile()
-{
-    const char* pFolder = std::getenv("TMPDIR");
-    std::string name = std::string(pFolder && *pFolder ? pFolder : "/tmp") + "/zef-messages-XXXXXX";
-    const int fd = mkostemp(name.data(), O_CLOEXEC);
-    if (fd >= 0)
-        unlink(name.c_str());
-    return fd;
-}
-
 // Makes fd mean target and returns what it meant before; -1 if that failed and fd is unchanged.
 int redirect(int fd, int target)
 {
-    const int saved = fcntl(fd, F_DUPFD_CLOEXEC, 3);
+    const int saved = duplicate(fd);
     if (saved >= 0 && dup2(target, fd) < 0)
     {
         close(saved);
@@ -64,9 +53,9 @@ OutputCapture::OutputCapture(Mode mode_)
         savedOut = redirect(STDOUT_FILENO, STDERR_FILENO);
         return;
     }
-    holdFile = openHoldFile();
+    holdFile = openVanishingFile();
     // Without a temporary file the messages are lost rather than mixed into the output.
-    const int target = holdFile >= 0 ? holdFile : open("/dev/null", O_WRONLY | O_CLOEXEC);
+    const int target = holdFile >= 0 ? holdFile : openNullDevice();
     if (target < 0)
         return;
     savedOut = redirect(STDOUT_FILENO, target);
@@ -90,9 +79,12 @@ std::string OutputCapture::finish()
         return held;
     lseek(holdFile, 0, SEEK_SET);
     std::array<char, 4096> buffer;
-    ssize_t num = 0;
-    while ((num = read(holdFile, buffer.data(), buffer.size())) > 0)
+    while (const auto num = read(holdFile, buffer.data(), buffer.size()))
+    {
+        if (num < 0)
+            break;
         held.append(buffer.data(), static_cast<std::size_t>(num));
+    }
     close(holdFile);
     holdFile = -1;
     return held;

@@ -14,9 +14,9 @@ namespace TARN_ZEF
 namespace
 {
 const double ABSENT_SPACING = -1.0;
-const double NO_FEATURE_ANGLE = 361.0; // above any dihedral angle
-const int VERSION_MAJOR = 1;
-const int VERSION_MINOR = 11;
+const double NO_FEATURE_ANGLE = 361.0;       // above any dihedral angle
+const int VERSION_MAJOR = ZEF_VERSION_MAJOR; // of the build
+const int VERSION_MINOR = ZEF_VERSION_MINOR;
 
 // The mesh of a cloud, or of the corners of triangles.
 std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, double spacingAbs,
