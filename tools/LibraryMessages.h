@@ -1,40 +1,34 @@
-#ifndef ZEF_TOOLS_OUTPUTCAPTURE_H
-#define ZEF_TOOLS_OUTPUTCAPTURE_H
+#ifndef ZEF_TOOLS_LIBRARYMESSAGES_H
+#define ZEF_TOOLS_LIBRARYMESSAGES_H
 
 #include <string>
 
 namespace TARN_TOOL
 {
-// Decides for the time of one library call where the library's messages go. The library writes to the
-// standard streams of the process, so the file descriptors themselves are turned aside.
+// Decides for the time of one library call where the library's messages go.
 //
-// Invariant:  the streams are as before once finish() or the destructor has run.
-// Threads:    the streams belong to the process: one capture at a time.
-class OutputCapture
+// Invariant:  the library prints its messages itself again once finish() or the destructor has run.
+// Threads:    the receiver belongs to the process: one object at a time.
+class LibraryMessages
 {
 public:
     enum class Mode
     {
-        HOLD,           // both streams are held back in a temporary file
-        PASS,           // nothing is changed
-        TO_ERROR_STREAM // standard output goes to the error stream
+        HOLD,           // kept for finish()
+        PASS,           // printed by the library
+        TO_ERROR_STREAM // all of them to the error stream
     };
 
-    explicit OutputCapture(Mode mode_);
-    ~OutputCapture();
-    OutputCapture(const OutputCapture&) = delete;
-    OutputCapture& operator=(const OutputCapture&) = delete;
+    explicit LibraryMessages(Mode mode);
+    ~LibraryMessages();
+    LibraryMessages(const LibraryMessages&) = delete;
+    LibraryMessages& operator=(const LibraryMessages&) = delete;
 
-    // Restores the streams and returns what was held back. A second call returns nothing.
+    // Returns what was held back. A second call returns nothing.
     std::string finish();
 
 private:
-    void restore();
-
-    Mode mode;
-    int savedOut = -1; // the streams as they were; -1 if not turned aside
-    int savedErr = -1;
-    int holdFile = -1; // temporary file without a name
+    std::string held;
 };
 
 } // namespace TARN_TOOL
