@@ -7,7 +7,9 @@
 #include "ProgressBase.h"
 #include "Vector3.h"
 #include "ZefBugException.h"
+#include "ZefRefusedException.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
+#include "zef_messages.h"
 
 #endif

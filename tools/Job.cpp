@@ -92,12 +92,12 @@ bool isEmpty(const std::shared_ptr<TARN_ZEF::Mesh>& pMesh)
     return vTriCorners.empty();
 }
 
-OutputCapture::Mode captureMode(const Options& options)
+LibraryMessages::Mode messagesMode(const Options& options)
 {
     if (!options.bVerbose)
-        return OutputCapture::Mode::HOLD;
+        return LibraryMessages::Mode::HOLD;
     // Standard output then belongs to the line of figures alone.
-    return options.bJson ? OutputCapture::Mode::TO_ERROR_STREAM : OutputCapture::Mode::PASS;
+    return options.bJson ? LibraryMessages::Mode::TO_ERROR_STREAM : LibraryMessages::Mode::PASS;
 }
 } // namespace
 
@@ -143,18 +143,25 @@ template <typename F>
 auto Job::library(F call)
 {
     heldMessages.clear();
-    OutputCapture capture(captureMode(options));
+    LibraryMessages messages(messagesMode(options));
     try
     {
         auto result = call();
         progressBar.clear();
-        heldMessages = capture.finish();
+        heldMessages = messages.finish();
         return result;
+    }
+    catch (const TARN_ZEF::ZefRefusedException& refused)
+    {
+        progressBar.clear();
+        // The reason alone; it names both by their words.
+        throw ToolError(std::string(refused.what()) +
+                        (options.bMelt ? " (spacing: -a)" : " (spacing: -a, factor: -f)"));
     }
     catch (...)
     {
         progressBar.clear();
-        heldMessages = capture.finish();
+        heldMessages = messages.finish();
         throw;
     }
 }
@@ -293,10 +300,7 @@ void Job::reconstruct()
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
-        throw ToolError(bGiven
-                            ? "the points cannot be reconstructed at this spacing; try another one with -a"
-                            : "no usable spacing: the points lie too close together for their extent; remove "
-                              "far outliers or give a spacing with -a");
+        throw ToolError("the points cannot be reconstructed at this spacing; try another one with -a");
     }
     report.computeSeconds = stopwatch.getSeconds();
     if (isEmpty(pMesh))
@@ -436,18 +440,9 @@ double Job::getSpacing()
 
 double Job::estimateSpacing()
 {
-    try
-    {
-        const double detected = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
-        heldMessages.clear();
-        return detected;
-    }
-    catch (const TARN_ZEF::ZefBugException&)
-    {
-        throw ToolError(
-            "no spacing can be detected: the points lie too close together for their extent; remove far "
-            "outliers");
-    }
+    const double detected = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
+    heldMessages.clear();
+    return detected;
 }
 
 void Job::noteLostDigits()

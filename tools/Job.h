@@ -1,8 +1,8 @@
 #ifndef ZEF_TOOLS_JOB_H
 #define ZEF_TOOLS_JOB_H
 
+#include "LibraryMessages.h"
 #include "Options.h"
-#include "OutputCapture.h"
 #include "ProgressBar.h"
 #include "Report.h"
 #include "SafeOutputFile.h"
