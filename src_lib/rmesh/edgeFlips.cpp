@@ -85,21 +85,15 @@ int flipGreedily(RMesh* pRMesh)
     return numFlips;
 }
 
-int edgeFlipsSimA(RMesh* pRMesh, double temperature)
+void edgeFlipsSimA(RMesh* pRMesh, double temperature)
 {
     std::vector<FlipCandidate> vImpRE;
     pRMesh->getEdgeFlipCandidates_MT(pRMesh->getAllRE(), 0.0, temperature, vImpRE);
     zefShuffle(vImpRE.begin(), vImpRE.end());
     REdgeEnergy energy(pRMesh, nullptr);
-    int numFlips = 0;
     for (const auto& [savedImprovement, pRE] : vImpRE)
-    {
-        if (!pRE->isInner() || getFreshImprovement(energy, pRE) == LOWEST_DBL)
-            continue;
-        ++numFlips;
-        pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
-    }
-    return numFlips;
+        if (pRE->isInner() && getFreshImprovement(energy, pRE) != LOWEST_DBL)
+            pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
 }
 
 std::vector<double> getAnnealingTemperatures()
