@@ -9,6 +9,8 @@
 #include "helpers/SheetMesh.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/checkMesh.h"
+#include "repair/BorderRepair.h"
+#include "repair/SeamPass.h"
 
 #include <gtest/gtest.h>
 
@@ -21,45 +23,21 @@ namespace TARN_ZEF
 {
 namespace
 {
-// The passes as they read, patch by patch on fresh patches: the judge of the quick ones.
-class PlainTop : public Top
+// A pass as it reads, patch by patch on fresh patches: the judge of the quick one.
+bool solvePatchesPlainly(CMesh& mesh, bool bStrict)
 {
-public:
-    using Top::cleanSeams;
-    using Top::Top;
-
-    bool solvePatchesPlainly(bool bStrict)
-    {
-        std::vector<CPatch*> vPatches, vClosed, vOpen;
-        std::map<u64, CPatch*> mBorderCCD2Patch;
-        std::vector<CEdge*> vBorderME;
-        std::vector<PatchPair> vPairs;
-        pCMesh->createPatches(nullptr, vPatches, mBorderCCD2Patch, vBorderME);
-        classifyPatches(vPatches, vPairs, vClosed, vOpen);
-        const double sumArea = pCMesh->getArea();
-        bool bChanged = false;
-        for (const auto& [p0, p1] : vPairs)
-            bChanged = solvePair(p0, p1, sumArea) || bChanged;
-        std::sort(vClosed.begin(), vClosed.end(),
-                  [](const CPatch* pA, const CPatch* pB) {
-                      return pA->getSize() != pB->getSize() ? pA->getSize() < pB->getSize()
-                                                            : pA->getId() < pB->getId();
-                  });
-        for (CPatch* pPatch : vClosed)
-        {
-            if (!pPatch->isAlive() || !pPatch->isClosed())
-                continue;
-            std::vector<CEdge*> vCE, vTwo;
-            pPatch->getAllCE(vCE);
-            pPatch->getCEByDegree(2, vTwo);
-            if (pPatch->getSize() < 7 && vCE.size() == vTwo.size())
-                pPatch->kill();
-            else if (pPatch->canBeSplit() && pPatch->splitClosedPatchKill(bStrict))
-                bChanged = true;
-        }
-        return bChanged;
-    }
-};
+    std::vector<CPatch*> vPatches, vClosed, vOpen;
+    std::map<u64, CPatch*> mBorderCCD2Patch;
+    std::vector<CEdge*> vBorderME;
+    std::vector<PatchPass::PatchPair> vPairs;
+    mesh.createPatches(nullptr, vPatches, mBorderCCD2Patch, vBorderME);
+    PatchPass::classifyPatches(vPatches, vPairs, vClosed, vOpen);
+    const double sumArea = mesh.getArea();
+    bool bChanged = false;
+    for (const auto& [p0, p1] : vPairs)
+        bChanged = Top::solvePair(p0, p1, sumArea) || bChanged;
+    return Top::solveClosedPatches(vClosed, bStrict) || bChanged;
+}
 
 struct CellsAndTop
 {
@@ -70,7 +48,7 @@ struct CellsAndTop
     {
     }
     CellMesh cells;
-    PlainTop top;
+    Top top;
 };
 
 struct SheetAndTop : SheetMesh
@@ -80,7 +58,7 @@ struct SheetAndTop : SheetMesh
     {
         prepareProgress("Reconstruct");
     }
-    PlainTop top;
+    Top top;
 };
 
 // Each piece over edges of degree 2 agrees in itself, unless it is twisted, and the normals of its triangles
@@ -176,7 +154,7 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
         {
             for (bool bChanged = true; bChanged;)
             {
-                bChanged = plain.top.solvePatchesPlainly(bStrict);
+                bChanged = solvePatchesPlainly(plain.cells.mesh(), bStrict);
                 ASSERT_EQ(quick.top.solvePatches(bStrict), bChanged);
                 ASSERT_EQ(quick.cells.getTriples(), plain.cells.getTriples());
                 numSolved += bChanged ? 1 : 0;
@@ -226,7 +204,7 @@ TEST(TopKillDegenerate, findsTheSameAgainAfterARenewedExtraction)
         for (int i = 0; i < 2; ++i)
         {
             known.top.killDegenerate();
-            PlainTop(&plain.cells.mesh(), &plain.cells.calc).killDegenerate();
+            Top(&plain.cells.mesh(), &plain.cells.calc).killDegenerate();
             ASSERT_EQ(known.cells.getTriples(), plain.cells.getTriples());
             known.cells.pVoro->borderFix(vGenerating);
             plain.cells.pVoro->borderFix(vGenerating);
@@ -299,7 +277,7 @@ TEST(TopBorders, triangularHolesCloseAndNothingElse)
     s.mesh.getAllT()[40]->kill(&s.mesh);
     s.mesh.getAllT()[90]->kill(&s.mesh);
     ASSERT_EQ(s.getBorders().size(), numBorder + 6);
-    s.top.closeTriangularHoles();
+    BorderRepair(&s.mesh).closeTriangularHoles();
     EXPECT_EQ(s.getBorders().size(), numBorder);
     EXPECT_TRUE(s.isManifold());
     expectConsistent(s.mesh);
@@ -368,11 +346,7 @@ TEST(TopPatches, sizeAndAreaDecideAPair)
         for (int i = 0; i < 2; ++i)
             for (int k = 0; k < (i == 0 ? row.num0 : row.num1); ++k)
                 patches[i].addT(s.add(s.cell(k, 5 * i, 8), s.cell(k + 1, 5 * i, 8), s.cell(k, 5 * i + 1, 8)));
-        struct Opened : PlainTop
-        {
-            using Top::solvePair;
-        };
-        EXPECT_EQ(Opened::solvePair(&patches[0], &patches[1], row.sumArea), row.dead >= 0);
+        EXPECT_EQ(Top::solvePair(&patches[0], &patches[1], row.sumArea), row.dead >= 0);
         EXPECT_EQ(patches[0].isAlive(), row.dead != 0);
         EXPECT_EQ(patches[1].isAlive(), row.dead != 1);
     }
@@ -416,7 +390,10 @@ TEST(TopPatches, blistersThatShareAWallGo)
             s.mesh.getAllT()[0]->kill(&s.mesh);
         EXPECT_FALSE(s.top.solvePatches(false));
         ASSERT_FALSE(s.isManifold());
-        s.top.cleanSeams();
+        RepairState state(&s.mesh, &s.calc);
+        SeamPass(state).run();
+        s.top.killBorderEars();
+        s.top.killTinyBorderPatches(100);
         EXPECT_EQ(s.isManifold(), !row.bRemain);
         EXPECT_EQ(s.getBorders().size(), row.bOpen ? 3u : 0u);
         expectConsistent(s.mesh);
@@ -484,8 +461,8 @@ TEST(TopSeparate, noTwoCornersInOnePlaceAndTheFirstStays)
 
 // --- The orders of passes ----------------------------------------------------------------------------------
 
-// A sheet that runs from its top corner back and then, folded under, on to the corner that is farthest along x:
-// there it must face down. With a plate, which has many topmost corners, as a second large piece.
+// A sheet that runs from its top corner back and then, folded under, on to the corner that is farthest along
+// x: there it must face down. With a plate, which has many topmost corners, as a second large piece.
 TEST(TopOrders, aPieceFacesUpAtItsTopCornerWhateverTheOthersDo)
 {
     for (const bool bPlate : {false, true})

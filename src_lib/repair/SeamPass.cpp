@@ -1,9 +1,10 @@
-// The passes of Top for what the others leave at edges of more than two triangles.
-#include "repair/Top.h"
+#include "repair/SeamPass.h"
 
 #include "cmesh/CMesh.h"
 #include "cmesh/CPatch.h"
+#include "repair/PatchPass.h"
 #include "repair/PatchSolver.h"
+#include "repair/RepairState.h"
 #include "repair/choosePatches.h"
 
 #include <algorithm>
@@ -63,41 +64,38 @@ bool isEnclosedScrap(const CPatch& patch)
 }
 } // namespace
 
-void Top::cleanSeams()
+SeamPass::SeamPass(RepairState& state_)
+    : state(state_)
+    , pCMesh(state_.pCMesh)
 {
-    decideSeams();
-    killBorderEars(); // they would also break the rings around holes
-    killTinyBorderPatches(MAX_TINY_AT_END);
 }
 
-// Where no two patches have the same boundary, several patches together decide.
-void Top::decideSeams()
+void SeamPass::run()
 {
     if (!hasFork(*pCMesh))
         return; // sheets that touch
+    if (killWhatLoses())
+        PatchPass(state).runAll(false, nullptr);
+}
+
+// The patches are gone when this returns, before the passes cut new ones. Says whether one died.
+bool SeamPass::killWhatLoses()
+{
     const bool bClosed = !pCMesh->hasDegree(DEG_BORDER);
-    bool bKilled = false;
+    const std::vector<std::unique_ptr<CPatch>> vPatches = PatchSolver(pCMesh, state.pCalc).makeAllPatches();
+    std::vector<SeamPatch> vChoice;
+    double sumArea = 0.0;
+    for (const std::unique_ptr<CPatch>& pPatch : vPatches)
     {
-        const std::vector<std::unique_ptr<CPatch>> vPatches = PatchSolver(pCMesh, pCalc).makeAllPatches();
-        std::vector<SeamPatch> vChoice;
-        double sumArea = 0.0;
-        for (const std::unique_ptr<CPatch>& pPatch : vPatches)
-        {
-            vChoice.push_back({pPatch->getArea(), !bClosed && !isEnclosedScrap(*pPatch)});
-            sumArea += vChoice.back().area;
-        }
-        const std::vector<bool> vStays =
-            choosePatches(vChoice, findSeams(*pCMesh, vPatches), MAX_AREA_RATIO * sumArea);
-        for (std::size_t i = 0; i < vPatches.size(); ++i)
-        {
-            if (vStays[i])
-                continue;
-            vPatches[i]->kill();
-            bKilled = true;
-        }
+        vChoice.push_back({pPatch->getArea(), !bClosed && !isEnclosedScrap(*pPatch)});
+        sumArea += vChoice.back().area;
     }
-    if (bKilled)
-        solveAllPatches(false, nullptr);
+    const std::vector<bool> vStays =
+        choosePatches(vChoice, findSeams(*pCMesh, vPatches), MAX_AREA_RATIO * sumArea);
+    for (std::size_t i = 0; i < vPatches.size(); ++i)
+        if (!vStays[i])
+            vPatches[i]->kill();
+    return std::find(vStays.begin(), vStays.end(), false) != vStays.end();
 }
 
 } // namespace TARN_ZEF

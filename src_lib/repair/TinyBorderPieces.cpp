@@ -1,8 +1,10 @@
-// The passes of Top over borders.
-#include "repair/Top.h"
+#include "repair/TinyBorderPieces.h"
 
 #include "cmesh/CMesh.h"
 #include "core/NumberSet.h"
+
+#include <cstddef>
+#include <vector>
 
 namespace TARN_ZEF
 {
@@ -106,77 +108,14 @@ bool isTinyBorderPiece(const Piece& piece)
     return ratio > MAX_BORDER_RATIO || (numT < MAX_SMALL_PIECE && piece.numBorder >= 2) ||
            (numT < MAX_FLAKE && piece.numBorder >= 1);
 }
-
-// The third corner of a hole with three edges, one of them given; false if it is none. The last edge may be one
-// of an odd number of triangles, at the end of a fin that ran into the hole.
-bool findThirdCorner(const CMesh& mesh, const CEdge& edge, u64& thirdCCD)
-{
-    const u64 ownCCD = edge.vCT[0]->getThirdCCD(edge.v0, edge.v1);
-    std::vector<CEdge*> vIncCE;
-    mesh.getIncCE(edge.v0, vIncCE);
-    for (const CEdge* pCE : vIncCE)
-    {
-        thirdCCD = pCE->getOtherVCD(edge.v0);
-        if (!pCE->isBorder() || thirdCCD == edge.v1 || thirdCCD == ownCCD)
-            continue;
-        const CEdge* pLastCE = mesh.getCE(thirdCCD, edge.v1);
-        if (pLastCE != nullptr && pLastCE->getDegree() % 2 == 1 &&
-            !pLastCE->hasTriangle(edge.v0, edge.v1, thirdCCD))
-            return true;
-    }
-    return false;
-}
 } // namespace
 
-void Top::getBordersKillDeg1nn(std::vector<CEdge*>& vBorders)
+TinyBorderPieces::TinyBorderPieces(CMesh* pCMesh_)
+    : pCMesh(pCMesh_)
 {
-    std::vector<CEdge*> vCE;
-    pCMesh->getDegN(DEG_BORDER, vCE);
-    for (CEdge* pCE : vCE)
-    {
-        ASSEX_TEXT(pCE->vCT.size() == 1, "vCT.size()==1");
-        CTriangle* pCT = pCE->vCT[0];
-        const int ici = pCT->getICI(pCE->v0, pCE->v1);
-        // The two other edges are non-manifold: it hangs between two fins and adds nothing.
-        if (pCT->getCEdge(CTriangle::getNext(ici))->isNonManifold() &&
-            pCT->getCEdge(CTriangle::getPrev(ici))->isNonManifold())
-            pCT->kill(pCMesh);
-        else
-            vBorders.push_back(pCE);
-    }
 }
 
-void Top::integrateCCD(CEdge* pCE)
-{
-    if (pCE->vCT.size() != 1)
-        return;
-    CTriangle* pCT = pCE->vCT[0];
-    int numBorder = 0;
-    int ici = -1; // opposite the non-manifold edge
-    for (int i = 0; i < 3; ++i)
-    {
-        const int degree = pCT->getCEdge(i)->getDegree();
-        ASSEX(degree > 0);
-        if (degree == 2)
-            return;
-        if (degree == 1)
-            ++numBorder;
-        else
-            ici = i;
-    }
-    if (numBorder == 3)
-    {
-        pCT->kill(pCMesh);
-        return;
-    }
-    if (ici < 0 || numBorder < 2)
-        return;
-    std::vector<CTriangle*> vKids;
-    if (!pCT->getCEdge(ici)->trySplitNeigsKillT(pCMesh, pCT, ici, vKids))
-        pCT->kill(pCMesh);
-}
-
-void Top::killTinyBorderPatches(int maxNumT)
+void TinyBorderPieces::kill(int maxNumT)
 {
     std::vector<CEdge*> vCE;
     pCMesh->getDegN(DEG_BORDER, vCE);
@@ -193,16 +132,6 @@ void Top::killTinyBorderPatches(int maxNumT)
         for (CTriangle* pCT : piece.vT)
             pCT->kill(pCMesh);
     }
-}
-
-void Top::closeTriangularHoles()
-{
-    std::vector<CEdge*> vBorders;
-    pCMesh->getDegN(DEG_BORDER, vBorders);
-    u64 thirdCCD = 0;
-    for (const CEdge* pCE : vBorders)
-        if (pCE->isBorder() && findThirdCorner(*pCMesh, *pCE, thirdCCD))
-            pCMesh->createT(pCE->v0, pCE->v1, thirdCCD, 0, 0);
 }
 
 } // namespace TARN_ZEF

@@ -1,13 +1,15 @@
-// The search of Top for two sets of patches with equal boundaries.
-#include "repair/Top.h"
+#include "repair/PatchClusters.h"
 
 #include "cmesh/CMesh.h"
 #include "cmesh/CPatch.h"
+#include "core/StableQueue.h"
+#include "repair/PatchPass.h"
 
 #include <algorithm>
 #include <bit>
-#include <iostream>
+#include <string>
 #include <unordered_set>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -63,8 +65,8 @@ bool isClosedSet(u64 set, const std::vector<u64>& vMasks)
                        [set](u64 mask) { return std::popcount(mask & set) % 2 == 0; });
 }
 
-// The first pair of disjoint sets with the same boundary, in increasing order; false without one. Two disjoint
-// sets have the same boundary exactly if their union has none.
+// The first pair of disjoint sets with the same boundary, in increasing order; false without one. Two
+// disjoint sets have the same boundary exactly if their union has none.
 bool findEqualSets(const std::vector<CPatch*>& vCluster, u64& set0, u64& set1)
 {
     const std::vector<u64> vMasks = getEdgeMasks(vCluster);
@@ -102,7 +104,12 @@ void assimilateIntoFirst(std::vector<CPatch*>& vPatches)
 }
 } // namespace
 
-void Top::solvePatchPairsFrac(const std::vector<CPatch*>& vPatches)
+PatchClusters::PatchClusters(const CMesh* pCMesh_)
+    : pCMesh(pCMesh_)
+{
+}
+
+void PatchClusters::run(const std::vector<CPatch*>& vPatches)
 {
     const double meshArea = pCMesh->getArea();
     StableQueue<SizedPatch, LargestFirst> mmSize;
@@ -116,8 +123,8 @@ void Top::solvePatchPairsFrac(const std::vector<CPatch*>& vPatches)
         mmSize.pop();
         if (!pStartPatch->isAlive())
             continue;
-        frac_createCluster(pStartPatch, vCluster);
-        if (!frac_solvePatchCluster(vCluster, meshArea))
+        createCluster(pStartPatch, vCluster);
+        if (!solveCluster(vCluster, meshArea))
             continue;
         for (CPatch* pPatch : vCluster)
             if (pPatch->isAlive() && absorbNeighbours(pPatch))
@@ -126,7 +133,7 @@ void Top::solvePatchPairsFrac(const std::vector<CPatch*>& vPatches)
 }
 
 // Takes over the patches beyond boundary edges that have become manifold; says whether there were any.
-bool Top::absorbNeighbours(CPatch* pPatch)
+bool PatchClusters::absorbNeighbours(CPatch* pPatch)
 {
     const std::vector<CEdge*> vBoundaryCE = getBoundary(pPatch);
     bool bGrown = false;
@@ -143,13 +150,14 @@ bool Top::absorbNeighbours(CPatch* pPatch)
             pPatch->assimilate(pNeigPatch, false);
             ASSEX(!pNeigPatch->isAlive());
             bGrown = true;
-            std::cout << "+++++ Have assimilated a patch +++++, new size=" << pPatch->getSize() << std::endl;
+            printText("+++++ Have assimilated a patch +++++, new size=" + std::to_string(pPatch->getSize()) +
+                      "\n");
         }
     }
     return bGrown;
 }
 
-bool Top::frac_createCluster(CPatch* pStartPatch, std::vector<CPatch*>& vCluster) const
+bool PatchClusters::createCluster(CPatch* pStartPatch, std::vector<CPatch*>& vCluster)
 {
     vCluster.assign(1, pStartPatch);
     std::unordered_set<const CPatch*> sUsedPatches{pStartPatch};
@@ -177,19 +185,19 @@ bool Top::frac_createCluster(CPatch* pStartPatch, std::vector<CPatch*>& vCluster
     return true;
 }
 
-bool Top::frac_solvePatchCluster(const std::vector<CPatch*>& vCluster, double meshArea)
+bool PatchClusters::solveCluster(const std::vector<CPatch*>& vCluster, double meshArea)
 {
     u64 set0 = 0;
     u64 set1 = 0;
     if (vCluster.size() > MAX_CLUSTER_SIZE || !findEqualSets(vCluster, set0, set1))
     {
-        std::cout << "--- FAILED ----, by end-of-loops" << std::endl;
+        printText("--- FAILED ----, by end-of-loops\n");
         return false;
     }
     std::vector<CPatch*> vPatches0 = selectPatches(vCluster, set0);
     std::vector<CPatch*> vPatches1 = selectPatches(vCluster, set1);
-    std::cout << "FOUND A REAL MATCH, vPatches0.size()=" << vPatches0.size()
-              << ", vPatches1.size()=" << vPatches1.size() << std::endl;
+    printText("FOUND A REAL MATCH, vPatches0.size()=" + std::to_string(vPatches0.size()) +
+              ", vPatches1.size()=" + std::to_string(vPatches1.size()) + "\n");
     assimilateIntoFirst(vPatches0);
     assimilateIntoFirst(vPatches1);
     ASSEX(vPatches0.size() == 1 && vPatches1.size() == 1);
@@ -197,11 +205,12 @@ bool Top::frac_solvePatchCluster(const std::vector<CPatch*>& vCluster, double me
     const std::size_t size1 = vPatches1[0]->getPatchBoundarySize();
     if (size0 != size1)
     {
-        std::cout << "FAILED due to different boundary size: " << size0 << ", " << size1 << std::endl;
+        printText("FAILED due to different boundary size: " + std::to_string(size0) + ", " +
+                  std::to_string(size1) + "\n");
         return false;
     }
-    const bool bSolved = solvePair(vPatches0[0], vPatches1[0], meshArea);
-    std::cout << (bSolved ? "*** SUCCESS ***" : "--- FAILED ----, by solvePatchPairs") << std::endl;
+    const bool bSolved = PatchPass::solvePair(vPatches0[0], vPatches1[0], meshArea);
+    printText(bSolved ? "*** SUCCESS ***\n" : "--- FAILED ----, by solvePatchPairs\n");
     return bSolved;
 }
 

@@ -1,19 +1,16 @@
-// The collapses of Top on the lattice mesh, and the order of passes that optimises it.
-#include "repair/Top.h"
+#include "repair/LatticeSimplifier.h"
 
 #include "cmesh/CMesh.h"
 #include "geometry/tools.h"
 
 #include <algorithm>
-#include <iostream>
+#include <string>
 #include <tuple>
 
 namespace TARN_ZEF
 {
 namespace
 {
-const double MAX_LEN_IN_CELLS = 1.5; // of an edge that optimize() collapses
-const int MAX_TINY_OPTIMIZE = 5;
 const double MAX_TURN_ANGLE = 5.0;  // of a triangle beside a collapse, in degrees
 const double MIN_CROSS_LEN = 1e-10; // of a cross product that still gives a normal
 const int MIN_KILLED_FOR_PASS = 11; // fewer collapses make another pass a waste
@@ -45,7 +42,7 @@ bool touches(const std::vector<u64>& vBorderVCD, const CEdge& edge)
            std::binary_search(vBorderVCD.begin(), vBorderVCD.end(), edge.v1);
 }
 
-Top::EdgeQueue makeQueue(const CMesh& mesh, const std::vector<u64>& vBorderVCD, double sqMaxLen)
+LatticeSimplifier::EdgeQueue makeQueue(const CMesh& mesh, const std::vector<u64>& vBorderVCD, double sqMaxLen)
 {
     std::vector<std::pair<double, CEdge*>> vSqLenEdge;
     mesh.forEachEdge(
@@ -63,47 +60,19 @@ Top::EdgeQueue makeQueue(const CMesh& mesh, const std::vector<u64>& vBorderVCD, 
                   return std::make_tuple(a.first, a.second->getNumber()) <
                          std::make_tuple(b.first, b.second->getNumber());
               });
-    Top::EdgeQueue mmSq2Edge;
+    LatticeSimplifier::EdgeQueue mmSq2Edge;
     for (const auto& entry : vSqLenEdge)
         mmSq2Edge.emplace_hint(mmSq2Edge.end(), entry);
     return mmSq2Edge;
 }
-
-CTriangle* findSmallestEar(const CMesh& mesh, const CEdge& edge)
-{
-    CTriangle* pSmallest = nullptr;
-    double minArea = 0.0;
-    for (CTriangle* pCT : edge.vCT)
-    {
-        if (!pCT->hasBorderEdge())
-            continue;
-        const double area = pCT->getArea(&mesh);
-        const bool bSmaller = pSmallest == nullptr || area < minArea ||
-                              (area == minArea && pCT->getNumber() < pSmallest->getNumber());
-        if (!bSmaller)
-            continue;
-        pSmallest = pCT;
-        minArea = area;
-    }
-    return pSmallest;
-}
 } // namespace
 
-void Top::optimize()
+LatticeSimplifier::LatticeSimplifier(CMesh* pCMesh_)
+    : pCMesh(pCMesh_)
 {
-    killDegenerate();
-    edgeFlips(0.1);
-    edgeFlips(1.0);
-    const double maxLen = MAX_LEN_IN_CELLS * pCMesh->getAvgSpacing();
-    simplify(0, maxLen, SM_MID_THEN_ENDS);
-    infoMessage(ZEF_HERE, "lap deactivated");
-    killTinyBorderPatches(MAX_TINY_OPTIMIZE);
-    simplify(0, maxLen, SM_MID_THEN_ENDS);
-    for (int i = 0; i < 3; ++i)
-        edgeFlips(0.1);
 }
 
-bool Top::simplify(int passNo, double maxLen, SimplifyMode mode)
+bool LatticeSimplifier::run(int passNo, double maxLen, SimplifyMode mode)
 {
     const std::vector<u64> vBorderVCD = getBorderVCDs(*pCMesh);
     const double sqMaxLen = maxLen == DBL_MAX ? DBL_MAX : maxLen * maxLen;
@@ -125,22 +94,22 @@ bool Top::simplify(int passNo, double maxLen, SimplifyMode mode)
         if (tryCollapse(pCE, mode, sqMaxLen, mmSq2Edge))
             ++numKilled;
     }
-    std::cout << "passNo: " << passNo << ", numKilled: " << numKilled << std::endl;
-    std::cout << "killDups has killed " << pCMesh->killDuplicates() << std::endl;
+    printText("passNo: " + std::to_string(passNo) + ", numKilled: " + std::to_string(numKilled) + "\n");
+    printText("killDups has killed " + std::to_string(pCMesh->killDuplicates()) + "\n");
     const int num2 = pCMesh->killDuplicates();
-    std::cout << "killDups has killed " << num2 << std::endl;
+    printText("killDups has killed " + std::to_string(num2) + "\n");
     ASSEX(num2 == 0);
     return numKilled >= MIN_KILLED_FOR_PASS || (numKilled >= 1 && passNo == 0);
 }
 
-bool Top::tryCollapse(CEdge* pCE, SimplifyMode mode, double sqMaxLen, EdgeQueue& mm)
+bool LatticeSimplifier::tryCollapse(CEdge* pCE, SimplifyMode mode, double sqMaxLen, EdgeQueue& mm)
 {
     if (mode != SM_ENDS && killMid(pCE, pCE->getMidPoint(pCMesh), sqMaxLen, mm))
         return true;
     return mode != SM_MID && (killSingle(pCE, 0, sqMaxLen, mm) || killSingle(pCE, 1, sqMaxLen, mm));
 }
 
-bool Top::killMid(CEdge* pCE, const Point3& mid, double sqMaxLen, EdgeQueue& mm)
+bool LatticeSimplifier::killMid(CEdge* pCE, const Point3& mid, double sqMaxLen, EdgeQueue& mm)
 {
     if (!staysFlat(pCE->v0, pCE->v1, mid) || !staysFlat(pCE->v1, pCE->v0, mid))
         return false;
@@ -150,7 +119,7 @@ bool Top::killMid(CEdge* pCE, const Point3& mid, double sqMaxLen, EdgeQueue& mm)
     return true;
 }
 
-bool Top::killSingle(CEdge* pCE, int end, double sqMaxLen, EdgeQueue& mm)
+bool LatticeSimplifier::killSingle(CEdge* pCE, int end, double sqMaxLen, EdgeQueue& mm)
 {
     ASSEX(end == 0 || end == 1);
     const u64 killCCD = end == 0 ? pCE->v0 : pCE->v1;
@@ -162,7 +131,7 @@ bool Top::killSingle(CEdge* pCE, int end, double sqMaxLen, EdgeQueue& mm)
     return true;
 }
 
-bool Top::staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos) const
+bool LatticeSimplifier::staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos) const
 {
     const Point3 killPoint = *pCMesh->getVtx(killCCD);
     std::vector<CTriangle*> vIncT;
@@ -188,7 +157,7 @@ bool Top::staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos) const
     return true;
 }
 
-void Top::enqueueEdgesAt(u64 ccd, double sqMaxLen, EdgeQueue& mm) const
+void LatticeSimplifier::enqueueEdgesAt(u64 ccd, double sqMaxLen, EdgeQueue& mm) const
 {
     std::vector<CEdge*> vIncCE;
     pCMesh->getIncCE(ccd, vIncCE);
@@ -197,22 +166,6 @@ void Top::enqueueEdgesAt(u64 ccd, double sqMaxLen, EdgeQueue& mm) const
         const double sqLen = getSqLength(*pCMesh, *pCE);
         if (sqLen < sqMaxLen)
             mm.emplace(sqLen, pCE);
-    }
-}
-
-void Top::killBorderEars()
-{
-    std::vector<CEdge*> vHighDeg;
-    pCMesh->getDegN(DEG_NON_MANIFOLD, vHighDeg);
-    for (const CEdge* pCE : vHighDeg)
-    {
-        while (pCE->isNonManifold())
-        {
-            CTriangle* pEarT = findSmallestEar(*pCMesh, *pCE);
-            if (pEarT == nullptr)
-                break;
-            pEarT->kill(pCMesh);
-        }
     }
 }
 

@@ -1,7 +1,8 @@
-// The pass of Top that leaves each square lattice face one diagonal.
-#include "repair/Top.h"
+#include "repair/UnifyDiagonals.h"
 
 #include "cmesh/CMesh.h"
+#include "repair/FlatTriangles.h"
+#include "repair/RepairState.h"
 
 #include <algorithm>
 #include <array>
@@ -9,17 +10,23 @@
 
 namespace TARN_ZEF
 {
-void Top::unifyDiagonals()
+UnifyDiagonals::UnifyDiagonals(RepairState& state_)
+    : state(state_)
+    , pCMesh(state_.pCMesh)
+{
+}
+
+void UnifyDiagonals::run()
 {
     const unsigned int numEdges = pCMesh->getNumEdges();
     std::vector<CEdge*> vCE;
-    if (crossing.find(*pCMesh))
-        vCE = crossing.get(); // a change concerns the diagonals of one square only
+    if (state.crossing.find(*pCMesh))
+        vCE = state.crossing.get(); // a change concerns the diagonals of one square only
     else
         pCMesh->getAllCE(vCE);
     for (std::size_t i = 0; i < vCE.size(); ++i)
     {
-        if (!unifyDiagonalAt(vCE[i]))
+        if (!unifyAt(vCE[i]))
             continue;
         // A split may give any edge a crossing one. The edges that it made are none of this pass.
         std::vector<CEdge*> vAllCE;
@@ -27,13 +34,13 @@ void Top::unifyDiagonals()
         std::erase_if(vAllCE, [&](CEdge* pCE)
                       { return pCE->getNumber() >= numEdges || !ByMapOrderCE()(vCE[i], pCE); });
         for (std::size_t k = 0; k < vAllCE.size(); ++k)
-            unifyDiagonalAt(vAllCE[k]);
+            unifyAt(vAllCE[k]);
         break;
     }
 }
 
 // Returns whether a flat triangle was split.
-bool Top::unifyDiagonalAt(CEdge* pCE)
+bool UnifyDiagonals::unifyAt(CEdge* pCE)
 {
     const auto [pCT0, pCT1, pOtherCE, ccd0, ccd1] = findCrossedSquare(*pCMesh, *pCE);
     if (pOtherCE == nullptr)
@@ -54,12 +61,10 @@ bool Top::unifyDiagonalAt(CEdge* pCE)
 }
 
 // Its corner 2 lies on the edge of the other two, or nearly so.
-void Top::splitNewFlat(CTriangle* pNewT)
+void UnifyDiagonals::splitNewFlat(CTriangle* pNewT)
 {
-    CEdge* pCE = pNewT->getCEdge(2);
-    ASSEX(pCE->getDegree() >= 2);
-    std::vector<CTriangle*> vKids;
-    if (pCE->trySplitNeigsKillT(pCMesh, pNewT, 2, vKids) || moveOneCorner(*pNewT, 2))
+    ASSEX(pNewT->getCEdge(2)->getDegree() >= 2);
+    if (FlatTriangles(state).splitOrMove(pNewT, 2))
         return;
     errorMessage(ZEF_HERE, "trySplitNeigsKillT() and laplacianForOne() did not succeed");
     throw ZefBugException();
