@@ -32,11 +32,8 @@ void setEnvironmentVariable(const char* pName, const std::string& value);
 // False, with the reason in errno, if that fails.
 [[nodiscard]] bool createFile(const std::string& name, const std::string& like);
 
-// Each returns a descriptor that no child process inherits, or -1 on failure: a second one of an open file,
-// an empty file that vanishes when it is closed, and the device that swallows everything.
+// A second descriptor of an open file that no child process inherits, or -1 on failure.
 [[nodiscard]] int duplicate(int fd);
-[[nodiscard]] int openVanishingFile();
-[[nodiscard]] int openNullDevice();
 
 } // namespace TARN_TOOL
 

@@ -76,19 +76,4 @@ int duplicate(int fd)
     return fcntl(fd, F_DUPFD_CLOEXEC, 3);
 }
 
-int openVanishingFile()
-{
-    const char* pFolder = std::getenv("TMPDIR");
-    std::string name = std::string(pFolder && *pFolder ? pFolder : "/tmp") + "/zef-messages-XXXXXX";
-    const int fd = mkostemp(name.data(), O_CLOEXEC);
-    if (fd >= 0)
-        unlink(name.c_str());
-    return fd;
-}
-
-int openNullDevice()
-{
-    return open("/dev/null", O_WRONLY | O_CLOEXEC);
-}
-
 } // namespace TARN_TOOL

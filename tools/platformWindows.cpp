@@ -77,20 +77,4 @@ int duplicate(int fd)
     return _dup(fd);
 }
 
-int openVanishingFile()
-{
-    char* const pName = _tempnam(nullptr, "zef");
-    if (!pName)
-        return -1;
-    const int fd = _open(pName, _O_CREAT | _O_EXCL | _O_RDWR | _O_BINARY | _O_TEMPORARY | _O_NOINHERIT,
-                         _S_IREAD | _S_IWRITE);
-    std::free(pName);
-    return fd;
-}
-
-int openNullDevice()
-{
-    return _open("NUL", _O_WRONLY | _O_NOINHERIT);
-}
-
 } // namespace TARN_TOOL
