@@ -10,6 +10,7 @@
 #include "helpers/StreamCapture.h"
 #include "helpers/checkMesh.h"
 #include "repair/BorderRepair.h"
+#include "repair/Orientation.h"
 #include "repair/SeamPass.h"
 
 #include <gtest/gtest.h>
@@ -62,8 +63,8 @@ struct SheetAndTop : SheetMesh
 };
 
 // Each piece over edges of degree 2 agrees in itself, unless it is twisted, and the normals of its triangles
-// at one of its topmost corners do not point down.
-void expectOriented(CMesh& mesh, const Calc& calc)
+// at one of its topmost corners do not point down. Returns the number of pieces where they do at another one.
+int expectOriented(CMesh& mesh, const Calc& calc)
 {
     TriangleUnion pieces(mesh.getAllT().size());
     std::set<unsigned int> sTwisted;
@@ -84,12 +85,16 @@ void expectOriented(CMesh& mesh, const Calc& calc)
         for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
             mUp[found.root][ccd & SPARSE_Z][ccd] += getLatticeNormal(calc, *pCT).z();
     }
+    int numUnclear = 0;
     for (const auto& [root, mByHeight] : mUp)
     {
         const auto& mTop = mByHeight.rbegin()->second;
         EXPECT_TRUE(
             std::any_of(mTop.begin(), mTop.end(), [](const auto& entry) { return entry.second > -1e-9; }));
+        numUnclear +=
+            std::any_of(mTop.begin(), mTop.end(), [](const auto& entry) { return entry.second < -1e-9; });
     }
+    return numUnclear;
 }
 } // namespace
 
@@ -401,6 +406,35 @@ TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)
     }
     EXPECT_EQ(numMembers, rough.cells.mesh().getNumAliveT());
     expectOriented(rough.cells.mesh(), rough.cells.calc);
+}
+
+// Piece by piece the same as the flood, which takes the first topmost corner that it meets.
+TEST(TopOrient, isThatOfTheFlood)
+{
+    int numUnclear = 0;
+    for (unsigned int seed = 0; seed < 40; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        const auto cells = randomCells(15 + 6 * (seed % 8));
+        CellsAndTop quick(4 + static_cast<int>(seed % 9), seed, cells);
+        CellsAndTop plain(4 + static_cast<int>(seed % 9), seed, cells);
+        quick.top.solvePatches(seed % 2 == 0);
+        plain.top.solvePatches(seed % 2 == 0);
+        RepairState state(&quick.cells.mesh(), &quick.cells.calc);
+        Orientation(state).run();
+        std::vector<CPatch*> vPatches;
+        plain.top.createPatchesOrient(plain.cells.mesh().getAllT(), vPatches);
+        for (CPatch* pPatch : vPatches)
+            std::unique_ptr<CPatch>(pPatch)->orientPatch();
+        for (const CTriangle* pCT : plain.cells.mesh().getAllT())
+        {
+            const CTriangle* pQuickT = quick.cells.mesh().getAllT()[pCT->getNumber()];
+            for (int i = 0; pCT->isAlive() && i < 3; ++i)
+                ASSERT_EQ(pQuickT->getCorner(i), pCT->getCorner(i));
+        }
+        numUnclear += expectOriented(plain.cells.mesh(), plain.cells.calc);
+    }
+    EXPECT_GT(numUnclear, 20);
 }
 
 // --- Positions ---------------------------------------------------------------------------------------------
