@@ -1,25 +1,23 @@
 #ifndef ZEF_FLATTRIANGLES_H
 #define ZEF_FLATTRIANGLES_H
 
+#include "core/definitions.h"
+
 #include <vector>
 
 namespace TARN_ZEF
 {
 class CMesh;
 class CTriangle;
-struct RepairState;
 
 // Splits away or moves all geometrically degenerate triangles. One that this makes stays for the next run.
 //
-// After a renewed extraction a run looks only at what is new or was moved: between the two, nobody but the
-// passes of the same state and the averaging of extra bundles may move a corner.
-//
 // Errors:    a flat triangle that can neither be split away nor moved throws ZefBugException.
-// Cost:      a look at all triangles, on the workers of the pool, if there is nothing to go on from.
+// Cost:      a look at all triangles, on the workers of the pool.
 class FlatTriangles
 {
 public:
-    explicit FlatTriangles(RepairState& state_);
+    explicit FlatTriangles(CMesh* pCMesh_);
 
     void run();
     // Splits the triangle away over its edge opposite corner ici, or moves one of its corners, that one
@@ -27,12 +25,11 @@ public:
     [[nodiscard]] bool splitOrMove(CTriangle* pCT, int ici);
 
 private:
-    [[nodiscard]] std::vector<CTriangle*> findFlat() const;
     void killFlat(CTriangle* pCT);
     [[nodiscard]] bool moveOneCorner(const CTriangle& ct, int ici);
 
-    RepairState& state;
     CMesh* pCMesh;
+    std::vector<u64> vMovedCCD; // in the present run
 };
 
 } // namespace TARN_ZEF

@@ -42,7 +42,23 @@ SurfacePieces takeOrFindPieces(RepairState& state)
     std::optional<SurfacePieces> pieces = state.takePieces();
     return pieces ? std::move(*pieces) : findPieces(*state.pCMesh);
 }
+
+bool isHigher(u64 ccdA, u64 ccdB)
+{
+    return (ccdA & SPARSE_Z) > (ccdB & SPARSE_Z);
+}
 } // namespace
+
+void Orientation::Peak::raise(const Peak& other)
+{
+    if (isHigher(topmostCCD, other.topmostCCD))
+        return;
+    if (isHigher(other.topmostCCD, topmostCCD))
+        *this = {component, other.topmostCCD};
+    bUp = bUp || other.bUp;
+    bDown = bDown || other.bDown;
+    bUpright = bUpright || other.bUpright;
+}
 
 Orientation::Orientation(CMesh* pCMesh_, const Calc* pCalc_, SurfacePieces pieces)
     : pCMesh(pCMesh_)
@@ -64,13 +80,13 @@ void Orientation::run()
         return;
     for (const std::uint32_t number : vTwisted)
         if (pCMesh->getAllT()[number]->isAlive())
-            vComponents[vComponentOf[turns.findRoot(number)]].bTwisted = true;
+            vComponents[vComponentOf[turns.findRoot(number)]].bFlood = true;
     for (Component& component : vComponents)
-        component.bTurn = !component.bTwisted && isUpsideDown(component);
+        component.bTurn = !component.bFlood && isUpsideDown(component, component.peak.topmostCCD);
     turnTriangles();
     for (const Component& component : vComponents)
-        if (component.bTwisted)
-            orientTwisted(component);
+        if (component.bFlood)
+            orientByFlood(component);
 }
 
 void Orientation::collectComponents()
@@ -81,8 +97,9 @@ void Orientation::collectComponents()
     for (unsigned int number = 0; number < vCT.size(); ++number)
         if (turns.isRoot(number) && vCT[number]->isAlive())
         {
-            vComponentOf[number] = static_cast<unsigned int>(vComponents.size());
-            vComponents.push_back({number, vCT[number]->getC0()});
+            const auto component = static_cast<unsigned int>(vComponents.size());
+            vComponentOf[number] = component;
+            vComponents.push_back({number, Peak{component, vCT[number]->getC0()}});
         }
     if (vComponents.empty())
         return;
@@ -97,8 +114,10 @@ void Orientation::collectComponents()
         [&](const Peaks& vPeaks)
         {
             for (const Peak& peak : vPeaks)
-                raiseTo(vComponents[peak.component].topmostCCD, peak.topmostCCD);
+                vComponents[peak.component].peak.raise(peak);
         });
+    for (Component& component : vComponents)
+        component.bFlood = component.bFlood || component.peak.isUnclear();
 }
 
 unsigned int Orientation::getComponent(std::size_t number) const
@@ -132,10 +151,7 @@ void Orientation::findTopOfLarge()
     if (numLooks > maxLooks)
         return;
     for (const Summit& summit : vSummits)
-    {
-        vComponents[summit.component].topmostCCD = getFirstCorner(summit);
-        vComponents[summit.component].bTopKnown = true;
-    }
+        settle(summit);
 }
 
 void Orientation::climb(u64 ccd, std::vector<Summit>& vSummits)
@@ -156,26 +172,22 @@ void Orientation::climb(u64 ccd, std::vector<Summit>& vSummits)
     }
 }
 
-// Of the corners at the summit, the first one of the first triangle that has one.
-u64 Orientation::getFirstCorner(const Summit& summit)
+void Orientation::settle(const Summit& summit)
 {
-    vIncT.clear();
-    for (const u64 ccd : summit.vCCD)
-        pCMesh->getIncT(ccd, vIncT);
-    std::erase_if(vIncT,
-                  [&](const CTriangle* pCT) { return getComponent(pCT->getNumber()) != summit.component; });
-    const CTriangle* pFirstT = *std::min_element(vIncT.begin(), vIncT.end(), ByCreationCT());
-    u64 topmostCCD = pFirstT->getC0();
-    raiseTo(topmostCCD, pFirstT->getC1());
-    raiseTo(topmostCCD, pFirstT->getC2());
-    return topmostCCD;
+    Component& component = vComponents[summit.component];
+    component.bTopKnown = true;
+    component.peak.topmostCCD = summit.vCCD.front();
+    const bool bTurn = isUpsideDown(component, summit.vCCD.front());
+    component.bFlood = std::any_of(summit.vCCD.begin(), summit.vCCD.end(),
+                                   [&](u64 ccd) { return isUpsideDown(component, ccd) != bTurn; });
 }
 
 void Orientation::collectPeaks(std::size_t from, std::size_t to, Peaks& vPeaks) const
 {
     for (std::size_t i = from; i < to; ++i)
     {
-        const unsigned int component = getComponent(i);
+        const TriangleUnion::Found found = turns.look(static_cast<std::uint32_t>(i));
+        const unsigned int component = vComponentOf[found.root];
         if (vComponents[component].bTopKnown)
             continue; // without a look at the triangle
         const CTriangle& ct = *pCMesh->getAllT()[i];
@@ -183,17 +195,25 @@ void Orientation::collectPeaks(std::size_t from, std::size_t to, Peaks& vPeaks) 
             continue;
         if (vPeaks.empty() || vPeaks.back().component != component)
             vPeaks.push_back({component, ct.getC0()});
-        for (const u64 ccd : {ct.getC0(), ct.getC1(), ct.getC2()})
-            raiseTo(vPeaks.back().topmostCCD, ccd);
+        Peak own{component, ct.getC0()};
+        raiseTo(own.topmostCCD, ct.getC1());
+        raiseTo(own.topmostCCD, ct.getC2());
+        if (isHigher(vPeaks.back().topmostCCD, own.topmostCCD))
+            continue;
+        const double z = getLatticeNormal(*pCalc, ct).z();
+        own.bUp = found.bTurned ? z < 0.0 : z > 0.0;
+        own.bDown = found.bTurned ? z > 0.0 : z < 0.0;
+        own.bUpright = !own.bUp && !own.bDown;
+        vPeaks.back().raise(own);
     }
 }
 
-// By the normals of its own triangles at its topmost corner: as the seed runs, or, in a twisted piece, as
-// they run themselves.
-bool Orientation::isUpsideDown(const Component& component)
+// By the normals of its own triangles at a topmost corner: as the seed runs, or, after a flood, as they run
+// themselves.
+bool Orientation::isUpsideDown(const Component& component, u64 topmostCCD)
 {
     vIncT.clear();
-    pCMesh->getIncT(component.topmostCCD, vIncT);
+    pCMesh->getIncT(topmostCCD, vIncT);
     double up = 0.0;
     for (const CTriangle* pCT : vIncT)
     {
@@ -201,7 +221,7 @@ bool Orientation::isUpsideDown(const Component& component)
         if (found.root != component.seed)
             continue;
         const double z = getLatticeNormal(*pCalc, *pCT).z();
-        up += !component.bTwisted && found.bTurned ? -z : z;
+        up += !component.bFlood && found.bTurned ? -z : z;
     }
     return up < 0.0;
 }
@@ -221,17 +241,22 @@ void Orientation::turnTriangles()
 void Orientation::turn(CTriangle& ct, const TriangleUnion::Found& found) const
 {
     const Component& component = vComponents[vComponentOf[found.root]];
-    if (component.bTwisted)
+    if (component.bFlood)
         ct.bVisited = false;
     else if (found.bTurned != component.bTurn && ct.isAlive())
         ct.flipOrientation();
 }
 
-void Orientation::orientTwisted(const Component& component)
+// Its topmost corner is the first one that the flood meets.
+void Orientation::orientByFlood(const Component& component)
 {
     std::vector<CTriangle*> vFlood;
     floodOriented(pCMesh->getAllT()[component.seed], vFlood);
-    if (isUpsideDown(component))
+    u64 topmostCCD = vFlood.front()->getC0();
+    for (const CTriangle* pCT : vFlood)
+        for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
+            raiseTo(topmostCCD, ccd);
+    if (isUpsideDown(component, topmostCCD))
         for (CTriangle* pCT : vFlood)
             pCT->flipOrientation();
 }

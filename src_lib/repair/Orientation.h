@@ -22,7 +22,9 @@ struct RepairState;
 // Comes in:  any mesh; the pieces that the state keeps are used up if they are those of the mesh.
 // Leaves:    neighbours over edges of degree 2 that agree, but along one line in each twisted piece.
 // Cost:      a few walks in memory order, since the turn of a triangle against the first one of its piece is
-//            unique. Only a twisted piece needs a flood, whose order decides where the twist ends.
+//            unique. Two kinds of pieces need a flood: a twisted one, where the order of the flood decides
+//            where the twist ends, and one whose topmost corners do not agree, where the first one that it
+//            meets decides.
 class Orientation
 {
 public:
@@ -34,22 +36,31 @@ public:
     void run();
 
 private:
+    // The topmost corner of some triangles of one piece, one of them if there are several, and how the
+    // triangles at these stand against the seed: whether some face up, down, and neither.
+    struct Peak
+    {
+        unsigned int component = 0;
+        u64 topmostCCD = 0;
+        bool bUp = false;
+        bool bDown = false;
+        bool bUpright = false;
+
+        // Takes over what is as high, in place of what is lower.
+        void raise(const Peak& other);
+        // The topmost corners may differ in which way the piece must be turned.
+        [[nodiscard]] bool isUnclear() const { return bDown && (bUp || bUpright); }
+    };
+    using Peaks = std::vector<Peak>;
     // One piece.
     struct Component
     {
         unsigned int seed = 0; // number of its first triangle
-        u64 topmostCCD = 0;
-        bool bTopKnown = false; // topmostCCD is final
-        bool bTwisted = false;  // no orientation fits all its edges
+        Peak peak;
+        bool bTopKnown = false; // the peak is final
+        bool bFlood = false;    // twisted, so that no orientation fits all its edges, or with an unclear peak
         bool bTurn = false;     // the seed must be turned, and all that agrees with it
     };
-    // The topmost corner of some triangles in a row that are of one component.
-    struct Peak
-    {
-        unsigned int component;
-        u64 topmostCCD;
-    };
-    using Peaks = std::vector<Peak>;
     // The uppermost corners of a large piece, as far as a walk over all corners has come.
     struct Summit
     {
@@ -64,12 +75,12 @@ private:
     [[nodiscard]] unsigned int getComponent(std::size_t number) const;
     void findTopOfLarge();
     void climb(u64 ccd, std::vector<Summit>& vSummits);
-    [[nodiscard]] u64 getFirstCorner(const Summit& summit);
+    void settle(const Summit& summit);
     void collectPeaks(std::size_t from, std::size_t to, Peaks& vPeaks) const;
-    [[nodiscard]] bool isUpsideDown(const Component& component);
+    [[nodiscard]] bool isUpsideDown(const Component& component, u64 topmostCCD);
     void turnTriangles();
     void turn(CTriangle& ct, const TriangleUnion::Found& found) const;
-    void orientTwisted(const Component& component);
+    void orientByFlood(const Component& component);
 
     CMesh* pCMesh;
     const Calc* pCalc;

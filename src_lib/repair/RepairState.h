@@ -8,7 +8,7 @@
 
 #include <optional>
 #include <set>
-#include <vector>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -21,8 +21,7 @@ class CMesh;
 // Ownership:  mesh and lattice belong to the caller; the memories are the state's.
 // Invariant:  a memory tells about the mesh as it was at a time that the memory itself can prove: the number
 //             of an extraction, or the number of triangles. What cannot be proven is searched anew, so a pass
-//             may edit the mesh without a word to the others, with one exception: whoever moves a corner
-//             between two extractions adds it to vMovedCCD.
+//             may kill, make and move without a word to the others.
 // Threads:    none.
 struct RepairState
 {
@@ -58,9 +57,6 @@ struct RepairState
     Rotx rotx;
     // Those of the latest extraction; changed by UnifyDiagonals alone.
     CrossingDiagonals crossing;
-    // For the search of flat triangles; the first is changed by FlatTriangles alone.
-    unsigned int flatExtraction = 0; // after which all were dealt with; 0: never
-    std::vector<u64> vMovedCCD;      // corners that were moved since then, those of extra bundles aside
     // Corners of feature lines and of known borders of a melt; empty unless a caller knows some.
     std::set<u64> sFeatureCCD;
     std::set<u64> sBorderCCD;

@@ -155,7 +155,7 @@ void Top::unifyDiagonals()
 
 void Top::killDegenerate()
 {
-    FlatTriangles(state).run();
+    FlatTriangles(state.pCMesh).run();
 }
 
 void Top::cbsComplete(Voro* pVoro)

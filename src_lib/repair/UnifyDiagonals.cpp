@@ -64,7 +64,7 @@ bool UnifyDiagonals::unifyAt(CEdge* pCE)
 void UnifyDiagonals::splitNewFlat(CTriangle* pNewT)
 {
     ASSEX(pNewT->getCEdge(2)->getDegree() >= 2);
-    if (FlatTriangles(state).splitOrMove(pNewT, 2))
+    if (FlatTriangles(pCMesh).splitOrMove(pNewT, 2))
         return;
     errorMessage(ZEF_HERE, "trySplitNeigsKillT() and laplacianForOne() did not succeed");
     throw ZefBugException();

@@ -10,6 +10,7 @@
 #include "helpers/StreamCapture.h"
 #include "helpers/checkMesh.h"
 #include "repair/BorderRepair.h"
+#include "repair/Orientation.h"
 #include "repair/SeamPass.h"
 
 #include <gtest/gtest.h>
@@ -62,8 +63,8 @@ struct SheetAndTop : SheetMesh
 };
 
 // Each piece over edges of degree 2 agrees in itself, unless it is twisted, and the normals of its triangles
-// at one of its topmost corners do not point down.
-void expectOriented(CMesh& mesh, const Calc& calc)
+// at one of its topmost corners do not point down. Returns the number of pieces where they do at another one.
+int expectOriented(CMesh& mesh, const Calc& calc)
 {
     TriangleUnion pieces(mesh.getAllT().size());
     std::set<unsigned int> sTwisted;
@@ -84,12 +85,16 @@ void expectOriented(CMesh& mesh, const Calc& calc)
         for (const u64 ccd : {pCT->getC0(), pCT->getC1(), pCT->getC2()})
             mUp[found.root][ccd & SPARSE_Z][ccd] += getLatticeNormal(calc, *pCT).z();
     }
+    int numUnclear = 0;
     for (const auto& [root, mByHeight] : mUp)
     {
         const auto& mTop = mByHeight.rbegin()->second;
         EXPECT_TRUE(
             std::any_of(mTop.begin(), mTop.end(), [](const auto& entry) { return entry.second > -1e-9; }));
+        numUnclear +=
+            std::any_of(mTop.begin(), mTop.end(), [](const auto& entry) { return entry.second < -1e-9; });
     }
+    return numUnclear;
 }
 } // namespace
 
@@ -167,52 +172,26 @@ TEST(TopQuickPasses, agreeWithThePlainOnesOnRoughMeshes)
     EXPECT_GT(numSolved, 20);
 }
 
-namespace
-{
-// In the middle, exactly: so the ends go to a grid first.
-void putBetween(Point3& p, Point3& a, Point3& b)
-{
-    const auto snap = [](double x) { return std::round(64.0 * x) / 64.0; };
-    for (Point3* pEnd : {&a, &b})
-        pEnd->set(snap(pEnd->x()), snap(pEnd->y()), snap(pEnd->z()));
-    p.set((a.x() + b.x()) / 2.0, (a.y() + b.y()) / 2.0, (a.z() + b.z()) / 2.0);
-}
-} // namespace
-
-// The one Top knows the flat triangles of the extraction before, the others search all.
-TEST(TopKillDegenerate, findsTheSameAgainAfterARenewedExtraction)
+TEST(TopKillDegenerate, leavesNoFlatTriangleAfterAFewRuns)
 {
     const StreamCapture capture;
-    int numRevived = 0;
-    for (unsigned int seed = 0; seed < 20; ++seed)
+    for (unsigned int seed = 0; seed < 10; ++seed)
     {
         SCOPED_TRACE(seed);
-        CellsAndTop known(26, seed, ballCells(9.0, 40));
-        CellsAndTop plain(26, seed, ballCells(9.0, 40));
-        const std::vector<CTriangle*>& vT = known.cells.mesh().getAllT();
+        CellsAndTop ball(26, seed, ballCells(9.0, 40));
+        CMesh& mesh = ball.cells.mesh();
         std::mt19937 rng(seed);
-        std::vector<u64> vGenerating;
-        for (int i = 0; i < 2; ++i)
-            vGenerating.push_back(vT[rng() % vT.size()]->getGeneratingVCD());
         for (int i = 0; i < 10; ++i)
         {
-            const CTriangle& ct = *vT[rng() % vT.size()];
-            for (CMesh* pMesh : {&known.cells.mesh(), &plain.cells.mesh()})
-                putBetween(*pMesh->getVtx(ct.getC0()), *pMesh->getVtx(ct.getC1()),
-                           *pMesh->getVtx(ct.getC2()));
+            const CTriangle& ct = *mesh.getAllT()[rng() % mesh.getAllT().size()];
+            mesh.getVtx(ct.getC0())->set(*mesh.getVtx(ct.getC1())); // flat whatever the rounding
         }
-        for (int i = 0; i < 2; ++i)
-        {
-            known.top.killDegenerate();
-            Top(&plain.cells.mesh(), &plain.cells.calc).killDegenerate();
-            ASSERT_EQ(known.cells.getTriples(), plain.cells.getTriples());
-            known.cells.pVoro->borderFix(vGenerating);
-            plain.cells.pVoro->borderFix(vGenerating);
-            if (const CMesh::Renewed* pRenewed = known.cells.mesh().getRenewed())
-                numRevived += static_cast<int>(pRenewed->vRevivedT.size());
-        }
+        EXPECT_FALSE(mesh.checkNoDegenerate("before"));
+        for (int i = 0; i < 3; ++i)
+            ball.top.killDegenerate();
+        EXPECT_TRUE(mesh.checkNoDegenerate("after"));
+        expectConsistent(mesh);
     }
-    EXPECT_GT(numRevived, 100);
 }
 
 TEST(TopKillDegenerate, givesUpWhereAllCornersAreInOnePlace)
@@ -427,6 +406,35 @@ TEST(TopOrient, reachesEveryPieceAndEndsATwistOnce)
     }
     EXPECT_EQ(numMembers, rough.cells.mesh().getNumAliveT());
     expectOriented(rough.cells.mesh(), rough.cells.calc);
+}
+
+// Piece by piece the same as the flood, which takes the first topmost corner that it meets.
+TEST(TopOrient, isThatOfTheFlood)
+{
+    int numUnclear = 0;
+    for (unsigned int seed = 0; seed < 40; ++seed)
+    {
+        SCOPED_TRACE(seed);
+        const auto cells = randomCells(15 + 6 * (seed % 8));
+        CellsAndTop quick(4 + static_cast<int>(seed % 9), seed, cells);
+        CellsAndTop plain(4 + static_cast<int>(seed % 9), seed, cells);
+        quick.top.solvePatches(seed % 2 == 0);
+        plain.top.solvePatches(seed % 2 == 0);
+        RepairState state(&quick.cells.mesh(), &quick.cells.calc);
+        Orientation(state).run();
+        std::vector<CPatch*> vPatches;
+        plain.top.createPatchesOrient(plain.cells.mesh().getAllT(), vPatches);
+        for (CPatch* pPatch : vPatches)
+            std::unique_ptr<CPatch>(pPatch)->orientPatch();
+        for (const CTriangle* pCT : plain.cells.mesh().getAllT())
+        {
+            const CTriangle* pQuickT = quick.cells.mesh().getAllT()[pCT->getNumber()];
+            for (int i = 0; pCT->isAlive() && i < 3; ++i)
+                ASSERT_EQ(pQuickT->getCorner(i), pCT->getCorner(i));
+        }
+        numUnclear += expectOriented(plain.cells.mesh(), plain.cells.calc);
+    }
+    EXPECT_GT(numUnclear, 20);
 }
 
 // --- Positions ---------------------------------------------------------------------------------------------
