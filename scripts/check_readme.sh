@@ -24,9 +24,9 @@ for option in $(grep -oE -e '-D[A-Z_]+' README.md docs/*.md | sed 's/.*-D//' | s
     grep -q "$option" CMakeLists.txt || fail "the documents name the option $option"
 done
 
-# Links to files, and pictures, of all documents.
-for document in README.md docs/*.md; do
-    for target in $(grep -oE '\]\([^)#:]+' "$document" | sed 's/^](//'); do
+# Links to files, and pictures, of all documents; code is none.
+for document in README.md CONTRIBUTING.md docs/*.md; do
+    for target in $(sed '/^```/,/^```/d' "$document" | grep -oE '\]\([^)#:]+' | sed 's/^](//'); do
         test -e "$(dirname "$document")/$target" || fail "$document links to $target, which is not there"
     done
 done
