@@ -1,6 +1,7 @@
 #include "Image.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "writePng.h"
 
@@ -17,7 +18,7 @@ void Image::setPixel(int x, int y, const Colour& colour)
 {
     std::uint8_t* const pPixel = &vBytes[indexOf(x, y)];
     for (std::size_t c = 0; c < 3; ++c)
-        pPixel[c] = static_cast<std::uint8_t>(255.0f * std::clamp(colour[c], 0.0f, 1.0f) + 0.5f);
+        pPixel[c] = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(colour[c], 0.0f, 1.0f)));
 }
 
 void Image::darken(int x, int y, float factor)

@@ -20,7 +20,7 @@ std::string writePng(const std::string& name, int width, int height, const std::
     png.height = static_cast<png_uint_32>(height);
     png.format = PNG_FORMAT_RGB;
     const bool bWritten = png_image_write_to_file(&png, name.c_str(), 0, vBytes.data(), 0, nullptr) != 0;
-    const std::string reason = bWritten ? "" : png.message;
+    std::string reason = bWritten ? "" : png.message;
     png_image_free(&png);
     return reason;
 }

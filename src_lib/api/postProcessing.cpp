@@ -19,7 +19,7 @@ RMesh* getRMesh(const std::shared_ptr<Mesh>& pMesh)
 }
 
 void requireNumbers(double maxEdgeLength, double maxDevAngle,
-                    const std::source_location& where = std::source_location::current())
+                    const SourceLocation& where = SourceLocation::current())
 {
     const char* const condition = "!isNaN(maxEdgeLength) && !isNaN(maxDevAngle)";
     if (isNaN(maxEdgeLength))

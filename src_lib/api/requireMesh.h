@@ -10,7 +10,7 @@ namespace TARN_ZEF
 {
 // Refuses an empty pointer.
 inline void requireMesh(const std::shared_ptr<Mesh>& pMesh,
-                        const std::source_location& where = std::source_location::current())
+                        const SourceLocation& where = SourceLocation::current())
 {
     if (pMesh == nullptr)
         refuse<ZefBadArgument>(

@@ -87,7 +87,7 @@ void failAssertion(const char* file, int line, const char* signature, const char
     throw ZefBugException(reason);
 }
 
-void reportRefusal(const char* condition, const std::string& reason, const std::source_location& where)
+void reportRefusal(const char* condition, const std::string& reason, const SourceLocation& where)
 {
     deliver(
         {Severity::Error, "ASSEX", reason,

@@ -2,14 +2,14 @@
 #define ZEF_REFUSE_H
 
 #include "ZefRefusedException.h"
+#include "core/SourceLocation.h"
 
-#include <source_location>
 #include <string>
 
 namespace TARN_ZEF
 {
 // Prints as an assertion of that condition would; a receiver gets the reason as the text.
-void reportRefusal(const char* condition, const std::string& reason, const std::source_location& where);
+void reportRefusal(const char* condition, const std::string& reason, const SourceLocation& where);
 
 // Refuses a public call: for what a caller gave, where a broken invariant of our own is an assertion.
 //
@@ -18,7 +18,7 @@ void reportRefusal(const char* condition, const std::string& reason, const std::
 // reason     for the user: the value, what is wrong with it, and what to do
 template <typename E>
 [[noreturn]] void refuse(const char* condition, const std::string& reason,
-                         const std::source_location& where = std::source_location::current())
+                         const SourceLocation& where = SourceLocation::current())
 {
     reportRefusal(condition, reason, where);
     throw E(reason);

@@ -2,6 +2,7 @@
 #define ZEF_CLOUD_H
 
 #include "Point3.h"
+#include "core/SourceLocation.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 #include "tarn_tools/SimplePool.h"
@@ -11,7 +12,6 @@
 #include <cstdint>
 #include <limits>
 #include <memory>
-#include <source_location>
 #include <string>
 #include <utility>
 #include <vector>
@@ -101,15 +101,14 @@ public:
     void printStatistics() const;
 
     // Refuses more points than can be numbered.
-    static void requireNumber(std::size_t num,
-                              const std::source_location& where = std::source_location::current());
+    static void requireNumber(std::size_t num, const SourceLocation& where = SourceLocation::current());
 
 private:
     static constexpr std::size_t MAX_POINTS = std::numeric_limits<std::int32_t>::max();
 
     // --- Refusals (CloudRefusals.cpp) ---
     // condition is what does not hold; where is for the place that asks.
-    using Place = std::source_location;
+    using Place = SourceLocation;
     void requireTriangles(std::size_t num, const Place& where = Place::current()) const;
     void requireCells(std::size_t num, const Place& where = Place::current()) const;
     [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;

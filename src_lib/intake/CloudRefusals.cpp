@@ -13,7 +13,7 @@ namespace
 constexpr std::size_t TRIANGLE_CORNERS = 3;
 } // namespace
 
-void Cloud::requireNumber(std::size_t num, const std::source_location& where)
+void Cloud::requireNumber(std::size_t num, const SourceLocation& where)
 {
     if (num > MAX_POINTS)
         refuse<ZefTooManyPoints>("v.size() <= MAX_POINTS",
@@ -22,7 +22,7 @@ void Cloud::requireNumber(std::size_t num, const std::source_location& where)
                                  where);
 }
 
-void Cloud::requireTriangles(std::size_t num, const std::source_location& where) const
+void Cloud::requireTriangles(std::size_t num, const SourceLocation& where) const
 {
     if (bMelt && num % TRIANGLE_CORNERS != 0)
         refuse<ZefBadArgument>(
@@ -33,7 +33,7 @@ void Cloud::requireTriangles(std::size_t num, const std::source_location& where)
             where);
 }
 
-void Cloud::requireCells(std::size_t num, const std::source_location& where) const
+void Cloud::requireCells(std::size_t num, const SourceLocation& where) const
 {
     if (num > MAX_POINTS)
         refuse<ZefTooManyPoints>("num <= MAX_POINTS",
@@ -44,7 +44,7 @@ void Cloud::requireCells(std::size_t num, const std::source_location& where) con
                                  where);
 }
 
-void Cloud::refuseExtent(const char* condition, const std::source_location& where) const
+void Cloud::refuseExtent(const char* condition, const SourceLocation& where) const
 {
     refuse<ZefUnusablePoints>(condition,
                               "the coordinates reach from " + toText(bbMin[0]) + ", " + toText(bbMin[1]) +
@@ -54,7 +54,7 @@ void Cloud::refuseExtent(const char* condition, const std::source_location& wher
                               where);
 }
 
-void Cloud::refuseCrowd(const char* condition, const std::source_location& where) const
+void Cloud::refuseCrowd(const char* condition, const SourceLocation& where) const
 {
     if (!std::isfinite(getMaxExtent()))
         refuseExtent(condition, where);
@@ -66,7 +66,7 @@ void Cloud::refuseCrowd(const char* condition, const std::source_location& where
                               where);
 }
 
-void Cloud::refuseSpacing(const char* condition, const std::source_location& where) const
+void Cloud::refuseSpacing(const char* condition, const SourceLocation& where) const
 {
     if (spacingBy == SpacingBy::LENGTH)
         refuse<ZefBadArgument>(condition,
@@ -88,7 +88,7 @@ void Cloud::refuseSpacing(const char* condition, const std::source_location& whe
         where);
 }
 
-void Cloud::refuseLattice(const char* condition, const std::source_location& where) const
+void Cloud::refuseLattice(const char* condition, const SourceLocation& where) const
 {
     const double extent = getMaxExtent();
     if (!std::isfinite(extent) && std::isfinite(usedSpacing))

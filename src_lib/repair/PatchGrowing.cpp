@@ -142,6 +142,7 @@ CTriangle* PatchGrowing::getMaxT(const std::vector<CPatch*>& vPatches, bool& bNe
 CTriangle* PatchGrowing::findFacing(const std::vector<CTriangle*>& vIncT, u64 maxCCD, bool& bNeedFlip)
 {
     std::vector<std::pair<int, CTriangle*>> vSumT;
+    vSumT.reserve(vIncT.size());
     for (CTriangle* pCT : vIncT)
         vSumT.emplace_back(countInLayer(*pCT, maxCCD), pCT);
     std::stable_sort(vSumT.begin(), vSumT.end(),

@@ -39,6 +39,7 @@ std::vector<Seam> findSeams(const CMesh& mesh, const std::vector<std::unique_ptr
         mNumEdges[vAtEdge] += 1.0;
     }
     std::vector<Seam> vSeams;
+    vSeams.reserve(mNumEdges.size());
     for (const auto& [vAtEdge, numEdges] : mNumEdges)
         vSeams.push_back({vAtEdge, numEdges});
     return vSeams;
