@@ -65,8 +65,6 @@ void LatticeFlips::flipFeaturesAt(u64 ccd)
     pCMesh->getIncT(ccd, vIncT);
     for (CTriangle* pCT : vIncT)
     {
-        if (!pCT->isAlive()) // an earlier flip took it
-            continue;
         CEdge* pCE = pCT->getCEdge(pCT->getICI(ccd));
         CTriangle* pCT1 = pCE->getNeigT(pCT);
         if (pCT1 == nullptr)
