@@ -83,12 +83,20 @@ bool ConnectionJudge::isProper(std::size_t triangle) const
 
 void ConnectionJudge::sortCorners()
 {
-    vCorners.reserve(vVertices.size());
-    for (std::size_t t = 0; t < mesh.getNumTriangles(); ++t)
-        if (isProper(t))
-            for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner)
-                vCorners.emplace_back(vVertices[corner], static_cast<std::uint32_t>(corner));
+    constexpr std::uint32_t leftOut = ~std::uint32_t{0}; // above all vertices
+    vCorners.resize(vVertices.size());
+    parallelFor(mesh.getNumTriangles(), 10'000,
+                [this](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t t = from; t < to; ++t)
+                        for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner)
+                            vCorners[corner] = {isProper(t) ? static_cast<std::uint32_t>(vVertices[corner])
+                                                            : leftOut,
+                                                static_cast<std::uint32_t>(corner)};
+                });
     sortByFirstMT(vCorners.begin(), vCorners.end());
+    while (!vCorners.empty() && vCorners.back().first == leftOut)
+        vCorners.pop_back();
 }
 
 std::size_t ConnectionJudge::countPieces(std::size_t numPoints, std::size_t numVertices) const

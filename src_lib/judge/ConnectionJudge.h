@@ -15,7 +15,7 @@ namespace TARN_ZEF
 // pieces. Vertex by vertex, each with the triangles around it.
 //
 // Threads:    works on the pool; the result is the same for every number of threads.
-// Cost        some 50 bytes a triangle while it runs.
+// Cost        some 70 bytes a triangle while it runs.
 class ConnectionJudge
 {
 public:

@@ -9,6 +9,12 @@
 
 namespace TARN_ZEF
 {
+namespace
+{
+// Stands above all corner numbers.
+constexpr std::uint32_t LEFT_OUT = ~std::uint32_t{0};
+} // namespace
+
 ShapeJudge::ShapeJudge(const JudgedMesh& mesh_, const CornerNumbering& numbering_)
     : mesh(mesh_)
     , numbering(numbering_)
@@ -30,13 +36,6 @@ CornerNumbers ShapeJudge::numbersOf(std::size_t triangle) const
     const int* pCorners = &mesh.getCorners()[3 * triangle];
     const auto numberOf = [&](int corner) { return numbering.vNumbers[static_cast<std::size_t>(corner)]; };
     return {numberOf(pCorners[0]), numberOf(pCorners[1]), numberOf(pCorners[2])};
-}
-
-CornerNumbers ShapeJudge::sortedNumbersOf(std::size_t triangle) const
-{
-    CornerNumbers numbers = numbersOf(triangle);
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
 }
 
 ShapeJudge::Shape ShapeJudge::shapeOf(const ExactSigns& signs, std::size_t triangle) const
@@ -86,47 +85,74 @@ void ShapeJudge::findShapes(std::size_t maxPlaces, MeshCheck& check, FaultList& 
 
 void ShapeJudge::sortTriangles()
 {
-    vSorted.reserve(vShapes.size());
-    for (std::size_t t = 0; t < vShapes.size(); ++t)
-        if (vShapes[t] != Shape::NOT_FINITE)
-        {
-            const CornerNumbers numbers = numbersOf(t);
-            vSorted.emplace_back(std::min({numbers[0], numbers[1], numbers[2]}),
-                                 static_cast<std::uint32_t>(t));
-        }
+    vSorted.resize(vShapes.size());
+    parallelFor(vShapes.size(), 10'000,
+                [this](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t t = from; t < to; ++t)
+                    {
+                        const CornerNumbers numbers = numbersOf(t);
+                        const std::uint32_t lowest = std::min({numbers[0], numbers[1], numbers[2]});
+                        vSorted[t] = {vShapes[t] == Shape::NOT_FINITE ? LEFT_OUT : lowest,
+                                      static_cast<std::uint32_t>(t)};
+                    }
+                });
     sortByFirstMT(vSorted.begin(), vSorted.end());
-    const auto isLess = [this](const auto& a, const auto& b)
-    {
-        const CornerNumbers numbersA = sortedNumbersOf(a.second);
-        const CornerNumbers numbersB = sortedNumbersOf(b.second);
-        return numbersA != numbersB ? numbersA < numbersB : a.second < b.second;
-    };
-    for (auto it = vSorted.begin(); it != vSorted.end();)
-    {
-        auto end = it + 1;
-        while (end != vSorted.end() && end->first == it->first)
-            ++end;
-        std::sort(it, end, isLess);
-        it = end;
-    }
+    while (!vSorted.empty() && vSorted.back().first == LEFT_OUT)
+        vSorted.pop_back();
 }
 
-void ShapeJudge::findDuplicates(std::size_t maxPlaces, MeshCheck& check, FaultList& faults) const
+// Triangles around one corner are put in order, too, so that those of a large fan lie beside their neighbours.
+void ShapeJudge::findDuplicates(std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
 {
-    LowestPairs lowest(maxPlaces);
-    std::size_t first = 0; // of those with equal corners
-    for (std::size_t i = 1; i < vSorted.size(); ++i)
+    struct Part
     {
-        const bool bEqual = vSorted[i].first == vSorted[first].first &&
-                            sortedNumbersOf(vSorted[i].second) == sortedNumbersOf(vSorted[first].second);
-        if (!bEqual)
+        std::size_t numDuplicates = 0;
+        LowestPairs lowest;
+        std::vector<std::pair<CornerNumbers, std::uint32_t>> vOfCorner;
+    };
+    LowestPairs lowest(maxPlaces);
+    const auto isFirst = [this](std::size_t i) { return i == 0 || vSorted[i - 1].first != vSorted[i].first; };
+    constexpr std::size_t perPart = 1 << 14;
+    produceRangesInOrder<Part>(
+        vSorted.size(), perPart,
+        [&](Part& part, std::size_t from, std::size_t to)
         {
-            first = i;
-            continue;
-        }
-        ++check.numDuplicates;
-        lowest.add({vSorted[i].second, vSorted[first].second});
-    }
+            part.numDuplicates = 0;
+            part.lowest = LowestPairs(maxPlaces);
+            while (from < to && !isFirst(from))
+                ++from;
+            while (from < to)
+            {
+                part.vOfCorner.clear();
+                std::size_t end = from;
+                do
+                {
+                    CornerNumbers numbers = numbersOf(vSorted[end].second);
+                    std::sort(numbers.begin(), numbers.end());
+                    part.vOfCorner.emplace_back(numbers, vSorted[end].second);
+                    ++end;
+                } while (end < vSorted.size() && !isFirst(end));
+                std::sort(part.vOfCorner.begin(), part.vOfCorner.end());
+                for (std::size_t i = 0, first = 0; i < part.vOfCorner.size(); ++i)
+                {
+                    const std::uint32_t triangle = part.vOfCorner[i].second;
+                    vSorted[from + i].second = triangle;
+                    if (part.vOfCorner[i].first != part.vOfCorner[first].first)
+                        first = i;
+                    if (i == first)
+                        continue;
+                    ++part.numDuplicates;
+                    part.lowest.add({triangle, part.vOfCorner[first].second});
+                }
+                from = end;
+            }
+        },
+        [&](const Part& part)
+        {
+            check.numDuplicates += part.numDuplicates;
+            lowest.append(part.lowest);
+        });
     for (const auto& [triangle, earlier] : lowest.getSorted())
         faults.add({MeshFaultKind::DUPLICATE, static_cast<int>(triangle), static_cast<int>(earlier),
                     mesh.getCentre(triangle)});
