@@ -8,6 +8,7 @@
 #include "parallel/sortMT2.h"
 
 #include <atomic>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -35,8 +36,22 @@ ConnectionJudge::ConnectionJudge(const JudgedMesh& mesh_, const std::vector<int>
 void ConnectionJudge::run(std::size_t numPoints, std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
 {
     sortCorners();
-    std::vector<std::uint32_t> vBorder;
-    std::vector<StarScan::HalfEdges> vJoints;
+    scanVertices(maxPlaces, check, faults);
+    const auto numProper = static_cast<std::int64_t>(vCorners.size() / 3);
+    vCorners = {};
+    check.numPieces = countPieces(numPoints, check.numVertices);
+    check.eulerNumber =
+        static_cast<std::int64_t>(check.numVertices) - static_cast<std::int64_t>(check.numEdges) + numProper;
+    check.numBorderEdges = vBorder.size();
+    const BorderLoops loops(mesh, std::move(vBorder), vJoints);
+    check.numBorderLoops = loops.numLoops;
+    check.borderLength = loops.length;
+    check.longestLoopLength = loops.longestLength;
+    check.numLongestLoopEdges = loops.numLongestEdges;
+}
+
+void ConnectionJudge::scanVertices(std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
+{
     // A part has the vertices whose first corner is in it.
     const auto isFirst = [this](std::size_t i)
     { return i == 0 || vCorners[i - 1].first != vCorners[i].first; };
@@ -62,17 +77,6 @@ void ConnectionJudge::run(std::size_t numPoints, std::size_t maxPlaces, MeshChec
             vBorder.insert(vBorder.end(), scan.vBorder.begin(), scan.vBorder.end());
             vJoints.insert(vJoints.end(), scan.vJoints.begin(), scan.vJoints.end());
         });
-    const std::size_t numProper = vCorners.size() / 3;
-    vCorners = {};
-    check.numPieces = countPieces(numPoints, check.numVertices);
-    check.eulerNumber = static_cast<std::int64_t>(check.numVertices) -
-                        static_cast<std::int64_t>(check.numEdges) + static_cast<std::int64_t>(numProper);
-    check.numBorderEdges = vBorder.size();
-    const BorderLoops loops(mesh, std::move(vBorder), vJoints);
-    check.numBorderLoops = loops.numLoops;
-    check.borderLength = loops.length;
-    check.longestLoopLength = loops.longestLength;
-    check.numLongestLoopEdges = loops.numLongestEdges;
 }
 
 bool ConnectionJudge::isProper(std::size_t triangle) const

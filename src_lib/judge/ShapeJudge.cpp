@@ -102,60 +102,61 @@ void ShapeJudge::sortTriangles()
         vSorted.pop_back();
 }
 
-// Triangles around one corner are put in order, too, so that those of a large fan lie beside their neighbours.
 void ShapeJudge::findDuplicates(std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
 {
-    struct Part
-    {
-        std::size_t numDuplicates = 0;
-        LowestPairs lowest;
-        std::vector<std::pair<CornerNumbers, std::uint32_t>> vOfCorner;
-    };
     LowestPairs lowest(maxPlaces);
     const auto isFirst = [this](std::size_t i) { return i == 0 || vSorted[i - 1].first != vSorted[i].first; };
     constexpr std::size_t perPart = 1 << 14;
-    produceRangesInOrder<Part>(
+    // A part has the corners whose first triangle is in it.
+    produceRangesInOrder<Duplicates>(
         vSorted.size(), perPart,
-        [&](Part& part, std::size_t from, std::size_t to)
+        [&](Duplicates& part, std::size_t from, std::size_t to)
         {
-            part.numDuplicates = 0;
+            part.num = 0;
             part.lowest = LowestPairs(maxPlaces);
             while (from < to && !isFirst(from))
                 ++from;
             while (from < to)
             {
-                part.vOfCorner.clear();
-                std::size_t end = from;
-                do
-                {
-                    CornerNumbers numbers = numbersOf(vSorted[end].second);
-                    std::sort(numbers.begin(), numbers.end());
-                    part.vOfCorner.emplace_back(numbers, vSorted[end].second);
+                std::size_t end = from + 1;
+                while (end < vSorted.size() && !isFirst(end))
                     ++end;
-                } while (end < vSorted.size() && !isFirst(end));
-                std::sort(part.vOfCorner.begin(), part.vOfCorner.end());
-                for (std::size_t i = 0, first = 0; i < part.vOfCorner.size(); ++i)
-                {
-                    const std::uint32_t triangle = part.vOfCorner[i].second;
-                    vSorted[from + i].second = triangle;
-                    if (part.vOfCorner[i].first != part.vOfCorner[first].first)
-                        first = i;
-                    if (i == first)
-                        continue;
-                    ++part.numDuplicates;
-                    part.lowest.add({triangle, part.vOfCorner[first].second});
-                }
+                sortAtCorner(from, end, part);
                 from = end;
             }
         },
-        [&](const Part& part)
+        [&](const Duplicates& part)
         {
-            check.numDuplicates += part.numDuplicates;
+            check.numDuplicates += part.num;
             lowest.append(part.lowest);
         });
     for (const auto& [triangle, earlier] : lowest.getSorted())
         faults.add({MeshFaultKind::DUPLICATE, static_cast<int>(triangle), static_cast<int>(earlier),
                     mesh.getCentre(triangle)});
+}
+
+void ShapeJudge::sortAtCorner(std::size_t from, std::size_t end, Duplicates& part)
+{
+    part.vOfCorner.clear();
+    for (std::size_t i = from; i < end; ++i)
+    {
+        CornerNumbers numbers = numbersOf(vSorted[i].second);
+        std::sort(numbers.begin(), numbers.end());
+        part.vOfCorner.emplace_back(numbers, vSorted[i].second);
+    }
+    std::sort(part.vOfCorner.begin(), part.vOfCorner.end());
+    std::size_t first = 0; // of those with equal corners
+    for (std::size_t i = 0; i < part.vOfCorner.size(); ++i)
+    {
+        const auto& [numbers, triangle] = part.vOfCorner[i];
+        vSorted[from + i].second = triangle;
+        if (numbers != part.vOfCorner[first].first)
+            first = i;
+        if (i == first)
+            continue;
+        ++part.num;
+        part.lowest.add({triangle, part.vOfCorner[first].second});
+    }
 }
 
 void ShapeJudge::findIntersections(const UnitFrame& frame, const CheckOptions& options, MeshCheck& check,
