@@ -125,6 +125,7 @@ void Job::run()
             sampleTriangles();
         else
             makeMesh();
+        checkResult();
         writeResult();
         report.peakMegabytes = peakMegabytesOfProcess();
         if (!options.bQuiet || options.bJson)
@@ -392,6 +393,16 @@ void Job::takeMesh()
 {
     pMesh->getVertexIndexData(vVertices, vCorners);
     report.statistics = MeshStatistics(vVertices.size(), vCorners);
+}
+
+// In the precision of the library; the file may hold less.
+void Job::checkResult()
+{
+    if (!options.bCheck)
+        return;
+    TARN_ZEF::CheckOptions checkOptions;
+    checkOptions.maxPlaces = 3;
+    report.check = library([&] { return TARN_ZEF::checkMesh(*pMesh, checkOptions); });
 }
 
 void Job::writeResult()

@@ -39,7 +39,7 @@ int main(int argc, char** argv)
     try
     {
         job.run();
-        return EXIT_SUCCESS;
+        return job.hasFoundFaults() ? EXIT_FAILURE : EXIT_SUCCESS;
     }
     catch (const TARN_TOOL::ToolError& error)
     {
