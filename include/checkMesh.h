@@ -112,8 +112,8 @@ struct MeshCheck
 // are. One triangle that crosses three others makes three pairs.
 //
 // Returns    the same for every number of threads
-// Throws     ZefBugException if the number of corners is no multiple of 3, or a corner is no index of a point
-// Cost       well below a second for a million triangles, and some 60 bytes for each beyond the mesh
+// Throws     ZefBadArgument if the number of corners is no multiple of 3, or a corner is no index of a point
+// Cost       well below a second for a million triangles, and some 70 bytes for each beyond the mesh
 [[nodiscard]] ZEF_API MeshCheck checkMesh(const std::vector<Point3>& vPoints,
                                           const std::vector<int>& vTriangleCorners,
                                           const CheckOptions& options = CheckOptions());

@@ -57,7 +57,7 @@ struct FinishReport
 // vCloud   the points that the mesh was made from; without, the surface stays where it is
 // pReport  filled in if given
 // Returns  a new mesh; it can be without triangles
-// Throws   ZefBugException if an option is out of its range
+// Throws   ZefBadArgument if an option is out of its range, or not a number
 // The result is the same for every number of threads. Where two fans share a place, two vertices have the same
 // coordinates.
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> finishSurface(const Mesh& mesh,

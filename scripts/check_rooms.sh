@@ -2,11 +2,13 @@
 # The rooms of the library use each other in one direction: a file includes public headers, its own room and the
 # rooms before it, and declares ahead no class of a later room. Every include of the library's own names the room
 # ("lattice/Calc.h"). Another tree of the same form may be named, to see the check fail.
-set -eu
-cd "${1:-$(dirname "$0")/../src_lib}"
+tree=${1:-src_lib}
+lane="rooms"
+. "$(dirname "$0")/lane.sh"
+cd "$tree"
 
 # From the ground up. docs/architecture.md tells what each is about.
-rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry surface judge finish text lattice tinyply files
+rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface finish text lattice tinyply files
        occupancy intake
        cmesh extraction holes repair rmesh meshfiles api"
 

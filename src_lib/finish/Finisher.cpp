@@ -1,6 +1,7 @@
 #include "finish/Finisher.h"
 
 #include "core/definitions.h"
+#include "core/refuse.h"
 #include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
@@ -9,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -28,8 +30,14 @@ Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const Fi
     , options(options_)
     , report(report_)
 {
-    ASSEX(options.maxMove > 0.0 && std::isfinite(options.maxMove));
-    ASSEX(options.cellSize >= 0.0 && std::isfinite(options.cellSize));
+    if (!(options.maxMove > 0.0) || !std::isfinite(options.maxMove))
+        refuse<ZefBadArgument>("options.maxMove > 0.0 && isfinite(options.maxMove)",
+                               "the farthest way of a vertex is " + std::to_string(options.maxMove) +
+                                   " cells; give a number above 0");
+    if (!(options.cellSize >= 0.0) || !std::isfinite(options.cellSize))
+        refuse<ZefBadArgument>("options.cellSize >= 0.0 && isfinite(options.cellSize)",
+                               "the cell size is " + std::to_string(options.cellSize) +
+                                   "; give a number above 0, or 0 to take that of the mesh");
 }
 
 void Finisher::run()

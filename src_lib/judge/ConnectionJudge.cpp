@@ -8,6 +8,7 @@
 #include "parallel/sortMT2.h"
 
 #include <atomic>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -35,8 +36,22 @@ ConnectionJudge::ConnectionJudge(const JudgedMesh& mesh_, const std::vector<int>
 void ConnectionJudge::run(std::size_t numPoints, std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
 {
     sortCorners();
-    std::vector<std::uint32_t> vBorder;
-    std::vector<StarScan::HalfEdges> vJoints;
+    scanVertices(maxPlaces, check, faults);
+    const auto numProper = static_cast<std::int64_t>(vCorners.size() / 3);
+    vCorners = {};
+    check.numPieces = countPieces(numPoints, check.numVertices);
+    check.eulerNumber =
+        static_cast<std::int64_t>(check.numVertices) - static_cast<std::int64_t>(check.numEdges) + numProper;
+    check.numBorderEdges = vBorder.size();
+    const BorderLoops loops(mesh, std::move(vBorder), vJoints);
+    check.numBorderLoops = loops.numLoops;
+    check.borderLength = loops.length;
+    check.longestLoopLength = loops.longestLength;
+    check.numLongestLoopEdges = loops.numLongestEdges;
+}
+
+void ConnectionJudge::scanVertices(std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
+{
     // A part has the vertices whose first corner is in it.
     const auto isFirst = [this](std::size_t i)
     { return i == 0 || vCorners[i - 1].first != vCorners[i].first; };
@@ -62,17 +77,6 @@ void ConnectionJudge::run(std::size_t numPoints, std::size_t maxPlaces, MeshChec
             vBorder.insert(vBorder.end(), scan.vBorder.begin(), scan.vBorder.end());
             vJoints.insert(vJoints.end(), scan.vJoints.begin(), scan.vJoints.end());
         });
-    const std::size_t numProper = vCorners.size() / 3;
-    vCorners = {};
-    check.numPieces = countPieces(numPoints, check.numVertices);
-    check.eulerNumber = static_cast<std::int64_t>(check.numVertices) -
-                        static_cast<std::int64_t>(check.numEdges) + static_cast<std::int64_t>(numProper);
-    check.numBorderEdges = vBorder.size();
-    const BorderLoops loops(mesh, std::move(vBorder), vJoints);
-    check.numBorderLoops = loops.numLoops;
-    check.borderLength = loops.length;
-    check.longestLoopLength = loops.longestLength;
-    check.numLongestLoopEdges = loops.numLongestEdges;
 }
 
 bool ConnectionJudge::isProper(std::size_t triangle) const
@@ -83,12 +87,20 @@ bool ConnectionJudge::isProper(std::size_t triangle) const
 
 void ConnectionJudge::sortCorners()
 {
-    vCorners.reserve(vVertices.size());
-    for (std::size_t t = 0; t < mesh.getNumTriangles(); ++t)
-        if (isProper(t))
-            for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner)
-                vCorners.emplace_back(vVertices[corner], static_cast<std::uint32_t>(corner));
+    constexpr std::uint32_t leftOut = ~std::uint32_t{0}; // above all vertices
+    vCorners.resize(vVertices.size());
+    parallelFor(mesh.getNumTriangles(), 10'000,
+                [this](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t t = from; t < to; ++t)
+                        for (std::size_t corner = 3 * t; corner < 3 * t + 3; ++corner)
+                            vCorners[corner] = {isProper(t) ? static_cast<std::uint32_t>(vVertices[corner])
+                                                            : leftOut,
+                                                static_cast<std::uint32_t>(corner)};
+                });
     sortByFirstMT(vCorners.begin(), vCorners.end());
+    while (!vCorners.empty() && vCorners.back().first == leftOut)
+        vCorners.pop_back();
 }
 
 std::size_t ConnectionJudge::countPieces(std::size_t numPoints, std::size_t numVertices) const

@@ -9,6 +9,12 @@
 
 namespace TARN_ZEF
 {
+namespace
+{
+// Stands above all corner numbers.
+constexpr std::uint32_t LEFT_OUT = ~std::uint32_t{0};
+} // namespace
+
 ShapeJudge::ShapeJudge(const JudgedMesh& mesh_, const CornerNumbering& numbering_)
     : mesh(mesh_)
     , numbering(numbering_)
@@ -30,13 +36,6 @@ CornerNumbers ShapeJudge::numbersOf(std::size_t triangle) const
     const int* pCorners = &mesh.getCorners()[3 * triangle];
     const auto numberOf = [&](int corner) { return numbering.vNumbers[static_cast<std::size_t>(corner)]; };
     return {numberOf(pCorners[0]), numberOf(pCorners[1]), numberOf(pCorners[2])};
-}
-
-CornerNumbers ShapeJudge::sortedNumbersOf(std::size_t triangle) const
-{
-    CornerNumbers numbers = numbersOf(triangle);
-    std::sort(numbers.begin(), numbers.end());
-    return numbers;
 }
 
 ShapeJudge::Shape ShapeJudge::shapeOf(const ExactSigns& signs, std::size_t triangle) const
@@ -86,50 +85,78 @@ void ShapeJudge::findShapes(std::size_t maxPlaces, MeshCheck& check, FaultList& 
 
 void ShapeJudge::sortTriangles()
 {
-    vSorted.reserve(vShapes.size());
-    for (std::size_t t = 0; t < vShapes.size(); ++t)
-        if (vShapes[t] != Shape::NOT_FINITE)
-        {
-            const CornerNumbers numbers = numbersOf(t);
-            vSorted.emplace_back(std::min({numbers[0], numbers[1], numbers[2]}),
-                                 static_cast<std::uint32_t>(t));
-        }
+    vSorted.resize(vShapes.size());
+    parallelFor(vShapes.size(), 10'000,
+                [this](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t t = from; t < to; ++t)
+                    {
+                        const CornerNumbers numbers = numbersOf(t);
+                        const std::uint32_t lowest = std::min({numbers[0], numbers[1], numbers[2]});
+                        vSorted[t] = {vShapes[t] == Shape::NOT_FINITE ? LEFT_OUT : lowest,
+                                      static_cast<std::uint32_t>(t)};
+                    }
+                });
     sortByFirstMT(vSorted.begin(), vSorted.end());
-    const auto isLess = [this](const auto& a, const auto& b)
-    {
-        const CornerNumbers numbersA = sortedNumbersOf(a.second);
-        const CornerNumbers numbersB = sortedNumbersOf(b.second);
-        return numbersA != numbersB ? numbersA < numbersB : a.second < b.second;
-    };
-    for (auto it = vSorted.begin(); it != vSorted.end();)
-    {
-        auto end = it + 1;
-        while (end != vSorted.end() && end->first == it->first)
-            ++end;
-        std::sort(it, end, isLess);
-        it = end;
-    }
+    while (!vSorted.empty() && vSorted.back().first == LEFT_OUT)
+        vSorted.pop_back();
 }
 
-void ShapeJudge::findDuplicates(std::size_t maxPlaces, MeshCheck& check, FaultList& faults) const
+void ShapeJudge::findDuplicates(std::size_t maxPlaces, MeshCheck& check, FaultList& faults)
 {
     LowestPairs lowest(maxPlaces);
-    std::size_t first = 0; // of those with equal corners
-    for (std::size_t i = 1; i < vSorted.size(); ++i)
-    {
-        const bool bEqual = vSorted[i].first == vSorted[first].first &&
-                            sortedNumbersOf(vSorted[i].second) == sortedNumbersOf(vSorted[first].second);
-        if (!bEqual)
+    const auto isFirst = [this](std::size_t i) { return i == 0 || vSorted[i - 1].first != vSorted[i].first; };
+    constexpr std::size_t perPart = 1 << 14;
+    // A part has the corners whose first triangle is in it.
+    produceRangesInOrder<Duplicates>(
+        vSorted.size(), perPart,
+        [&](Duplicates& part, std::size_t from, std::size_t to)
         {
-            first = i;
-            continue;
-        }
-        ++check.numDuplicates;
-        lowest.add({vSorted[i].second, vSorted[first].second});
-    }
+            part.num = 0;
+            part.lowest = LowestPairs(maxPlaces);
+            while (from < to && !isFirst(from))
+                ++from;
+            while (from < to)
+            {
+                std::size_t end = from + 1;
+                while (end < vSorted.size() && !isFirst(end))
+                    ++end;
+                sortAtCorner(from, end, part);
+                from = end;
+            }
+        },
+        [&](const Duplicates& part)
+        {
+            check.numDuplicates += part.num;
+            lowest.append(part.lowest);
+        });
     for (const auto& [triangle, earlier] : lowest.getSorted())
         faults.add({MeshFaultKind::DUPLICATE, static_cast<int>(triangle), static_cast<int>(earlier),
                     mesh.getCentre(triangle)});
+}
+
+void ShapeJudge::sortAtCorner(std::size_t from, std::size_t end, Duplicates& part)
+{
+    part.vOfCorner.clear();
+    for (std::size_t i = from; i < end; ++i)
+    {
+        CornerNumbers numbers = numbersOf(vSorted[i].second);
+        std::sort(numbers.begin(), numbers.end());
+        part.vOfCorner.emplace_back(numbers, vSorted[i].second);
+    }
+    std::sort(part.vOfCorner.begin(), part.vOfCorner.end());
+    std::size_t first = 0; // of those with equal corners
+    for (std::size_t i = 0; i < part.vOfCorner.size(); ++i)
+    {
+        const auto& [numbers, triangle] = part.vOfCorner[i];
+        vSorted[from + i].second = triangle;
+        if (numbers != part.vOfCorner[first].first)
+            first = i;
+        if (i == first)
+            continue;
+        ++part.num;
+        part.lowest.add({triangle, part.vOfCorner[first].second});
+    }
 }
 
 void ShapeJudge::findIntersections(const UnitFrame& frame, const CheckOptions& options, MeshCheck& check,

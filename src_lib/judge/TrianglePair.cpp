@@ -36,6 +36,45 @@ bool areOnOneSide(int first, int second)
     return first == second && first != 0;
 }
 
+// Corners of two triangles, the common ones first and in the same order.
+struct CornerOrder
+{
+    std::uint8_t numCommon = 0;
+    std::array<std::uint8_t, 3> first = {};
+    std::array<std::uint8_t, 3> second = {};
+};
+
+// Bit 3 * i + k of the index: corner i of the first triangle is corner k of the second. A table, as the branches of
+// a search would be hard to foretell.
+constexpr std::array<CornerOrder, 512> makeCornerOrders()
+{
+    std::array<CornerOrder, 512> result;
+    for (std::size_t equal = 0; equal < result.size(); ++equal)
+    {
+        CornerOrder& order = result[equal];
+        std::array<bool, 3> bFirst = {};
+        std::array<bool, 3> bSecond = {};
+        for (std::size_t bit = 0; bit < 9; ++bit)
+            if ((equal >> bit & 1) != 0 && !bFirst[bit / 3] && !bSecond[bit % 3])
+            {
+                bFirst[bit / 3] = bSecond[bit % 3] = true;
+                order.first[order.numCommon] = static_cast<std::uint8_t>(bit / 3);
+                order.second[order.numCommon++] = static_cast<std::uint8_t>(bit % 3);
+            }
+        std::size_t endFirst = order.numCommon;
+        std::size_t endSecond = order.numCommon;
+        for (std::uint8_t k = 0; k < 3; ++k)
+        {
+            if (!bFirst[k])
+                order.first[endFirst++] = k;
+            if (!bSecond[k])
+                order.second[endSecond++] = k;
+        }
+    }
+    return result;
+}
+constexpr std::array<CornerOrder, 512> CORNER_ORDERS = makeCornerOrders();
+
 // A cross product and, for its rounding, the same with all terms positive.
 struct SizedCross
 {
@@ -63,25 +102,17 @@ TrianglePair::TrianglePair(const ExactSigns& signs_, const Place* pPlaces, const
 
 void TrianglePair::sortCorners(const Place* pPlaces, const CornerNumbers& first, const CornerNumbers& second)
 {
-    std::array<bool, 3> bCommonInSecond = {};
-    std::size_t endFirst = 3; // corners of its own are put from the end on
-    for (const std::uint32_t number : first)
+    unsigned equal = 0;
+    for (unsigned i = 0; i < 3; ++i)
+        for (unsigned k = 0; k < 3; ++k)
+            equal |= static_cast<unsigned>(first[i] == second[k]) << (3 * i + k);
+    const CornerOrder& order = CORNER_ORDERS[equal];
+    numCommon = order.numCommon;
+    for (std::size_t i = 0; i < 3; ++i)
     {
-        const auto found =
-            static_cast<std::size_t>(std::find(second.begin(), second.end(), number) - second.begin());
-        if (found == second.size())
-        {
-            a[--endFirst] = pPlaces + number;
-            continue;
-        }
-        bCommonInSecond[found] = true;
-        a[numCommon] = pPlaces + number;
-        b[numCommon++] = pPlaces + number;
+        a[i] = pPlaces + first[order.first[i]];
+        b[i] = pPlaces + second[order.second[i]];
     }
-    std::size_t place = numCommon;
-    for (std::size_t k = 0; k < 3; ++k)
-        if (!bCommonInSecond[k])
-            b[place++] = pPlaces + second[k];
 }
 
 bool TrianglePair::isIntersecting() const
@@ -109,14 +140,14 @@ bool TrianglePair::openWide() const
 
 bool TrianglePair::meetBeyondCorner() const
 {
-    if (partAtCorner())
+    if (partAtCorner() || !conesOverlapInView())
         return false;
     const int sideB1 = signs.getSide(*a[0], *a[1], *a[2], *b[1]);
     const int sideB2 = signs.getSide(*a[0], *a[1], *a[2], *b[2]);
     if (areOnOneSide(sideB1, sideB2))
         return false;
     if (sideB1 == 0 && sideB2 == 0)
-        return conesOverlapInPlane();
+        return true;
     return coneIsHit(a, b, sideB1, sideB2);
 }
 
@@ -146,7 +177,9 @@ bool TrianglePair::coneIsHit(const Corners& cone, const Corners& other, int side
            signs.getSide(*cone[0], *cone[2], above, below) >= 0;
 }
 
-bool TrianglePair::conesOverlapInPlane() const
+// Seen along an axis from which the first is no line. If they do not there, they share nothing in space, and in one
+// plane that is all there is to it. A second one that is seen as a line counts as overlapping.
+bool TrianglePair::conesOverlapInView() const
 {
     const int axis = signs.findViewAxis(*a[0], *a[1], *a[2]);
     return isInCone(axis, a, *b[1]) || isInCone(axis, a, *b[2]) || isInCone(axis, b, *a[1]) ||
@@ -163,13 +196,13 @@ bool TrianglePair::isInCone(int axis, const Corners& cone, const Place& p) const
 // If anything is common, an end of it lies on an edge of one of the two.
 bool TrianglePair::meet() const
 {
-    if (partAlongCentres())
+    if (partAlongCentres() || !overlapInView())
         return false;
     const Sides sidesOfB = getSides(a, b);
     if (areOnOneSide(sidesOfB[0], sidesOfB[1]) && areOnOneSide(sidesOfB[1], sidesOfB[2]))
         return false;
     if (sidesOfB == Sides{0, 0, 0})
-        return overlapInPlane();
+        return true;
     const Sides sidesOfA = getSides(b, a);
     if (areOnOneSide(sidesOfA[0], sidesOfA[1]) && areOnOneSide(sidesOfA[1], sidesOfA[2]))
         return false;
@@ -223,7 +256,8 @@ bool TrianglePair::segmentHits(const Corners& triangle, const Place& above, cons
     return true;
 }
 
-bool TrianglePair::overlapInPlane() const
+// As conesOverlapInView() is to be understood.
+bool TrianglePair::overlapInView() const
 {
     const int axis = signs.findViewAxis(*a[0], *a[1], *a[2]);
     return !edgeParts(axis, a, b) && !edgeParts(axis, b, a);
@@ -233,6 +267,8 @@ bool TrianglePair::overlapInPlane() const
 bool TrianglePair::edgeParts(int axis, const Corners& triangle, const Corners& other) const
 {
     const int turn = signs.getTurn(axis, *triangle[0], *triangle[1], *triangle[2]);
+    if (turn == 0)
+        return false;
     for (std::size_t i = 0; i < 3; ++i)
     {
         const auto isBeyond = [&](const Place* p)

@@ -42,7 +42,7 @@ private:
     [[nodiscard]] bool partAtCorner() const;
     [[nodiscard]] bool coneIsHit(const Corners& cone, const Corners& other, int sideFirst,
                                  int sideSecond) const;
-    [[nodiscard]] bool conesOverlapInPlane() const;
+    [[nodiscard]] bool conesOverlapInView() const;
     [[nodiscard]] bool isInCone(int axis, const Corners& cone, const Place& p) const;
 
     [[nodiscard]] bool meet() const;
@@ -50,7 +50,7 @@ private:
     [[nodiscard]] Sides getSides(const Corners& plane, const Corners& other) const;
     [[nodiscard]] bool edgeHits(const Corners& triangle, const Corners& other, const Sides& sides) const;
     [[nodiscard]] bool segmentHits(const Corners& triangle, const Place& above, const Place& below) const;
-    [[nodiscard]] bool overlapInPlane() const;
+    [[nodiscard]] bool overlapInView() const;
     [[nodiscard]] bool edgeParts(int axis, const Corners& triangle, const Corners& other) const;
 
     const ExactSigns& signs;

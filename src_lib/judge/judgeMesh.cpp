@@ -1,6 +1,6 @@
 #include "judge/judgeMesh.h"
 
-#include "core/definitions.h"
+#include "core/refuse.h"
 #include "judge/ConnectionJudge.h"
 #include "judge/CornerNumbering.h"
 #include "judge/FaultList.h"
@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -16,10 +17,18 @@ namespace
 {
 void refuseBadCorners(std::size_t numPoints, const std::vector<int>& vCorners)
 {
-    ASSEX_TEXT(vCorners.size() % 3 == 0, "three corners for each triangle");
-    const auto isIndex = [numPoints](int corner)
-    { return corner >= 0 && static_cast<std::size_t>(corner) < numPoints; };
-    ASSEX_TEXT(std::all_of(vCorners.begin(), vCorners.end(), isIndex), "each corner is the index of a point");
+    if (vCorners.size() % 3 != 0)
+        refuse<ZefBadArgument>("three corners for each triangle",
+                               std::to_string(vCorners.size()) +
+                                   " triangle corners are not a multiple of 3; give three for each triangle");
+    const auto isNoIndex = [numPoints](int corner)
+    { return corner < 0 || static_cast<std::size_t>(corner) >= numPoints; };
+    const auto it = std::find_if(vCorners.begin(), vCorners.end(), isNoIndex);
+    if (it != vCorners.end())
+        refuse<ZefBadArgument>("each corner is the index of a point",
+                               "corner " + std::to_string(it - vCorners.begin()) + " is " +
+                                   std::to_string(*it) + ", which is no index of one of the " +
+                                   std::to_string(numPoints) + " points");
 }
 
 std::vector<int> joinEqualPoints(const std::vector<int>& vCorners, const CornerNumbering& numbering)
