@@ -13,7 +13,7 @@ namespace TARN_ZEF
 // The edges of a mesh with all their half-edges, whatever their number and direction: by the ends of the edge, then
 // by half-edge. A snapshot; it does not follow later edits.
 //
-// Cost:  one sort of the half-edges.
+// Cost:  a few walks over the half-edges.
 class EdgeTable
 {
 public:
