@@ -8,6 +8,12 @@ namespace TARN_ZEF
 {
 namespace
 {
+// What it costs to turn one triangle, in sides at a seam that find a flat partner by that. The facing of a large sheet
+// comes from all of the points before it; a seam is not to turn a wall inside out.
+constexpr double TURN_PRICE = 0.05;
+// The cost falls with each turn, but for rounding.
+constexpr int MAX_ROUNDS = 100;
+
 // Groups of patches; each knows whether it is turned with respect to the first of its group.
 class TurnUnion
 {
@@ -56,7 +62,8 @@ PatchFacing::PatchFacing(const FlatMesh& mesh_, const EdgeTable& edges, const Pa
     edges.forEach(
         [&](auto halfEdges)
         {
-            if (halfEdges.size() < 3 || halfEdges.size() > SeamPairing::maxTriangles)
+            if (halfEdges.size() < 2 || halfEdges.size() > SeamPairing::maxTriangles ||
+                (halfEdges.size() == 2 && mesh.from(halfEdges[0].second) != mesh.from(halfEdges[1].second)))
                 return;
             std::vector<Index> vHalfEdges;
             for (const auto& [ends, h] : halfEdges)
@@ -131,46 +138,82 @@ std::vector<std::uint8_t> PatchFacing::followVotes() const
         groups.unite(static_cast<Index>(pMeeting->patches >> 32), static_cast<Index>(pMeeting->patches),
                      pMeeting->getGain() < 0.0 ? 1 : 0);
     std::vector<std::uint8_t> vVoted(vTurned.size());
+    std::vector<double> vPrice(vTurned.size(), 0.0);
     for (Index i = 0; i < vVoted.size(); ++i)
-        (void)groups.find(i, vVoted[i]);
+    {
+        double& price = vPrice[groups.find(i, vVoted[i])];
+        price += vVoted[i] != 0 ? getPrice(i) : -getPrice(i);
+    }
+    std::uint8_t unused = 0;
+    for (Index i = 0; i < vVoted.size(); ++i)
+        if (vPrice[groups.find(i, unused)] > 0.0)
+            vVoted[i] ^= 1;
     return vVoted;
 }
 
-// Patches that meet decide together. A group's majority of triangles faces as given.
-void PatchFacing::chooseFacing(const std::vector<std::uint8_t>& vVoted)
+// Turns single patches as long as that lowers the cost.
+void PatchFacing::descend(std::vector<std::uint8_t>& vTurn) const
 {
-    struct Group
+    struct Link
     {
-        double given = 0.0;
-        double voted = 0.0;
-        std::size_t numT = 0;
-        std::size_t numTurnedT = 0;
+        Index other = 0;
+        double gain = 0.0;
     };
+    std::vector<std::vector<Link>> vLinks(vTurn.size());
+    for (const Meeting& meeting : vMeetings)
+    {
+        const auto a = static_cast<Index>(meeting.patches >> 32);
+        const auto b = static_cast<Index>(meeting.patches);
+        if (a == b)
+            continue;
+        vLinks[a].push_back({b, meeting.getGain()});
+        vLinks[b].push_back({a, meeting.getGain()});
+    }
+    bool bAgain = true;
+    for (int round = 0; bAgain && round < MAX_ROUNDS; ++round)
+    {
+        bAgain = false;
+        for (Index i = 0; i < vTurn.size(); ++i)
+        {
+            double saved = vTurn[i] != 0 ? getPrice(i) : -getPrice(i);
+            for (const Link& link : vLinks[i])
+                saved += vTurn[i] == vTurn[link.other] ? -link.gain : link.gain;
+            if (!(saved > 0.0))
+                continue;
+            vTurn[i] ^= 1;
+            bAgain = true;
+        }
+    }
+}
+
+// Patches that meet decide together: the cheaper of two ends of the descent.
+void PatchFacing::chooseFacing(std::vector<std::uint8_t> vVoted)
+{
     TurnUnion unions(vTurned.size());
     for (const Meeting& meeting : vMeetings)
         unions.unite(static_cast<Index>(meeting.patches >> 32), static_cast<Index>(meeting.patches), 0);
-    std::vector<Group> vGroups(vTurned.size());
+    descend(vTurned);
+    descend(vVoted);
+    std::vector<double> vSaved(vTurned.size(), 0.0); // by the votes, for each group
     std::uint8_t unused = 0;
     for (const Meeting& meeting : vMeetings)
     {
         const auto a = static_cast<Index>(meeting.patches >> 32);
         const auto b = static_cast<Index>(meeting.patches);
-        Group& group = vGroups[unions.find(a, unused)];
-        group.given += meeting.keep;
-        group.voted += vVoted[a] == vVoted[b] ? meeting.keep : meeting.turn;
+        double& saved = vSaved[unions.find(a, unused)];
+        saved -= vTurned[a] == vTurned[b] ? meeting.keep : meeting.turn;
+        saved += vVoted[a] == vVoted[b] ? meeting.keep : meeting.turn;
     }
     for (Index i = 0; i < vTurned.size(); ++i)
-    {
-        Group& group = vGroups[unions.find(i, unused)];
-        group.numT += patches.vPatches[i].numT;
-        group.numTurnedT += vVoted[i] != 0 ? patches.vPatches[i].numT : 0;
-    }
+        vSaved[unions.find(i, unused)] += getPrice(i) * static_cast<double>(vTurned[i] - vVoted[i]);
     for (Index i = 0; i < vTurned.size(); ++i)
-    {
-        const Group& group = vGroups[unions.find(i, unused)];
-        const bool bMostTurned = 2 * group.numTurnedT > group.numT;
-        vTurned[i] = group.voted > group.given && (vVoted[i] != 0) != bMostTurned ? 1 : 0;
-    }
+        if (vSaved[unions.find(i, unused)] > 0.0)
+            vTurned[i] = vVoted[i];
+}
+
+double PatchFacing::getPrice(Index patch) const noexcept
+{
+    return TURN_PRICE * static_cast<double>(patches.vPatches[patch].numT);
 }
 
 u64 PatchFacing::getKey(Index patchA, Index patchB) noexcept
@@ -181,7 +224,7 @@ u64 PatchFacing::getKey(Index patchA, Index patchB) noexcept
 
 bool PatchFacing::runsForward(Index h) const noexcept
 {
-    return (mesh.from(h) < mesh.to(h)) != (patches.vTurned[h / 3] != 0);
+    return mesh.from(h) < mesh.to(h);
 }
 
 } // namespace TARN_ZEF

@@ -14,9 +14,10 @@ namespace TARN_ZEF
 {
 // Decides which patches are turned over, so that sheets go on across the seams, and knows how flat two patches meet.
 //
-// Each flattest pairing at a seam is a vote of its two patches for facing the same or the other way. Of two answers
-// that with more agreement is taken, for each group of patches that meet: the facing as given, or the votes taken
-// from the heaviest down as long as they do not contradict.
+// Each flattest pairing at a seam is a vote of its two patches for facing the same or the other way. An answer costs
+// the votes that it goes against, and a price for each triangle that it turns over. For each group of patches that
+// meet the cheaper of two answers is taken: what is reached by turning single patches from the facing as given, and
+// from the votes followed from the heaviest down as long as they do not contradict.
 class PatchFacing
 {
 public:
@@ -45,7 +46,9 @@ private:
     void addVote(const SeamPairing& pairing, int a, int b);
     void unite();
     [[nodiscard]] std::vector<std::uint8_t> followVotes() const;
-    void chooseFacing(const std::vector<std::uint8_t>& vVoted);
+    void descend(std::vector<std::uint8_t>& vTurn) const;
+    void chooseFacing(std::vector<std::uint8_t> vVoted);
+    [[nodiscard]] double getPrice(Index patch) const noexcept;
     [[nodiscard]] static u64 getKey(Index patchA, Index patchB) noexcept;
     [[nodiscard]] bool runsForward(Index h) const noexcept;
 

@@ -4,53 +4,37 @@ namespace TARN_ZEF
 {
 PatchTable::PatchTable(const FlatMesh& mesh, const EdgeTable& edges)
     : vPatchOfT(mesh.getNumT(), FlatMesh::NONE)
-    , vTurned(mesh.getNumT(), 0)
 {
     std::vector<Index> vMate(mesh.vCorners.size(), FlatMesh::NONE);
-    std::vector<std::uint8_t> vSameWay(mesh.vCorners.size(), 0);
     edges.forEach(
         [&](auto halfEdges)
         {
-            if (halfEdges.size() != 2)
+            if (halfEdges.size() != 2 || mesh.from(halfEdges[0].second) == mesh.from(halfEdges[1].second))
                 return;
-            const Index g = halfEdges[0].second;
-            const Index h = halfEdges[1].second;
-            vMate[g] = h;
-            vMate[h] = g;
-            vSameWay[g] = vSameWay[h] = mesh.from(g) == mesh.from(h) ? 1 : 0;
+            vMate[halfEdges[0].second] = halfEdges[1].second;
+            vMate[halfEdges[1].second] = halfEdges[0].second;
         });
     for (Index t = 0; t < mesh.getNumT(); ++t)
         if (vPatchOfT[t] == FlatMesh::NONE)
-            flood(vMate, vSameWay, t);
+            flood(vMate, t);
     count(edges);
 }
 
-void PatchTable::flood(const std::vector<Index>& vMate, const std::vector<std::uint8_t>& vSameWay,
-                       Index firstT)
+void PatchTable::flood(const std::vector<Index>& vMate, Index firstT)
 {
     const auto patch = static_cast<Index>(vPatches.size());
     std::vector<Index> vReached = {firstT};
     vPatchOfT[firstT] = patch;
-    std::size_t numTurned = 0;
     for (std::size_t i = 0; i < vReached.size(); ++i)
     {
-        const Index t = vReached[i];
-        numTurned += vTurned[t];
-        for (Index h = 3 * t; h < 3 * t + 3; ++h)
+        for (Index h = 3 * vReached[i]; h < 3 * vReached[i] + 3; ++h)
         {
-            if (vMate[h] == FlatMesh::NONE)
+            if (vMate[h] == FlatMesh::NONE || vPatchOfT[vMate[h] / 3] != FlatMesh::NONE)
                 continue;
-            const Index neighbour = vMate[h] / 3;
-            if (vPatchOfT[neighbour] != FlatMesh::NONE)
-                continue;
-            vPatchOfT[neighbour] = patch;
-            vTurned[neighbour] = vTurned[t] ^ vSameWay[h];
-            vReached.push_back(neighbour);
+            vPatchOfT[vMate[h] / 3] = patch;
+            vReached.push_back(vMate[h] / 3);
         }
     }
-    if (2 * numTurned > vReached.size())
-        for (const Index t : vReached)
-            vTurned[t] ^= 1;
     vPatches.push_back({.numT = vReached.size()});
 }
 

@@ -9,11 +9,10 @@
 
 namespace TARN_ZEF
 {
-// The patches of a mesh: triangles that hang together across edges with exactly two of them. Edges with three or
-// more are the seams between patches.
+// The patches of a mesh: triangles that hang together across edges with exactly two of them, which face alike. All
+// other edges of two or more are the seams between patches.
 //
-// Invariant:  within a patch the facings agree across each of its edges, as far as the patch can be oriented; the
-//             majority of its triangles faces as it was given.
+// Invariant:  within a patch the facings agree across each of its edges.
 struct PatchTable
 {
     using Index = FlatMesh::Index;
@@ -28,11 +27,10 @@ struct PatchTable
     PatchTable(const FlatMesh& mesh, const EdgeTable& edges);
 
     std::vector<Index> vPatchOfT;
-    std::vector<std::uint8_t> vTurned; // for each triangle, whether it must be turned over
     std::vector<Patch> vPatches;
 
 private:
-    void flood(const std::vector<Index>& vMate, const std::vector<std::uint8_t>& vSameWay, Index firstT);
+    void flood(const std::vector<Index>& vMate, Index firstT);
     void count(const EdgeTable& edges);
 };
 

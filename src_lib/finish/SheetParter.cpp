@@ -203,7 +203,7 @@ void SheetParter::turnTriangles(const PatchTable& patches, const PatchFacing& fa
 {
     for (std::size_t t = 0; t < mesh.getNumT(); ++t)
     {
-        if ((patches.vTurned[t] != 0) == facing.isTurned(patches.vPatchOfT[t]))
+        if (!facing.isTurned(patches.vPatchOfT[t]))
             continue;
         std::swap(mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]);
         ++report.numTurnedT;
@@ -215,9 +215,7 @@ void SheetParter::pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPat
 {
     if (halfEdges.size() == 2 && mesh.from(halfEdges[0].second) != mesh.from(halfEdges[1].second))
         mate(halfEdges[0].second, halfEdges[1].second);
-    if (halfEdges.size() == 2 || halfEdges.size() > SeamPairing::maxTriangles)
-        return;
-    if (halfEdges.size() == 1)
+    if (halfEdges.size() <= 2 || halfEdges.size() > SeamPairing::maxTriangles)
         return;
     std::vector<Index> vHalfEdges;
     for (const auto& [ends, h] : halfEdges)

@@ -300,11 +300,11 @@ TEST_F(HostTool, theCheckDecidesTheStatus)
     const Result good = run("ball.xyz good.ply --laplace 300 --check");
     EXPECT_EQ(good.status, 0) << good.err;
     EXPECT_NE(good.out.find("check: sound, closed, Euler number 2"), std::string::npos) << good.out;
-    const Result bad = run("ball.xyz bad.ply -a 0.03 --check");
+    const Result bad = run("ball.xyz bad.ply -a 0.03 --plain --check");
     EXPECT_EQ(bad.status, 1);
     EXPECT_NE(bad.out.find("check: not sound"), std::string::npos) << bad.out;
     EXPECT_NE(bad.out.find("    triangle "), std::string::npos);
-    const Result json = run("ball.xyz json.ply -a 0.03 --check --json");
+    const Result json = run("ball.xyz json.ply -a 0.03 --plain --check --json");
     EXPECT_EQ(json.status, 1);
     EXPECT_NE(json.out.find("\"check\": {\"sound\": 0, "), std::string::npos) << json.out;
     EXPECT_EQ(contentOf(folder / "bad.ply"), contentOf(folder / "json.ply"));
