@@ -34,7 +34,6 @@ struct FinishReport
     std::size_t numFlatT = 0;      // triangles that went: no area
     std::size_t numDuplicateT = 0; // triangles that went: on the corners of another one
     std::size_t numFinT = 0;       // triangles that went: fins and doubled layers
-    std::size_t numSurplusT = 0;   // triangles that went: in the way of a manifold
     std::size_t numTurnedT = 0;    // triangles that were turned over
     std::size_t numCutSides = 0;   // sides of edges of three or more triangles that found no partner
     std::size_t numDoubledVtx = 0; // vertices made so that each fan has its own

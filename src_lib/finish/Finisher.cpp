@@ -86,7 +86,6 @@ void Finisher::part()
     report.numFlatT = parts.numFlatT;
     report.numDuplicateT = parts.numDuplicateT;
     report.numFinT = parts.numFinT;
-    report.numSurplusT = parts.numDroppedT;
     report.numTurnedT = parts.numTurnedT;
     report.numCutSides = parts.numCutEdges;
     report.numDoubledVtx = parts.numDoubledVtx;
@@ -175,7 +174,8 @@ void Finisher::unload()
     std::vector<int> vCorners;
     mesh.getFlat(flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
-    report.numTurnedT += faceOutward(flat);
+    Mates vMates = findMates(flat);
+    report.numTurnedT += faceOutward(flat, vMates);
     scale(flat.vPoints, exponent);
 }
 

@@ -16,7 +16,6 @@ struct PartReport
     std::size_t numDoubledVtx = 0; // vertices made so that each fan has its own
     std::size_t numSplitEdges = 0; // edges that got a vertex in the middle, to tell them from their twin
     std::size_t numTurnedT = 0;    // triangles that were turned over
-    std::size_t numDroppedT = 0;   // triangles that stayed in the way of a sound mesh
 };
 
 } // namespace TARN_ZEF

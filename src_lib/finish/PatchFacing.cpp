@@ -54,22 +54,17 @@ private:
 };
 } // namespace
 
-PatchFacing::PatchFacing(const FlatMesh& mesh_, const EdgeTable& edges, const PatchTable& patches_)
+PatchFacing::PatchFacing(const FlatMesh& mesh_, const SeamTable& seams, const PatchTable& patches_)
     : mesh(mesh_)
     , patches(patches_)
-    , vTurned(patches_.vPatches.size(), 0)
+    , vTurned(patches_.vNumT.size(), 0)
 {
-    edges.forEach(
-        [&](auto halfEdges)
-        {
-            if (halfEdges.size() < 2 || halfEdges.size() > SeamPairing::maxTriangles ||
-                (halfEdges.size() == 2 && mesh.from(halfEdges[0].second) != mesh.from(halfEdges[1].second)))
-                return;
-            std::vector<Index> vHalfEdges;
-            for (const auto& [ends, h] : halfEdges)
-                vHalfEdges.push_back(h);
-            readSeam(std::move(vHalfEdges));
-        });
+    for (Index seam = 0; seam < seams.getNumSeams(); ++seam)
+    {
+        const auto sides = seams.getSides(seam);
+        if (!sides.empty() && sides.size() <= SeamPairing::maxTriangles)
+            readSeam({sides.begin(), sides.end()});
+    }
     unite();
     chooseFacing(followVotes());
 }
@@ -213,7 +208,7 @@ void PatchFacing::chooseFacing(std::vector<std::uint8_t> vVoted)
 
 double PatchFacing::getPrice(Index patch) const noexcept
 {
-    return TURN_PRICE * static_cast<double>(patches.vPatches[patch].numT);
+    return TURN_PRICE * static_cast<double>(patches.vNumT[patch]);
 }
 
 u64 PatchFacing::getKey(Index patchA, Index patchB) noexcept

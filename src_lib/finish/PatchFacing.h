@@ -2,9 +2,9 @@
 #define ZEF_FINISH_PATCHFACING_H
 
 #include "core/definitions.h"
-#include "finish/EdgeTable.h"
 #include "finish/PatchTable.h"
 #include "finish/SeamPairing.h"
+#include "finish/SeamTable.h"
 
 #include <cstdint>
 #include <utility>
@@ -23,7 +23,7 @@ class PatchFacing
 public:
     using Index = FlatMesh::Index;
 
-    PatchFacing(const FlatMesh& mesh_, const EdgeTable& edges, const PatchTable& patches_);
+    PatchFacing(const FlatMesh& mesh_, const SeamTable& seams, const PatchTable& patches_);
 
     // Whether the patch has to be turned over.
     [[nodiscard]] bool isTurned(Index patch) const noexcept { return vTurned[patch] != 0; }

@@ -1,37 +1,26 @@
 #ifndef ZEF_FINISH_PATCHTABLE_H
 #define ZEF_FINISH_PATCHTABLE_H
 
-#include "finish/EdgeTable.h"
 #include "finish/FlatMesh.h"
+#include "finish/fans.h"
 
-#include <cstdint>
+#include <cstddef>
 #include <vector>
 
 namespace TARN_ZEF
 {
-// The patches of a mesh: triangles that hang together across edges with exactly two of them, which face alike. All
-// other edges of two or more are the seams between patches.
-//
-// Invariant:  within a patch the facings agree across each of its edges.
+// The patches of a mesh: triangles that hang together across mates.
 struct PatchTable
 {
     using Index = FlatMesh::Index;
 
-    struct Patch
-    {
-        std::size_t numT = 0;
-        std::size_t numBorder = 0; // edges with one triangle
-        std::size_t numSeam = 0;   // half-edges at edges with three or more
-    };
-
-    PatchTable(const FlatMesh& mesh, const EdgeTable& edges);
+    PatchTable(const FlatMesh& mesh, const Mates& vMates);
 
     std::vector<Index> vPatchOfT;
-    std::vector<Patch> vPatches;
+    std::vector<std::size_t> vNumT; // of each patch
 
 private:
-    void flood(const std::vector<Index>& vMate, Index firstT);
-    void count(const EdgeTable& edges);
+    void flood(const Mates& vMates, Index firstT);
 };
 
 } // namespace TARN_ZEF

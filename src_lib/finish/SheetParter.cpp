@@ -1,5 +1,6 @@
 #include "finish/SheetParter.h"
 
+#include "finish/FinRemoval.h"
 #include "finish/SeamPairing.h"
 #include "geometry/tools.h"
 #include "parallel/sortMT2.h"
@@ -12,11 +13,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-// Largest patch that counts as a fin or as one of two layers; the rounds start with the smallest.
-constexpr std::array<std::size_t, 7> FIN_SIZES = {1, 2, 4, 8, 16, 32, 64};
-constexpr int FIN_ROUNDS = 8;
-// Triangles that may go for each side at a seam that finds a partner then; each border side that goes adds one.
-constexpr std::size_t FIN_WIDTH = 3;
 // Of a pair's weight, what its own flatness counts; the rest is the mean of its two patches, which keeps a
 // chain of pairs from zigzagging.
 constexpr double OWN_FLATNESS = 0.4;
@@ -47,12 +43,12 @@ void SheetParter::run()
 {
     dropUnusable();
     dropDuplicates();
-    dropFins();
-    pairTriangles();
+    SeamTable seams(mesh);
+    report.numFinT += FinRemoval(mesh, seams).run();
+    pairTriangles(seams);
     giveFansVertices();
     splitTwinEdges();
-    report.numDroppedT += dropToManifold(mesh);
-    report.numTurnedT += faceOutward(mesh);
+    report.numTurnedT += faceOutward(mesh, vMates);
     vIsParted.resize(mesh.vPoints.size(), 0);
 }
 
@@ -111,122 +107,40 @@ void SheetParter::dropDuplicates()
     keep(vKeep, report.numDuplicateT);
 }
 
-void SheetParter::dropFins()
+void SheetParter::pairTriangles(SeamTable& seams)
 {
-    for (const std::size_t maxT : FIN_SIZES)
-        for (int round = 0; round < FIN_ROUNDS && dropFinsUpTo(maxT); ++round)
-        {
-        }
-}
-
-// A patch goes if fewer borders are left without it than with it: its own ones, and those at seams with an odd number
-// of triangles, where one finds no partner. It must be small beside that gain, as a wall is something else than a
-// fin. Patches that meet do not go in the same round.
-bool SheetParter::dropFinsUpTo(std::size_t maxT)
-{
-    const EdgeTable edges(mesh);
-    const PatchTable patches(mesh, edges);
-    const std::size_t num = patches.vPatches.size();
-    std::vector<std::ptrdiff_t> vGain(num, 0);
-    std::vector<std::pair<Index, Index>> vMeetings;
-    edges.forEach(
-        [&](HalfEdges halfEdges)
-        {
-            if (halfEdges.size() > 2)
-                addGain(halfEdges, patches.vPatchOfT, vGain, vMeetings);
-        });
-    std::sort(vMeetings.begin(), vMeetings.end());
-    std::vector<Index> vCandidates;
-    for (Index i = 0; i < num; ++i)
+    if (seams.getNumSeams() == 0)
     {
-        const PatchTable::Patch& patch = patches.vPatches[i];
-        const bool bSaves = vGain[i] + static_cast<std::ptrdiff_t>(patch.numBorder) > 0;
-        const auto seamGain = static_cast<std::size_t>(std::max<std::ptrdiff_t>(0, vGain[i]));
-        const bool bIsSmall = patch.numT <= maxT && patch.numT <= FIN_WIDTH * seamGain + patch.numBorder;
-        if (patch.numSeam > 0 && bSaves && bIsSmall)
-            vCandidates.push_back(i);
-    }
-    std::stable_sort(vCandidates.begin(), vCandidates.end(),
-                     [&](Index a, Index b) { return patches.vPatches[a].numT < patches.vPatches[b].numT; });
-    std::vector<std::uint8_t> vStays(num, 0);
-    std::vector<std::uint8_t> vDrop(num, 0);
-    for (const Index i : vCandidates)
-    {
-        if (vStays[i] != 0)
-            continue;
-        vDrop[i] = 1;
-        for (auto it = std::lower_bound(vMeetings.begin(), vMeetings.end(), std::pair<Index, Index>(i, 0));
-             it != vMeetings.end() && it->first == i; ++it)
-            vStays[it->second] = 1;
-    }
-    std::vector<std::uint8_t> vKeep(mesh.getNumT());
-    for (std::size_t t = 0; t < vKeep.size(); ++t)
-        vKeep[t] = vDrop[patches.vPatchOfT[t]] == 0;
-    keep(vKeep, report.numFinT);
-    return !vCandidates.empty();
-}
-
-// What each patch at a seam would save there by going.
-void SheetParter::addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
-                          std::vector<std::ptrdiff_t>& vGain, std::vector<std::pair<Index, Index>>& vMeetings)
-{
-    std::vector<Index> vHere;
-    for (const auto& [ends, h] : halfEdges)
-        vHere.push_back(vPatchOfT[h / 3]);
-    std::sort(vHere.begin(), vHere.end());
-    for (std::size_t i = 0; i < vHere.size(); ++i)
-    {
-        if (i > 0 && vHere[i] == vHere[i - 1])
-            continue;
-        const auto own = static_cast<std::size_t>(std::count(vHere.begin(), vHere.end(), vHere[i]));
-        const auto oddBefore = static_cast<std::ptrdiff_t>(vHere.size() % 2);
-        const auto oddAfter = static_cast<std::ptrdiff_t>((vHere.size() - own) % 2);
-        vGain[vHere[i]] += oddBefore - oddAfter;
-        for (const Index other : vHere)
-            if (other != vHere[i])
-                vMeetings.emplace_back(vHere[i], other);
-    }
-}
-
-void SheetParter::pairTriangles()
-{
-    const EdgeTable edges(mesh);
-    const PatchTable patches(mesh, edges);
-    const PatchFacing facing(mesh, edges, patches);
-    turnTriangles(patches, facing);
-    vMates.assign(mesh.vCorners.size(), FlatMesh::NONE);
-    const EdgeTable turnedEdges(mesh);
-    turnedEdges.forEach([&](HalfEdges halfEdges) { pairAtEdge(halfEdges, patches.vPatchOfT, facing); });
-}
-
-void SheetParter::turnTriangles(const PatchTable& patches, const PatchFacing& facing)
-{
-    for (std::size_t t = 0; t < mesh.getNumT(); ++t)
-    {
-        if (!facing.isTurned(patches.vPatchOfT[t]))
-            continue;
-        std::swap(mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]);
-        ++report.numTurnedT;
-    }
-}
-
-void SheetParter::pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
-                             const PatchFacing& facing)
-{
-    if (halfEdges.size() == 2 && mesh.from(halfEdges[0].second) != mesh.from(halfEdges[1].second))
-        mate(halfEdges[0].second, halfEdges[1].second);
-    if (halfEdges.size() <= 2 || halfEdges.size() > SeamPairing::maxTriangles)
+        vMates = seams.getMates();
         return;
-    std::vector<Index> vHalfEdges;
-    for (const auto& [ends, h] : halfEdges)
-        vHalfEdges.push_back(h);
-    pairAtSeam(std::move(vHalfEdges), vPatchOfT, facing);
+    }
+    const PatchTable patches(mesh, seams.getMates());
+    const PatchFacing facing(mesh, seams, patches);
+    faceAlike(patches, facing, seams);
+    vMates = seams.getMates();
+    for (Index seam = 0; seam < seams.getNumSeams(); ++seam)
+        pairAtSeam(seams.getSides(seam), patches, facing);
 }
 
-void SheetParter::pairAtSeam(std::vector<Index> vHalfEdges, const std::vector<Index>& vPatchOfT,
+void SheetParter::faceAlike(const PatchTable& patches, const PatchFacing& facing, SeamTable& seams)
+{
+    std::vector<std::uint8_t> vTurn(mesh.getNumT());
+    for (std::size_t t = 0; t < vTurn.size(); ++t)
+        vTurn[t] = facing.isTurned(patches.vPatchOfT[t]) ? 1 : 0;
+    turnTriangles(mesh, vTurn);
+    seams.turnTriangles(vTurn);
+    report.numTurnedT += static_cast<std::size_t>(std::count(vTurn.begin(), vTurn.end(), 1));
+}
+
+void SheetParter::pairAtSeam(std::span<const Index> sides, const PatchTable& patches,
                              const PatchFacing& facing)
 {
-    const SeamPairing pairing(mesh, std::move(vHalfEdges));
+    vSeamSides.insert(vSeamSides.end(), sides.begin(), sides.end());
+    if (sides.size() == 2 && mesh.from(sides[0]) != mesh.from(sides[1]))
+        mate(sides[0], sides[1]);
+    if (sides.size() <= 2 || sides.size() > SeamPairing::maxTriangles)
+        return;
+    const SeamPairing pairing(mesh, {sides.begin(), sides.end()});
     const auto weight = [&](int a, int b)
     {
         const Index g = pairing.getHalfEdge(a);
@@ -234,7 +148,8 @@ void SheetParter::pairAtSeam(std::vector<Index> vHalfEdges, const std::vector<In
         if (mesh.from(g) == mesh.from(h))
             return -1.0;
         return OWN_FLATNESS * pairing.getFlatness(a, b) +
-               (1.0 - OWN_FLATNESS) * facing.getMeanFlatness(vPatchOfT[g / 3], vPatchOfT[h / 3]);
+               (1.0 - OWN_FLATNESS) *
+                   facing.getMeanFlatness(patches.vPatchOfT[g / 3], patches.vPatchOfT[h / 3]);
     };
     const auto vPairs = pairing.choose(weight);
     for (const auto& [a, b] : vPairs)
@@ -287,26 +202,39 @@ void SheetParter::drawBack(std::size_t firstCopy, const std::vector<Index>& vOri
 }
 
 // Two sheets can still share both ends of an edge, where a slit closes at either end. All but the first then get a
-// vertex in the middle. A triangle is split once a round.
+// vertex in the middle. A triangle is split once a round. Only what was a seam can have a twin.
 void SheetParter::splitTwinEdges()
 {
+    const auto ends = [this](Index h) { return std::minmax({mesh.from(h), mesh.to(h)}); };
+    const auto rank = [&](Index h) { return std::pair(ends(h), h); };
     for (bool bAgain = true; bAgain;)
     {
         bAgain = false;
         std::vector<std::uint8_t> vTouched(mesh.getNumT(), 0);
-        const EdgeTable edges(mesh);
-        edges.forEach(
-            [&](HalfEdges halfEdges)
-            {
-                const Index first = halfEdges[0].second;
-                if (halfEdges.size() < 2 ||
-                    (halfEdges.size() == 2 && mesh.from(first) != mesh.from(halfEdges[1].second)))
-                    return;
-                for (const auto& [ends, h] : halfEdges.subspan(1))
-                    if (h != vMates[first] && (vMates[h] == FlatMesh::NONE || h < vMates[h]))
-                        bAgain |= splitAt(h, vTouched);
-            });
+        std::sort(vSeamSides.begin(), vSeamSides.end(), [&](Index g, Index h) { return rank(g) < rank(h); });
+        vSeamSides.erase(std::unique(vSeamSides.begin(), vSeamSides.end()), vSeamSides.end());
+        std::vector<std::vector<Index>> vTwins;
+        for (auto it = vSeamSides.begin(); it != vSeamSides.end();)
+        {
+            const auto end =
+                std::find_if(it, vSeamSides.end(), [&](Index h) { return ends(h) != ends(*it); });
+            if (end - it > 1)
+                vTwins.emplace_back(it, end);
+            it = end;
+        }
+        for (const std::vector<Index>& twins : vTwins)
+            bAgain |= splitTwins(twins, vTouched);
     }
+}
+
+bool SheetParter::splitTwins(std::span<const Index> twins, std::vector<std::uint8_t>& vTouched)
+{
+    const Index first = twins.front();
+    bool bSplit = false;
+    for (const Index h : twins.subspan(1))
+        if (h != vMates[first] && (vMates[h] == FlatMesh::NONE || h < vMates[h]))
+            bSplit |= splitAt(h, vTouched);
+    return bSplit;
 }
 
 bool SheetParter::splitAt(Index h, std::vector<std::uint8_t>& vTouched)
@@ -325,27 +253,32 @@ bool SheetParter::splitAt(Index h, std::vector<std::uint8_t>& vTouched)
     const auto vertex = static_cast<Index>(mesh.vPoints.size());
     mesh.vPoints.push_back(middle);
     ++report.numSplitEdges;
-    // The second half of a side gets a triangle of its own: middle, end, tip.
-    const auto splitSide = [&](Index side)
-    {
-        vTouched[side / 3] = 1;
-        const auto added = static_cast<Index>(mesh.vCorners.size());
-        const Index outer = vMates[FlatMesh::next(side)];
-        mesh.vCorners.insert(mesh.vCorners.end(), {vertex, mesh.to(side), mesh.opposite(side)});
-        mesh.vCorners[FlatMesh::next(side)] = vertex;
-        vMates.insert(vMates.end(), {FlatMesh::NONE, FlatMesh::NONE, FlatMesh::NONE});
-        if (outer != FlatMesh::NONE)
-            mate(added + 1, outer);
-        mate(added + 2, FlatMesh::next(side));
-        return added;
-    };
-    const Index addedH = splitSide(h);
+    const auto addedH = static_cast<Index>(mesh.vCorners.size());
+    splitSide(h, vertex);
+    vTouched[h / 3] = 1;
     if (g == FlatMesh::NONE)
         return true;
-    const Index addedG = splitSide(g);
+    const auto addedG = static_cast<Index>(mesh.vCorners.size());
+    splitSide(g, vertex);
+    vTouched[g / 3] = 1;
     mate(h, addedG);
     mate(g, addedH);
     return true;
+}
+
+// The second half of a side gets a triangle of its own: middle, end, tip.
+void SheetParter::splitSide(Index side, Index vertex)
+{
+    const auto added = static_cast<Index>(mesh.vCorners.size());
+    const Index outer = vMates[FlatMesh::next(side)];
+    mesh.vCorners.insert(mesh.vCorners.end(), {vertex, mesh.to(side), mesh.opposite(side)});
+    mesh.vCorners[FlatMesh::next(side)] = vertex;
+    vMates.insert(vMates.end(), {FlatMesh::NONE, FlatMesh::NONE, FlatMesh::NONE});
+    if (outer != FlatMesh::NONE)
+        mate(added + 1, outer);
+    mate(added + 2, FlatMesh::next(side));
+    // Where the outer edge has twins, its half-edge has another number now.
+    vSeamSides.push_back(added + 1);
 }
 
 namespace
@@ -361,16 +294,17 @@ double getVolume(const FlatMesh& mesh, const std::vector<FlatMesh::Index>& vPiec
 }
 } // namespace
 
-std::size_t faceOutward(FlatMesh& mesh)
+std::size_t faceOutward(FlatMesh& mesh, Mates& vMates)
 {
-    const Mates vMates = findMates(mesh);
     std::vector<std::uint8_t> vReached(mesh.getNumT(), 0);
+    std::vector<std::uint8_t> vTurn(mesh.getNumT(), 0);
+    std::vector<FlatMesh::Index> vPiece;
     std::size_t numTurned = 0;
     for (FlatMesh::Index first = 0; first < mesh.getNumT(); ++first)
     {
         if (vReached[first] != 0)
             continue;
-        std::vector<FlatMesh::Index> vPiece = {first};
+        vPiece.assign(1, first);
         vReached[first] = 1;
         bool bClosed = true;
         for (std::size_t i = 0; i < vPiece.size(); ++i)
@@ -389,9 +323,13 @@ std::size_t faceOutward(FlatMesh& mesh)
         if (!bClosed || !(getVolume(mesh, vPiece) < 0.0))
             continue;
         for (const FlatMesh::Index t : vPiece)
-            std::swap(mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]);
+            vTurn[t] = 1;
         numTurned += vPiece.size();
     }
+    if (numTurned == 0)
+        return 0;
+    turnTriangles(mesh, vTurn);
+    turnMates(vMates, vTurn);
     return numTurned;
 }
 

@@ -1,14 +1,15 @@
 #ifndef ZEF_FINISH_SHEETPARTER_H
 #define ZEF_FINISH_SHEETPARTER_H
 
-#include "finish/EdgeTable.h"
 #include "finish/FlatMesh.h"
 #include "finish/PartReport.h"
 #include "finish/PatchFacing.h"
 #include "finish/PatchTable.h"
+#include "finish/SeamTable.h"
 #include "finish/fans.h"
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 namespace TARN_ZEF
@@ -18,7 +19,7 @@ namespace TARN_ZEF
 // and flatness, and what finds no partner becomes a border, drawn back a little from the sheet it hung on.
 //
 // Ownership:  works on the caller's mesh, which may hold anything. Indices must be in range.
-// Cost:       a sort of the half-edges for each round; one round for a mesh without seams.
+// Cost:       a sort of the half-edges and one of the triangles; what follows goes by the number of sides at seams.
 class SheetParter
 {
 public:
@@ -31,34 +32,30 @@ public:
 
 private:
     using Index = FlatMesh::Index;
-    using HalfEdges = std::span<const EdgeTable::Entry>;
 
     void dropUnusable();
     void dropDuplicates();
-    void dropFins();
-    bool dropFinsUpTo(std::size_t maxT);
-    static void addGain(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT,
-                        std::vector<std::ptrdiff_t>& vGain, std::vector<std::pair<Index, Index>>& vMeetings);
-    void pairTriangles();
-    void turnTriangles(const PatchTable& patches, const PatchFacing& facing);
-    void pairAtEdge(HalfEdges halfEdges, const std::vector<Index>& vPatchOfT, const PatchFacing& facing);
-    void pairAtSeam(std::vector<Index> vHalfEdges, const std::vector<Index>& vPatchOfT,
-                    const PatchFacing& facing);
+    void pairTriangles(SeamTable& seams);
+    void faceAlike(const PatchTable& patches, const PatchFacing& facing, SeamTable& seams);
+    void pairAtSeam(std::span<const Index> sides, const PatchTable& patches, const PatchFacing& facing);
     void mate(Index g, Index h);
     void giveFansVertices();
     void drawBack(std::size_t firstCopy, const std::vector<Index>& vOriginals);
     void splitTwinEdges();
+    bool splitTwins(std::span<const Index> twins, std::vector<std::uint8_t>& vTouched);
     bool splitAt(Index h, std::vector<std::uint8_t>& vTouched);
+    void splitSide(Index side, Index vertex);
     void keep(const std::vector<std::uint8_t>& vKeep, std::size_t& counter);
 
     FlatMesh& mesh;
     PartReport& report;
     Mates vMates;
+    std::vector<Index> vSeamSides; // half-edges at edges that were seams
     std::vector<std::uint8_t> vIsParted;
 };
 
-// Turns the closed pieces of a manifold mesh so that they face outward. Returns the number of triangles turned.
-std::size_t faceOutward(FlatMesh& mesh);
+// Turns the closed pieces of a mesh so that they face outward. The mates follow. Returns the number of triangles turned.
+std::size_t faceOutward(FlatMesh& mesh, Mates& vMates);
 
 } // namespace TARN_ZEF
 

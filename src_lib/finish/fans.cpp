@@ -2,6 +2,8 @@
 
 #include "finish/EdgeTable.h"
 
+#include <utility>
+
 namespace TARN_ZEF
 {
 using Index = FlatMesh::Index;
@@ -26,26 +28,6 @@ void forEachOfFan(const Mates& vMates, Index h, F f)
         f(at);
     }
 }
-
-// Keeps the first half-edge and the first that runs the other way; marks the triangles of the others.
-std::size_t markSurplus(const FlatMesh& mesh, std::span<const EdgeTable::Entry> halfEdges,
-                        std::vector<std::uint8_t>& vKeep)
-{
-    const Index first = halfEdges.front().second;
-    bool bPaired = false;
-    std::size_t numDropped = 0;
-    for (const auto& [ends, h] : halfEdges.subspan(1))
-    {
-        if (!bPaired && mesh.from(h) != mesh.from(first))
-        {
-            bPaired = true;
-            continue;
-        }
-        numDropped += vKeep[h / 3];
-        vKeep[h / 3] = 0;
-    }
-    return numDropped;
-}
 } // namespace
 
 Mates findMates(const FlatMesh& mesh)
@@ -64,6 +46,23 @@ Mates findMates(const FlatMesh& mesh)
             vMates[h] = g;
         });
     return vMates;
+}
+
+void turnTriangles(FlatMesh& mesh, const std::vector<std::uint8_t>& vTurn)
+{
+    for (std::size_t t = 0; t < vTurn.size(); ++t)
+        if (vTurn[t] != 0)
+            std::swap(mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]);
+}
+
+void turnMates(Mates& vMates, const std::vector<std::uint8_t>& vTurn)
+{
+    for (std::size_t t = 0; t < vTurn.size(); ++t)
+        if (vTurn[t] != 0)
+            std::swap(vMates[3 * t], vMates[3 * t + 2]);
+    for (Index& mate : vMates)
+        if (mate != FlatMesh::NONE && vTurn[mate / 3] != 0)
+            mate = getTurned(mate);
 }
 
 std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates, std::vector<Index>* pOriginals)
@@ -95,28 +94,6 @@ std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates, std::vector<Inde
                      });
     }
     return numCopies;
-}
-
-std::size_t dropToManifold(FlatMesh& mesh)
-{
-    std::size_t numAll = 0;
-    for (;;)
-    {
-        std::vector<std::uint8_t> vKeep(mesh.getNumT(), 1);
-        std::size_t numDropped = 0;
-        EdgeTable(mesh).forEach(
-            [&](auto halfEdges)
-            {
-                if (halfEdges.size() > 1)
-                    numDropped += markSurplus(mesh, halfEdges, vKeep);
-            });
-        if (numDropped == 0)
-            break;
-        numAll += numDropped;
-        mesh.keepTriangles(vKeep);
-    }
-    doubleVertices(mesh, findMates(mesh));
-    return numAll;
 }
 
 } // namespace TARN_ZEF

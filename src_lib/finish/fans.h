@@ -7,6 +7,7 @@
 
 #include "finish/FlatMesh.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace TARN_ZEF
@@ -16,14 +17,19 @@ using Mates = std::vector<FlatMesh::Index>; // for each half-edge its mate, or F
 // The mates by the corners alone: half-edges of an edge that has exactly two, which run opposite ways.
 [[nodiscard]] Mates findMates(const FlatMesh& mesh);
 
+// Turns over the triangles t with vTurn[t] != 0: their last two corners change places. With that their first and last
+// half-edges do, so that mates have to follow.
+void turnTriangles(FlatMesh& mesh, const std::vector<std::uint8_t>& vTurn);
+void turnMates(Mates& vMates, const std::vector<std::uint8_t>& vTurn);
+[[nodiscard]] constexpr FlatMesh::Index getTurned(FlatMesh::Index h) noexcept
+{
+    return h - h % 3 + (2 - h % 3);
+}
+
 // Gives each fan a vertex of its own. The first fan keeps the vertex; a copy at the same place is added for each
 // other one. Appends to vOriginals, for each copy, the vertex it was made from. Returns the number of copies.
 std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates,
                            std::vector<FlatMesh::Index>* pOriginals = nullptr);
-
-// Drops triangles until each edge has at most two, which run opposite ways, and gives each fan its vertex. Of more
-// triangles at an edge the first opposed two stay. Returns the number of triangles that went.
-std::size_t dropToManifold(FlatMesh& mesh);
 
 } // namespace TARN_ZEF
 
