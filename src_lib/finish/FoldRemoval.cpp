@@ -10,7 +10,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int NONE = HalfEdgeMesh::NONE;
 // Rounds of each means, in their order.
 constexpr int SMOOTHING_ROUNDS = 3;
 constexpr int BORDER_ROUNDS = 5;

@@ -231,9 +231,9 @@ int Relaxation::getShortestEdge(int t) const
 bool Relaxation::isBetterCollapsed(int h, const Point3& target, double worst) const
 {
     bool bBetter = true;
-    for (const auto& [centre, other] :
-         {std::pair(mesh.from(h), mesh.to(h)), std::pair(mesh.to(h), mesh.from(h))})
+    for (const int centre : {mesh.from(h), mesh.to(h)})
     {
+        const int other = centre == mesh.from(h) ? mesh.to(h) : mesh.from(h);
         mesh.forEachOutgoing(centre,
                              [&](int g)
                              {

@@ -11,7 +11,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int NONE = HalfEdgeMesh::NONE;
 
 // The loop of border vertices that starts at v, in the direction of the border half-edges.
 std::vector<int> walkLoop(const HalfEdgeMesh& mesh, int v, std::size_t maxEdges)
