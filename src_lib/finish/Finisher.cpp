@@ -21,6 +21,23 @@ constexpr int LATER_ROUNDS = 3;
 // Cosine of 20 degrees: triangles with a smaller angle collapse.
 constexpr double THIN = 0.9397;
 constexpr std::size_t LONGEST_FILLED = 12;
+
+// The triangles whose corners are others than before, or elsewhere. REQUIRES: not renumbered in between.
+FoldRemoval::Flags findChanged(const HalfEdgeMesh& before, const HalfEdgeMesh& after)
+{
+    FoldRemoval::Flags vChanged(static_cast<std::size_t>(after.endTriangles()), 0);
+    for (int t = 0; t < after.endTriangles(); ++t)
+    {
+        if (!after.isAlive(t))
+            continue;
+        bool bSame = t < before.endTriangles() && before.isAlive(t);
+        for (int h = 4 * t; h < 4 * t + 3; ++h)
+            bSame = bSame && before.from(h) == after.from(h) &&
+                    before.point(after.from(h)) == after.point(after.from(h));
+        vChanged[static_cast<std::size_t>(t)] = bSame ? 0 : 1;
+    }
+    return vChanged;
+}
 } // namespace
 
 Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
@@ -144,9 +161,10 @@ void Finisher::removeFolds()
     // What was smoothed or filled is thin here and there.
     if (options.bEvenTriangles && folds.numPairs > 0)
     {
+        const HalfEdgeMesh before = mesh;
         mendThin();
         FoldReport later;
-        FoldRemoval(mesh, later).run();
+        FoldRemoval(mesh, later).runNear(findChanged(before, mesh));
         folds.numCollapses += later.numCollapses;
         folds.numDroppedT += later.numDroppedT;
         folds.numFilled += later.numFilled;

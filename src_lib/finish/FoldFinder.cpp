@@ -52,7 +52,7 @@ std::vector<FoldFinder::Pair> FoldFinder::judge(const std::vector<int>& vTriangl
             vCorners.push_back(mesh.from(h));
     CheckOptions options;
     options.maxPlaces = std::numeric_limits<int>::max();
-    const MeshCheck check = judgeMesh(vPoints, vCorners, options);
+    const MeshCheck check = judgeShapes(vPoints, vCorners, options);
     std::vector<Pair> vResult;
     for (const MeshFault& fault : check.vFaults)
     {

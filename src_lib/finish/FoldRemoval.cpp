@@ -36,7 +36,16 @@ FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_)
 
 void FoldRemoval::run()
 {
-    Pairs vPairs = FoldFinder(mesh).findAll();
+    remove(FoldFinder(mesh).findAll());
+}
+
+void FoldRemoval::runNear(Flags vChanged)
+{
+    remove(FoldFinder(mesh).findNear(vChanged));
+}
+
+void FoldRemoval::remove(Pairs vPairs)
+{
     report.numPairs = vPairs.size();
     for (int round = 0; !vPairs.empty(); ++round)
     {

@@ -26,14 +26,18 @@ struct FoldReport
 class FoldRemoval
 {
 public:
+    using Flags = std::vector<std::uint8_t>;
+
     FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_);
 
+    // On the whole surface, or near the triangles t with vChanged[t] != 0, as the rest is known to be without.
     void run();
+    void runNear(Flags vChanged);
 
 private:
-    using Flags = std::vector<std::uint8_t>;
     using Pairs = std::vector<FoldFinder::Pair>;
 
+    void remove(Pairs vPairs);
     void smooth(const Pairs& vPairs, int numIterations);
     void collapse(const Pairs& vPairs);
     void dropBorders(const Pairs& vPairs);

@@ -63,4 +63,19 @@ MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& 
     return check;
 }
 
+MeshCheck judgeShapes(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                      const CheckOptions& options)
+{
+    refuseBadCorners(vPoints.size(), vCorners);
+    const JudgedMesh mesh(vPoints, vCorners);
+    const UnitFrame frame(vPoints);
+    const CornerNumbering numbering(vPoints, frame);
+    MeshCheck check;
+    FaultList faults(options.maxPlaces);
+    check.numTriangles = mesh.getNumTriangles();
+    ShapeJudge(mesh, numbering).run(frame, options, check, faults);
+    check.vFaults = faults.getAll();
+    return check;
+}
+
 } // namespace TARN_ZEF
