@@ -57,8 +57,7 @@ struct FinishReport
 // pReport  filled in if given
 // Returns  a new mesh; it can be without triangles
 // Throws   ZefBadArgument if an option is out of its range, or not a number
-// The result is the same for every number of threads. Where two fans share a place, two vertices have the same
-// coordinates.
+// The result is the same for every number of threads.
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> finishSurface(const Mesh& mesh,
                                                           const FinishOptions& options = FinishOptions(),
                                                           FinishReport* pReport = nullptr);

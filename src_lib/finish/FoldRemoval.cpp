@@ -3,8 +3,11 @@
 #include "core/definitions.h"
 #include "finish/fillLoops.h"
 #include "geometry/tools.h"
+#include "parallel/sortMT2.h"
 
 #include <algorithm>
+#include <tuple>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -17,6 +20,8 @@ constexpr int COLLAPSE_ROUNDS = 7;
 constexpr int FILLING_ROUNDS = 9;
 constexpr int SMOOTHING_STEPS = 4;
 constexpr double SMOOTHING = 0.6;
+// How far vertices at one place go towards the middle of their neighbours.
+constexpr double PART_SHARE = 0.05;
 // Cuts with more edges stay open.
 constexpr std::size_t LONGEST_FILLED = 12;
 
@@ -36,6 +41,8 @@ FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_)
 
 void FoldRemoval::run()
 {
+    vTouched.assign(static_cast<std::size_t>(mesh.endTriangles()), 0);
+    partEqualPoints();
     remove(FoldFinder(mesh).findAll());
 }
 
@@ -81,6 +88,55 @@ std::vector<int> FoldRemoval::getVertices(const Pairs& vPairs, int numRings) con
         sortUnique(vVertices);
     }
     return vVertices;
+}
+
+// Each towards the middle of its own neighbours.
+void FoldRemoval::partEqualPoints()
+{
+    const std::vector<int> vEqual = findEqualPoints();
+    std::vector<Point3> vProposed;
+    for (const int v : vEqual)
+    {
+        const Point3& p = mesh.point(v);
+        Vector3 sum;
+        double num = 0.0;
+        mesh.forEachNeighbour(v,
+                              [&](int u)
+                              {
+                                  sum.add(mesh.point(u) - p);
+                                  num += 1.0;
+                              });
+        vProposed.push_back(p + sum * (PART_SHARE / num));
+    }
+    for (std::size_t i = 0; i < vEqual.size(); ++i)
+    {
+        mesh.setPoint(vEqual[i], vProposed[i]);
+        touchAround(vEqual[i]);
+    }
+}
+
+std::vector<int> FoldRemoval::findEqualPoints() const
+{
+    std::vector<int> vVertices;
+    vVertices.reserve(static_cast<std::size_t>(mesh.getNumVertices()));
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            vVertices.push_back(v);
+    const auto place = [this](int v)
+    {
+        const Point3& p = mesh.point(v);
+        return std::tuple(p.x(), p.y(), p.z());
+    };
+    sortMT(vVertices.begin(), vVertices.end(),
+           [&](int a, int b) { return std::pair(place(a), a) < std::pair(place(b), b); });
+    std::vector<int> vEqual;
+    for (std::size_t i = 0; i < vVertices.size(); ++i)
+    {
+        const auto isEqual = [&](std::size_t k) { return place(vVertices[i]) == place(vVertices[k]); };
+        if ((i > 0 && isEqual(i - 1)) || (i + 1 < vVertices.size() && isEqual(i + 1)))
+            vEqual.push_back(vVertices[i]);
+    }
+    return vEqual;
 }
 
 void FoldRemoval::touchAround(int v)
@@ -150,9 +206,9 @@ void FoldRemoval::collapse(const Pairs& vPairs)
             ++report.numCollapses;
         }
     }
-    std::size_t t = 0;
-    for (std::uint8_t& flag : vTouched)
-        flag = flag != 0 && mesh.isAlive(static_cast<int>(t++));
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (!mesh.isAlive(t))
+            vTouched[static_cast<std::size_t>(t)] = 0;
 }
 
 void FoldRemoval::dropBorders(const Pairs& vPairs)
@@ -226,6 +282,7 @@ void FoldRemoval::dropTriangles(const Flags& vDrop, bool bFill)
     std::vector<int> vOrigin;
     ASSEX(mesh.build(vPoints, vCorners, &vOrigin));
     vTouched = std::move(vStillTouched);
+    partEqualPoints();
     if (!bFill)
         return;
     const auto bIsNew = [&](int v)

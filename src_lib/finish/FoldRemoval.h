@@ -23,6 +23,9 @@ struct FoldReport
 // where triangles intersect, then borders give way, then edges collapse, then triangles are cut out and small cuts
 // filled, and in the end cut out for good. Each round of that last kind removes triangles, so it comes to an end on
 // every surface.
+//
+// Vertices at one place, where fans were parted, go apart a little as well: a reader that joins corners by their
+// coordinates then finds the same mesh.
 class FoldRemoval
 {
 public:
@@ -45,6 +48,8 @@ private:
     void dropTriangles(const Flags& vDrop, bool bFill);
     [[nodiscard]] Flags chooseFewest(const Pairs& vPairs) const;
     [[nodiscard]] std::vector<int> getVertices(const Pairs& vPairs, int numRings) const;
+    void partEqualPoints();
+    [[nodiscard]] std::vector<int> findEqualPoints() const;
     void touchAround(int v);
 
     HalfEdgeMesh& mesh;
