@@ -33,9 +33,10 @@ struct FinishReport
     std::size_t numUnusableT = 0;  // triangles that went: a corner not finite, or two corners equal
     std::size_t numFlatT = 0;      // triangles that went: no area
     std::size_t numDuplicateT = 0; // triangles that went: on the corners of another one
-    std::size_t numFinT = 0;       // triangles that went: fins and doubled layers
-    std::size_t numTurnedT = 0;    // triangles that were turned over
-    std::size_t numCutSides = 0;   // sides of edges of three or more triangles that found no partner
+    std::size_t numWrapT = 0;    // triangles that went: one of two sides of a thin wrap around an open sheet
+    std::size_t numFinT = 0;     // triangles that went: fins and doubled layers
+    std::size_t numTurnedT = 0;  // triangles that were turned over
+    std::size_t numCutSides = 0; // sides of edges of three or more triangles that found no partner
     std::size_t numDoubledVtx = 0; // vertices made so that each fan has its own
     std::size_t numSplitEdges = 0; // edges that got a vertex in the middle
     // --- Folds ---

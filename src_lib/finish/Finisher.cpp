@@ -96,12 +96,13 @@ void Finisher::scale(std::vector<Point3>& vPoints, int power)
 void Finisher::part()
 {
     PartReport parts;
-    SheetParter parter(flat, parts);
+    SheetParter parter(flat, parts, getCellSize());
     parter.run();
     vIsParted = parter.getParted();
     report.numUnusableT = parts.numUnusableT;
     report.numFlatT = parts.numFlatT;
     report.numDuplicateT = parts.numDuplicateT;
+    report.numWrapT = parts.numWrapT;
     report.numFinT = parts.numFinT;
     report.numTurnedT = parts.numTurnedT;
     report.numCutSides = parts.numCutEdges;
@@ -203,14 +204,9 @@ double Finisher::getCellSize() const
     if (options.cellSize > 0.0)
         return std::ldexp(options.cellSize, -exponent);
     double sum = 0.0;
-    double num = 0.0;
-    mesh.forEachEdge(
-        [&](int h)
-        {
-            sum += (mesh.point(mesh.to(h)) - mesh.point(mesh.from(h))).length();
-            num += 1.0;
-        });
-    return 0.85 * sum / num;
+    for (FlatMesh::Index h = 0; h < flat.vCorners.size(); ++h)
+        sum += (flat.vPoints[flat.to(h)] - flat.at(h)).length();
+    return flat.vCorners.empty() ? 0.0 : 0.85 * sum / static_cast<double>(flat.vCorners.size());
 }
 
 } // namespace TARN_ZEF

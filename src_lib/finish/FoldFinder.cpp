@@ -1,6 +1,7 @@
 #include "finish/FoldFinder.h"
 
 #include "core/numbers.h"
+#include "finish/cellNumber.h"
 #include "judge/judgeMesh.h"
 #include "parallel/parallelFor.h"
 
@@ -15,14 +16,6 @@ namespace
 // Triangles whose box covers more cells than this along an axis are always looked at.
 constexpr double MAX_CELLS = 8.0;
 constexpr std::size_t MIN_CHUNK = 10'000;
-
-// Cells far apart may get the same number: the judge then looks at a triangle in vain.
-u64 mixCell(double x, double y, double z)
-{
-    const auto part = [](double c) { return static_cast<u64>(static_cast<std::int64_t>(c)); };
-    return part(x) * 0x9E3779B97F4A7C15ULL + part(y) * 0xC2B2AE3D27D4EB4FULL +
-           part(z) * 0x165667B19E3779F9ULL;
-}
 } // namespace
 
 FoldFinder::FoldFinder(const HalfEdgeMesh& mesh_)
@@ -100,7 +93,7 @@ void FoldFinder::forEachCell(const Box& box, double cellSize, F f) const
     for (double x = fromX; x <= toX; x += 1.0)
         for (double y = fromY; y <= toY; y += 1.0)
             for (double z = fromZ; z <= toZ; z += 1.0)
-                f(mixCell(x, y, z) | 1);
+                f(getCellNumber(x, y, z) | 1);
 }
 
 std::vector<FoldFinder::Pair> FoldFinder::findNear(const std::vector<std::uint8_t>& vTouched) const

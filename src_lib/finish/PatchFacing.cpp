@@ -1,8 +1,9 @@
 #include "finish/PatchFacing.h"
 
+#include "finish/ParityUnion.h"
+
 #include <algorithm>
 #include <cmath>
-#include <numeric>
 
 namespace TARN_ZEF
 {
@@ -13,45 +14,6 @@ namespace
 constexpr double TURN_PRICE = 0.05;
 // The cost falls with each turn, but for rounding.
 constexpr int MAX_ROUNDS = 100;
-
-// Groups of patches; each knows whether it is turned with respect to the first of its group.
-class TurnUnion
-{
-public:
-    explicit TurnUnion(std::size_t num)
-        : vParent(num)
-        , vTurn(num, 0)
-    {
-        std::iota(vParent.begin(), vParent.end(), 0U);
-    }
-
-    FlatMesh::Index find(FlatMesh::Index i, std::uint8_t& turn) const
-    {
-        turn = 0;
-        for (; vParent[i] != i; i = vParent[i])
-            turn ^= vTurn[i];
-        return i;
-    }
-
-    // Nothing happens if both are in one group.
-    void unite(FlatMesh::Index a, FlatMesh::Index b, std::uint8_t turn)
-    {
-        std::uint8_t turnA = 0;
-        std::uint8_t turnB = 0;
-        FlatMesh::Index rootA = find(a, turnA);
-        FlatMesh::Index rootB = find(b, turnB);
-        if (rootA == rootB)
-            return;
-        if (rootB < rootA)
-            std::swap(rootA, rootB);
-        vParent[rootB] = rootA;
-        vTurn[rootB] = turnA ^ turnB ^ turn;
-    }
-
-private:
-    std::vector<FlatMesh::Index> vParent;
-    std::vector<std::uint8_t> vTurn; // with respect to the parent
-};
 } // namespace
 
 PatchFacing::PatchFacing(const FlatMesh& mesh_, const SeamTable& seams, const PatchTable& patches_)
@@ -128,7 +90,7 @@ std::vector<std::uint8_t> PatchFacing::followVotes() const
     std::stable_sort(vByWeight.begin(), vByWeight.end(),
                      [](const Meeting* pA, const Meeting* pB)
                      { return std::fabs(pA->getGain()) > std::fabs(pB->getGain()); });
-    TurnUnion groups(vTurned.size());
+    ParityUnion groups(vTurned.size());
     for (const Meeting* pMeeting : vByWeight)
         groups.unite(static_cast<Index>(pMeeting->patches >> 32), static_cast<Index>(pMeeting->patches),
                      pMeeting->getGain() < 0.0 ? 1 : 0);
@@ -184,7 +146,7 @@ void PatchFacing::descend(std::vector<std::uint8_t>& vTurn) const
 // Patches that meet decide together: the cheaper of two ends of the descent.
 void PatchFacing::chooseFacing(std::vector<std::uint8_t> vVoted)
 {
-    TurnUnion unions(vTurned.size());
+    ParityUnion unions(vTurned.size());
     for (const Meeting& meeting : vMeetings)
         unions.unite(static_cast<Index>(meeting.patches >> 32), static_cast<Index>(meeting.patches), 0);
     descend(vTurned);

@@ -2,6 +2,7 @@
 
 #include "finish/FinRemoval.h"
 #include "finish/SeamPairing.h"
+#include "finish/WrapRemoval.h"
 #include "geometry/tools.h"
 #include "parallel/sortMT2.h"
 
@@ -33,9 +34,10 @@ Point3 moveTowards(const Point3& p, const Point3& target, double share)
 }
 } // namespace
 
-SheetParter::SheetParter(FlatMesh& mesh_, PartReport& report_)
+SheetParter::SheetParter(FlatMesh& mesh_, PartReport& report_, double cellSize_)
     : mesh(mesh_)
     , report(report_)
+    , cellSize(cellSize_)
 {
 }
 
@@ -44,6 +46,7 @@ void SheetParter::run()
     dropUnusable();
     dropDuplicates();
     SeamTable seams(mesh);
+    report.numWrapT += WrapRemoval(mesh, seams, cellSize).run();
     report.numFinT += FinRemoval(mesh, seams).run();
     pairTriangles(seams);
     giveFansVertices();

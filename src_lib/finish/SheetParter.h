@@ -15,7 +15,7 @@
 namespace TARN_ZEF
 {
 // Parts a mesh into sheets: afterwards each edge has one or two triangles, which face the same way, and each vertex
-// one fan. Where more than two triangles meet, fins and doubled layers are dropped, the others are paired by facing
+// one fan. Thin wraps become one sheet. Where more than two triangles meet, fins and doubled layers are dropped, the others are paired by facing
 // and flatness, and what finds no partner becomes a border, drawn back a little from the sheet it hung on.
 //
 // Ownership:  works on the caller's mesh, which may hold anything. Indices must be in range.
@@ -23,7 +23,8 @@ namespace TARN_ZEF
 class SheetParter
 {
 public:
-    SheetParter(FlatMesh& mesh_, PartReport& report_);
+    // cellSize: edge of the cells that the mesh comes from; 0 if it is not known, then thin wraps stay.
+    SheetParter(FlatMesh& mesh_, PartReport& report_, double cellSize_ = 0.0);
 
     void run();
 
@@ -49,6 +50,7 @@ private:
 
     FlatMesh& mesh;
     PartReport& report;
+    double cellSize;
     Mates vMates;
     std::vector<Index> vSeamSides; // half-edges at edges that were seams
     std::vector<std::uint8_t> vIsParted;

@@ -137,6 +137,64 @@ TEST(SheetParter, plantedSituations)
     }
 }
 
+// A closed slab over num x num fields: a sheet at z = 0 facing down, one at the thickness facing up, and a rim between.
+FlatMesh makeSlab(Index num, double thickness)
+{
+    FlatMesh mesh;
+    addSheet(mesh, num, 0.0);
+    for (std::size_t t = 0; t < mesh.getNumT(); ++t)
+        std::swap(mesh.vCorners[3 * t + 1], mesh.vCorners[3 * t + 2]);
+    addSheet(mesh, num, thickness);
+    const Index row = num + 1;
+    const auto wall = [&](Index a, Index b) // from a to b along the lower sheet, seen from outside
+    {
+        mesh.vCorners.insert(mesh.vCorners.end(), {a, b, b + row * row, a, b + row * row, a + row * row});
+    };
+    for (Index i = 0; i < num; ++i)
+    {
+        wall(i, i + 1);
+        wall(num * row + i + 1, num * row + i);
+        wall((i + 1) * row, i * row);
+        wall(i * row + num, (i + 1) * row + num);
+    }
+    return mesh;
+}
+
+// In cells of 1: what is thinner than a third of one is no body.
+TEST(SheetParter, thinWrapsBecomeOneSheet)
+{
+    const struct
+    {
+        const char* name;
+        FlatMesh mesh;
+        bool bClosed;
+        bool bEmpty;
+    } cases[] = {
+        {"a body", makeSlab(12, 0.6), true, false},
+        {"a wrap around a sheet", makeSlab(12, 0.2), false, false},
+        {"debris", makeSlab(3, 0.2), false, true},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.name);
+        FlatMesh mesh = c.mesh;
+        PartReport report;
+        SheetParter(mesh, report, 1.0).run();
+        const MeshCheck result = check(mesh);
+        EXPECT_TRUE(result.isManifold() && result.isOriented());
+        EXPECT_EQ(mesh.getNumT() == 0, c.bEmpty);
+        EXPECT_EQ(report.numWrapT > 0, !c.bClosed);
+        if (c.bClosed || c.bEmpty)
+            continue;
+        EXPECT_EQ(result.numPieces, 1U);
+        EXPECT_EQ(result.numBorderLoops, 1U);
+        // The upper side alone, but for triangles of the rim.
+        EXPECT_NEAR(static_cast<double>(mesh.getNumT()), 288.0, 48.0);
+        for (Index t = 0; t < mesh.getNumT(); ++t)
+            EXPECT_GT(mesh.at(3 * t).z() + mesh.at(3 * t + 1).z() + mesh.at(3 * t + 2).z(), 0.0);
+    }
+}
+
 // Few vertices and many triangles: edges of ten triangles, twins, bubbles, strips with one side.
 TEST(SheetParter, heapsOfTrianglesEndManifold)
 {
