@@ -11,6 +11,7 @@
 #include "checkMesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
+#include "zef_calls.h"
 #include "zef_messages.h"
 
 #endif
