@@ -91,8 +91,7 @@ ZEF_API void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double
 // progress from 0 to 1 under its own name, or inside the tree of an outer call. An empty pointer or a NaN
 // argument is refused before anything changes. Results are the same for every number of threads.
 //
-// Two limits inside are absolute: units must be such that the spacing is above about 0.001. Scale smaller
-// data up first.
+// The unit of the points does not matter: twice the lengths give twice the mesh.
 
 // Thins a mesh by collapsing edges into one of their ends, the cheapest first: short edges in flat regions.
 // Run edgeFlips() afterwards to even out the triangles.

@@ -6,6 +6,7 @@
 #include "helpers/finishedMeshes.h"
 #include "helpers/meshHash.h"
 #include "helpers/meshShapes.h"
+#include "helpers/transformed.h"
 
 #include <gtest/gtest.h>
 
@@ -27,21 +28,6 @@ struct Subject
     std::string name;
     std::function<std::uint64_t()> run; // a public call or some; the result is a hash of what came back
 };
-
-Points scaled(Points v, double factor)
-{
-    for (Point3& p : v)
-        p.set(p.x() * factor, p.y() * factor, p.z() * factor);
-    return v;
-}
-
-// Half of the points a second time: where points coincide, random numbers part them.
-Points doubled(Points v)
-{
-    const std::size_t half = v.size() / 2;
-    v.insert(v.end(), v.begin(), v.begin() + static_cast<std::ptrdiff_t>(half));
-    return v;
-}
 
 std::uint64_t reconstructAndImprove(Points cloud, bool bSmooth)
 {

@@ -158,7 +158,8 @@ TEST(TopStrategies, patchPassesKeepTheMeshConsistent)
             expectConsistent(mesh);
             pm.top().solvePatchPairsFrac(cutOriented(mesh));
             expectConsistent(mesh);
-            if (!bRepair && cloud.name == "lamppost.xyz") // no triangle at its topmost corner faces up or down
+            if (!bRepair &&
+                cloud.name == "lamppost.xyz") // no triangle at its topmost corner faces up or down
             {
                 EXPECT_THROW(static_cast<void>(pm.top().patchGrowing(cutOriented(mesh))), ZefBugException);
                 expectConsistent(mesh);
