@@ -12,6 +12,7 @@
 #include "finishSurface.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
+#include "zef_calls.h"
 #include "zef_messages.h"
 
 #endif

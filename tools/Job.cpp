@@ -25,8 +25,6 @@ constexpr double MAX_CELLS = 2097152.0 - 9.0;
 constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
-// Post-processing has limits inside that do not scale with the mesh.
-constexpr double SMALLEST_STEP_SPACING = 0.001;
 
 class Stopwatch
 {
@@ -372,10 +370,7 @@ void Job::improveMesh()
         return;
     const bool bNeedsSpacing = std::any_of(options.vSteps.begin(), options.vSteps.end(),
                                            [](const Step& s) { return s.needsSpacing(); });
-    const double cell = bNeedsSpacing || !options.bQuiet ? getSpacing() : 0.0;
-    if (cell < SMALLEST_STEP_SPACING)
-        note("the spacing of " + textOf(cell) + " is below " + textOf(SMALLEST_STEP_SPACING) +
-             ", where post-processing gets inexact; scale the input up");
+    const double cell = bNeedsSpacing ? getSpacing() : 0.0;
     report.anglesBefore = TriangleAngles(*pMesh);
     for (const Step& step : options.vSteps)
     {

@@ -59,8 +59,7 @@ private:
     void writeResult();
     void drawPictures();
 
-    // The spacing in force. The first call in automatic mode takes in the points once more: after the
-    // reconstruction only, as the first intake in a process fixes a limit of the plane fit.
+    // The spacing in force. The first call in automatic mode takes in the points once more.
     double getSpacing();
     double estimateSpacing();
     void noteLostDigits();
