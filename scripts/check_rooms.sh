@@ -6,7 +6,7 @@ set -eu
 cd "${1:-$(dirname "$0")/../src_lib}"
 
 # From the ground up. docs/architecture.md tells what each is about.
-rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry text lattice tinyply files occupancy intake
+rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry surface text lattice tinyply files occupancy intake
        cmesh extraction holes repair rmesh meshfiles api"
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.
