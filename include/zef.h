@@ -7,6 +7,7 @@
 #include "ProgressBase.h"
 #include "Vector3.h"
 #include "ZefBugException.h"
+#include "remesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
 

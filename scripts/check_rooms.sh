@@ -6,11 +6,11 @@ set -eu
 cd "${1:-$(dirname "$0")/../src_lib}"
 
 # From the ground up. docs/architecture.md tells what each is about.
-rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry surface text lattice tinyply files occupancy intake
+rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry surface remesh text lattice tinyply files occupancy intake
        cmesh extraction holes repair rmesh meshfiles api"
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.
-public="zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_api_functions.h:api zef.h:api"
+public="zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_api_functions.h:api remesh.h:api zef.h:api"
 
 find . -type f \( -name '*.h' -o -name '*.cpp' \) | sed 's|^\./||' | sort | xargs awk -v rooms="$rooms" -v public="$public" '
 function complain(text) {
