@@ -20,6 +20,7 @@ constexpr double APART = 3.0;
 constexpr double SIZE_SLOPE = 0.4;
 constexpr int SMOOTH_ROUNDS = 4;
 constexpr double MORE_PIECES = 1.2;
+constexpr double SNAP = 0.05; // in sizes
 constexpr double ROUNDING = 1e-9;
 } // namespace
 
@@ -44,8 +45,8 @@ void ChainSampler::run()
         fillTree();
         for (int i = 0; i < num; ++i)
             measureRoom(i);
-        smoothSizes();
     }
+    smoothSizes();
     for (int i = 0; i < num; ++i)
         sample(i);
 }
@@ -55,9 +56,29 @@ const Point3& ChainSampler::pointOf(int chain, int idx) const
     return source.getMesh().point(source.getChains()[chain].vVertices[idx]);
 }
 
-void ChainSampler::fillNodes(int chain)
+// The chord that leaves the chord error over the circle of each bend; a segment gets the shorter of its ends.
+std::vector<double> ChainSampler::sizesByBend(int chain) const
 {
     const int numSegments = static_cast<int>(source.getChains()[chain].vVertices.size()) - 1;
+    std::vector<double> vSizes(numSegments, length);
+    for (int i = 1; i < numSegments; ++i)
+    {
+        const Vector3 before = pointOf(chain, i) - pointOf(chain, i - 1);
+        const Vector3 after = pointOf(chain, i + 1) - pointOf(chain, i);
+        const double bend = (unitOrNull(after) + unitOrNull(before) * -1.0).length(); // radians, nearly
+        const double radius = 0.5 * (before.length() + after.length()) / std::max(bend, ROUNDING);
+        const double size =
+            std::max(std::sqrt(8.0 * radius * chordError), std::min(before.length(), after.length()));
+        vSizes[i - 1] = std::min(vSizes[i - 1], size);
+        vSizes[i] = std::min(vSizes[i], size);
+    }
+    return vSizes;
+}
+
+void ChainSampler::fillNodes(int chain)
+{
+    const std::vector<double> vSizes = sizesByBend(chain);
+    const int numSegments = static_cast<int>(vSizes.size());
     double arc = 0.0;
     for (int i = 0; i < numSegments; ++i)
     {
@@ -65,10 +86,10 @@ void ChainSampler::fillNodes(int chain)
         vSegments.push_back({chain, i, arc});
         const int num = std::max(1, static_cast<int>(std::ceil(NODES_PER_LENGTH * len / length)));
         for (int k = 0; k < num; ++k)
-            vNodes[chain].push_back({i, static_cast<double>(k) / num, arc + len * k / num, length});
+            vNodes[chain].push_back({i, static_cast<double>(k) / num, arc + len * k / num, vSizes[i]});
         arc += len;
     }
-    vNodes[chain].push_back({numSegments - 1, 1.0, arc, length});
+    vNodes[chain].push_back({numSegments - 1, 1.0, arc, vSizes.back()});
 }
 
 void ChainSampler::fillTree()
@@ -90,7 +111,7 @@ void ChainSampler::measureRoom(int chain)
     for (Node& node : vNodes[chain])
     {
         const double room = std::min(PIECE_PER_ROOM * roomAt(chain, node), whole);
-        node.size = std::clamp(room, LEAST_PIECE * length, length);
+        node.size = std::min(node.size, std::max(room, LEAST_PIECE * length));
     }
     for (const int end : {own.vVertices.front(), own.vVertices.back()})
         vCornerSize[end] =
@@ -182,6 +203,7 @@ std::vector<ChainSample> ChainSampler::place(int chain, int numPieces) const
     std::vector<double> vSum(v.size(), 0.0);
     for (std::size_t k = 1; k < v.size(); ++k)
         vSum[k] = vSum[k - 1] + (v[k].arc - v[k - 1].arc) * 2.0 / (v[k].size + v[k - 1].size);
+    const int numVertices = static_cast<int>(source.getChains()[chain].vVertices.size());
     std::vector<ChainSample> vPlaced;
     std::size_t k = 1;
     for (int i = 1; i < numPieces; ++i)
@@ -190,13 +212,26 @@ std::vector<ChainSample> ChainSampler::place(int chain, int numPieces) const
         while (k + 1 < v.size() && vSum[k] < at)
             ++k;
         const double part = (at - vSum[k - 1]) / (vSum[k] - vSum[k - 1]);
-        const int segment = v[k - 1].segment;
+        int segment = v[k - 1].segment;
         const double end = v[k].segment == segment ? v[k].along : 1.0;
-        const double along = v[k - 1].along + part * (end - v[k - 1].along);
+        double along = v[k - 1].along + part * (end - v[k - 1].along);
+        const double size = v[k - 1].size + part * (v[k].size - v[k - 1].size);
         const Point3& a = pointOf(chain, segment);
         const Point3& b = pointOf(chain, segment + 1);
-        vPlaced.push_back(
-            {segment, along, a + (b - a) * along, v[k - 1].size + part * (v[k].size - v[k - 1].size)});
+        // A vertex of the chain that is that near is taken as it is.
+        const double len = (b - a).length();
+        if (along * len < SNAP * size && segment > 0)
+            along = 0.0;
+        else if ((1.0 - along) * len < SNAP * size && segment + 2 < numVertices)
+        {
+            ++segment;
+            along = 0.0;
+        }
+        const Point3 point = along == 0.0 ? pointOf(chain, segment) : a + (b - a) * along;
+        const bool bAgain =
+            !vPlaced.empty() && vPlaced.back().segment == segment && vPlaced.back().along == along;
+        if (!bAgain)
+            vPlaced.push_back({segment, along, point, size});
     }
     return vPlaced;
 }
@@ -219,7 +254,7 @@ std::vector<ChainSample> ChainSampler::placeOnAll(int chain) const
         for (int n = i == 0 ? 1 : 0; n < num; ++n)
         {
             const double along = static_cast<double>(n) / num;
-            vPlaced.push_back({i, along, a + (b - a) * along, size});
+            vPlaced.push_back({i, along, a + (b - a) * along, std::min(size, (b - a).length() / num)});
         }
     }
     return vPlaced;

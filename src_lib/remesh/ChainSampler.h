@@ -52,6 +52,7 @@ private:
     };
 
     void fillNodes(int chain);
+    [[nodiscard]] std::vector<double> sizesByBend(int chain) const;
     void fillTree();
     void measureRoom(int chain);
     [[nodiscard]] double roomAt(int chain, const Node& node) const;

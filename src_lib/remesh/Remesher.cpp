@@ -19,6 +19,7 @@ constexpr double TOO_SHORT = 4.0 / 5.0;
 constexpr double CHORD_ERROR = 0.6; // of chains, in tolerances
 constexpr double SIZE_SLOPE = 0.35;
 constexpr double LEAST_SIZE = 0.08;
+constexpr double SIZE_TOLERANCE = 0.8; // distances that sizes are made for, in tolerances
 
 // Cosines between the normals of a triangle before and after.
 constexpr double COS_COLLAPSE = 0.6;
@@ -54,7 +55,7 @@ void Remesher::run(const std::function<void(double)>& progress)
     flipAll(FlipAim::SHAPE);
     cutChains();
     collapseShort(true);
-    spreadSizes();
+    findSizes();
     tell();
     for (int round = 0; round < NUM_ROUNDS; ++round)
     {
@@ -62,8 +63,7 @@ void Remesher::run(const std::function<void(double)>& progress)
         collapseShort(false);
         flipAll(round + 2 < NUM_ROUNDS ? FlipAim::VALENCE : FlipAim::SHAPE);
         relax(false);
-        sizeByDistance();
-        spreadSizes();
+        findSizes();
         tell();
     }
     for (int round = 0; round < NUM_SHAPE_ROUNDS; ++round)
@@ -74,6 +74,19 @@ void Remesher::run(const std::function<void(double)>& progress)
     }
     keepTolerance();
     tell();
+    int DBG[8] = {};
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v) && mesh.kind(v) == Kind::CHAIN)
+            mesh.forEachOutgoing(v,
+                                 [&](int h)
+                                 {
+                                     if (mesh.feature(h) == 0)
+                                         return;
+                                     ++DBG[0];
+                                     DBG[1] += !mesh.mayCollapse(h);
+                                     DBG[2] += !keepsSurface(h, 0.0);
+                                 });
+    printf("DBG surplus %d link %d surface %d\n", DBG[0], DBG[1], DBG[2]);
 }
 
 // --- Measures ---
@@ -112,7 +125,7 @@ double Remesher::sqDistanceFromPatch(const Point3& p, int t) const
 {
     if (patchOf(t).bFlat)
         return 0.0;
-    return walker.nearest(p, vHint[t], settings.tolerance).sqDist;
+    return walker.walk(p, vHint[t]).sqDist;
 }
 
 // --- Chains ---
@@ -196,14 +209,16 @@ int Remesher::splitAt(int h)
         if (!(before * first > COS_MOVE * first.length()) || !(before * second > COS_MOVE * second.length()))
             return NONE;
     }
-    const double size = sizeOf(h);
+    const double half = SIZE_SLOPE * 0.5 * lengthOf(h);
+    const double size = std::min({settings.length, vSize[mesh.from(h)] + half, vSize[mesh.to(h)] + half});
     const int v = mesh.split(h, m);
     noteSplit(h, v, place);
     vSize[v] = size;
     return v;
 }
 
-int Remesher::splitLong()
+// The longest first. Returns the new vertices.
+std::vector<int> Remesher::splitLong()
 {
     std::vector<std::pair<double, int>> vLong;
     mesh.forEachEdge(
@@ -214,19 +229,32 @@ int Remesher::splitLong()
                 vLong.emplace_back(-ratio, h);
         });
     std::sort(vLong.begin(), vLong.end());
-    int num = 0;
+    std::vector<int> vNew;
     for (const auto& entry : vLong)
-        num += splitAt(entry.second) != NONE ? 1 : 0;
-    return num;
+    {
+        const int v = splitAt(entry.second);
+        if (v != NONE)
+            vNew.push_back(v);
+    }
+    return vNew;
 }
 
-// Splits halve the longest edges first; flips between the passes keep the pieces from getting thin.
+// Flips between the passes keep the pieces from getting thin.
 void Remesher::splitUntilDone()
 {
-    for (int pass = 0; pass < MAX_SPLIT_PASSES && splitLong() != 0; ++pass)
+    for (int pass = 0; pass < MAX_SPLIT_PASSES; ++pass)
     {
-        flipAll(FlipAim::SHAPE);
-        spreadSizes();
+        std::vector<int> vQueue;
+        for (const int v : splitLong())
+            mesh.forEachOutgoing(v,
+                                 [&](int h)
+                                 {
+                                     vQueue.push_back(h);
+                                     vQueue.push_back(HalfEdgeMesh::next(h));
+                                 });
+        if (vQueue.empty())
+            return;
+        flipFrom(vQueue, FlipAim::SHAPE);
     }
 }
 
@@ -330,7 +358,7 @@ bool Remesher::wantsFlip(int h, FlipAim aim) const
         const auto off = [this](int v, int change)
         {
             const int best = mesh.isBorderVertex(v) ? 4 : 6;
-            const int x = mesh.valence(v) + change - best;
+            const int x = vValence[v] + change - best;
             return x * x;
         };
         const bool bAllFree = mesh.kind(a) == Kind::FREE && mesh.kind(b) == Kind::FREE &&
@@ -382,30 +410,51 @@ bool Remesher::keepsSurfaceFlipped(int h) const
     return sqNew <= sqTolerance || sqNew <= sqDistanceFromPatch(middle(a, b), t);
 }
 
-void Remesher::flip(int h)
+void Remesher::flipAll(FlipAim aim)
 {
-    mesh.flip(h);
+    std::vector<int> vQueue;
+    mesh.forEachEdge([&vQueue](int h) { vQueue.push_back(h); });
+    flipFrom(vQueue, aim);
 }
 
-int Remesher::flipAll(FlipAim aim)
+// In rounds: the edges of a list, then those around what was flipped.
+void Remesher::flipFrom(std::vector<int>& vQueue, FlipAim aim)
 {
-    int numAll = 0;
-    for (int pass = 0; pass < MAX_FLIP_PASSES; ++pass)
+    if (aim == FlipAim::VALENCE)
     {
-        int num = 0;
-        for (int t = 0; t < mesh.endTriangles(); ++t)
-            for (int h = 4 * t; mesh.isAlive(t) && h < 4 * t + 3; ++h)
-                if (mesh.feature(h) == 0 && !mesh.isBorder(h) && mesh.isEdge(h) && wantsFlip(h, aim) &&
-                    mesh.mayFlip(h) && keepsSurfaceFlipped(h))
-                {
-                    flip(h);
-                    ++num;
-                }
-        numAll += num;
-        if (num == 0)
-            break;
+        vValence.assign(mesh.endVertices(), 0);
+        for (int v = 0; v < mesh.endVertices(); ++v)
+            if (mesh.isAliveVertex(v))
+                vValence[v] = mesh.valence(v);
     }
-    return numAll;
+    vQueued.assign(4 * static_cast<std::size_t>(mesh.endTriangles()), 0);
+    for (int pass = 0; pass < MAX_FLIP_PASSES && !vQueue.empty(); ++pass)
+    {
+        std::vector<int> vNext;
+        for (const int h : vQueue)
+        {
+            vQueued[h] = 0;
+            if (mesh.feature(h) != 0 || mesh.isBorder(h) || !wantsFlip(h, aim) || !mesh.mayFlip(h) ||
+                !keepsSurfaceFlipped(h))
+                continue;
+            if (aim == FlipAim::VALENCE)
+            {
+                --vValence[mesh.from(h)];
+                --vValence[mesh.to(h)];
+                ++vValence[mesh.apex(h)];
+                ++vValence[mesh.apex(mesh.partner(h))];
+            }
+            mesh.flip(h);
+            for (const int side : {h, mesh.partner(h)})
+                for (const int g : {HalfEdgeMesh::next(side), HalfEdgeMesh::prev(side)})
+                    if (vQueued[g] == 0)
+                    {
+                        vQueued[g] = 1;
+                        vNext.push_back(g);
+                    }
+        }
+        vQueue = std::move(vNext);
+    }
 }
 
 // --- Relaxing ---
@@ -471,29 +520,42 @@ void Remesher::relax(bool bOnlyBetter)
 
 // --- Sizes ---
 
-// Chains keep theirs; inside the patches no size is above the length, nor above a neighbour's by more than the slope.
+// Chains keep theirs. A free vertex gets what the distance from the source allows, then no more than its neighbours
+// and the slope.
+void Remesher::findSizes()
+{
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v) && mesh.kind(v) == Kind::FREE)
+            vSize[v] = settings.length;
+    sizeByDistance();
+    spreadSizes();
+}
+
 void Remesher::spreadSizes()
 {
-    for (int pass = 0; pass < 3; ++pass)
+    for (int pass = 0; pass < 2; ++pass)
     {
-        const bool bBack = pass % 2 != 0;
         const int end = mesh.endVertices();
         for (int i = 0; i < end; ++i)
         {
-            const int v = bBack ? end - 1 - i : i;
+            const int v = pass == 0 ? i : end - 1 - i;
             if (!mesh.isAliveVertex(v) || mesh.kind(v) != Kind::FREE)
                 continue;
-            mesh.forEachOutgoing(
-                v,
-                [&](int h) { vSize[v] = std::min(vSize[v], vSize[mesh.to(h)] + SIZE_SLOPE * lengthOf(h)); });
+            mesh.forEachOutgoing(v,
+                                 [&](int h)
+                                 {
+                                     if (vSize[mesh.to(h)] < vSize[v])
+                                         vSize[v] =
+                                             std::min(vSize[v], vSize[mesh.to(h)] + SIZE_SLOPE * lengthOf(h));
+                                 });
         }
     }
 }
 
-// An edge that stands off its patch wants to be as short as its distance tells: that goes with the square.
+// How far an edge stands off its patch goes with the square of its length.
 void Remesher::sizeByDistance()
 {
-    const double allowed = 0.8 * settings.tolerance;
+    const double allowed = SIZE_TOLERANCE * settings.tolerance;
     mesh.forEachEdge(
         [&](int h)
         {
@@ -502,12 +564,12 @@ void Remesher::sizeByDistance()
                 return;
             const double len = lengthOf(h);
             const Point3 m = middle(mesh.point(mesh.from(h)), mesh.point(mesh.to(h)));
-            const SurfacePlace place = walker.nearest(m, vHint[t], settings.tolerance);
+            const SurfacePlace place = walker.walk(m, vHint[t]);
             vHint[t] = place.triangle;
-            if (place.sqDist <= allowed * allowed)
+            const double off = std::sqrt(place.sqDist);
+            if (off * settings.length * settings.length <= allowed * len * len)
                 return;
-            const double wanted =
-                std::max(LEAST_SIZE * settings.length, len * std::sqrt(allowed / std::sqrt(place.sqDist)));
+            const double wanted = std::max(LEAST_SIZE * settings.length, len * std::sqrt(allowed / off));
             for (const int v : {mesh.from(h), mesh.to(h)})
                 if (mesh.kind(v) == Kind::FREE)
                     vSize[v] = std::min(vSize[v], wanted);
@@ -549,10 +611,9 @@ int Remesher::splitFarTriangles()
         const Point3& a = mesh.point(mesh.from(4 * t));
         const Point3& b = mesh.point(mesh.from(4 * t + 1));
         const Point3& c = mesh.point(mesh.from(4 * t + 2));
-        const bool bFar = sqDistanceFromPatch(centre(a, b, c), t) > sqTolerance ||
-                          sqDistanceFromPatch(middle(a, b), t) > sqTolerance ||
-                          sqDistanceFromPatch(middle(b, c), t) > sqTolerance ||
-                          sqDistanceFromPatch(middle(c, a), t) > sqTolerance;
+        bool bFar = false;
+        for (const Point3& p : {centre(a, b, c), middle(a, b), middle(b, c), middle(c, a)})
+            bFar = bFar || walker.nearest(p, vHint[t], settings.tolerance).sqDist > sqTolerance;
         if (!bFar)
             continue;
         ++numFar;

@@ -49,22 +49,23 @@ private:
     void cutChain(const CreaseChain& chain, const std::vector<struct ChainSample>& vSamples);
     [[nodiscard]] int edgeBetween(int a, int b) const;
 
-    int splitLong();
+    [[nodiscard]] std::vector<int> splitLong();
     void splitUntilDone();
     int splitAt(int h);
     int collapseShort(bool bOnlySurplus);
     [[nodiscard]] bool tryCollapse(int h);
     [[nodiscard]] bool keepsSurface(int h, double longest) const;
-    int flipAll(FlipAim aim);
+    void flipAll(FlipAim aim);
+    void flipFrom(std::vector<int>& vQueue, FlipAim aim);
     [[nodiscard]] bool wantsFlip(int h, FlipAim aim) const;
     [[nodiscard]] bool keepsSurfaceFlipped(int h) const;
-    void flip(int h);
     void relax(bool bOnlyBetter);
     [[nodiscard]] bool mayMove(int v, const Point3& p, bool bOnlyBetter) const;
     [[nodiscard]] Point3 middleOfFan(int v) const;
 
-    void spreadSizes();
+    void findSizes();
     void sizeByDistance();
+    void spreadSizes();
     void keepTolerance();
     [[nodiscard]] int splitFarTriangles();
     [[nodiscard]] int splitBelowSource();
@@ -83,6 +84,8 @@ private:
     PatchWalker walker;
     HalfEdgeMesh mesh;
     std::vector<double> vSize; // wanted edge length at a vertex
+    std::vector<int> vValence; // while flipping
+    std::vector<char> vQueued; // while flipping, a half-edge each
     std::vector<int> vHint;    // a triangle of the source near each triangle, of the same patch
     int numFar = 0;
 };
