@@ -74,19 +74,6 @@ void Remesher::run(const std::function<void(double)>& progress)
     }
     keepTolerance();
     tell();
-    int DBG[8] = {};
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        if (mesh.isAliveVertex(v) && mesh.kind(v) == Kind::CHAIN)
-            mesh.forEachOutgoing(v,
-                                 [&](int h)
-                                 {
-                                     if (mesh.feature(h) == 0)
-                                         return;
-                                     ++DBG[0];
-                                     DBG[1] += !mesh.mayCollapse(h);
-                                     DBG[2] += !keepsSurface(h, 0.0);
-                                 });
-    printf("DBG surplus %d link %d surface %d\n", DBG[0], DBG[1], DBG[2]);
 }
 
 // --- Measures ---

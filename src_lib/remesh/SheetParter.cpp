@@ -15,6 +15,7 @@ constexpr int ABSENT = -1;
 constexpr double LEAST_ROUNDNESS = 1e-6;
 constexpr double SPHERE_FACTOR = 10.6347; // area^1.5 over volume
 constexpr int MAX_ROUNDS = 4;
+constexpr int MAYBE_BODY = 4; // a rating
 
 // Grows with the angle from (1, 0) counter-clockwise, from 0 to 4.
 double pseudoAngle(double x, double y)
@@ -69,17 +70,40 @@ struct SheetParter::Spoke
     int behind;    // 1: its back looks to larger angles, -1: to smaller ones, 0: unknown
 };
 
+// Whether nothing stands between two spokes, counter-clockwise, but what lies on one of them.
+bool SheetParter::isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j)
+{
+    for (std::size_t k = (i + 1) % vSpokes.size(); k != j; k = (k + 1) % vSpokes.size())
+        if (vSpokes[k].angle != vSpokes[i].angle && vSpokes[k].angle != vSpokes[j].angle)
+            return false;
+    return true;
+}
+
 // Two sheets can end up with two edges between the same two vertices. Such edges are cut in the middle, and all
 // is parted again.
 void SheetParter::run(FlatSoup& soup)
 {
     *this = SheetParter();
     for (int round = 0; round < MAX_ROUNDS; ++round)
-        if (tryToPart(soup))
+        if (tryToPart(soup, round + 1 == MAX_ROUNDS))
             return;
 }
 
-bool SheetParter::tryToPart(FlatSoup& soup)
+// The last resort: triangles that are in the way become parts of their own.
+void SheetParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
+{
+    for (const int t : vTriangles)
+    {
+        vPart[t] = numParts++;
+        for (int c = 3 * t; c < 3 * t + 3; ++c)
+        {
+            soup.vPoints.push_back(Point3(soup.pointOf(c)));
+            soup.vCorners[c] = static_cast<int>(soup.vPoints.size()) - 1;
+        }
+    }
+}
+
+bool SheetParter::tryToPart(FlatSoup& soup, bool bLast)
 {
     *this = SheetParter();
     vPartner.assign(soup.vCorners.size(), ABSENT);
@@ -96,6 +120,7 @@ bool SheetParter::tryToPart(FlatSoup& soup)
     partVertices(parted);
     // Of the cut edges none is in the way: its triangles have different vertices, or it is cut once more.
     std::vector<std::pair<int, int>> vAgain;
+    std::vector<int> vInTheWay;
     const auto unmoved = [this](int c) { return vTurned[c / 3] ? 3 * (c / 3) + 2 - c % 3 : c; };
     EdgeTable(parted.vPoints.size(), parted.vCorners)
         .forEachEdge(
@@ -105,10 +130,15 @@ bool SheetParter::tryToPart(FlatSoup& soup)
                 {
                     const int c = unmoved(pCorners[0]);
                     vAgain.push_back(std::minmax(soup.vCorners[c], soup.vCorners[FlatSoup::next(c)]));
+                    for (int i = 0; i < num; ++i)
+                        vInTheWay.push_back(pCorners[i] / 3);
                 }
             });
-    if (vAgain.empty())
+    if (vAgain.empty() || bLast)
     {
+        std::sort(vInTheWay.begin(), vInTheWay.end());
+        vInTheWay.erase(std::unique(vInTheWay.begin(), vInTheWay.end()), vInTheWay.end());
+        isolate(parted, vInTheWay);
         soup = std::move(parted);
         return true;
     }
@@ -211,8 +241,7 @@ void SheetParter::pairAround(const FlatSoup& soup, const int* pCorners, int num,
         for (std::size_t i = 0; i < vSpokes.size(); ++i)
             for (std::size_t j = 0; j < vSpokes.size(); ++j)
             {
-                const bool bBeside = (i + 1) % vSpokes.size() == j;
-                const int rating = i == j ? 100 : rate(vSpokes[i], vSpokes[j], bBeside, sets);
+                const int rating = i == j ? 100 : rate(vSpokes[i], vSpokes[j], isBeside(vSpokes, i, j), sets);
                 if (rating < best)
                 {
                     best = rating;
@@ -224,8 +253,11 @@ void SheetParter::pairAround(const FlatSoup& soup, const int* pCorners, int num,
             return;
         const int c = vSpokes[bestI].corner;
         const int d = vSpokes[bestJ].corner;
-        const int facingC = vFacing[sets.find(c / 3).set] * (sets.find(c / 3).bTurned ? -1 : 1);
+        int facingC = vFacing[sets.find(c / 3).set] * (sets.find(c / 3).bTurned ? -1 : 1);
         const int facingD = vFacing[sets.find(d / 3).set] * (sets.find(d / 3).bTurned ? -1 : 1);
+        // Taken for a corner of a body, they have it behind them.
+        if (best == MAYBE_BODY)
+            facingC = vSpokes[bestI].bForward ? -1 : 1;
         if (sets.join(c / 3, d / 3, vSpokes[bestI].bForward == vSpokes[bestJ].bForward))
         {
             // The joint set faces as the part of it does that encloses a space.
@@ -256,7 +288,7 @@ int SheetParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, Turn
     if (bSame)
         return bBody ? 0 : (bTogether ? 8 : 1);
     if (bMayBeBody)
-        return lower.behind != 0 || upper.behind != 0 ? 2 : 4;
+        return lower.behind != 0 || upper.behind != 0 ? 2 : MAYBE_BODY;
     return bTogether ? 9 : 6;
 }
 

@@ -33,7 +33,9 @@ public:
 private:
     struct Spoke;
 
-    [[nodiscard]] bool tryToPart(FlatSoup& soup);
+    [[nodiscard]] bool tryToPart(FlatSoup& soup, bool bLast);
+    void isolate(FlatSoup& soup, const std::vector<int>& vTriangles);
+    [[nodiscard]] static bool isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j);
     void pairPlain(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets);
     void pairCrowded(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets);
     void pairAround(const FlatSoup& soup, const int* pCorners, int num, TurnedSets& sets);

@@ -15,11 +15,12 @@ constexpr int NONE = HalfEdgeMesh::NONE;
 // are as good the nearest to the usual angle is taken.
 constexpr int LOWEST_ANGLE = 15;
 constexpr int HIGHEST_ANGLE = 50;
-constexpr int USUAL_ANGLE = 30;
+constexpr int USUAL_ANGLE = 20;
 constexpr int HALF_WINDOW = 4;
 // A ridge is long from this many lengths on: shorter ones are facets of something round.
 constexpr double LONG_RIDGE = 2.5;
 constexpr double COS_SHARP_TURN = 0.5; // 60 degrees
+constexpr double STEEP = 0.3;          // sine of the fall of all edges at a tip
 // Exactly flat: corners this near to one plane, in sizes of the coordinates. Flat: this near in tolerances, and
 // normals this near to that of the plane.
 constexpr double EXACT_DISTANCE = 1e-13;
@@ -125,6 +126,31 @@ void SourceSurface::markFeatures(double featureAngle, double length, double tole
     findChains();
 }
 
+// Whether all edges at a vertex fall away from it, and steeply enough that it cannot vanish.
+bool SourceSurface::isTip(int v, double length, double tolerance) const
+{
+    Vector3 sum;
+    double shortest = length;
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             sum.add(vNormals[HalfEdgeMesh::triangleOf(h)]);
+                             shortest = std::min(shortest, (mesh.point(mesh.to(h)) - mesh.point(v)).length());
+                         });
+    const Vector3 axis = unitOrNull(sum);
+    double lowest = 1.0;
+    double highest = -1.0;
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             const double fall = unitOrNull(mesh.point(mesh.to(h)) - mesh.point(v)) * axis;
+                             lowest = std::min(lowest, fall);
+                             highest = std::max(highest, fall);
+                         });
+    const double steep = std::max(-highest, lowest);
+    return steep > STEEP && steep * shortest > tolerance;
+}
+
 void SourceSurface::findKinds(double length, double tolerance)
 {
     for (int v = 0; v < mesh.endVertices(); ++v)
@@ -132,7 +158,11 @@ void SourceSurface::findKinds(double length, double tolerance)
         std::vector<Vector3> vAway;
         forEachFeatureAt(mesh, v, [&](int u, int) { vAway.push_back(mesh.point(u) - mesh.point(v)); });
         if (vAway.empty())
+        {
+            if (isTip(v, length, tolerance))
+                mesh.setKind(v, HalfEdgeMesh::Kind::FIXED);
             continue;
+        }
         HalfEdgeMesh::Kind kind = HalfEdgeMesh::Kind::FIXED;
         if (vAway.size() == 2)
         {

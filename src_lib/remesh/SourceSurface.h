@@ -52,6 +52,7 @@ public:
 private:
     [[nodiscard]] double cosOfEdge(int h) const;
     [[nodiscard]] bool isRidge(int h, double length, double tolerance) const;
+    [[nodiscard]] bool isTip(int v, double length, double tolerance) const;
     void findKinds(double length, double tolerance);
     void findPatches();
     void findFlatPatches(double tolerance);
