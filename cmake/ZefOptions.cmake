@@ -1,5 +1,7 @@
 # Compiler options of this project's own targets; nothing here reaches its users.
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+endif()
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(THREADS_PREFER_PTHREAD_FLAG ON)
 find_package(Threads REQUIRED)
@@ -19,6 +21,21 @@ function(zef_target_options target)
     target_compile_options(${target} PRIVATE -fsanitize=${ZEF_SANITIZE} -fno-omit-frame-pointer
                            -fno-sanitize-recover=all)
     target_link_options(${target} PRIVATE -fsanitize=${ZEF_SANITIZE})
+  endif()
+endfunction()
+
+# Headers that nearly every source of the target reads are then read once. It takes a third off the tests
+# and, with clang, off the library; with g++ the library gains nothing. The builds of the package go without,
+# so that an #include that a source of the library lacks is found there.
+function(zef_precompile target)
+  if(ZEF_PRECOMPILE)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <cmath> <functional> <iostream> <map> <memory> <mutex> <set> <string> <thread>
+      <vector> ${ARGN})
+    if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+      # Else the time stamp of the header hides from ccache that nothing changed.
+      target_compile_options(${target} PRIVATE "SHELL:-Xclang -fno-pch-timestamp")
+    endif()
   endif()
 endfunction()
 

@@ -16,8 +16,8 @@ class ZEF_API ProgressBase
 {
 public:
     ProgressBase() = default;
-    ProgressBase(const ProgressBase&) {}
-    ProgressBase& operator=(const ProgressBase&) { return *this; }
+    ProgressBase(const ProgressBase&) = default;
+    ProgressBase& operator=(const ProgressBase&) = default;
     virtual ~ProgressBase();
 
     // name      the running call: "Reconstruct", "Melt", "ToCloud", "Density Estimation", "EdgeFlips",

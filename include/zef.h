@@ -7,8 +7,11 @@
 #include "ProgressBase.h"
 #include "Vector3.h"
 #include "ZefBugException.h"
+#include "ZefRefusedException.h"
+#include "checkMesh.h"
 #include "remesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
+#include "zef_messages.h"
 
 #endif

@@ -8,21 +8,30 @@
 //
 //   input                                                      answer
 //   ---------------------------------------------------------  -----------------------------------------------
-//   no points, or no finite ones                               empty pointer, warnings on standard output
+//   no points, or no finite ones                               empty pointer, with warnings
 //   points without two dimensions (all on one line)            empty pointer, or a mesh without triangles
-//   spacing or factor not above 0                              ZefBugException
-//   reconstruct_auto or estimateAvgSpacing of one point,       ZefBugException
+//   spacing or factor not above 0, or infinite                 ZefBadArgument
+//   reconstruct_auto or estimateAvgSpacing of one point,       ZefUnusablePoints
 //     of identical points, or of points that cannot be told
 //     apart on a lattice of 2^20 cells along their extent
-//   spacing below about extent / 2^21                          ZefBugException
-//   more than 2^31 - 1 points                                  ZefBugException
-//   melt or toCloud of a number of corners that 3 does not     ZefBugException
+//   coordinates too far apart for a double                     ZefUnusablePoints
+//   spacing below about extent / 2^21                          ZefBadArgument
+//   more than 2^31 - 1 points, or cells in use                 ZefTooManyPoints
+//   melt or toCloud of a number of corners that 3 does not     ZefBadArgument
 //     divide
 //   melt or toCloud of degenerate triangles only               empty pointer or no points, warnings
+//   an empty mesh pointer, or a NaN argument, in               ZefBadArgument
+//     post-processing, findHoles or writeMesh_auto
+//   findHoles                                                  ZefRefusedException
+//   a file name shorter than an extension                      std::out_of_range
 //
-// Points with a NaN or infinite coordinate are left out, with one warning that tells their number. Before
-// an exception, the failed condition is printed on standard output. The library stays usable afterwards.
-// Running out of memory ends in std::bad_alloc.
+// All of these types but the last derive from ZefRefusedException, and that from ZefBugException. what() tells
+// the user which value is wrong and what to do; the same words go to the receiver of messages (see
+// zef_messages.h), and the failed condition is printed if there is none. A ZefBugException of no derived type
+// is a fault of the library. Either way the library stays usable, meshes stay valid, and the thread's progress
+// starts afresh with the next call. Running out of memory ends in std::bad_alloc.
+//
+// Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //
 // One scale per process: the smallest area that the plane fit accepts is fixed by the first call in a
 // process, at (spacing / 5)^2. A later cloud of a very different scale is fitted with that first value.
@@ -48,7 +57,7 @@ namespace TARN_ZEF
 // bSmooth        whether the points are smoothed first, for noisy scans
 // spacingFactor  factor on the detected mean spacing: 1.0 for even clouds, 1.25 to 1.5 for random ones
 // Returns        the mesh, or an empty pointer if nothing could be built; test it
-// Throws         ZefBugException as the table above tells
+// Throws         as the table above tells
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> reconstruct_auto(std::vector<Point3>& vPoints, bool bSmooth,
                                                              double spacingFactor);
 
@@ -64,7 +73,7 @@ namespace TARN_ZEF
 // spacingAbs    wanted edge length, in units of the points
 // featureAngle  dihedral angle in degrees above which an edge is kept sharp; 361.0 keeps none but borders
 // Returns       the mesh, or an empty pointer if nothing could be built; test it
-// Throws        ZefBugException as the table above tells
+// Throws        as the table above tells
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs,
                                                  double featureAngle);
 
@@ -80,7 +89,7 @@ ZEF_API void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double
 //
 // Each call improves a finished mesh in place: vertices are moved or left out, none is added. It reports
 // progress from 0 to 1 under its own name, or inside the tree of an outer call. An empty pointer or a NaN
-// argument throws ZefBugException. Results are the same for every number of threads.
+// argument is refused before anything changes. Results are the same for every number of threads.
 //
 // Two limits inside are absolute: units must be such that the spacing is above about 0.001. Scale smaller
 // data up first.
@@ -123,11 +132,11 @@ ZEF_API void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations);
 // --- Queries ----------------------------------------------------------------------------------------------
 
 // Would write the border edges as a scene for a viewer. Debug scenes are switched off in this build, so the
-// call ends in ZefBugException before anything is written.
+// call is refused before anything is written.
 ZEF_API void findHoles(std::shared_ptr<Mesh> pMesh);
 
 ZEF_API void getVersion(int& major, int& minor);
-// Prints "ZEF, version 1.11".
+// Prints "ZEF, version 1.11", by way of the receiver of messages.
 ZEF_API void printVersion();
 [[nodiscard]] ZEF_API bool isRelease();
 

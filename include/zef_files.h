@@ -21,7 +21,8 @@ enum FileType
     FT_UNKNOWN = 5 // anything else
 };
 
-// By extension. Throws std::out_of_range if the name is shorter than an extension.
+// By extension. Throws std::out_of_range, whose what() names the file, if the name is shorter than an
+// extension. So do the calls that choose by extension.
 [[nodiscard]] ZEF_API FileType getFileType(const std::string& filename);
 
 // Readers append to vPoints and leave what was there. On failure the result is false, one line tells the

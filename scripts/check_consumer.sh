@@ -1,8 +1,10 @@
 #!/bin/sh
 # Installs the library, once static and once shared, under a folder of its own, and builds and runs the
 # consumer project against it: through find_package, and through pkg-config.
-set -eu
-cd "$(dirname "$0")/.."
+lane="installed package"
+. "$(dirname "$0")/lane.sh"
+
+scripts/install_deps.sh
 top=$PWD
 work=$top/build/consumer
 rm -rf "$work"
@@ -18,11 +20,14 @@ for kind in static shared; do
     shared=OFF
     [ $kind = static ] || shared=ON
     prefix=$work/$kind/prefix
-    cmake -S . -B "$work/$kind/zef" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
+    # As deep as the other builds, so that their objects serve through ccache.
+    library=build/consumer-$kind
+    rm -rf "$library"
+    cmake -S . -B "$library" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=$shared \
         -DZEF_WERROR=ON -DZEF_BUILD_TESTS=OFF -DZEF_BUILD_BENCHMARKS=OFF -DZEF_BUILD_EXAMPLES=OFF \
         -DCMAKE_INSTALL_PREFIX="$prefix"
-    cmake --build "$work/$kind/zef"
-    cmake --install "$work/$kind/zef" >/dev/null
+    cmake --build "$library"
+    cmake --install "$library" >/dev/null
     "$prefix/bin/zef" --version
 
     # A moved tree must still work.

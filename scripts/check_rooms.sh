@@ -2,15 +2,18 @@
 # The rooms of the library use each other in one direction: a file includes public headers, its own room and the
 # rooms before it, and declares ahead no class of a later room. Every include of the library's own names the room
 # ("lattice/Calc.h"). Another tree of the same form may be named, to see the check fail.
-set -eu
-cd "${1:-$(dirname "$0")/../src_lib}"
+tree=${1:-src_lib}
+lane="rooms"
+. "$(dirname "$0")/lane.sh"
+cd "$tree"
 
 # From the ground up. docs/architecture.md tells what each is about.
-rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry surface remesh text lattice tinyply files occupancy intake
-       cmesh extraction holes repair rmesh meshfiles api"
+rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface remesh text lattice tinyply files
+       occupancy intake cmesh extraction holes repair rmesh meshfiles api"
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.
-public="zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_api_functions.h:api remesh.h:api zef.h:api"
+public="checkMesh.h:judge zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_api_functions.h:api
+        remesh.h:api zef.h:api"
 
 find . -type f \( -name '*.h' -o -name '*.cpp' \) | sed 's|^\./||' | sort | xargs awk -v rooms="$rooms" -v public="$public" '
 function complain(text) {

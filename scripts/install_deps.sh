@@ -1,8 +1,9 @@
 #!/bin/sh
-# Installs, through apt, what building and testing need. Does nothing if all of it is there.
+# install_deps.sh [PACKAGE...]: installs, through apt, what building and testing need, and the packages
+# named. Does nothing if all of it is there.
 set -eu
 
-packages="g++ cmake ninja-build libcli11-dev libpng-dev libgtest-dev libbenchmark-dev pkg-config ccache"
+packages="g++ cmake ninja-build libcli11-dev libpng-dev libgtest-dev libbenchmark-dev pkg-config ccache $*"
 
 if ! command -v dpkg-query >/dev/null 2>&1; then
     echo "no dpkg here: make sure that the counterparts of these are installed: $packages" >&2

@@ -1,9 +1,9 @@
 #include "Image.h"
 
 #include <algorithm>
-#include <cstring>
+#include <cmath>
 
-#include <png.h>
+#include "writePng.h"
 
 namespace TARN_TOOL
 {
@@ -18,7 +18,7 @@ void Image::setPixel(int x, int y, const Colour& colour)
 {
     std::uint8_t* const pPixel = &vBytes[indexOf(x, y)];
     for (std::size_t c = 0; c < 3; ++c)
-        pPixel[c] = static_cast<std::uint8_t>(255.0f * std::clamp(colour[c], 0.0f, 1.0f) + 0.5f);
+        pPixel[c] = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(colour[c], 0.0f, 1.0f)));
 }
 
 void Image::darken(int x, int y, float factor)
@@ -45,16 +45,7 @@ Image Image::halved() const
 
 std::string Image::writePng(const std::string& name) const
 {
-    png_image png;
-    std::memset(&png, 0, sizeof png);
-    png.version = PNG_IMAGE_VERSION;
-    png.width = static_cast<png_uint_32>(width);
-    png.height = static_cast<png_uint_32>(height);
-    png.format = PNG_FORMAT_RGB;
-    const bool bWritten = png_image_write_to_file(&png, name.c_str(), 0, vBytes.data(), 0, nullptr) != 0;
-    const std::string reason = bWritten ? "" : png.message;
-    png_image_free(&png);
-    return reason;
+    return TARN_TOOL::writePng(name, width, height, vBytes);
 }
 
 } // namespace TARN_TOOL

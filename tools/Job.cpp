@@ -9,12 +9,10 @@
 #include <iostream>
 #include <limits>
 
-#include <sys/resource.h>
-#include <unistd.h>
-
 #include "PngRenderer.h"
 #include "ToolError.h"
 #include "numberText.h"
+#include "platform.h"
 
 namespace TARN_TOOL
 {
@@ -60,13 +58,6 @@ double maxExtent(const std::vector<Point3>& vPoints)
     return (high - low).getMaxComponent();
 }
 
-double peakMegabytesOfProcess()
-{
-    struct rusage usage;
-    getrusage(RUSAGE_SELF, &usage);
-    return static_cast<double>(usage.ru_maxrss) / 1024.0;
-}
-
 // Leaves out what has a corner that is not finite; returns how many triangles went.
 std::size_t dropUnusableTriangles(std::vector<Point3>& vTriCorners)
 {
@@ -101,12 +92,12 @@ bool isEmpty(const std::shared_ptr<TARN_ZEF::Mesh>& pMesh)
     return vTriCorners.empty();
 }
 
-OutputCapture::Mode captureMode(const Options& options)
+LibraryMessages::Mode messagesMode(const Options& options)
 {
     if (!options.bVerbose)
-        return OutputCapture::Mode::HOLD;
+        return LibraryMessages::Mode::HOLD;
     // Standard output then belongs to the line of figures alone.
-    return options.bJson ? OutputCapture::Mode::TO_ERROR_STREAM : OutputCapture::Mode::PASS;
+    return options.bJson ? LibraryMessages::Mode::TO_ERROR_STREAM : LibraryMessages::Mode::PASS;
 }
 } // namespace
 
@@ -134,6 +125,7 @@ void Job::run()
             sampleTriangles();
         else
             makeMesh();
+        checkResult();
         writeResult();
         report.peakMegabytes = peakMegabytesOfProcess();
         if (!options.bQuiet || options.bJson)
@@ -152,18 +144,25 @@ template <typename F>
 auto Job::library(F call)
 {
     heldMessages.clear();
-    OutputCapture capture(captureMode(options));
+    LibraryMessages messages(messagesMode(options));
     try
     {
         auto result = call();
         progressBar.clear();
-        heldMessages = capture.finish();
+        heldMessages = messages.finish();
         return result;
+    }
+    catch (const TARN_ZEF::ZefRefusedException& refused)
+    {
+        progressBar.clear();
+        // The reason alone; it names both by their words.
+        throw ToolError(std::string(refused.what()) +
+                        (options.bMelt ? " (spacing: -a)" : " (spacing: -a, factor: -f)"));
     }
     catch (...)
     {
         progressBar.clear();
-        heldMessages = capture.finish();
+        heldMessages = messages.finish();
         throw;
     }
 }
@@ -194,7 +193,7 @@ void Job::readInput()
             throw ToolError("cannot read " + name + ": there is no such file");
         if (std::filesystem::is_directory(name, ec))
             throw ToolError("cannot read " + name + ": it is a folder; give the name of a file");
-        if (access(name.c_str(), R_OK) != 0)
+        if (!mayRead(name))
             throw ToolError("cannot read " + name + ": " + std::strerror(errno));
         if (options.bMelt)
             readTriangles(name);
@@ -302,10 +301,7 @@ void Job::reconstruct()
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
-        throw ToolError(bGiven
-                            ? "the points cannot be reconstructed at this spacing; try another one with -a"
-                            : "no usable spacing: the points lie too close together for their extent; remove "
-                              "far outliers or give a spacing with -a");
+        throw ToolError("the points cannot be reconstructed at this spacing; try another one with -a");
     }
     report.computeSeconds = stopwatch.getSeconds();
     if (isEmpty(pMesh))
@@ -399,6 +395,16 @@ void Job::takeMesh()
     report.statistics = MeshStatistics(vVertices.size(), vCorners);
 }
 
+// In the precision of the library; the file may hold less.
+void Job::checkResult()
+{
+    if (!options.bCheck)
+        return;
+    TARN_ZEF::CheckOptions checkOptions;
+    checkOptions.maxPlaces = 3;
+    report.check = library([&] { return TARN_ZEF::checkMesh(*pMesh, checkOptions); });
+}
+
 void Job::writeResult()
 {
     const Stopwatch stopwatch;
@@ -445,18 +451,9 @@ double Job::getSpacing()
 
 double Job::estimateSpacing()
 {
-    try
-    {
-        const double detected = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
-        heldMessages.clear();
-        return detected;
-    }
-    catch (const TARN_ZEF::ZefBugException&)
-    {
-        throw ToolError(
-            "no spacing can be detected: the points lie too close together for their extent; remove far "
-            "outliers");
-    }
+    const double detected = library([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
+    heldMessages.clear();
+    return detected;
 }
 
 void Job::noteLostDigits()

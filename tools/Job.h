@@ -1,8 +1,8 @@
 #ifndef ZEF_TOOLS_JOB_H
 #define ZEF_TOOLS_JOB_H
 
+#include "LibraryMessages.h"
 #include "Options.h"
-#include "OutputCapture.h"
 #include "ProgressBar.h"
 #include "Report.h"
 #include "SafeOutputFile.h"
@@ -30,6 +30,9 @@ public:
     // Throws ToolError with the reason if the job cannot be done.
     void run();
 
+    // Whether the mesh, judged as asked for, has faults. It was written all the same.
+    [[nodiscard]] bool hasFoundFaults() const { return report.check && !report.check->isSound(); }
+
     // What the library said in its last call, if it was held back.
     [[nodiscard]] const std::string& getHeldMessages() const { return heldMessages; }
 
@@ -51,6 +54,7 @@ private:
     void sampleTriangles();
     void improveMesh();
     void takeMesh();
+    void checkResult();
     void writeResult();
     void drawPictures();
 

@@ -18,6 +18,16 @@ void JsonLine::add(const char* pKey, double value)
     addRaw(pKey, std::isfinite(value) ? std::string(text.data(), pEnd) : "null");
 }
 
+void JsonLine::add(const char* pKey, std::int64_t value)
+{
+    addRaw(pKey, std::to_string(value));
+}
+
+void JsonLine::add(const char* pKey, const JsonLine& value)
+{
+    addRaw(pKey, value.getText());
+}
+
 void JsonLine::add(const char* pKey, const std::string& value)
 {
     addRaw(pKey, '"' + value + '"');

@@ -2,6 +2,7 @@
 #define ZEF_TOOLS_JSONLINE_H
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ public:
     void add(const char* pKey, std::size_t value);
     // As many digits as bring the number back exactly; null if it is not finite.
     void add(const char* pKey, double value);
+    void add(const char* pKey, std::int64_t value);
+    void add(const char* pKey, const JsonLine& value);
     void add(const char* pKey, const std::string& value);
     void add(const char* pKey, const std::vector<JsonLine>& vValues);
 

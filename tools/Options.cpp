@@ -8,6 +8,7 @@
 #include <CLI/CLI.hpp>
 
 #include "numberText.h"
+#include "writePng.h"
 
 namespace TARN_TOOL
 {
@@ -31,7 +32,7 @@ Examples:
   zef scan.ply mesh.ply --reduce 3c --flips thin flat regions, then even out the triangles
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
-Exit status: 0 success, 1 input or result unusable, 2 wrong usage.)";
+Exit status: 0 success, 1 input or result unusable or, with --check, a mesh with faults, 2 wrong usage.)";
 
 std::string versionText()
 {
@@ -100,6 +101,8 @@ void checkMelt(const Options& options)
         return;
     if (options.outName.empty() || !options.pngName.empty())
         throw CLI::ValidationError("--cloud", "writes points to OUT and makes no mesh to draw");
+    if (options.bCheck)
+        throw CLI::ValidationError("--cloud", "makes no mesh that --check could judge");
     if (!options.vSteps.empty())
         throw CLI::ValidationError("--cloud", "makes no mesh that --" + options.vSteps.front().getText() +
                                                   " could improve");
@@ -112,6 +115,8 @@ void checkTarget(const Options& options)
     {
         if (!options.pngName.empty())
             throw CLI::ValidationError("--png", "draws the mesh and needs OUT; --png-cloud draws the points");
+        if (options.bCheck)
+            throw CLI::ValidationError("--check", "judges the mesh and needs OUT");
         if (!options.vSteps.empty())
             throw CLI::ValidationError("OUT", "is missing: --" + options.vSteps.front().getText() +
                                                   " works on a mesh");
@@ -250,6 +255,9 @@ void defineRunning(CLI::App& app, Options& options)
         ->check(CLI::Range(1, 256))
         ->type_name("N")
         ->group(running);
+    app.add_flag("--check", options.bCheck,
+                 "Judge the mesh: manifold, oriented, free of intersections...; status 1 if not")
+        ->group(running);
     app.add_flag("--json", options.bJson, "Print the figures as one line of JSON")->group(running);
     CLI::Option* pVerbose =
         app.add_flag("-v,--verbose", options.bVerbose, "Let the library's messages through")->group(running);
@@ -265,7 +273,8 @@ void defineOptions(CLI::App& app, Options& options, std::string& angles, std::st
     app.set_version_flag("--version", versionText());
     defineReconstruction(app, options);
     defineSteps(app, options);
-    definePictures(app, options, angles, focus);
+    if (canWritePng())
+        definePictures(app, options, angles, focus);
     defineRunning(app, options);
 }
 } // namespace

@@ -33,6 +33,8 @@ struct Options
 
     ViewOptions view;
 
+    bool bCheck = false; // judge the mesh before it is written
+
     int numThreads = 0; // 0: as many as the machine has
     bool bVerbose = false;
     bool bQuiet = false;

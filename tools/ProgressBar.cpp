@@ -5,8 +5,9 @@
 #include <cmath>
 #include <cstdio>
 
-#include <fcntl.h>
 #include <unistd.h>
+
+#include "platform.h"
 
 namespace TARN_TOOL
 {
@@ -17,14 +18,14 @@ constexpr int BAR_WIDTH = 30;
 void writeText(int fd, const char* pText, std::size_t num)
 {
     // A terminal that has gone is no reason to fail.
-    [[maybe_unused]] const ssize_t written = write(fd, pText, num);
+    [[maybe_unused]] const auto written = write(fd, pText, num);
 }
 } // namespace
 
 ProgressBar::ProgressBar()
 {
     if (isatty(STDERR_FILENO))
-        terminal = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, 3);
+        terminal = duplicate(STDERR_FILENO);
 }
 
 ProgressBar::~ProgressBar()

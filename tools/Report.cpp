@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "JsonLine.h"
+#include "checkText.h"
 #include "numberText.h"
 
 namespace TARN_TOOL
@@ -45,6 +46,8 @@ std::string Report::getJson(const Options& options) const
             line.add("borderEdges", statistics.numBorderEdges);
             line.add("nonManifoldEdges", statistics.numNonManifoldEdges);
             line.add("components", statistics.numComponents);
+            if (check)
+                line.add("check", checkJson(*check));
         }
         line.add("read_s", readSeconds);
         line.add("compute", computeSeconds);
@@ -89,6 +92,8 @@ std::string Report::getSummary(const Options& options) const
                 std::to_string(std::llround(peakMegabytes)) + " MB";
     }
     text += "\n";
+    if (check)
+        text += checkText(*check);
     for (const std::string& name : {options.pngName, options.pngCloudName})
         if (!name.empty())
             text += name + ": picture\n";

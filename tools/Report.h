@@ -6,6 +6,7 @@
 #include "TriangleAngles.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -26,7 +27,8 @@ struct Report
     double spacing = -1.0;             // in force; the detected one if only that is asked for
     TriangleAngles anglesBefore;       // before the first step; not filled in without steps
     std::vector<StepResult> vSteps;
-    MeshStatistics statistics; // of the mesh as it was written
+    MeshStatistics statistics;                // of the mesh as it was written
+    std::optional<TARN_ZEF::MeshCheck> check; // of that mesh, if asked for
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
     double writeSeconds = 0.0;

@@ -8,11 +8,10 @@
 #include <filesystem>
 #include <system_error>
 
-#include <fcntl.h>
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include "ToolError.h"
+#include "platform.h"
 
 namespace TARN_TOOL
 {
@@ -81,12 +80,12 @@ SafeOutputFile::SafeOutputFile(const std::string& name_)
     const fs::file_status status = fs::status(target, ec);
     if (fs::exists(status) && !fs::is_regular_file(status))
         refuse(name, "it is not a regular file; give the name of a file");
-    if (fs::exists(status) && access(target.c_str(), W_OK) != 0)
+    if (fs::exists(status) && !mayWrite(target))
         refuse(name, std::string(std::strerror(errno)) + "; give another name");
     const std::string folder = folderOf(target);
     if (!fs::is_directory(folder, ec))
         refuse(name, "there is no folder " + folder + "; make it first");
-    if (access(folder.c_str(), W_OK | X_OK) != 0)
+    if (!mayWriteInto(folder))
         refuse(name, "folder " + folder + ": " + std::strerror(errno) + "; write to another one");
 }
 
@@ -100,42 +99,37 @@ SafeOutputFile::~SafeOutputFile()
 
 const std::string& SafeOutputFile::create()
 {
-    struct stat old;
-    const bool bOld = stat(target.c_str(), &old) == 0;
     for (int i = 0; i < 1000; ++i)
     {
         const std::string candidate =
             (fs::path(folderOf(target)) /
              (".zef-" + std::to_string(getpid()) + "-" + std::to_string(i) + extensionOf(name)))
                 .string();
-        const int fd = open(candidate.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0666);
-        if (fd < 0 && errno == EEXIST)
-            continue;
-        if (fd < 0)
+        if (createFile(candidate, target))
+        {
+            tempName = candidate;
+            remember(tempName);
+            return tempName;
+        }
+        if (errno != EEXIST)
             refuse(name, std::string(std::strerror(errno)) + "; write to another folder");
-        tempName = candidate;
-        remember(tempName);
-        // The replaced file's permissions go over to the new one; where the system forbids it, the usual
-        // ones of a new file are as good.
-        if (bOld && fchmod(fd, old.st_mode & 07777) != 0)
-            errno = 0;
-        close(fd);
-        return tempName;
     }
     refuse(name, "its folder is full of files of broken-off runs (.zef-*); remove them");
 }
 
 void SafeOutputFile::commit()
 {
-    if (std::rename(tempName.c_str(), target.c_str()) != 0)
-        refuse(name, std::string(std::strerror(errno)) + "; give another name");
+    std::error_code ec;
+    fs::rename(tempName, target, ec);
+    if (ec)
+        refuse(name, ec.message() + "; give another name");
     forget(tempName);
     tempName.clear();
 }
 
 void SafeOutputFile::installSignalHandlers()
 {
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP})
+    for (const int signal : endingSignals())
         if (std::signal(signal, removeTempFiles) == SIG_IGN)
             std::signal(signal, SIG_IGN);
 }

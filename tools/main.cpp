@@ -1,5 +1,4 @@
 // The command zef: reads a point cloud, reconstructs the surface, writes and draws the mesh.
-#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <iostream>
@@ -7,34 +6,14 @@
 #include <optional>
 #include <string>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include "Job.h"
 #include "Options.h"
 #include "SafeOutputFile.h"
 #include "ToolError.h"
+#include "platform.h"
 
 namespace
 {
-// A standard stream that the caller closed would lend its number to the next file opened.
-void openStandardStreams()
-{
-    for (int fd = STDIN_FILENO; fd <= STDERR_FILENO; ++fd)
-        if (fcntl(fd, F_GETFD) == -1)
-            if (open("/dev/null", fd == STDIN_FILENO ? O_RDONLY : O_WRONLY) != fd)
-                std::_Exit(EXIT_FAILURE);
-}
-
-// Writing to a closed pipe or past the file size limit is then an error like others, and files are cleared
-// away.
-void setUpSignals()
-{
-    std::signal(SIGPIPE, SIG_IGN);
-    std::signal(SIGXFSZ, SIG_IGN);
-    TARN_TOOL::SafeOutputFile::installSignalHandlers();
-}
-
 int fail(const TARN_TOOL::Options& options, const TARN_TOOL::Job& job, const std::string& reason)
 {
     if (!options.bQuiet)
@@ -46,19 +25,21 @@ int fail(const TARN_TOOL::Options& options, const TARN_TOOL::Job& job, const std
 
 int main(int argc, char** argv)
 {
-    openStandardStreams();
-    setUpSignals();
+    if (!TARN_TOOL::openStandardStreams())
+        return EXIT_FAILURE;
+    TARN_TOOL::ignoreWriteSignals();
+    TARN_TOOL::SafeOutputFile::installSignalHandlers();
     TARN_TOOL::Options options;
     if (const std::optional<int> status = options.parse(argc, argv))
         return *status;
     // Read by the worker pool when it starts.
     if (options.numThreads > 0)
-        setenv("ZEF_THREADS", std::to_string(options.numThreads).c_str(), 1);
+        TARN_TOOL::setEnvironmentVariable("ZEF_THREADS", std::to_string(options.numThreads));
     TARN_TOOL::Job job(options);
     try
     {
         job.run();
-        return EXIT_SUCCESS;
+        return job.hasFoundFaults() ? EXIT_FAILURE : EXIT_SUCCESS;
     }
     catch (const TARN_TOOL::ToolError& error)
     {

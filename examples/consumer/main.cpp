@@ -49,9 +49,9 @@ bool refusesBadSpacing()
         const auto pMesh = TARN_ZEF::reconstruct_abs(points, false, -1.0);
         std::printf("unexpected answer %p\n", static_cast<void*>(pMesh.get()));
     }
-    catch (const TARN_ZEF::ZefBugException&)
+    catch (const TARN_ZEF::ZefBadArgument& refused)
     {
-        return true;
+        return std::string(refused.what()).find("spacing is -1") == 0;
     }
     return false;
 }

@@ -1,5 +1,6 @@
 // Finished meshes into files.
 #include "Mesh.h"
+#include "api/requireMesh.h"
 #include "core/definitions.h"
 #include "files/Visualizer3.h"
 #include "meshfiles/PLY.h"
@@ -7,8 +8,6 @@
 #include "rmesh/RMesh.h"
 #include "rmesh/RTriangle.h"
 #include "zef_api_functions.h"
-
-#include <iostream>
 
 namespace TARN_ZEF
 {
@@ -42,7 +41,9 @@ bool Mesh::writeGeomview_ASCII(const std::string& name) const
 
 bool writeMesh_auto(const std::string& name, std::shared_ptr<Mesh> pMesh, bool bASCII)
 {
-    switch (getFileType(name))
+    const FileType type = getFileType(name);
+    requireMesh(pMesh);
+    switch (type)
     {
     case FT_STL:
         return pMesh->writeStl_ASCII(name);
@@ -53,7 +54,7 @@ bool writeMesh_auto(const std::string& name, std::shared_ptr<Mesh> pMesh, bool b
     default:
         break;
     }
-    std::cerr << "Filename [" << name << "] is not valid, using [zef_output.ply] instead\n";
+    printErrorText("Filename [" + name + "] is not valid, using [zef_output.ply] instead\n");
     return pMesh->writePly_BIN(name);
 }
 

@@ -1,8 +1,9 @@
 // The public calls that improve a finished mesh.
 #include "zef_api_functions.h"
 
-#include "core/Progress.h"
-#include "geometry/tools.h"
+#include "api/ProgressScope.h"
+#include "api/requireMesh.h"
+#include "core/numbers.h"
 #include "rmesh/LaplacianSmoother.h"
 #include "rmesh/RMesh.h"
 #include "rmesh/edgeFlips.h"
@@ -11,42 +12,23 @@ namespace TARN_ZEF
 {
 namespace
 {
-// The tree of progress for the time of a call. A call inside another one reports in the outer tree.
-class ProgressScope
-{
-public:
-    // prepare makes the tree of this call.
-    template <typename Prepare>
-    explicit ProgressScope(Prepare prepare)
-        : bOwnProgress(ownsProgress())
-    {
-        if (bOwnProgress)
-            prepare();
-    }
-    // After an exception, nothing is reported, but the tree must not look taken.
-    ~ProgressScope()
-    {
-        if (bOwnProgress)
-            getRootProgress()->reset();
-    }
-    ProgressScope(const ProgressScope&) = delete;
-    ProgressScope& operator=(const ProgressScope&) = delete;
-
-    void finish()
-    {
-        if (bOwnProgress)
-            finishProgress();
-        bOwnProgress = false;
-    }
-
-private:
-    bool bOwnProgress;
-};
-
 RMesh* getRMesh(const std::shared_ptr<Mesh>& pMesh)
 {
-    ASSEX_TEXT(pMesh != nullptr, "pMesh!=0");
+    requireMesh(pMesh);
     return pMesh->getRMesh();
+}
+
+void requireNumbers(double maxEdgeLength, double maxDevAngle,
+                    const SourceLocation& where = SourceLocation::current())
+{
+    const char* const condition = "!isNaN(maxEdgeLength) && !isNaN(maxDevAngle)";
+    if (isNaN(maxEdgeLength))
+        refuse<ZefBadArgument>(
+            condition, "the maximum edge length is not a number; give a length in units of the points",
+            where);
+    if (isNaN(maxDevAngle))
+        refuse<ZefBadArgument>(
+            condition, "the maximum deviation angle is not a number; give degrees, usually 10 to 30", where);
 }
 } // namespace
 
@@ -58,7 +40,7 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
 int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle, bool bKeepTopology)
 {
     RMesh* pRMesh = getRMesh(pMesh);
-    ASSEX(!isNaN(maxEdgeLength) && !isNaN(maxDevAngle));
+    requireNumbers(maxEdgeLength, maxDevAngle);
     ProgressScope progress([] { prepareProgress("Reduce"); });
     const int numKilled = pRMesh->reduce(maxEdgeLength * maxEdgeLength, maxDevAngle, bKeepTopology);
     pRMesh->killDegenerate(bKeepTopology);

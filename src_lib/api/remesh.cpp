@@ -2,6 +2,7 @@
 
 #include "core/Progress.h"
 #include "core/definitions.h"
+#include "core/refuse.h"
 #include "remesh/SoupRemesh.h"
 #include "rmesh/RMesh.h"
 
@@ -47,9 +48,12 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
                              RemeshReport* pReport)
 {
     const std::string fault = options.getFault();
-    ASSEX_TEXT(fault.empty(), fault.c_str());
-    ASSEX_TEXT(vTriCorners.size() % 3 == 0, "the number of corners is no multiple of 3");
-    ASSEX_TEXT(vTriCorners.size() / 3 <= MAX_TRIANGLES, "more than 2^29 triangles");
+    if (!fault.empty())
+        refuse<ZefBadArgument>("options.getFault().empty()", fault);
+    if (vTriCorners.size() % 3 != 0)
+        refuse<ZefBadArgument>("vTriCorners.size() % 3 == 0", "the number of corners is no multiple of 3");
+    if (vTriCorners.size() / 3 > MAX_TRIANGLES)
+        refuse<ZefBadArgument>("vTriCorners.size() / 3 <= MAX_TRIANGLES", "more than 2^29 triangles");
     SoupRemesh soupRemesh(options);
     const bool bAny = soupRemesh.run(vTriCorners, [](double) {});
     if (pReport != nullptr)

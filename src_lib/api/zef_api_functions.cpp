@@ -1,56 +1,55 @@
 #include "zef_api_functions.h"
 
 #include "api/Hal.h"
-#include "core/Progress.h"
+#include "api/ProgressScope.h"
+#include "api/requireMesh.h"
 #include "files/Visualizer3.h"
 #include "intake/CloudMgr.h"
 #include "rmesh/RMesh.h"
-
-#include <iomanip>
-#include <iostream>
 
 namespace TARN_ZEF
 {
 namespace
 {
 const double ABSENT_SPACING = -1.0;
-const double NO_FEATURE_ANGLE = 361.0; // above any dihedral angle
-const int VERSION_MAJOR = 1;
-const int VERSION_MINOR = 11;
+const double NO_FEATURE_ANGLE = 361.0;       // above any dihedral angle
+const int VERSION_MAJOR = ZEF_VERSION_MAJOR; // of the build
+const int VERSION_MINOR = ZEF_VERSION_MINOR;
 
 // The mesh of a cloud, or of the corners of triangles.
-std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, double spacingAbs,
-                               double spacingFactor, double featureAngle, bool bSmooth)
+std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, SpacingBy spacingBy,
+                               double spacingAbs, double spacingFactor, double featureAngle, bool bSmooth)
 {
-    prepareProgress(bMelt ? "Melt" : "Reconstruct");
-    CloudMgr cloudMgr;
+    ProgressScope progress(bMelt ? "Melt" : "Reconstruct");
+    CloudMgr cloudMgr(spacingBy);
     cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, bMelt, featureAngle, bSmooth);
     Hal hal(&cloudMgr);
     std::shared_ptr<Mesh> pMesh = bMelt ? hal.oneMelt() : hal.reconstruct();
-    finishProgress();
+    progress.finish();
     return pMesh;
 }
 } // namespace
 
 std::shared_ptr<Mesh> reconstruct_auto(std::vector<Point3>& vPoints, bool bSmooth, double spacingFactor)
 {
-    return makeMesh(vPoints, false, ABSENT_SPACING, spacingFactor, NO_FEATURE_ANGLE, bSmooth);
+    return makeMesh(vPoints, false, SpacingBy::FACTOR, ABSENT_SPACING, spacingFactor, NO_FEATURE_ANGLE,
+                    bSmooth);
 }
 
 std::shared_ptr<Mesh> reconstruct_abs(std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs)
 {
-    return makeMesh(vPoints, false, spacingAbs, ABSENT_SPACING, NO_FEATURE_ANGLE, bSmooth);
+    return makeMesh(vPoints, false, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING, NO_FEATURE_ANGLE, bSmooth);
 }
 
 std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle)
 {
-    return makeMesh(vTriCorners, true, spacingAbs, ABSENT_SPACING, featureAngle, false);
+    return makeMesh(vTriCorners, true, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING, featureAngle, false);
 }
 
 void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle,
              std::vector<Point3>& vResult)
 {
-    prepareProgress("ToCloud");
+    ProgressScope progress("ToCloud");
     CloudMgr cloudMgr;
     cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
     Hal hal(&cloudMgr);
@@ -59,19 +58,21 @@ void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double feature
     vResult.reserve(vResult.size() + vPoints.size());
     for (const Point3* pPoint : vPoints)
         vResult.push_back(*pPoint);
-    finishProgress();
+    progress.finish();
 }
 
-// Leaves the progress tree as it is; the next call resets it.
 double estimateAvgSpacing(std::vector<Point3>& vPoints)
 {
-    prepareProgress("Density Estimation");
-    CloudMgr cloudMgr;
-    return cloudMgr.addPoints(vPoints, ABSENT_SPACING, 1.0, false, NO_FEATURE_ANGLE, false);
+    ProgressScope progress("Density Estimation");
+    CloudMgr cloudMgr(SpacingBy::FACTOR);
+    const double spacing = cloudMgr.addPoints(vPoints, ABSENT_SPACING, 1.0, false, NO_FEATURE_ANGLE, false);
+    progress.finish();
+    return spacing;
 }
 
 void findHoles(std::shared_ptr<Mesh> pMesh)
 {
+    requireMesh(pMesh);
     std::vector<REdge*> vRE;
     pMesh->getRMesh()->getDegN(DEG_BORDER, vRE);
     Visualizer3 vis("holes.list", nullptr, false);
@@ -89,8 +90,9 @@ void getVersion(int& major, int& minor)
 
 void printVersion()
 {
-    std::cout << "ZEF, version " << VERSION_MAJOR << "." << std::setw(2) << std::setfill('0') << VERSION_MINOR
-              << std::setfill(' ') << std::endl;
+    const std::string minor = std::to_string(VERSION_MINOR);
+    printText("ZEF, version " + std::to_string(VERSION_MAJOR) + "." + (minor.size() < 2 ? "0" : "") + minor +
+              "\n");
 }
 
 bool isRelease()

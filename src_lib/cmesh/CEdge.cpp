@@ -5,15 +5,16 @@
 #include "lattice/Bundle.h"
 
 #include <algorithm>
-#include <iostream>
+#include <string>
 
 namespace TARN_ZEF
 {
 namespace
 {
-void printEdge(const CEdge& edge)
+std::string toText(const CEdge& edge)
 {
-    std::cout << "CEdge (" << edge.v0 << ", " << edge.v1 << "), degree " << edge.getDegree();
+    return "CEdge (" + std::to_string(edge.v0) + ", " + std::to_string(edge.v1) + "), degree " +
+           std::to_string(edge.getDegree());
 }
 } // namespace
 
@@ -29,9 +30,7 @@ u64 CEdge::getOtherVCD(u64 vcd) const
 {
     if (!hasVCD(vcd))
     {
-        std::cout << "getOtherVCD bug, ";
-        printEdge(*this);
-        std::cout << std::endl;
+        printText("getOtherVCD bug, " + toText(*this) + "\n");
         ASSEX_TEXT(false, "false");
     }
     return vcd == v0 ? v1 : v0;
@@ -42,47 +41,6 @@ Point3 CEdge::getMidPoint(const CMesh* pMesh) const
     const Point3* pA = pMesh->getVtx(v0);
     const Point3* pB = pMesh->getVtx(v1);
     return {(pA->x() + pB->x()) / 2.0, (pA->y() + pB->y()) / 2.0, (pA->z() + pB->z()) / 2.0};
-}
-
-CTriangle* CEdge::getTriangle(bool bMustExist, bool bMustBeUnique) const
-{
-    CTriangle* pRet = nullptr;
-    for (CTriangle* pCT : vCT)
-    {
-        if (bMustBeUnique)
-            ASSEX(pRet == 0);
-        if (pRet == nullptr)
-            pRet = pCT;
-    }
-    if (bMustExist)
-        ASSEX(pRet != 0);
-    return pRet;
-}
-
-bool CEdge::getTwoTriangles(CTriangle*& pT0, CTriangle*& pT1, bool bStrict) const
-{
-    pT0 = vCT.size() > 0 ? vCT[0] : nullptr;
-    pT1 = vCT.size() > 1 ? vCT[1] : nullptr;
-    return bStrict ? vCT.size() == 2 : vCT.size() >= 2;
-}
-
-void CEdge::getAliveT(std::vector<CTriangle*>& vT) const
-{
-    vT.insert(vT.end(), vCT.begin(), vCT.end());
-}
-
-CTriangle* CEdge::getNeigT(const CTriangle* pCT) const
-{
-    CTriangle* pNeigT = nullptr;
-    for (CTriangle* pOther : vCT)
-    {
-        if (pOther == pCT)
-            continue;
-        if (pNeigT != nullptr)
-            return nullptr;
-        pNeigT = pOther;
-    }
-    return pNeigT;
 }
 
 bool CEdge::hasTriangle(u64 a, u64 b, u64 c) const
@@ -96,8 +54,9 @@ void CEdge::checkOut(CTriangle* pCT)
 {
     if (vCT.eraseSwap(pCT))
         return;
-    std::cout << "CEdge::checkOut, triangle live state: " << pCT->isAlive() << ", corners " << pCT->getC0()
-              << " " << pCT->getC1() << " " << pCT->getC2() << std::endl;
+    printText("CEdge::checkOut, triangle live state: " + std::to_string(pCT->isAlive()) + ", corners " +
+              std::to_string(pCT->getC0()) + " " + std::to_string(pCT->getC1()) + " " +
+              std::to_string(pCT->getC2()) + "\n");
     ASSEX_TEXT(false, "false");
 }
 
@@ -145,11 +104,8 @@ void CEdge::getPatches(std::vector<CPatch*>& vPatches) const
 void CEdge::setDirection(EdgeDir ed)
 {
     if (edgeDir != ED_NONE && ed != ED_NONE)
-    {
-        std::cout << "setDirection for ";
-        printEdge(*this);
-        std::cout << ", current edgeDirection=" << int{edgeDir} << ", ed=" << int{ed} << std::endl;
-    }
+        printText("setDirection for " + toText(*this) + ", current edgeDirection=" +
+                  std::to_string(int{edgeDir}) + ", ed=" + std::to_string(int{ed}) + "\n");
     ASSEX(edgeDir == ED_NONE || ed == ED_NONE);
     edgeDir = ed;
 }

@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "cmesh/CTriangle.h"
+#include "cmesh/EdgeOfTriangles.h"
 #include "cmesh/TriangleUnion.h"
 #include "cmesh/edgeDegree.h"
 #include "core/definitions.h"
@@ -26,12 +27,10 @@ enum EdgeDir : unsigned char
 
 // An edge of the combinatorial mesh: two corners and any number of triangles.
 //
-// Its degree and what that makes it: see edgeDegree.h.
-//
 // Ownership:  lives in a pool of the mesh, never moves, dies with the mesh or its clearAll().
 // Invariant:  v0 < v1. vCT holds alive triangles only, each once: a dying triangle leaves at once, and the
 //             last entry takes its place, so the order is not stable.
-class CEdge
+class CEdge : public EdgeOfTriangles<CEdge, CTriangle>
 {
 public:
     using TriangleList = SmallVec<CTriangle*, 2>;
@@ -48,20 +47,9 @@ public:
 
     // --- Triangles ---
     TriangleList vCT; // Rotx and Top reorder it
-    [[nodiscard]] int getDegree() const noexcept { return static_cast<int>(vCT.size()); }
-    [[nodiscard]] bool isOrphan() const noexcept { return vCT.empty(); }
-    [[nodiscard]] bool isBorder() const noexcept { return vCT.size() == 1; }
-    [[nodiscard]] bool isInner() const noexcept { return vCT.size() == 2; }
-    [[nodiscard]] bool isNonManifold() const noexcept { return vCT.size() > 2; }
-    // With bMustBeUnique the only triangle (a second one is fatal), otherwise the first; with bMustExist,
-    // none is fatal, otherwise null.
-    [[nodiscard]] CTriangle* getTriangle(bool bMustExist, bool bMustBeUnique) const;
-    // The first two triangles, null where there is none. Strict: true only at exactly 2, else at 2 or more.
-    [[nodiscard]] bool getTwoTriangles(CTriangle*& pT0, CTriangle*& pT1, bool bStrict) const;
-    void getAliveT(std::vector<CTriangle*>& vT) const;             // appends
-    [[nodiscard]] CTriangle* getNeigT(const CTriangle* pCT) const; // the one other; null at none or several
-    [[nodiscard]] bool hasTriangle(u64 a, u64 b, u64 c) const;     // in any order
-    void checkOut(CTriangle* pCT);                                 // removes it; not found is fatal
+    [[nodiscard]] const TriangleList& getTriangles() const noexcept { return vCT; }
+    [[nodiscard]] bool hasTriangle(u64 a, u64 b, u64 c) const; // in any order
+    void checkOut(CTriangle* pCT);                             // removes it; not found is fatal
 
     // --- Triangles and patches ---
     [[nodiscard]] CTriangle* getAdjInPatch(const CTriangle* pCT) const;    // none is fatal
@@ -99,7 +87,7 @@ public:
     [[nodiscard]] bool isInMesh() const noexcept { return number != TAKEN_OUT; }
 
 private:
-    friend class CMesh;
+    friend class CMeshRecords;
     friend class ExtractionRenewal;
 
     static constexpr unsigned int TAKEN_OUT = ~0u; // number of one that the mesh holds no more

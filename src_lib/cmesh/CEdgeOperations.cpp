@@ -5,7 +5,7 @@
 #include "cmesh/CPatch.h"
 #include "geometry/tools.h"
 
-#include <iostream>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -26,11 +26,11 @@ bool hasThreeCorners(const CTriangle& ct)
 
 void printFlipBug(const CEdge& edge, const CTriangle& ct0, const CTriangle& ct1, u64 ccd0, u64 ccd1)
 {
-    std::cout << "CEdge::flipEdge(), BUG:\n";
-    ct0.print(std::cout);
-    ct1.print(std::cout);
-    std::cout << "v0=" << edge.v0 << ", v1=" << edge.v1 << ", ccd0=" << ccd0 << ", ccd1=" << ccd1
-              << std::endl;
+    printText("CEdge::flipEdge(), BUG:\n");
+    ct0.print();
+    ct1.print();
+    printText("v0=" + std::to_string(edge.v0) + ", v1=" + std::to_string(edge.v1) +
+              ", ccd0=" + std::to_string(ccd0) + ", ccd1=" + std::to_string(ccd1) + "\n");
 }
 
 // Whether the neighbour may be split at splitPos, a point near its edge opposite corner ici: both kids have
@@ -150,7 +150,8 @@ double CEdge::getDihedralAngle(const std::map<u64, Point3>& mPos) const
     const bool bAllThere =
         q_it0 != mPos.end() && q_it1 != mPos.end() && q_ita != mPos.end() && q_itb != mPos.end();
     if (!bAllThere)
-        std::cout << "v0=" << v0 << ", v1=" << v1 << ", va=" << va << ", vb=" << vb << std::endl;
+        printText("v0=" + std::to_string(v0) + ", v1=" + std::to_string(v1) + ", va=" + std::to_string(va) +
+                  ", vb=" + std::to_string(vb) + "\n");
     ASSEX(bAllThere);
     return getDihedralAngleOf(q_it0->second, q_it1->second, q_ita->second, q_itb->second);
 }

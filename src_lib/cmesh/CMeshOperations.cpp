@@ -1,56 +1,19 @@
 // The local edits of CMesh and the moves of its corners.
 #include "cmesh/CMesh.h"
 
-#include "core/zefRand.h"
+#include "cmesh/PointSum.h"
 #include "geometry/tools.h"
 #include "lattice/Bundle.h"
 #include "parallel/collectInOrder.h"
 
 #include <algorithm>
-#include <iostream>
 
 namespace TARN_ZEF
 {
 namespace
 {
-// The mean is overshot by this factor, as seen from one ring point, and x gets a jitter of up to MAX_JITTER:
-// so no two corners end up in exactly the same place.
-const double RING_OVERSHOOT = 1.003;
-const double MAX_JITTER = 1e-05;
-// Fewer real ring points do not stand for a ring: then the extra ones count like them.
-const double MIN_REAL_RING = 3.0;
-
 const double MAX_MOVE = 0.1;        // of laplacianForOne, in spacings
 const double MAX_TURN_ANGLE = 90.0; // of a triangle beside the moved corner, in degrees
-
-// A running mean of positions.
-struct PointSum
-{
-    double x = 0.0, y = 0.0, z = 0.0;
-    double count = 0.0;
-
-    void add(const Point3& p)
-    {
-        p.addOwnCoords(x, y, z);
-        count += 1.0;
-    }
-    void add(const PointSum& other)
-    {
-        x += other.x;
-        y += other.y;
-        z += other.z;
-        count += other.count;
-    }
-    [[nodiscard]] Point3 getMean() const { return {x / count, y / count, z / count}; }
-};
-
-// to, or the point at maxMove from from on the way there.
-Point3 limitMove(const Point3& from, const Point3& to, double maxMove)
-{
-    const Vector3 move = to - from;
-    const double len = move.length();
-    return len > maxMove ? from + move * (maxMove / len) : to;
-}
 
 // Replaces the triangles at src by such at trg; those that hold both corners just go.
 void mergeCorner(CMesh& mesh, u64 src, u64 trg)
@@ -115,67 +78,7 @@ bool CMesh::collapseEdgeToEndpoint(CEdge* pCE, u64 src, u64 trg)
     return true;
 }
 
-bool CMesh::canCollapse(u64 src, u64 trg) const
-{
-    const CVertex* pSrc = findVertex(src);
-    const CVertex* pTrg = findVertex(trg);
-    if (pSrc == nullptr || pTrg == nullptr || pSrc->pFirstT == nullptr || pTrg->pFirstT == nullptr)
-        return false;
-    // A triangle that holds both corners stands at trg with its own two other corners, so it forbids the
-    // collapse of every living edge.
-    for (const CTriangle* pSrcT = pSrc->pFirstT; pSrcT != nullptr;
-         pSrcT = pSrcT->aNextInc[pSrcT->indexOf(pSrc)])
-    {
-        const int ici = pSrcT->indexOf(pSrc);
-        const u64 a = pSrcT->aVertex[CTriangle::getNext(ici)]->ccd;
-        const u64 b = pSrcT->aVertex[CTriangle::getPrev(ici)]->ccd;
-        for (const CTriangle* pTrgT = pTrg->pFirstT; pTrgT != nullptr;
-             pTrgT = pTrgT->aNextInc[pTrgT->indexOf(pTrg)])
-            if (pTrgT->hasCorner(a) && pTrgT->hasCorner(b))
-                return false;
-    }
-    return true;
-}
-
 // --- Moves -------------------------------------------------------------------------------------------------
-
-void CMesh::averageBundle(Bundle* pBundle)
-{
-    std::vector<CEdge*> vIncCE;
-    getIncCE(pBundle->ccd, vIncCE);
-    if (vIncCE.size() < 2)
-        return;
-    PointSum real;
-    PointSum extra;
-    const Point3* pAnyRingVtx = nullptr;
-    for (const CEdge* pCE : vIncCE)
-    {
-        ASSEX(pCE->getDegree() > 0);
-        const Bundle* pOther = findBundle(pCE->getOtherVCD(pBundle->ccd));
-        if (pOther == nullptr)
-            continue;
-        pAnyRingVtx = pOther->pPoint;
-        (isExtraVtx(pAnyRingVtx) ? extra : real).add(*pAnyRingVtx);
-    }
-    if (real.count < MIN_REAL_RING)
-        real.add(extra);
-    if (real.count == 0.0)
-    {
-        pBundle->pPoint->set(pCalc->getMid(pBundle->ccd));
-        return;
-    }
-    ASSEX(pAnyRingVtx != nullptr);
-    const Vector3 d = real.getMean() - *pAnyRingVtx;
-    const double eps = zefRand() * MAX_JITTER / ZEF_RAND_MAX;
-    const Point3 pos = *pAnyRingVtx + d * RING_OVERSHOOT;
-    pBundle->pPoint->set(pos.x() + eps, pos.y(), pos.z());
-}
-
-void CMesh::averageBundles()
-{
-    for (Bundle* pBundle : vBundles)
-        averageBundle(pBundle);
-}
 
 bool CMesh::laplacianForOne(u64 ccd)
 {
@@ -194,7 +97,7 @@ bool CMesh::laplacianForOne(u64 ccd)
     for (const CTriangle* pCT : vIncT)
     {
         const double devAngle = pCT->getDevAngle(this, pCT->getICI(ccd), newPos);
-        std::cout << "devAngle would be " << toText(devAngle) << "\n";
+        printText("devAngle would be " + toText(devAngle) + "\n");
         if (devAngle > MAX_TURN_ANGLE)
             return false;
     }
@@ -215,13 +118,7 @@ bool CMesh::removeBundle(Bundle* pBundle)
 
 void CMesh::removeUnusableBundles()
 {
-    std::vector<Bundle*> vRemoveBundles;
-    std::vector<Bundle*> vKeptBundles;
-    for (Bundle* pBundle : vBundles)
-        (removeBundle(pBundle) ? vRemoveBundles : vKeptBundles).push_back(pBundle);
-    vBundles.swap(vKeptBundles);
-    for (Bundle* pBundle : vRemoveBundles)
-        eraseBundle(pBundle);
+    eraseBundlesIf([this](Bundle* pBundle) { return removeBundle(pBundle); });
 }
 
 // --- Clean-up ----------------------------------------------------------------------------------------------
@@ -229,9 +126,9 @@ void CMesh::removeUnusableBundles()
 void CMesh::splitDegenerate()
 {
     std::vector<CTriangle*> vWork;
-    for (std::size_t i = vCT.size(); i-- > 0;)
+    for (std::size_t i = getAllT().size(); i-- > 0;)
     {
-        vWork.push_back(vCT[i]);
+        vWork.push_back(getAllT()[i]);
         while (!vWork.empty())
         {
             CTriangle* pCT = vWork.back();
@@ -241,8 +138,8 @@ void CMesh::splitDegenerate()
             const int ici = pCT->getLargestEdgeICI(this);
             if (pCT->getCEdge(ici)->trySplitNeigsKillT(this, pCT, ici, vWork))
                 continue;
-            std::cout << "\n Not able to split: ";
-            pCT->print(std::cout);
+            printText("\n Not able to split: ");
+            pCT->print();
             moveOneCorner(*this, *pCT, ici);
         }
     }
@@ -252,12 +149,12 @@ int CMesh::killDuplicates()
 {
     // Kills make no duplicates, so what has none now needs no look later.
     const std::vector<CTriangle*> vWithTwin =
-        collectInOrder<CTriangle*>(vCT.size(),
+        collectInOrder<CTriangle*>(getAllT().size(),
                                    [this](std::size_t from, std::size_t to, std::vector<CTriangle*>& vFound)
                                    {
                                        for (std::size_t i = from; i < to; ++i)
-                                           if (vCT[i]->isAlive() && findTwin(*vCT[i]) != nullptr)
-                                               vFound.push_back(vCT[i]);
+                                           if (getAllT()[i]->isAlive() && findTwin(*getAllT()[i]) != nullptr)
+                                               vFound.push_back(getAllT()[i]);
                                    });
     int numKilled = 0;
     for (const CTriangle* pCT : vWithTwin)

@@ -30,19 +30,19 @@ void sortUnique(std::vector<CEdge*>& vCE)
 }
 } // namespace
 
-void CMesh::createPatches(const std::set<CEdge*, ByCreationCE>* pCuts, std::vector<CPatch*>& vPatches,
+void CMesh::createPatches(const std::set<CEdge*, ByCreationCE>* pCuts, std::vector<CPatch*>& vOut,
                           std::map<u64, CPatch*>& mBorderCCD2Patch, std::vector<CEdge*>& vBorderME)
 {
     clearForFlood(*this);
     PatchFlood flood(PatchFlood::Stops::BORDERS_AND_NON_MANIFOLD, pCuts);
     std::vector<CEdge*> vOwnME;
-    for (CTriangle* pSeed : vCT)
+    for (CTriangle* pSeed : getAllT())
     {
         if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
             continue;
-        auto* pPatch = new CPatch(this, pCalc);
-        vPatches_.push_back(pPatch);
+        auto* pPatch = new CPatch(this, getCalc());
         vPatches.push_back(pPatch);
+        vOut.push_back(pPatch);
         vOwnME.clear();
         flood.fill(*pPatch, pSeed,
                    [&](const CTriangle* pCT, int i)
@@ -61,27 +61,21 @@ void CMesh::createCCPatches()
 {
     clearForFlood(*this);
     PatchFlood flood(PatchFlood::Stops::BORDERS, nullptr);
-    for (CTriangle* pSeed : vCT)
+    for (CTriangle* pSeed : getAllT())
     {
         if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
             continue;
-        auto* pPatch = new CPatch(this, pCalc);
-        vPatches_.push_back(pPatch);
+        auto* pPatch = new CPatch(this, getCalc());
+        vPatches.push_back(pPatch);
         flood.fill(*pPatch, pSeed);
     }
 }
 
-void CMesh::takePatches(std::vector<CPatch*>& vPatches)
-{
-    vPatches.insert(vPatches.end(), vPatches_.begin(), vPatches_.end());
-    vPatches_.clear();
-}
-
 void CMesh::deletePatches()
 {
-    for (CPatch* pPatch : vPatches_)
+    for (CPatch* pPatch : vPatches)
         delete pPatch;
-    vPatches_.clear();
+    vPatches.clear();
 }
 
 } // namespace TARN_ZEF

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <atomic>
-#include <iostream>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -20,7 +20,7 @@ bool fitsKnownDegree(int degree, int deg)
 {
     if (!isDegreeQuery(deg))
     {
-        std::cout << "deg=" << deg << std::endl;
+        printText("deg=" + std::to_string(deg) + "\n");
         ASSEX(deg > 0);
     }
     return fitsDegree(degree, deg);
@@ -80,9 +80,14 @@ bool ByIdPatch::operator()(const CPatch* pA, const CPatch* pB) const noexcept
     return pA->getId() < pB->getId();
 }
 
+PatchMembers::PatchMembers(CMesh* pCMesh_)
+    : pCMesh(pCMesh_)
+    , id(nextId.fetch_add(1, std::memory_order_relaxed))
+{
+}
+
 CPatch::CPatch(CMesh* pCMesh_, Calc* pCalc_)
-    : id(nextId.fetch_add(1, std::memory_order_relaxed))
-    , pCMesh(pCMesh_)
+    : PatchMembers(pCMesh_)
     , pCalc(pCalc_)
 {
 }
@@ -163,7 +168,7 @@ void CPatch::assimilate(CPatch* pOther, bool bUpdateBoundary)
 
 // --- Measures ----------------------------------------------------------------------------------------------
 
-double CPatch::getArea() const
+double PatchMembers::getArea() const
 {
     double area = 0.0;
     for (const CTriangle* pCT : vMemberCT)
@@ -172,7 +177,7 @@ double CPatch::getArea() const
     return area;
 }
 
-double CPatch::getVolume() const
+double PatchMembers::getVolume() const
 {
     const Point3* pRef = nullptr;
     double sum = 0.0;
@@ -208,14 +213,14 @@ void CPatch::setNumInnerVtx()
 
 // --- Edges -------------------------------------------------------------------------------------------------
 
-void CPatch::getAllCE(std::vector<CEdge*>& vCE) const
+void PatchMembers::getAllCE(std::vector<CEdge*>& vCE) const
 {
     std::vector<CEdge*> vAll;
     appendEdges(vMemberCT, vAll);
     forEachRun(vAll, [&](CEdge* pCE, int) { vCE.push_back(pCE); });
 }
 
-void CPatch::getCEByDegree(int deg, std::vector<CEdge*>& vCE) const
+void PatchMembers::getCEByDegree(int deg, std::vector<CEdge*>& vCE) const
 {
     std::vector<CEdge*> vAll;
     appendEdges(vMemberCT, vAll);
@@ -227,12 +232,12 @@ void CPatch::getCEByDegree(int deg, std::vector<CEdge*>& vCE) const
                });
 }
 
-void CPatch::getHighDegCE(std::vector<CEdge*>& vCE) const
+void PatchMembers::getHighDegCE(std::vector<CEdge*>& vCE) const
 {
     getCEByDegree(DEG_NON_MANIFOLD, vCE);
 }
 
-void CPatch::getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const
+void PatchMembers::getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const
 {
     std::vector<CEdge*> vAll;
     appendEdges(vMemberCT, vAll);
@@ -256,7 +261,7 @@ void getDegNEdges(int num, const std::vector<CTriangle*>& vT, std::vector<CEdge*
                });
 }
 
-int CPatch::getDegreeOn(const CEdge* pCE) const noexcept
+int PatchMembers::getDegreeOn(const CEdge* pCE) const noexcept
 {
     return static_cast<int>(std::count_if(pCE->vCT.begin(), pCE->vCT.end(),
                                           [this](const CTriangle* pCT) { return isMember(pCT); }));

@@ -24,6 +24,43 @@ struct ByIdPatch
     bool operator()(const CPatch* pA, const CPatch* pB) const noexcept;
 };
 
+// The triangles of a patch, and what can be asked about them alone.
+//
+// Ownership:  none; triangles and edges belong to the mesh.
+// Cost:       every query walks the members.
+class PatchMembers
+{
+public:
+    [[nodiscard]] int getId() const noexcept { return id; }
+    [[nodiscard]] std::size_t getSize() const noexcept { return vMemberCT.size(); }
+    // In flood order; some may be dead.
+    [[nodiscard]] const std::vector<CTriangle*>& getMembers() const noexcept { return vMemberCT; }
+    [[nodiscard]] bool isMember(const CTriangle* pCT) const noexcept;
+
+    // --- Measures, on bundle positions ---
+    [[nodiscard]] double getArea() const;
+    [[nodiscard]] double getVolume() const; // signed; positive if the members face outwards
+
+    // --- Edges of the alive members, by creation, each once ---
+    void getAllCE(std::vector<CEdge*>& vCE) const;
+    void getCEByDegree(int deg, std::vector<CEdge*>& vCE) const; // deg as in CMesh::getDegN
+    void getHighDegCE(std::vector<CEdge*>& vCE) const;           // degree above 2
+    // The same, but counting only the members on the edge.
+    void getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const;
+
+protected:
+    explicit PatchMembers(CMesh* pCMesh_);
+    ~PatchMembers() = default;
+
+    [[nodiscard]] int getDegreeOn(const CEdge* pCE) const noexcept; // alive members on the edge
+
+    CMesh* pCMesh;
+    std::vector<CTriangle*> vMemberCT;
+
+private:
+    int id;
+};
+
 // A connected piece of a CMesh, bounded by borders, non-manifold edges or given cuts. The repair decides over
 // patches, not triangles: a whole patch survives or dies.
 //
@@ -35,7 +72,7 @@ struct ByIdPatch
 //             patches mends that.
 // Threads:    none, but for the counter of ids.
 // Cost:       every query walks the members, unless it says otherwise.
-class CPatch
+class CPatch : public PatchMembers
 {
 public:
     CPatch(CMesh* pCMesh_, Calc* pCalc_);
@@ -45,12 +82,7 @@ public:
     CPatch& operator=(const CPatch&) = delete;
 
     // --- Members ---
-    [[nodiscard]] int getId() const noexcept { return id; }
     [[nodiscard]] bool isAlive() const noexcept { return bAlive; }
-    [[nodiscard]] std::size_t getSize() const noexcept { return vMemberCT.size(); }
-    // In flood order; some may be dead.
-    [[nodiscard]] const std::vector<CTriangle*>& getMembers() const noexcept { return vMemberCT; }
-    [[nodiscard]] bool isMember(const CTriangle* pCT) const noexcept { return pCT->getPatch() == this; }
     void addT(CTriangle* pCT); // sets its pPatch
     void reserve(std::size_t num) { vMemberCT.reserve(num); }
     // Leaves only the given members, in the given order; the others lose this patch.
@@ -61,19 +93,10 @@ public:
     // boundaries of both are merged, otherwise that of this patch is cleared.
     void assimilate(CPatch* pOther, bool bUpdateBoundary);
 
-    // --- Measures, on bundle positions ---
-    [[nodiscard]] double getArea() const;
-    [[nodiscard]] double getVolume() const; // signed; positive if the members face outwards
+    // --- Inside ---
     // Corners off the outer boundary; -1 until setNumInnerVtx(), which needs setOuterBoundary().
     void setNumInnerVtx();
     [[nodiscard]] int getNumInnerVtx() const noexcept { return numInnerVtx; }
-
-    // --- Edges of the alive members, by creation, each once ---
-    void getAllCE(std::vector<CEdge*>& vCE) const;
-    void getCEByDegree(int deg, std::vector<CEdge*>& vCE) const; // deg as in CMesh::getDegN
-    void getHighDegCE(std::vector<CEdge*>& vCE) const;           // degree above 2
-    // The same, but counting only the members on the edge.
-    void getDegWithRespectToOwn(int deg, std::vector<CEdge*>& vCE) const;
 
     // --- Outer boundary: the edges on which exactly one member stands; the patch must be alive ---
     void setOuterBoundary(); // by creation, so equal boundaries give equal vectors
@@ -116,20 +139,16 @@ public:
     bool canKillLeaveDeg2() const; // always false, with a warning
 
 private:
-    [[nodiscard]] int getDegreeOn(const CEdge* pCE) const noexcept; // alive members on the edge
     [[nodiscard]] bool areWallsKnown() const noexcept;
     [[nodiscard]] bool isCandidateForSplit() const;
     // The first non-manifold edge with exactly two members, these two too; null if there is none.
     [[nodiscard]] CEdge* findStartME(CTriangle*& pCT0, CTriangle*& pCT1) const;
     [[nodiscard]] u64 getTopmostCCD() const;
 
-    int id;
-    std::vector<CTriangle*> vMemberCT;
     double partnerCertainty = 0.0;
     std::set<CPatch*, ByIdPatch> sPartners; // met across non-manifold edges
     std::vector<CEdge*> vPatchBoundaryCE;
     bool bAlive = true;
-    CMesh* pCMesh;
     Calc* pCalc;
     int numInnerVtx = -1;
 
@@ -139,6 +158,11 @@ private:
     std::size_t numAllT = 0;
     std::size_t numAliveT = 0;
 };
+
+inline bool PatchMembers::isMember(const CTriangle* pCT) const noexcept
+{
+    return pCT->getPatch() == this;
+}
 
 // Unit normal on the lattice positions of the corners; (0,0,0) if these stand on one line.
 [[nodiscard]] Vector3 getLatticeNormal(const Calc& calc, const CTriangle& ct);

@@ -26,69 +26,21 @@ int signOfDifference(u64 ccd, u64 reference, u64 mask)
 
 CTriangle::CTriangle(CVertex* pV0, CVertex* pV1, CVertex* pV2, u64 generatingVCD_, int cfg_,
                      unsigned int number_) noexcept
-    : aVertex{pV0, pV1, pV2}
+    : CTriangleCorners(pV0, pV1, pV2)
     , generatingVCD(generatingVCD_)
     , number(number_)
     , cfg(static_cast<short>(cfg_))
 {
 }
 
-int CTriangle::getICI(u64 ccd) const
-{
-    for (int i = 0; i < 3; ++i)
-        if (aVertex[i]->ccd == ccd)
-            return i;
-    ASSEX_TEXT(false, "false");
-}
-
-void CTriangle::getOtherCCDs(u64 ccd, u64& a, u64& b) const
-{
-    static constexpr int OTHERS[3][2] = {{1, 2}, {0, 2}, {1, 0}};
-    const int ici = getICI(ccd);
-    a = aVertex[OTHERS[ici][0]]->ccd;
-    b = aVertex[OTHERS[ici][1]]->ccd;
-}
-
-void CTriangle::getEdgeCCDs(int ici, u64& a, u64& b) const
-{
-    ASSEX(ici >= 0 && ici < 3);
-    a = aVertex[getNext(ici)]->ccd;
-    b = aVertex[getPrev(ici)]->ccd;
-}
-
 bool CTriangle::hasBorderEdge() const
 {
-    return aEdge[0]->vCT.size() == 1 || aEdge[1]->vCT.size() == 1 || aEdge[2]->vCT.size() == 1;
+    return aEdge[0]->isBorder() || aEdge[1]->isBorder() || aEdge[2]->isBorder();
 }
 
 bool CTriangle::allEdgesManifold() const
 {
-    return aEdge[0]->vCT.size() == 2 && aEdge[1]->vCT.size() == 2 && aEdge[2]->vCT.size() == 2;
-}
-
-HalfEdgeDirection CTriangle::getHEDirection2(u64 a, u64 b) const noexcept
-{
-    for (int i = 0; i < 3; ++i)
-    {
-        const u64 from = aVertex[i]->ccd;
-        const u64 to = aVertex[getNext(i)]->ccd;
-        if (from == a && to == b)
-            return HE_SAME;
-        if (from == b && to == a)
-            return HE_OPPOSITE;
-    }
-    return HE_NONE;
-}
-
-bool CTriangle::needFlip(const CTriangle* pOther) const
-{
-    for (int i = 0; i < 3; ++i)
-    {
-        const HalfEdgeDirection hed = pOther->getHEDirection2(aVertex[i]->ccd, aVertex[getNext(i)]->ccd);
-        if (hed != HE_NONE)
-            return hed == HE_SAME;
-    }
-    ASSEX_TEXT(false, "false");
+    return aEdge[0]->isInner() && aEdge[1]->isInner() && aEdge[2]->isInner();
 }
 
 void CTriangle::flipOrientation() noexcept
@@ -213,12 +165,12 @@ void CTriangle::kill(CMesh* pMesh)
     pMesh->unregisterTriangle(this);
     bAlive = false;
     --pMesh->numAliveT;
-    if (number < pMesh->extracted.numT)
-        pMesh->extracted.vKilled.push_back(this);
+    pMesh->extraction.noteKilled(this);
 }
 
-void CTriangle::print(std::ostream& os) const
+void CTriangle::print() const
 {
+    std::ostringstream os;
     os << "CTriangle (" << static_cast<const void*>(this)
        << "): " << (bAlive ? " bAlive=true, " : " bAlive=false, ");
     const bool bThree = getC0() != getC1() && getC1() != getC2() && getC2() != getC0();
@@ -236,6 +188,7 @@ void CTriangle::print(std::ostream& os) const
                 os << ", pNeigT: " << static_cast<const void*>(pNeigT);
         os << "\n";
     }
+    printText(os.str());
 }
 
 } // namespace TARN_ZEF

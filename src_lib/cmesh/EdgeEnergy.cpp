@@ -5,14 +5,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
+#include <sstream>
 
 namespace TARN_ZEF
 {
 namespace
 {
-const double MIN_COS_A = std::cos(2.268926111111111); // 130 degrees
-const double MIN_COS_B = std::cos(2.792524444444444); // 160 degrees
+// Cosines of 130 and 160 degrees: an angle beyond them is wide, or too wide.
+const double minCosA = std::cos(2.268926111111111);
+const double minCosB = std::cos(2.792524444444444);
 
 const double EXPONENT = 0.3;
 // 1 - cos of a bend of 2, 160 and 170 degrees.
@@ -103,14 +104,14 @@ bool EdgeEnergy::checkAngles(const Quad& quad, bool& bWide) const
     bWide = false;
     const double newMin =
         std::min(getMinCosPhi(quad.pa, quad.p1, quad.pb), getMinCosPhi(quad.pa, quad.pb, quad.p2));
-    if (!(newMin < MIN_COS_A))
+    if (!(newMin < minCosA))
         return true;
     const double oldMin =
         std::min(getMinCosPhi(quad.pa, quad.p1, quad.p2), getMinCosPhi(quad.pb, quad.p2, quad.p1));
     if (!(newMin < oldMin))
         return true;
     bWide = true;
-    return !(newMin < MIN_COS_B);
+    return !(newMin < minCosB);
 }
 
 bool EdgeEnergy::getNormals(const Quad& quad, Normals& normals) const
@@ -189,11 +190,13 @@ double EdgeEnergy::getMinCosPhi(const Point3* p0, const Point3* p1, const Point3
 void EdgeEnergy::failDegenerate(const Point3* p0, const Point3* p1, const Vector3& vec01,
                                 const Vector3& vec02, const Vector3& vec12) const
 {
+    std::ostringstream os;
     if (p0 == p1)
-        std::cout << "p0=p1\n";
+        os << "p0=p1\n";
     else if (*p0 == *p1)
-        std::cout << "*p0==*p1\n";
-    std::cout << "vec01=" << vec01 << "\nvec02=" << vec02 << "\nvec12=" << vec12 << std::endl;
+        os << "*p0==*p1\n";
+    os << "vec01=" << vec01 << "\nvec02=" << vec02 << "\nvec12=" << vec12 << "\n";
+    printText(os.str());
     const bool bNoDegenerate = pCMesh->checkNoDegenerate("EdgeEnergy");
     ASSEX_TEXT(bNoDegenerate, "pCMesh->checkNoDegenerate(\"EdgeEnergy\")");
     const bool bNoDups = pCMesh->checkNoDups("EdgeEnergy");

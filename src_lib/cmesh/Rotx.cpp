@@ -6,8 +6,8 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <iterator>
+#include <string>
 #include <vector>
 
 namespace TARN_ZEF
@@ -248,8 +248,8 @@ bool Rotx::sortStar(CTriangle* pRefCT, CEdge* pCE) const
         pCE->vCT.push_back(entry.pCT);
     if (bDouble)
         for (const CTriangle* pCT : pCE->vCT)
-            std::cout << "ROTX-BUG: " << pCT->getC0() << ", " << pCT->getC1() << ", " << pCT->getC2()
-                      << std::endl;
+            printText("ROTX-BUG: " + std::to_string(pCT->getC0()) + ", " + std::to_string(pCT->getC1()) +
+                      ", " + std::to_string(pCT->getC2()) + "\n");
     return !bDouble;
 }
 

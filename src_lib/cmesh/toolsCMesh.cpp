@@ -2,8 +2,6 @@
 
 #include "cmesh/CMesh.h"
 
-#include <iostream>
-
 namespace TARN_ZEF
 {
 namespace
@@ -13,7 +11,7 @@ const Point3* getCorner(const CMesh* pMesh, u64 ccd)
     const Point3* pVtx = pMesh->getVtx(ccd);
     if (pVtx == nullptr)
     {
-        std::cout << "pVtx is NULL\n" << std::flush;
+        printText("pVtx is NULL\n");
         ASSEX(false);
     }
     return pVtx;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <iomanip>
-#include <iostream>
 #include <locale>
 #include <sstream>
 
@@ -56,7 +55,7 @@ void Histogram::print()
 {
     if (count == 0)
     {
-        std::cout << "Empty histogram [ " + name + " ]\n" << std::flush;
+        printText("Empty histogram [ " + name + " ]\n");
         return;
     }
     std::string text = "   " + name + " (avg=" + toText(sum / static_cast<double>(count)) +
@@ -71,7 +70,7 @@ void Histogram::print()
         text += '\n';
         lowerLimit = upperLimit;
     }
-    std::cout << text << std::flush;
+    printText(text);
 }
 
 double Histogram::sortAndGetMedian()

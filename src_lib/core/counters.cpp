@@ -1,8 +1,9 @@
 #include "core/counters.h"
 
+#include "core/definitions.h"
+
 #include <algorithm>
 #include <atomic>
-#include <iostream>
 #include <map>
 #include <mutex>
 
@@ -38,7 +39,7 @@ bool getCounters(const std::string& key)
     Counters& store = getStore();
     const std::scoped_lock lock(store.mutex);
     if (key == "GETCOUNTERS")
-        std::cout << listCounters(store.mCounts) << std::flush;
+        printText(listCounters(store.mCounts));
     else
         ++store.mCounts[key];
     return true;

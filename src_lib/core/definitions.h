@@ -19,20 +19,26 @@ using u64 = std::uint64_t;
 // The lowest double: stands for a flip that must not happen.
 inline constexpr double LOWEST_DBL = std::numeric_limits<double>::lowest();
 
+// All words go to the receiver of zef_messages.h, which prints them as told here if the host has set none.
+//
 // Each message is one line on standard output with an empty line before and after. label tells where.
 void errorMessage(const std::string& label, const std::string& text);
 void warningMessage(const std::string& label, const std::string& text);
 // An empty label gives the line the library's own prefix.
 void infoMessage(const std::string& label, const std::string& text);
 
-// Text as it stands, for where the library talks without the message form: to standard output, or to standard error.
-void printText(const std::string& text);
-void printErrorText(const std::string& text);
+// Text as it stands, for where the library talks without the message form. A receiver of the host's gets it
+// without the white space around.
+void printText(const std::string& text);         // an information; to standard output
+void printFailure(const std::string& text);      // why the call fails; to standard output
+void printErrorText(const std::string& text);    // a warning; to standard error
+void printErrorFailure(const std::string& text); // why the call fails; to standard error
 
 // The label of a located message, from the compiler's full function signature and the source line.
 [[nodiscard]] std::string makeLocation(const char* signature, int line);
 
-// Reports a broken invariant in three lines and throws ZefBugException. text is the condition as written.
+// Reports a broken invariant in three lines and throws ZefBugException. text is the condition as written. What
+// a caller gave is refused by refuse() (core/refuse.h) instead.
 [[noreturn]] void failAssertion(const char* file, int line, const char* signature, const char* text);
 
 // Deliberate ends of the process, for debugging only: a crash that a debugger catches at this point, and

@@ -1,7 +1,7 @@
 #include "extraction/Casx.h"
 
 #include <bit>
-#include <iostream>
+#include <string>
 
 #include "files/Visualizer3.h"
 
@@ -34,14 +34,12 @@ bool hasRow(int cfg)
 
 void printRow(int cfg, const int* pMasks, int baseCfg)
 {
-    std::cout << "addTriConfig(" << cfg;
+    std::string row = "addTriConfig(" + std::to_string(cfg);
     for (int i = 0; i < CASX_NUM_SLOTS; ++i)
-        std::cout << ", " << pMasks[i];
-    std::cout << ");";
-    if (cfg == baseCfg)
-        std::cout << "\r\t\t\t\t\t\t\t\t\t\t// BASE CASE\n";
-    else
-        std::cout << "\r\t\t\t\t\t\t\t\t\t\t// RotCase (from base " << baseCfg << ")\n";
+        row += ", " + std::to_string(pMasks[i]);
+    row += ");\r\t\t\t\t\t\t\t\t\t\t// ";
+    row += cfg == baseCfg ? "BASE CASE" : "RotCase (from base " + std::to_string(baseCfg) + ")";
+    printText(row + "\n");
 }
 } // namespace
 
@@ -59,7 +57,7 @@ Casx::Casx(TriMode triMode_, bool bExperimental)
         addTriUse(base.cfg, base.fat);
     if (bExperimental)
     {
-        std::cout << "Casx::Casx, bExperimental=true - using base cases" << std::endl;
+        printText("Casx::Casx, bExperimental=true - using base cases\n");
         expandBaseCases();
     }
     else

@@ -36,10 +36,10 @@ std::size_t findCube(const std::vector<CTriangle*>& vCT, std::size_t from, std::
 ExtractionRenewal::ExtractionRenewal(CMesh* pCMesh_, std::vector<u64> vBases_)
     : pCMesh(pCMesh_)
     , vBases(std::move(vBases_))
-    , numOldCubeT(pCMesh_->extracted.numCubeT)
-    , numOldT(pCMesh_->extracted.numT)
+    , numOldCubeT(pCMesh_->extraction.getNumCubeT())
+    , numOldT(pCMesh_->extraction.getNumT())
 {
-    ASSEX(pCMesh->isExtractionKnown());
+    ASSEX(pCMesh->extraction.isKnown());
     pCMesh->deletePatches();
     undoPasses();
     vCubeGaps = findGaps(0, numOldCubeT);
@@ -53,29 +53,27 @@ ExtractionRenewal::ExtractionRenewal(CMesh* pCMesh_, std::vector<u64> vBases_)
 
 void ExtractionRenewal::undoPasses()
 {
-    CMesh::Extracted extracted;
-    std::swap(extracted, pCMesh->extracted); // from here on kills are none of the passes
+    const std::size_t numEdgeSlots = pCMesh->extraction.getNumEdgeSlots();
+    vRevivedT = pCMesh->extraction.forget(); // from here on kills are none of the passes
     std::vector<CTriangle*>& vCT = pCMesh->vCT;
     const std::vector<CTriangle*> vMadeSince(vCT.begin() + static_cast<std::ptrdiff_t>(numOldT), vCT.end());
     for (CTriangle* pCT : vMadeSince)
         if (pCT->isAlive())
             pCT->kill(pCMesh);
     vCT.resize(numOldT);
-    for (CTriangle* pCT : extracted.vKilled)
+    for (CTriangle* pCT : vRevivedT)
     {
         pCT->bAlive = true;
         ++pCMesh->numAliveT;
         pCMesh->registerTriangle(pCT);
     }
-    vRevivedT = extracted.vKilled;
     // Lists have lost their order where triangles came and went, those of edges also in stars that were sorted.
     sortLists(vRevivedT, ByCreationCT());
     std::vector<CEdge*> vHigh;
     pCMesh->getDegN(DEG_NON_MANIFOLD, vHigh);
     for (CEdge* pCE : vHigh)
         sortEdge(*pCE, ByCreationCT());
-    pCMesh->forEachEdge(extracted.numEdgeSlots, pCMesh->getNumEdgeSlots(),
-                        [this](CEdge* pCE) { takeOut(pCE); });
+    pCMesh->forEachEdge(numEdgeSlots, pCMesh->getNumEdgeSlots(), [this](CEdge* pCE) { takeOut(pCE); });
 }
 
 // --- Out with the old --------------------------------------------------------------------------------------
@@ -148,8 +146,7 @@ void ExtractionRenewal::finish(std::size_t numNewCubeT)
     pCMesh->degrees.dropSurplus();
     pCMesh->markExtracted(numCubeT);
     std::erase_if(vRevivedT, [](const CTriangle* pCT) { return !pCT->isAlive(); });
-    pCMesh->pRenewed = std::make_unique<CMesh::Renewed>(
-        CMesh::Renewed{std::move(vNewT), std::move(vTakenOutT), std::move(vRevivedT)});
+    pCMesh->extraction.setRenewed({std::move(vNewT), std::move(vTakenOutT), std::move(vRevivedT)});
 }
 
 // The triangles [from, to) without the gaps, and in each gap those of [fromNew, toNew) that are of its cube. They

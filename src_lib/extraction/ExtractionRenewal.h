@@ -21,7 +21,7 @@ struct CVertex;
 // around the changed cells lose their triangles, the caller makes these again, and numbers and lists are
 // brought into order.
 //
-// Ownership:  refers to a mesh whose last extraction is known, CMesh::isExtractionKnown(). Nobody else may
+// Ownership:  refers to a mesh whose last extraction is known, ExtractionRecord::isKnown(). Nobody else may
 //             touch it between constructor and finish().
 // Invariant:  at the end every triangle is alive, without patch or mark, and oriented as it was made; no edge
 //             is an orphan. Pointers to triangles and edges that were not taken out stay valid. Bundles stay.

@@ -289,7 +289,7 @@ void Voro::extractAfterChange(const std::vector<u64>& vOldCCD)
                                   std::back_inserter(vChangedCCD));
     const bool bFew = vChangedCCD.size() * MIN_CELLS_PER_CHANGED < vCCD.size();
     const bool bInside = std::none_of(vChangedCCD.begin(), vChangedCCD.end(), isAtLowRim);
-    if (bFew && bInside && pCMesh->isExtractionKnown())
+    if (bFew && bInside && pCMesh->getExtraction().isKnown())
         renew(getCubesAround(vChangedCCD));
     else
         fatExtractTriangles();

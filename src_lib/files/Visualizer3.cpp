@@ -1,13 +1,12 @@
 #include "files/Visualizer3.h"
 
 #include "core/definitions.h"
+#include "core/refuse.h"
 #include "files/PointNumbering.h"
 #include "geometry/Segment3.h"
 #include "lattice/Calc.h"
 #include "text/TextWriter.h"
 #include "text/closeWhole.h"
-
-#include <iostream>
 
 namespace TARN_ZEF
 {
@@ -126,8 +125,12 @@ Visualizer3::Visualizer3(const std::string& name_, const Calc* pCalc_, bool bAut
     , bAuthorized(bAuthorized_)
 {
     if (!bAuthorized)
-        std::cout << "Unauthorized write of " << name << '\n';
-    ASSEX(bAuthorized);
+    {
+        printText("Unauthorized write of " + name + "\n");
+        refuse<ZefRefusedException>("bAuthorized", "the scene " + name +
+                                                       " is for debugging and switched off in this build; "
+                                                       "nothing was written");
+    }
     openFile();
 }
 
@@ -139,7 +142,7 @@ Visualizer3::~Visualizer3()
 
 void Visualizer3::openFile()
 {
-    std::cout << "Writing " << name << '\n';
+    printText("Writing " + name + "\n");
     open(name);
     bOpen = is_open();
     if (!bOpen)
@@ -347,7 +350,7 @@ std::vector<Point3> Visualizer3::getMids(const std::vector<CCD>& vCCD) const
 
 void Visualizer3::reportEmpty(const std::string& call, const std::string& what) const
 {
-    std::cout << "Visualizer3::" << call << ": no " << what << '\n';
+    printText("Visualizer3::" + call + ": no " + what + "\n");
 }
 
 // Polylines of numPerLine points each; the first one carries the colour for all.

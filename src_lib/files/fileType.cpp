@@ -1,5 +1,6 @@
 #include "zef_files.h"
 
+#include <stdexcept>
 #include <string_view>
 
 namespace TARN_ZEF
@@ -19,18 +20,26 @@ constexpr Extension EXTENSIONS_4[] = {
     {".bin", FT_BIN},   {".BIN", FT_BIN},   {".Bin", FT_BIN},
 };
 constexpr Extension EXTENSIONS_5[] = {{".list", FT_LIST}, {".LIST", FT_LIST}, {".List", FT_LIST}};
+
+std::string_view getTail(const std::string& filename, std::size_t length)
+{
+    if (filename.length() < length)
+        throw std::out_of_range(
+            "invalid string position: the file name \"" + filename +
+            "\" is shorter than an extension; give a name that ends in one, such as .ply");
+    return std::string_view(filename).substr(filename.length() - length);
+}
 } // namespace
 
 FileType getFileType(const std::string& filename)
 {
-    // In a name that is too short the position wraps, and substr throws.
-    const std::string tail4 = filename.substr(filename.length() - 4);
+    const std::string_view tail4 = getTail(filename, 4);
     for (const Extension& extension : EXTENSIONS_4)
     {
         if (tail4 == extension.spelling)
             return extension.type;
     }
-    const std::string tail5 = filename.substr(filename.length() - 5);
+    const std::string_view tail5 = getTail(filename, 5);
     for (const Extension& extension : EXTENSIONS_5)
     {
         if (tail5 == extension.spelling)

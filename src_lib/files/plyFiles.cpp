@@ -8,7 +8,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <iostream>
 #include <stdexcept>
 
 namespace TARN_ZEF
@@ -223,7 +222,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
 
 bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, bool bASCII)
 {
-    std::cout << "writePointsPly, received " << vPoints.size() << " points\n";
+    printText("writePointsPly, received " + std::to_string(vPoints.size()) + " points\n");
     try
     {
         const std::vector<float> vXYZ = packFloats(vPoints);
@@ -233,7 +232,7 @@ bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, b
                                        tinyply::Type::INVALID, 0);
         if (writePlyFile(file, filename, bASCII))
             return true;
-        std::cerr << "Can't write " << filename << '\n';
+        printErrorFailure("Can't write " + filename + "\n");
     }
     catch (const std::exception& e)
     {

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
-#include <iostream>
 #include <stdexcept>
 #include <type_traits>
 
@@ -106,7 +105,7 @@ void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<
 {
     if (closeWhole(file))
         return true;
-    std::cout << filename << " can't be written\n";
+    printFailure(std::string(filename) + " can't be written\n");
     return false;
 }
 
@@ -127,7 +126,8 @@ bool readPoints_auto(std::string& filename, std::vector<Point3>& vPoints)
     default:
         break;
     }
-    std::cerr << "Filename extension of [" << filename << "] is not valid, expected *.ply, *.xyz or *.bin\n";
+    printErrorFailure("Filename extension of [" + filename +
+                      "] is not valid, expected *.ply, *.xyz or *.bin\n");
     return false;
 }
 
@@ -136,7 +136,7 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
     std::ifstream file(filename, std::ios::binary);
     if (!file)
     {
-        std::cout << filename << " is unreadable\n";
+        printFailure(std::string(filename) + " is unreadable\n");
         return false;
     }
     AppendGuard guard(vPoints);
@@ -154,7 +154,7 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
-        std::cout << filename << " is unreadable, " << e.what() << '\n';
+        printFailure(std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }
     guard.keep();
@@ -166,7 +166,7 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     std::ifstream file(filename, std::ios::binary);
     if (!file)
     {
-        std::cout << filename << " can't be read\n";
+        printFailure(std::string(filename) + " can't be read\n");
         return false;
     }
     AppendGuard guard(vPoints);
@@ -176,7 +176,8 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
         const auto typ = takeValue<std::int32_t>(source);
         if (typ != TYP_3D && typ != TYP_2D)
         {
-            std::cout << filename << " has wrong filetype " << typ << ", expected: 30 or 20\n";
+            printFailure(std::string(filename) + " has wrong filetype " + std::to_string(typ) +
+                         ", expected: 30 or 20\n");
             return false;
         }
         const auto num = takeValue<u64>(source);
@@ -186,7 +187,7 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
-        std::cout << filename << " can't be read, " << e.what() << '\n';
+        printFailure(std::string(filename) + " can't be read, " + e.what() + "\n");
         return false;
     }
     guard.keep();
@@ -211,7 +212,7 @@ bool writePoints_auto(std::string& filename, std::vector<Point3>& vPoints, bool 
         break;
     }
     // The message names another file than the one that is written; both stay as callers know them.
-    std::cerr << "Filename [" << filename << "] is not valid, using [zef_output_bin.ply] instead\n";
+    printErrorFailure("Filename [" + filename + "] is not valid, using [zef_output_bin.ply] instead\n");
     static_cast<void>(writePointsPly(filename, vPoints, bASCII));
     return false;
 }
@@ -221,7 +222,7 @@ bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
     std::ofstream file(filename);
     if (!file)
     {
-        std::cout << filename << " can't be written\n";
+        printFailure(std::string(filename) + " can't be written\n");
         return false;
     }
     {
@@ -237,7 +238,7 @@ bool writePoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     std::ofstream file(filename, std::ios::binary);
     if (!file)
     {
-        std::cout << filename << " can't be written\n";
+        printFailure(std::string(filename) + " can't be written\n");
         return false;
     }
     const std::int32_t typ = TYP_3D;

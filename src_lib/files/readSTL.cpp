@@ -7,7 +7,6 @@
 
 #include <cstring>
 #include <fstream>
-#include <iostream>
 #include <stdexcept>
 
 namespace TARN_ZEF
@@ -136,7 +135,7 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
     std::ifstream file(filename, std::ios::binary);
     if (!file)
     {
-        std::cout << "readSTL(): " << filename << " is unreadable\n";
+        printFailure("readSTL(): " + std::string(filename) + " is unreadable\n");
         return false;
     }
     try
@@ -151,7 +150,7 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
-        std::cout << "readSTL(): " << filename << " is unreadable, " << e.what() << '\n';
+        printFailure("readSTL(): " + std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }
 }

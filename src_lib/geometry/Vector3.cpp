@@ -1,8 +1,10 @@
 #include "Vector3.h"
 
+#include "core/definitions.h"
+
 #include <algorithm>
-#include <iostream>
 #include <limits>
+#include <ostream>
 #include <string>
 
 namespace TARN_ZEF
@@ -41,7 +43,7 @@ double Vector3::getCartesian(int i) const
     case 2:
         return cz;
     default:
-        std::cerr << "getCartesian for i=" + std::to_string(i) + "\n";
+        printErrorText("getCartesian for i=" + std::to_string(i) + "\n");
         return std::numeric_limits<double>::max();
     }
 }
@@ -51,7 +53,7 @@ Vector3 normalize(const Vector3& v)
     const double len = v.length();
     if (len > 0.0)
         return v / len;
-    std::cerr << "\n\n** warning: normalize(const Vector3& other), Null length vector!\n";
+    printErrorText("\n\n** warning: normalize(const Vector3& other), Null length vector!\n");
     return {};
 }
 

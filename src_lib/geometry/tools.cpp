@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <iostream>
 #include <limits>
 #include <utility>
 
@@ -169,9 +168,9 @@ void checkUnitLengths(const char* caller, const Vector3& a, const Vector3& b)
     const double len1 = b.length();
     if (std::fabs(len0 - 1.0) > 0.1 || std::fabs(len1 - 1.0) > 0.1)
     {
-        std::cerr << std::string(caller) +
-                         " has been called for vectors with length!=1.0:\n  Lengths are: len0=" +
-                         toText(len0) + "   len1=" + toText(len1) + "\n";
+        printErrorFailure(std::string(caller) +
+                          " has been called for vectors with length!=1.0:\n  Lengths are: len0=" +
+                          toText(len0) + "   len1=" + toText(len1) + "\n");
         ASSEX(false);
     }
 }
@@ -181,9 +180,8 @@ double areaWithoutRoot(double halfCircf, double sqArea, double len0, double len1
     if (isNaN(sqArea))
     {
         warningMessage("computeArea()", "invalid value, no area for this triangle");
-        std::cout << "ownHalfCircf=" + toText(halfCircf) + "\nlen0=" + toText(len0) +
-                         "\nlen1=" + toText(len1) + "\nlen2=" + toText(len2) + "\n"
-                  << std::flush;
+        printText("ownHalfCircf=" + toText(halfCircf) + "\nlen0=" + toText(len0) + "\nlen1=" + toText(len1) +
+                  "\nlen2=" + toText(len2) + "\n");
         ASSEX(false);
     }
     if (sqArea < -1.0)
@@ -307,7 +305,7 @@ bool sortRing(std::vector<Segment3>& vSegments)
         const auto [first, last] = std::equal_range(vEnds.begin(), vEnds.end(), connector, LessRingEnd());
         if (last - first != 2)
         {
-            std::cout << "Distance=" + std::to_string(last - first) + "\n";
+            printText("Distance=" + std::to_string(last - first) + "\n");
             return failRing("Not a ring1");
         }
         const Segment3* pNext = vUsed[indexOf(first->pSegment)] ? (first + 1)->pSegment : first->pSegment;

@@ -10,8 +10,8 @@
 #include <array>
 #include <atomic>
 #include <cmath>
-#include <iostream>
 #include <limits>
+#include <sstream>
 
 namespace TARN_ZEF
 {
@@ -227,7 +227,7 @@ void Chain::checkLinks() const
         if (pCE0->getTarget() == pCE1->getSource())
             continue;
         warningMessage(ZEF_HERE, "BUG");
-        print(std::cout);
+        print();
         ASSEX(pCE0->getTarget() == pCE1->getSource());
     }
 }
@@ -317,13 +317,15 @@ void Chain::fixMoebius()
     }
 }
 
-void Chain::print(std::ostream& os) const
+void Chain::print() const
 {
+    std::ostringstream os;
     os << "Chain " << id << ", " << (isClosed() ? "closed" : "open") << ", from " << leftVCD << " to "
        << rightVCD << "\n";
     for (const CEdge* pCE : vCE)
         os << "  " << pCE->v0 << ", " << pCE->v1 << ", edgeDirection=" << int{pCE->getDirection()}
            << ", degree " << pCE->getDegree() << "\n";
+    printText(os.str());
 }
 
 } // namespace TARN_ZEF

@@ -66,7 +66,7 @@ public:
     // on one side of it. Kills and creates triangles.
     void fixMoebius();
 
-    void print(std::ostream& os) const;
+    void print() const;
 
 private:
     void checkLinks() const;

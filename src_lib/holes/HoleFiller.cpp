@@ -8,7 +8,6 @@
 #include "holes/VcdEdgeMap.h"
 
 #include <algorithm>
-#include <iostream>
 #include <string>
 #include <utility>
 
@@ -136,8 +135,8 @@ bool HoleFiller::splitEdges(u64 vcd, const VcdEdgeMap& mmVCD2CE, const std::vect
     if (vGroup0.empty() || vGroup1.empty())
     {
         warningMessage(ZEF_HERE, "empty groups");
-        std::cout << "vGroup0=" << std::to_string(vGroup0.size())
-                  << ", vGroup1=" << std::to_string(vGroup1.size()) << std::endl;
+        printText("vGroup0=" + std::to_string(vGroup0.size()) +
+                  ", vGroup1=" + std::to_string(vGroup1.size()) + "\n");
     }
 
     std::vector<CEdge*> vCE;

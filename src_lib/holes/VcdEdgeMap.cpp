@@ -121,9 +121,6 @@ std::size_t VcdEdgeMap::getOrMakeKey(u64 vcd)
     if (it != vKeys.end() && it->vcd == vcd)
         return k;
     vKeys.insert(it, Key{vcd});
-    // What stood at firstKey has moved up, unless the new corner comes behind it.
-    if (k <= firstKey)
-        ++firstKey;
     return k;
 }
 

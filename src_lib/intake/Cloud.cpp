@@ -1,7 +1,6 @@
 #include "intake/Cloud.h"
 
 #include <cmath>
-#include <limits>
 #include <new>
 
 #include "core/Progress.h"
@@ -16,7 +15,6 @@ namespace TARN_ZEF
 namespace
 {
 constexpr std::size_t MIN_CHUNK = 5000;
-constexpr std::size_t MAX_POINTS = std::numeric_limits<std::int32_t>::max();
 constexpr std::size_t TRIANGLE_CORNERS = 3;
 // With fewer neighbours a node stands at a border, where its plane says little about the cell's centre.
 constexpr std::size_t MIN_LINKS_TO_PROJECT = 8;
@@ -74,20 +72,15 @@ std::vector<std::pair<u64, std::uint32_t>> findFirstNodes(const Calc& calc, cons
     return vCCD2SN;
 }
 
-template <typename T>
-void initPool(SimplePool<T>& pool, std::size_t num)
-{
-    ASSEX(num <= MAX_POINTS);
-    const int initialSize = static_cast<int>(num);
-    pool.init(initialSize, SimplePool<T>::increaseOf(initialSize));
-}
 } // namespace
 
-Cloud::Cloud(const std::string& name_, double spacingAbs_, double spacingFactor_, bool bMelt_)
+Cloud::Cloud(const std::string& name_, double spacingAbs_, double spacingFactor_, bool bMelt_,
+             SpacingBy spacingBy_)
     : name(name_)
     , spacingAbs(spacingAbs_)
     , spacingFactor(spacingFactor_)
     , bMelt(bMelt_)
+    , spacingBy(spacingBy_)
 {
 }
 
@@ -97,14 +90,14 @@ Cloud::~Cloud() = default;
 
 void Cloud::setPoints(const std::vector<Point3>& v)
 {
-    ASSEX(v.size() <= MAX_POINTS);
+    requireNumber(v.size());
     takePoints(v);
 }
 
 void Cloud::takePoints(std::vector<Point3> v)
 {
-    ASSEX(v.size() <= MAX_POINTS);
-    ASSEX(!bMelt || v.size() % TRIANGLE_CORNERS == 0);
+    requireNumber(v.size());
+    requireTriangles(v.size());
     const std::size_t numDropped = dropNonFinite(v, bMelt ? TRIANGLE_CORNERS : 1);
     if (numDropped > 0)
         warningMessage(ZEF_HERE, "Skipped " + std::to_string(numDropped) + " non-finite " +
@@ -194,6 +187,14 @@ Cloud::CellPoint Cloud::makeBundlePoint(const Smooth& smooth, std::uint32_t node
         return {sn.getPoint(), pCalc->getCCD(sn.getPoint())};
     const Point3 projected = sn.projection(pCalc->getMid(ccd));
     return {projected, pCalc->getCCD(projected)};
+}
+
+template <typename T>
+void Cloud::initPool(SimplePool<T>& pool, std::size_t num)
+{
+    requireCells(num);
+    const int initialSize = static_cast<int>(num);
+    pool.init(initialSize, SimplePool<T>::increaseOf(initialSize));
 }
 
 void Cloud::makeBundle(Point3* pPoint, u64 ccd)

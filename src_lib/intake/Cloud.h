@@ -2,12 +2,15 @@
 #define ZEF_CLOUD_H
 
 #include "Point3.h"
+#include "core/SourceLocation.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 #include "tarn_tools/SimplePool.h"
 
 #include <cfloat>
 #include <cstddef>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <utility>
@@ -16,6 +19,13 @@
 namespace TARN_ZEF
 {
 class Smooth;
+
+// Which of the two the caller has chosen; refusals name it.
+enum class SpacingBy
+{
+    LENGTH, // a spacing in units of the points
+    FACTOR  // a factor on the detected spacing
+};
 
 // One input cloud on its way from points to occupied cells: the spacing of its points, the lattice, and one
 // bundle for each cell.
@@ -29,6 +39,7 @@ class Smooth;
 //             the cells, and bundles refer to them.
 // Invariant:  the coordinates of all points are finite.
 // Threads:    one caller; sorts and passes over the points use the pool.
+// Errors:     input that cannot be worked with is refused by a ZefRefusedException.
 // Cost:       n log n by radix sorts. Without bundles and lattice if the input is empty.
 class Cloud
 {
@@ -36,7 +47,8 @@ public:
     // spacingAbs_     in units of the points; counts only if above 0.0
     // spacingFactor_  otherwise, the factor on the detected spacing
     // bMelt_          the points are corners of triangles, three in a row each
-    Cloud(const std::string& name_, double spacingAbs_, double spacingFactor_, bool bMelt_);
+    Cloud(const std::string& name_, double spacingAbs_, double spacingFactor_, bool bMelt_,
+          SpacingBy spacingBy_ = SpacingBy::LENGTH);
     ~Cloud();
     Cloud(const Cloud&) = delete;
     Cloud& operator=(const Cloud&) = delete;
@@ -44,7 +56,7 @@ public:
     // --- Input (Cloud.cpp, CloudFiles.cpp) -----------------------------------------------------------------
 
     // Copies the points; those that are not finite, or triangles with such a corner, are left out with a
-    // warning. Asserts that there are at most 2^31 - 1, and whole triangles if it is a soup.
+    // warning. Refuses more than 2^31 - 1, and parts of triangles if it is a soup.
     void setPoints(const std::vector<Point3>& v);
     // Takes the points of the file that gave the cloud its name, with the same checks. False, with a
     // message, if it could not be read.
@@ -59,11 +71,11 @@ public:
     // featureAngle  degrees above which an edge is a feature
     void preparePixelsAndFeatures(double featureAngle);
 
-    // Finds the spacing. Asserts that the points can be told apart on a lattice of 2^20 cells along their
+    // Finds the spacing. Refuses points that cannot be told apart on a lattice of 2^20 cells along their
     // extent, unless a spacing is given.
     void estimateResolution();
-    // Chooses the cube of 2^n cells around the points and a frame of 4.5 cells. Asserts a spacing above 0
-    // that MAXLEVELS levels are enough for.
+    // Chooses the cube of 2^n cells around the points and a frame of 4.5 cells. Refuses a spacing that is not
+    // above 0, or that MAXLEVELS levels are not enough for.
     void createCalc();
     // One bundle per cell with a usable node, ascending by the node's cell. The nodes go.
     void createBundles(Smooth* pSmooth);
@@ -88,7 +100,26 @@ public:
     [[nodiscard]] std::size_t getNumInputPoints() const noexcept { return numInputPoints; }
     void printStatistics() const;
 
+    // Refuses more points than can be numbered.
+    static void requireNumber(std::size_t num, const SourceLocation& where = SourceLocation::current());
+
 private:
+    static constexpr std::size_t MAX_POINTS = std::numeric_limits<std::int32_t>::max();
+
+    // --- Refusals (CloudRefusals.cpp) ---
+    // condition is what does not hold; where is for the place that asks.
+    using Place = SourceLocation;
+    void requireTriangles(std::size_t num, const Place& where = Place::current()) const;
+    void requireCells(std::size_t num, const Place& where = Place::current()) const;
+    [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;
+    [[noreturn]] void refuseCrowd(const char* condition, const Place& where = Place::current()) const;
+    [[noreturn]] void refuseSpacing(const char* condition, const Place& where = Place::current()) const;
+    [[noreturn]] void refuseLattice(const char* condition, const Place& where = Place::current()) const;
+    // Of the finest lattice around these points.
+    [[nodiscard]] double getSmallestSpacing() const;
+
+    template <typename T>
+    void initPool(SimplePool<T>& pool, std::size_t num);
     void takePoints(std::vector<Point3> v);
     void computeBoundingBox();
     [[nodiscard]] double getMaxExtent() const;
@@ -109,6 +140,7 @@ private:
     double spacingAbs;
     double spacingFactor;
     bool bMelt;
+    SpacingBy spacingBy;
     std::size_t numInputPoints = 0; // kept ones
     double detectedSpacing = -1.0;
     double usedSpacing = -1.0;

@@ -1,8 +1,6 @@
 // The part of Cloud that reads its file, and its statistics.
 #include "intake/Cloud.h"
 
-#include <iostream>
-
 #include "core/Timer.h"
 #include "geometry/tools.h"
 #include "testDataGenerators.h"
@@ -17,7 +15,7 @@ constexpr const char* SAMPLE_NAME = "artificial123.xyz";
 
 void print(const std::string& text)
 {
-    std::cout << text << std::endl;
+    printText(text + "\n");
 }
 } // namespace
 

@@ -1,7 +1,6 @@
 #include "intake/CloudMgr.h"
 
 #include <algorithm>
-#include <iostream>
 
 #include "parallel/sortMT2.h"
 
@@ -31,8 +30,8 @@ void CloudMgr::readFiles(const std::vector<std::string>& vFiles, double spacingA
 {
     if (vFiles.size() > 1)
     {
-        std::cout << "\nSorry, the current implementation state allows only one input file.\n"
-                  << "Multiple input point clouds will be supported in later versions" << std::endl;
+        printText("\nSorry, the current implementation state allows only one input file.\n"
+                  "Multiple input point clouds will be supported in later versions\n");
         ASSEX(false);
     }
     vFileNames = vFiles;
@@ -51,7 +50,7 @@ void CloudMgr::readFiles(const std::vector<std::string>& vFiles, double spacingA
 
 Cloud& CloudMgr::addCloud(const std::string& name)
 {
-    return *vClouds.emplace_back(std::make_unique<Cloud>(name, spacingAbs, spacingFactor, bMelt));
+    return *vClouds.emplace_back(std::make_unique<Cloud>(name, spacingAbs, spacingFactor, bMelt, spacingBy));
 }
 
 void CloudMgr::prepare(Cloud& cloud, double featureAngle, bool bSmooth)

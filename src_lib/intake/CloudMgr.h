@@ -18,7 +18,11 @@ namespace TARN_ZEF
 class CloudMgr
 {
 public:
-    CloudMgr() = default;
+    // spacingBy_  what addPoints() is given of the two
+    explicit CloudMgr(SpacingBy spacingBy_ = SpacingBy::LENGTH)
+        : spacingBy(spacingBy_)
+    {
+    }
     CloudMgr(const CloudMgr&) = delete;
     CloudMgr& operator=(const CloudMgr&) = delete;
 
@@ -57,6 +61,7 @@ private:
     Cloud& addCloud(const std::string& name);
     static void prepare(Cloud& cloud, double featureAngle, bool bSmooth);
 
+    SpacingBy spacingBy;
     double totalReadTime = 0.0;
     std::vector<std::string> vFileNames;
     std::vector<std::unique_ptr<Cloud>> vClouds;

@@ -106,7 +106,8 @@ void Cloud::estimateResolution()
     pProgress->increment();
     const int medianLevel = findMedianLevel(vCCD);
     // Points that all fall together, or a single one, have no spacing.
-    ASSEX_TEXT(medianLevel >= 0, "!vDiffLevels.empty()");
+    if (medianLevel < 0)
+        refuseCrowd("!vDiffLevels.empty()");
     pProgress->increment(2);
     const int level = medianLevel + LEVELS_UP;
     const std::size_t numCells = countCells(vCCD, level);
@@ -120,9 +121,16 @@ void Cloud::estimateResolution()
     pProgress->setFinished(true);
 }
 
+// With a little room for rounding.
+double Cloud::getSmallestSpacing() const
+{
+    return 1.001 * getMaxExtent() / (std::ldexp(1.0, MAXLEVELS) - FRAME_CELLS);
+}
+
 void Cloud::createCalc()
 {
-    ASSEX_TEXT(usedSpacing > 0, "usedSpacing>0");
+    if (!(usedSpacing > 0))
+        refuseSpacing("usedSpacing>0");
     cellEdge = usedSpacing;
     // A double until it is known to be small: extent and spacing may be anything.
     const double numReqC = std::ceil(getMaxExtent() / cellEdge) + FRAME_CELLS;
@@ -133,14 +141,16 @@ void Cloud::createCalc()
     else
         warningMessage(ZEF_HERE, "BaseLevel out of range: " + toText(wantedLevel));
     const double numCReal = std::ldexp(1.0, baseLevel);
-    ASSEX_TEXT(numCReal >= numReqC, "numCReal>=numReqC");
+    if (!(numCReal >= numReqC))
+        refuseLattice("numCReal>=numReqC");
     for (int axis = 0; axis < 3; ++axis)
     {
         bbMin[axis] -= 0.5 * FRAME_CELLS * cellEdge;
         bbMax[axis] += 0.5 * FRAME_CELLS * cellEdge;
     }
     const double edge = numCReal * cellEdge;
-    ASSEX(std::isfinite(edge) && std::isfinite(getMaxExtent()));
+    if (!std::isfinite(edge) || !std::isfinite(getMaxExtent()))
+        refuseLattice("std::isfinite(edge) && std::isfinite(getMaxExtent())");
     pCalc = std::make_unique<Calc>(bbMin[0], bbMin[1], bbMin[2], edge, edge, edge, baseLevel);
 }
 

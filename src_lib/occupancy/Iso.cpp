@@ -13,7 +13,7 @@ std::size_t Iso::getAddress(int x, int y, int z)
 {
     ASSEX_TEXT(x < 32 && y < 32 && z < 32, "x<32 && y<32 && z<32");
     ASSEX_TEXT(x > -1 && y > -1 && z > -1, "x>-1 && y>-1 && z>-1");
-    const auto address = static_cast<std::size_t>((y << 5) + z);
+    const std::size_t address = (static_cast<std::size_t>(y) << 5) + static_cast<std::size_t>(z);
     ASSEX_TEXT(address < MAX_ROWS, "address<1024");
     return address;
 }

@@ -4,7 +4,6 @@
 #include "lattice/Calc.h"
 
 #include <algorithm>
-#include <iostream>
 #include <string>
 
 namespace TARN_ZEF
@@ -223,8 +222,8 @@ bool IsoStore::tryKillWeakBundle(Bundle* pB0, const Bundle* pB1)
 
 void IsoStore::printSize(const char* name) const
 {
-    std::cout << "\n\n\n\n\n"
-              << name << ", numIso=" << mUpperQuad2Iso.size() << " and size is " << size << "\n";
+    printText(std::string("\n\n\n\n\n") + name + ", numIso=" + std::to_string(mUpperQuad2Iso.size()) +
+              " and size is " + std::to_string(size) + "\n");
 }
 
 bool IsoStore::tryKillBothWays(Bundle* pBundle, CCD ccd, int axis, int firstDirection)
@@ -250,7 +249,7 @@ void IsoStore::simplify()
 void IsoStore::simplifyInflates(std::map<CCD, int>& vInflCCD2forbDir)
 {
     printSize("* Hi, this is simplifyInflates");
-    std::cout << "vInflCCD2forbDir for loop is " << vInflCCD2forbDir.size() << "\n";
+    printText("vInflCCD2forbDir for loop is " + std::to_string(vInflCCD2forbDir.size()) + "\n");
     for (u64 numSucc = 1; numSucc > 0;)
     {
         numSucc = 0;
@@ -264,7 +263,7 @@ void IsoStore::simplifyInflates(std::map<CCD, int>& vInflCCD2forbDir)
                 ++numSucc;
             }
         }
-        std::cout << "simplifyInflates, numSucc=" << numSucc << "\n";
+        printText("simplifyInflates, numSucc=" + std::to_string(numSucc) + "\n");
     }
 }
 

@@ -9,7 +9,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <string>
 
 namespace TARN_ZEF
@@ -57,7 +56,7 @@ void IsoStore::slide()
     u64 numSucc2 = 0;
     forEachCrowd(v8VCD2Bundle, [&](std::vector<Bundle*>& vUpTo8) { numSucc2 += slideWeakest(vUpTo8); });
     forEachCrowd(v8VCD2Bundle, [&](std::vector<Bundle*>& vUpTo8) { numSucc2 += slideMany(vUpTo8); });
-    std::cout << "tryKillWeakBundle, numSucc2=" << numSucc2 << "\n";
+    printText("tryKillWeakBundle, numSucc2=" + std::to_string(numSucc2) + "\n");
     writeScene("afterSlide2.list");
 }
 

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <bit>
-#include <iostream>
 
 #include "files/Visualizer3.h"
 #include "lattice/CellIndex.h"
@@ -69,8 +68,8 @@ void RemoveDecider::show() const
         else if (isDoomed(array[i]))
             vDoomed.push_back(array[i]);
     }
-    std::cout << "++++++++++ show after removement for " << currentCCD << "\nvExisting=" << vExisting.size()
-              << "\nvDoomed=" << vDoomed.size() << std::endl;
+    printText("++++++++++ show after removement for " + std::to_string(currentCCD) + "\nvExisting=" +
+              std::to_string(vExisting.size()) + "\nvDoomed=" + std::to_string(vDoomed.size()) + "\n");
     Visualizer3 vis("removeDecider_" + std::to_string(currentCCD) + ".list", pCalc, DEBUG_SCENES);
     if (!vExisting.empty())
         vis.writeCbs(vExisting, CGREEN);

@@ -1,6 +1,7 @@
 #include "remesh/SoupRemesh.h"
 
 #include "core/definitions.h"
+#include "core/refuse.h"
 #include "remesh/PartTurner.h"
 #include "remesh/Remesher.h"
 #include "remesh/SheetParter.h"
@@ -87,8 +88,9 @@ bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& sou
     const double extent = vFinite.empty() ? 0.0 : extentOf(vFinite);
     if (extent == 0.0)
         return false;
-    ASSEX_TEXT(extent > LEAST_EXTENT && extent < MOST_EXTENT,
-               "the extents of the triangles are outside 1e-100 to 1e100");
+    if (!(extent > LEAST_EXTENT && extent < MOST_EXTENT))
+        refuse<ZefBadArgument>("extent > LEAST_EXTENT && extent < MOST_EXTENT",
+                               "the extents of the triangles are outside 1e-100 to 1e100");
     SoupWelder welder(options.weldTolerance * extent);
     welder.run(vFinite, soup);
     report.numWelded = welder.getNumWelded();

@@ -6,7 +6,7 @@
 #include "cmesh/CTriangle.h"
 
 #include <algorithm>
-#include <iostream>
+#include <string>
 #include <unordered_set>
 #include <utility>
 
@@ -122,7 +122,7 @@ void Inspector::keepGoodPartForKnownBorder(CPatch* pTestPatch, CTriangle* pStart
         const int borderCount = countOnBorder(ct, sBorder);
         if (borderCount < MAX_BORDER_COUNT)
             return true;
-        std::cout << "BorderCount=" << borderCount << ", continue" << std::endl;
+        printText("BorderCount=" + std::to_string(borderCount) + ", continue\n");
         return false;
     };
     while (flood.step(mayLeave, [](const CEdge& edge) { return edge.isInner(); }))
@@ -175,8 +175,8 @@ std::vector<CTriangle*> Inspector::getUnreached(const CPatch& patch) const
     return vT;
 }
 
-// Outer edges of the group where its triangle and one outside it run the same way. A triangle without a normal
-// has no side.
+// Outer edges of the group where its triangle and one outside it run the same way. A triangle without a
+// normal has no side.
 std::size_t Inspector::countDisagreeing(const std::vector<CTriangle*>& vGroup) const
 {
     const std::unordered_set<const CTriangle*> sGroup(vGroup.begin(), vGroup.end());
@@ -199,7 +199,7 @@ std::size_t Inspector::countDisagreeing(const std::vector<CTriangle*>& vGroup) c
 void Inspector::cut(CPatch* pTestPatch, const std::vector<CTriangle*>& vKeepT,
                     const std::vector<CTriangle*>& vRemoveT)
 {
-    std::cout << "split: REMOVING " << vRemoveT.size() << " triangles from pTestPatch" << std::endl;
+    printText("split: REMOVING " + std::to_string(vRemoveT.size()) + " triangles from pTestPatch\n");
     pTestPatch->keepMembers(vKeepT);
     vRemovedT.insert(vRemovedT.end(), vRemoveT.begin(), vRemoveT.end());
 }

@@ -20,7 +20,6 @@ const std::size_t MIN_LARGE_PATCH = 21;
 const double MAX_PAIR_SHARE = 0.1;
 
 const std::uint32_t MIN_CLOSED = 4; // a tetrahedron
-const std::uint32_t MAX_BUBBLE = 7; // a closed patch below this size may be a free bubble
 
 // A closed patch of 100 triangles and more is split only below a thickness of 0.4 spacings. What is a large
 // part of the mesh and clearly thicker by a quicker sum need not be measured exactly.
@@ -76,12 +75,12 @@ bool PatchSolver::pass(bool bStrict, Progress& progress)
     collectRecords();
     progress.increment();
     std::vector<RecordPair> vPairs;
-    std::vector<Record> vClosed;
-    classify(vPairs, vClosed);
+    std::vector<Record> vClosedPatches;
+    classify(vPairs, vClosedPatches);
     progress.increment();
     const bool bPairDecided = solvePairs(vPairs);
     progress.increment();
-    const bool bSplit = solveClosed(vClosed, bStrict);
+    const bool bSplit = solveClosedPatches(vClosedPatches, bStrict);
     progress.increment();
     applyChanges();
     return bPairDecided || bSplit;
@@ -151,7 +150,7 @@ bool PatchSolver::isBoundaryLess(const Record& a, const Record& b) const
         vBoundaryCE.data() + b.firstBoundary, vBoundaryCE.data() + b.endBoundary, ByCreationCE());
 }
 
-void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosed)
+void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosedPatches)
 {
     NumberSet hasWalls;
     for (std::size_t i = 0; i < vRecords.size(); ++i)
@@ -161,7 +160,7 @@ void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>&
         if (record.firstBoundary == record.endBoundary)
         {
             if (labels.getSize(record.label) >= MIN_CLOSED)
-                vClosed.push_back(record);
+                vClosedPatches.push_back(record);
         }
         else if (i + 1 < vRecords.size() && hasSameBoundary(record, vRecords[i + 1]))
             vPairs.emplace_back(&record, &vRecords[i + 1]);
@@ -181,7 +180,7 @@ void PatchSolver::classify(std::vector<RecordPair>& vPairs, std::vector<Record>&
                                        if (isFree(static_cast<Label>(i)))
                                            vPart.push_back(static_cast<Label>(i));
                                }))
-        vClosed.push_back({label, 0, 0, 0, 0});
+        vClosedPatches.push_back({label, 0, 0, 0, 0});
 }
 
 std::vector<std::unique_ptr<CPatch>> PatchSolver::makeAllPatches()
@@ -350,9 +349,9 @@ bool PatchSolver::solvePairs(const std::vector<RecordPair>& vAllPairs)
 
 // --- Closed patches ----------------------------------------------------------------------------------------
 
-bool PatchSolver::solveClosed(std::vector<Record>& vClosed, bool bStrict)
+bool PatchSolver::solveClosedPatches(std::vector<Record>& vClosedPatches, bool bStrict)
 {
-    std::sort(vClosed.begin(), vClosed.end(),
+    std::sort(vClosedPatches.begin(), vClosedPatches.end(),
               [this](const Record& a, const Record& b)
               {
                   const std::uint32_t sizeA = labels.getSize(a.label);
@@ -360,7 +359,7 @@ bool PatchSolver::solveClosed(std::vector<Record>& vClosed, bool bStrict)
                   return sizeA != sizeB ? sizeA < sizeB : a.label < b.label;
               });
     bool bSplit = false;
-    for (Record& record : vClosed)
+    for (Record& record : vClosedPatches)
     {
         if (isBubble(record))
             killPatch(getPatch(record));

@@ -36,6 +36,8 @@ class Progress;
 class PatchSolver
 {
 public:
+    static constexpr std::uint32_t MAX_BUBBLE = 7; // a closed patch below this size may be a free bubble
+
     PatchSolver(CMesh* pCMesh_, Calc* pCalc_);
     PatchSolver(const PatchSolver&) = delete;
     PatchSolver& operator=(const PatchSolver&) = delete;
@@ -50,8 +52,8 @@ public:
     // The pieces of the mesh as it is now. Only to be destroyed afterwards.
     [[nodiscard]] SurfacePieces releasePieces() { return {*pCMesh, std::move(labels), std::move(vTwisted)}; }
 
-    // Which of a pair must die: the one with fewer triangles, else p1. Null if both stay, since they are large
-    // and a good part of the mesh.
+    // Which of a pair must die: the one with fewer triangles, else p1. Null if both stay, since they are
+    // large and a good part of the mesh.
     [[nodiscard]] static CPatch* chooseVictim(CPatch* p0, CPatch* p1, double sumArea);
     // Whether chooseVictim() looks at areas.
     [[nodiscard]] static bool isLargePair(const CPatch* p0, const CPatch* p1);
@@ -80,9 +82,9 @@ private:
 
     void collectSides();
     void collectRecords();
-    void classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosed);
+    void classify(std::vector<RecordPair>& vPairs, std::vector<Record>& vClosedPatches);
     bool solvePairs(const std::vector<RecordPair>& vAllPairs);
-    bool solveClosed(std::vector<Record>& vClosed, bool bStrict);
+    bool solveClosedPatches(std::vector<Record>& vClosedPatches, bool bStrict);
     void dropHugePairs(std::vector<RecordPair>& vPairs);
     // Twice the areas of the whole mesh and of patches.
     struct Areas

@@ -6,12 +6,14 @@
 #include "files/Visualizer3.h"
 #include "geometry/tools.h"
 #include "lattice/cellCodes.h"
+#include "repair/CreaseFlips.h"
+#include "repair/PatchGrowing.h"
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <map>
 #include <memory>
+#include <string>
 #include <unordered_set>
 
 namespace TARN_ZEF
@@ -43,37 +45,37 @@ void TopMelt::finalize2(const std::vector<std::pair<u64, u64>>& vFeatures)
     writeScene("unifiedDiagonals.list");
     for (const auto& [ccd0, ccd1] : vFeatures)
     {
-        sFeatureCCD.insert(ccd0);
-        sFeatureCCD.insert(ccd1);
+        state.sFeatureCCD.insert(ccd0);
+        state.sFeatureCCD.insert(ccd1);
     }
     flipFeatures();
 
     PatchClasses classes;
     cutAndClassify(nullptr, classes);
-    const double sumArea = pCMesh->getArea();
+    const double sumArea = state.pCMesh->getArea();
     solvePairs(classes, sumArea);
 
-    std::cout << "Calling strategyMST()..." << std::endl;
+    printText("Calling strategyMST()...\n");
     EdgeSet sProblemCE;
     strategyMST(sProblemCE);
     writeScene("afterMST.list");
 
     cutAndClassify(&sProblemCE, classes);
-    std::cout << "sumPatches=" << classes.vPatches.size()
-              << "\nvClosedPatches.size()=" << classes.vClosedPatches.size()
-              << "\nvOpenPatches.size()=" << classes.vOpenPatches.size()
-              << "\nvPatchPairs.size()=" << classes.vPatchPairs.size() << std::endl;
-    pCMesh->statistics("beforeSolvePatches2");
+    printText("sumPatches=" + std::to_string(classes.vPatches.size()) +
+              "\nvClosedPatches.size()=" + std::to_string(classes.vClosedPatches.size()) +
+              "\nvOpenPatches.size()=" + std::to_string(classes.vOpenPatches.size()) +
+              "\nvPatchPairs.size()=" + std::to_string(classes.vPatchPairs.size()) + "\n");
+    state.pCMesh->statistics("beforeSolvePatches2");
     writeScene("beforeSolvePatches2.list");
     solvePairs(classes, sumArea);
-    pCMesh->statistics("afterSolvePatches2");
+    state.pCMesh->statistics("afterSolvePatches2");
     writeScene("afterSolvePatches2.list");
-    pCMesh->deletePatches();
+    state.pCMesh->deletePatches();
 
     flipFeatures();
     closeChainsKillT();
     std::vector<CPatch*> vPatches;
-    createPatchesOrient(pCMesh->getAllT(), vPatches);
+    createPatchesOrient(state.pCMesh->getAllT(), vPatches);
     const std::vector<std::unique_ptr<CPatch>> vOwned(vPatches.begin(), vPatches.end());
     writeScene("finalFatMesh.list");
 }
@@ -83,8 +85,9 @@ void TopMelt::cutAndClassify(const EdgeSet* pCuts, PatchClasses& classes)
     classes = {};
     std::map<u64, CPatch*> mBorderCCD2Patch;
     std::vector<CEdge*> vBorderME;
-    pCMesh->createPatches(pCuts, classes.vPatches, mBorderCCD2Patch, vBorderME);
-    classifyPatches(classes.vPatches, classes.vPatchPairs, classes.vClosedPatches, classes.vOpenPatches);
+    state.pCMesh->createPatches(pCuts, classes.vPatches, mBorderCCD2Patch, vBorderME);
+    PatchPass::classifyPatches(classes.vPatches, classes.vPatchPairs, classes.vClosedPatches,
+                               classes.vOpenPatches);
 }
 
 void TopMelt::solvePairs(const PatchClasses& classes, double sumArea)
@@ -98,8 +101,8 @@ void TopMelt::writeScene(const char* name) const
     if constexpr (DEBUG_SCENES)
     {
         std::vector<CTriangle*> vAliveT;
-        pCMesh->getAliveT(vAliveT);
-        Visualizer3 vis(name, pCalc, true);
+        state.pCMesh->getAliveT(vAliveT);
+        Visualizer3 vis(name, state.pCalc, true);
         vis.writeTriangles(vAliveT, CLIGHTBLUE);
     }
 }
@@ -118,7 +121,7 @@ CTriangle* TopMelt::getFlippedMaxT_for_closed_melt(const std::vector<CTriangle*>
             vIncT.push_back(pCT);
     ASSEX(!vIncT.empty());
     bool bNeedFlip = false;
-    CTriangle* pMaxT = findFacing(vIncT, maxCCD, bNeedFlip);
+    CTriangle* pMaxT = PatchGrowing::findFacing(vIncT, maxCCD, bNeedFlip);
     if (bNeedFlip)
         pMaxT->flipOrientation();
     return pMaxT;
@@ -126,7 +129,7 @@ CTriangle* TopMelt::getFlippedMaxT_for_closed_melt(const std::vector<CTriangle*>
 
 CTriangle* TopMelt::getFlippedMaxT_for_open_melt(const std::vector<CTriangle*>& vT)
 {
-    ASSEX(!sBorderCCD.empty());
+    ASSEX_TEXT(!state.sBorderCCD.empty(), "!sBorderCCD.empty()");
     CTriangle* pStartT = getFlippedMaxT_for_closed_melt(vT);
     clearVisited(vT);
     if (pStartT == nullptr)
@@ -136,15 +139,15 @@ CTriangle* TopMelt::getFlippedMaxT_for_open_melt(const std::vector<CTriangle*>& 
     for (std::size_t i = 0; i < vWork.size(); ++i)
     {
         CTriangle* pCT = vWork[i];
-        if (touches(sBorderCCD, *pCT))
+        if (touches(state.sBorderCCD, *pCT))
         {
-            std::cout << "has border" << std::endl;
+            printText("has border\n");
             return pCT;
         }
         for (int ici = 0; ici < 3; ++ici)
         {
             CEdge* pCE = pCT->getCEdge(ici);
-            if (!rotx.sortStar(pCT, pCE) || pCE->vCT.size() < 2 || !sSeenT.insert(pCE->vCT[1]).second)
+            if (!state.rotx.sortStar(pCT, pCE) || pCE->vCT.size() < 2 || !sSeenT.insert(pCE->vCT[1]).second)
                 continue;
             if (pCT->needFlip(pCE->vCT[1]))
                 pCE->vCT[1]->flipOrientation();
@@ -180,13 +183,13 @@ void TopMelt::meshGrowing(const std::vector<CTriangle*>& vT, bool bOpen)
             vDiscarded.push_back(pCT);
     for (CTriangle* pCT : vDiscarded)
         if (pCT->isAlive())
-            pCT->kill(pCMesh);
+            pCT->kill(state.pCMesh);
 }
 
 CTriangle* TopMelt::findFlippedNeig(CTriangle* pCT, int ici)
 {
     CEdge* pCE = pCT->getCEdge(ici);
-    if (!rotx.sortStar(pCT, pCE))
+    if (!state.rotx.sortStar(pCT, pCE))
     {
         writeScene("rotbug.list");
         return nullptr;
@@ -195,7 +198,7 @@ CTriangle* TopMelt::findFlippedNeig(CTriangle* pCT, int ici)
     if (pCE->vCT.size() < 2)
         return nullptr;
     // The surface doesn't cross a known border.
-    if (sBorderCCD.count(pCE->v0) != 0 && sBorderCCD.count(pCE->v1) != 0)
+    if (state.sBorderCCD.count(pCE->v0) != 0 && state.sBorderCCD.count(pCE->v1) != 0)
         return nullptr;
     CTriangle* pNeigT = pCE->vCT[1];
     if (pCT->needFlip(pNeigT))
@@ -207,7 +210,7 @@ CTriangle* TopMelt::findFlippedNeig(CTriangle* pCT, int ici)
 
 void TopMelt::flipCreases()
 {
-    Top::flipCreases(CREASE_ANGLE);
+    CreaseFlips(state.pCMesh).run(CREASE_ANGLE);
 }
 
 void TopMelt::removeCreaseCCDs()
@@ -220,7 +223,7 @@ void TopMelt::removeCreaseCCDs()
         for (const u64 ccd : {pCE->v0, pCE->v1})
         {
             vIncCE.clear();
-            pCMesh->getIncCE(ccd, vIncCE);
+            state.pCMesh->getIncCE(ccd, vIncCE);
             tryRemoveCCD(ccd, vIncCE, CREASE_ANGLE);
         }
     }
@@ -233,7 +236,7 @@ bool TopMelt::getWorstAngle(const std::vector<CEdge*>& vIncCE, double maxAngle, 
     for (const CEdge* pCE : vIncCE)
     {
         double angle = 0.0;
-        if (!pCE->isInner() || !getBend(pCE, angle))
+        if (!pCE->isInner() || !CreaseFlips(state.pCMesh).getBend(pCE, angle))
             return false;
         worstAngle = std::max(worstAngle, angle);
         numBent += angle > maxAngle ? 1 : 0;
@@ -252,14 +255,14 @@ double TopMelt::getAngleOfFan(u64 killCCD, u64 fromCCD, const std::vector<CTrian
             return NO_ANGLE;
         bool bOK = false;
         Vector3 neigNNV;
-        pNeigT->getNNV(neigNNV, pCMesh, bOK);
+        pNeigT->getNNV(neigNNV, state.pCMesh, bOK);
         if (!bOK)
             return NO_ANGLE;
         const u64 c1 = pCT->getCorner(CTriangle::getNext(ici));
         const u64 c2 = pCT->getCorner(CTriangle::getPrev(ici));
         if (c1 == fromCCD || c2 == fromCCD)
             continue;
-        const Vector3 nnv = getNormalVector(pCMesh, fromCCD, c1, c2, bOK);
+        const Vector3 nnv = getNormalVector(state.pCMesh, fromCCD, c1, c2, bOK);
         if (!bOK)
             return NO_ANGLE;
         if (pCT->needFlip(pNeigT))
@@ -275,7 +278,7 @@ bool TopMelt::tryRemoveCCD(u64 killCCD, const std::vector<CEdge*>& vIncCE, doubl
     if (!getWorstAngle(vIncCE, maxAngle, worstAngle))
         return false;
     std::vector<CTriangle*> vIncT;
-    pCMesh->getIncT(killCCD, vIncT);
+    state.pCMesh->getIncT(killCCD, vIncT);
     double bestAngle = NO_ANGLE;
     u64 fromCCD = killCCD;
     for (const CEdge* pCE : vIncCE)
@@ -297,10 +300,10 @@ bool TopMelt::tryRemoveCCD(u64 killCCD, const std::vector<CEdge*>& vIncCE, doubl
         const int ici = pCT->getICI(killCCD);
         const u64 ccd1 = pCT->getCorner(CTriangle::getNext(ici));
         const u64 ccd2 = pCT->getCorner(CTriangle::getPrev(ici));
-        pCT->kill(pCMesh);
+        pCT->kill(state.pCMesh);
         if (ccd1 == fromCCD || ccd2 == fromCCD)
             continue;
-        pCMesh->createT(fromCCD, ccd1, ccd2, 0, 0);
+        state.pCMesh->createT(fromCCD, ccd1, ccd2, 0, 0);
     }
     return true;
 }

@@ -51,7 +51,7 @@ private:
     struct PatchClasses
     {
         std::vector<CPatch*> vPatches;
-        std::vector<PatchPair> vPatchPairs;
+        std::vector<PatchPass::PatchPair> vPatchPairs;
         std::vector<CPatch*> vClosedPatches;
         std::vector<CPatch*> vOpenPatches;
     };

@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iostream>
 #include <string>
 #include <tuple>
 
@@ -155,23 +154,24 @@ void VolSolver::classifyPatches()
 
 void VolSolver::presolveBubbles()
 {
-    std::cout << "PreSolve Bubbles..." << std::endl;
+    printText("PreSolve Bubbles...\n");
     std::vector<CTriangle*> vAliveT;
     pCMesh->getAliveT(vAliveT);
     std::map<u64, CPatch*> mOppVCD2Patch;
     std::vector<CEdge*> vBorderME;
     createPatches({}, vAliveT, mOppVCD2Patch, vBorderME);
     classifyPatches();
-    std::cout << "NumPatches: " << vPatches.size() << "\nsStrongPatches: " << sStrongPatches.size()
-              << "\nvWeakPatches: " << vWeakPatches.size() << std::endl;
+    printText("NumPatches: " + std::to_string(vPatches.size()) +
+              "\nsStrongPatches: " + std::to_string(sStrongPatches.size()) +
+              "\nvWeakPatches: " + std::to_string(vWeakPatches.size()) + "\n");
     vIndivBorders.clear();
     if (sStrongPatches.empty())
     {
-        std::cout << "VolSolver::solveBubbles(), sStrongPatches.size()=0, returning" << std::endl;
+        printText("VolSolver::solveBubbles(), sStrongPatches.size()=0, returning\n");
         return;
     }
     const std::vector<CEdge*> vCurrentBorders = collectStrongBorders();
-    std::cout << "sCurrentBorders.size()=" << vCurrentBorders.size() << std::endl;
+    printText("sCurrentBorders.size()=" + std::to_string(vCurrentBorders.size()) + "\n");
     collectKillList(rateWeakPatches(vWeakPatches, vCurrentBorders));
     for (const Victim& victim : vKillList)
         victim.pPatch->kill();
@@ -244,8 +244,8 @@ void VolSolver::collectKillList(const std::vector<RatedPatch>& vMatchRate2Patch)
 void VolSolver::integrateDanglingAndKill()
 {
     sortBordersByDegree();
-    std::cout << "vBorderCE=" << vBorderCE.size() << "\nvDeg3CE=" << vDeg3CE.size()
-              << "\nvDeg4CE=" << vDeg4CE.size() << std::endl;
+    printText("vBorderCE=" + std::to_string(vBorderCE.size()) + "\nvDeg3CE=" +
+              std::to_string(vDeg3CE.size()) + "\nvDeg4CE=" + std::to_string(vDeg4CE.size()) + "\n");
     std::vector<u64> vCCD;
     for (const std::vector<CEdge*>* pvCE : {&vBorderCE, &vDeg3CE, &vDeg4CE})
         for (const CEdge* pCE : *pvCE)

@@ -6,7 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <iostream>
+#include <sstream>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -74,52 +75,11 @@ double REdge::getSqLength() const noexcept
     return sqDistance(*p0, *p1);
 }
 
-bool REdge::getTwoT(RTriangle*& pRT0, RTriangle*& pRT1, bool bExactlyTwo) const
-{
-    pRT0 = vRT.size() > 0 ? vRT[0] : nullptr;
-    pRT1 = vRT.size() > 1 ? vRT[1] : nullptr;
-    return bExactlyTwo ? vRT.size() == 2 : vRT.size() >= 2;
-}
-
-RTriangle* REdge::getTriangle(bool bMustExist, bool bMustBeUnique) const
-{
-    RTriangle* pRet = nullptr;
-    for (RTriangle* pRT : vRT)
-    {
-        if (bMustBeUnique)
-            ASSEX(pRet == 0);
-        if (pRet == nullptr)
-            pRet = pRT;
-    }
-    if (bMustExist)
-        ASSEX(pRet != 0);
-    return pRet;
-}
-
-RTriangle* REdge::getNeigT(const RTriangle* pRT) const
-{
-    RTriangle* pNeigT = nullptr;
-    for (RTriangle* pOther : vRT)
-    {
-        if (pOther == pRT)
-            continue;
-        if (pNeigT != nullptr)
-            return nullptr;
-        pNeigT = pOther;
-    }
-    return pNeigT;
-}
-
-void REdge::getAliveT(std::vector<RTriangle*>& vOut) const
-{
-    vOut.insert(vOut.end(), vRT.begin(), vRT.end());
-}
-
 void REdge::checkOut(RTriangle* pRT)
 {
     if (vRT.eraseSwap(pRT))
         return;
-    std::cout << "REdge::checkOut, triangle live state: " << pRT->isAlive() << std::endl;
+    printText("REdge::checkOut, triangle live state: " + std::to_string(pRT->isAlive()) + "\n");
     ASSEX_TEXT(false, "false");
 }
 
@@ -145,9 +105,11 @@ REdge* REdge::tryFlipEdge(RMesh* pMesh, RTriangle* pRT0, RTriangle* pRT1)
     Point3* pOpp1 = pRT1->getThirdPoint(p0, p1);
     if (pOpp0 == pOpp1)
     {
-        std::cout << "-----------------------------\nREdge::flipEdge(), BUG:\n"
-                  << pRT0 << " " << pRT1 << "\nv0=" << static_cast<const void*>(p0)
-                  << "\nv1=" << static_cast<const void*>(p1) << std::endl;
+        std::ostringstream os;
+        os << "-----------------------------\nREdge::flipEdge(), BUG:\n"
+           << pRT0 << " " << pRT1 << "\nv0=" << static_cast<const void*>(p0)
+           << "\nv1=" << static_cast<const void*>(p1) << "\n";
+        printText(os.str());
         ASSEX_TEXT(false, "false");
     }
     if (pMesh->hasEdge(pOpp0, pOpp1))

@@ -2,6 +2,7 @@
 #define ZEF_REDGE_H
 
 #include "Point3.h"
+#include "cmesh/EdgeOfTriangles.h"
 #include "cmesh/edgeDegree.h"
 #include "rmesh/RTriangle.h"
 #include "tarn_tools/SmallVec.h"
@@ -14,12 +15,11 @@ class RMesh;
 
 // An edge of the refined mesh: two vertices and any number of triangles.
 //
-// Its degree and what that makes it: see edgeDegree.h. An edge
-// out of use keeps its place in the mesh, so that a later flip back revives the same object.
+// An edge out of use keeps its place in the mesh, so that a later flip back revives the same object.
 //
 // Ownership:  lives in a pool of the mesh, never moves, dies with the mesh.
 // Invariant:  p0 was made before p1. vRT holds alive triangles only, each once, in no particular order.
-class REdge
+class REdge : public EdgeOfTriangles<REdge, RTriangle>
 {
 public:
     using TriangleList = SmallVec<RTriangle*, 2>;
@@ -36,19 +36,13 @@ public:
     [[nodiscard]] double getSqLength() const noexcept;
 
     // --- Triangles ---
-    [[nodiscard]] int getDegree() const noexcept { return static_cast<int>(vRT.size()); }
-    [[nodiscard]] bool isAlive() const noexcept { return !vRT.empty(); } // no orphan
-    [[nodiscard]] bool isBorder() const noexcept { return vRT.size() == 1; }
-    [[nodiscard]] bool isInner() const noexcept { return vRT.size() == 2; }
-    [[nodiscard]] bool isNonManifold() const noexcept { return vRT.size() > 2; }
     [[nodiscard]] const TriangleList& getTriangles() const noexcept { return vRT; }
-    // The first two triangles, null where there is none. True at exactly 2, or at 2 or more.
-    [[nodiscard]] bool getTwoT(RTriangle*& pRT0, RTriangle*& pRT1, bool bExactlyTwo) const;
-    // The first triangle. A second one is fatal with bMustBeUnique, none is with bMustExist.
-    [[nodiscard]] RTriangle* getTriangle(bool bMustExist, bool bMustBeUnique) const;
-    [[nodiscard]] RTriangle* getNeigT(const RTriangle* pRT) const; // the one other; null at none or several
-    void getAliveT(std::vector<RTriangle*>& vOut) const;           // appends
-    void checkOut(RTriangle* pRT);                                 // removes it; not there is fatal
+    [[nodiscard]] bool isAlive() const noexcept { return !vRT.empty(); } // no orphan
+    [[nodiscard]] bool getTwoT(RTriangle*& pRT0, RTriangle*& pRT1, bool bExactlyTwo) const
+    {
+        return getTwoTriangles(pRT0, pRT1, bExactlyTwo);
+    }
+    void checkOut(RTriangle* pRT); // removes it; not there is fatal
 
     // --- Edits ---
     // Replaces the diagonal of two triangles, with the orientation of pRT0, and returns the new edge. Null
@@ -69,7 +63,7 @@ public:
     [[nodiscard]] bool operator<(const REdge& other) const noexcept;
 
 private:
-    friend class RMesh;
+    friend class RMeshRecords;
 
     Point3* p0;
     Point3* p1;

@@ -5,21 +5,22 @@
 #include "geometry/tools.h"
 
 #include <algorithm>
-#include <iostream>
 #include <map>
+#include <string>
 
 namespace TARN_ZEF
 {
 void RMesh::printStatistics(const std::string& s) const
 {
     std::map<int, std::size_t> mDegreeCount;
-    for (const REdge* pRE : vAllRE)
+    for (const REdge* pRE : getAllRE())
         if (pRE->isAlive())
             ++mDegreeCount[pRE->getDegree()];
-    std::cout << "\nRMesh::printStatistics(" << s << ")\n NumTriangles: " << numAliveT << "\n";
+    std::string text =
+        "\nRMesh::printStatistics(" + s + ")\n NumTriangles: " + std::to_string(getNumT()) + "\n";
     for (const auto& [degree, num] : mDegreeCount)
-        std::cout << " Degree " << degree << ": " << num << "\n";
-    std::cout << std::flush;
+        text += " Degree " + std::to_string(degree) + ": " + std::to_string(num) + "\n";
+    printText(text);
 }
 
 void RMesh::printEnergy()
@@ -29,7 +30,7 @@ void RMesh::printEnergy()
         histogram.addBin(limit);
     double energy = 0.0;
     std::size_t num = 0;
-    for (const REdge* pRE : vAllRE)
+    for (const REdge* pRE : getAllRE())
     {
         RTriangle* pRT0 = nullptr;
         RTriangle* pRT1 = nullptr;
@@ -48,14 +49,13 @@ void RMesh::printEnergy()
         ++num;
     }
     histogram.print();
-    std::cout << "avg. energy (" << toText(num > 0 ? energy / static_cast<double>(num) : 0.0) << ")"
-              << std::endl;
+    printText("avg. energy (" + toText(num > 0 ? energy / static_cast<double>(num) : 0.0) + ")\n");
 }
 
 void RMesh::checkDataStructures(const std::string& name) const
 {
     std::size_t numAlive = 0;
-    for (const RTriangle* pRT : vAllRT)
+    for (const RTriangle* pRT : getAllT())
     {
         if (!pRT->isAlive())
             continue;
@@ -63,45 +63,41 @@ void RMesh::checkDataStructures(const std::string& name) const
         ASSEX(!pRT->isCombDegenerate());
         for (int i = 0; i < 3; ++i)
         {
-            const Point3* pA = pRT->aCorner[RTriangle::getNext(i)];
-            const Point3* pB = pRT->aCorner[RTriangle::getPrev(i)];
-            const REdge* pRE = pRT->aRE[i];
+            const Point3* pA = pRT->getCorner(RTriangle::getNext(i));
+            const Point3* pB = pRT->getCorner(RTriangle::getPrev(i));
+            const REdge* pRE = pRT->getRE(i);
             ASSEX(getRE(pA, pB) == pRE);
-            ASSEX(std::count(pRE->vRT.begin(), pRE->vRT.end(), pRT) == 1);
+            ASSEX(std::count(pRE->getTriangles().begin(), pRE->getTriangles().end(), pRT) == 1);
             std::vector<RTriangle*> vIncT;
-            getIncidentT(pRT->aCorner[i], vIncT);
+            getIncidentT(pRT->getCorner(i), vIncT);
             ASSEX(std::count(vIncT.begin(), vIncT.end(), pRT) == 1);
         }
     }
-    ASSEX(numAlive == numAliveT);
-    std::cout << "RMesh::checkDataStructures(" << name << ") survived" << std::endl;
+    ASSEX_TEXT(numAlive == getNumT(), "numAlive == numAliveT");
+    printText("RMesh::checkDataStructures(" + name + ") survived\n");
 }
 
 bool RMesh::checkNoDups(const std::string& name) const
 {
     bool bClean = true;
-    for (const REdge* pRE : vAllRE)
+    for (const REdge* pRE : getAllRE())
     {
         std::vector<const Point3*> vOppVtx;
-        for (const RTriangle* pRT : pRE->vRT)
-            vOppVtx.push_back(pRT->getThirdPoint(pRE->p0, pRE->p1));
+        for (const RTriangle* pRT : pRE->getTriangles())
+            vOppVtx.push_back(pRT->getThirdPoint(pRE->getVtx0(), pRE->getVtx1()));
         std::sort(vOppVtx.begin(), vOppVtx.end(), ByCreationVtx());
         bClean = bClean && std::adjacent_find(vOppVtx.begin(), vOppVtx.end()) == vOppVtx.end();
     }
-    std::cout << "RMesh::checkNoDups(" << name << ") " << (bClean ? "survived" : "has duplicate triangles")
-              << std::endl;
+    printText("RMesh::checkNoDups(" + name + ") " + (bClean ? "survived\n" : "has duplicate triangles\n"));
     return bClean;
 }
 
 bool RMesh::checkNoDegenerate(const std::string& name) const
 {
-    const auto num = std::count_if(vAllRT.begin(), vAllRT.end(),
+    const auto num = std::count_if(getAllT().begin(), getAllT().end(),
                                    [](const RTriangle* pRT) { return pRT->isAlive() && pRT->isZeroArea(); });
-    std::cout << "RMesh::checkNoDegenerate(" << name << ") ";
-    if (num == 0)
-        std::cout << "survived" << std::endl;
-    else
-        std::cout << "has " << num << " degenerate triangles!" << std::endl;
+    printText("RMesh::checkNoDegenerate(" + name + ") " +
+              (num == 0 ? "survived" : "has " + std::to_string(num) + " degenerate triangles!") + "\n");
     return num == 0;
 }
 

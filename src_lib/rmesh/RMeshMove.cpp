@@ -1,5 +1,5 @@
-// Members of RMesh that move many vertices.
-#include "rmesh/RMesh.h"
+// Members of RMeshRecords that move many vertices.
+#include "rmesh/RMeshRecords.h"
 
 #include "parallel/sortMT2.h"
 
@@ -23,7 +23,7 @@ u64 getHash(const Point3& point)
 }
 } // namespace
 
-void RMesh::moveVertices(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt)
+void RMeshRecords::moveVertices(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt)
 {
     if (areAllPlacesDifferent(vOldVtx2NewPnt))
     {
@@ -42,7 +42,7 @@ void RMesh::moveVertices(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2
 // If all vertices stand in different places, and no vertex goes to where another one comes from or goes, none
 // can be in the way of another, and the table can be made anew afterwards. A hash that occurs twice by chance
 // only costs the slower way.
-bool RMesh::areAllPlacesDifferent(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt) const
+bool RMeshRecords::areAllPlacesDifferent(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt) const
 {
     if (bPointTable && pointTable.size() != numVertices)
         return false;

@@ -11,7 +11,6 @@
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
-#include <iostream>
 
 namespace TARN_ZEF
 {
@@ -56,7 +55,7 @@ bool breaksTriangle(const RTriangle* pRT, const Point3* pSrc, const Point3& trg,
     const Vector3 cross = crossProduct(vec12, *pSrc - p2);
     if (cross.isDegenerate())
     {
-        std::cout << "current triangle is degenerate" << std::endl;
+        printText("current triangle is degenerate\n");
         return false;
     }
     const Vector3 altCross = crossProduct(vec12, trg - p2);

@@ -8,12 +8,6 @@
 
 namespace TARN_ZEF
 {
-Point3* RTriangle::getCorner(int i) const
-{
-    ASSEX_TEXT(i >= 0 && i < 3, "false");
-    return aCorner[i];
-}
-
 int RTriangle::getICI(const Point3* pVtx) const
 {
     for (int i = 0; i < 3; ++i)

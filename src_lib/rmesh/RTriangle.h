@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "Vector3.h"
+#include "cmesh/CornerCycle.h"
 #include "core/definitions.h"
 
 #include <vector>
@@ -22,7 +23,7 @@ class RPatch;
 // Ownership:  lives in a pool of the mesh, never moves; kill() only marks it dead, so a stale pointer is
 //             safe to ask isAlive(). Corners and edges of a dead triangle stay readable.
 // Threads:    getNNV() fills the kept normal: fill it for all triangles before they are read in parallel.
-class RTriangle
+class RTriangle : public CornerCycle
 {
 public:
     // number  creation number in the mesh
@@ -33,7 +34,11 @@ public:
     }
 
     // --- Corners ---
-    [[nodiscard]] Point3* getCorner(int i) const;                      // outside 0 to 2 is fatal
+    [[nodiscard]] Point3* getCorner(int i) const // outside 0 to 2 is fatal
+    {
+        ASSEX_TEXT(i >= 0 && i < 3, "false");
+        return aCorner[i];
+    }
     [[nodiscard]] int getICI(const Point3* pVtx) const;                // not a corner is fatal
     [[nodiscard]] int getICI(const Point3* pA, const Point3* pB) const // the corner that is neither
     {
@@ -52,8 +57,6 @@ public:
     }
     // At least two corners are among the two.
     [[nodiscard]] bool hasEdge(const Point3* pA, const Point3* pB) const noexcept;
-    [[nodiscard]] static constexpr int getNext(int i) noexcept { return i == 2 ? 0 : i + 1; }
-    [[nodiscard]] static constexpr int getPrev(int i) noexcept { return i == 0 ? 2 : i - 1; }
     void setCorner(int i, Point3* pVtx) noexcept // drops the normal
     {
         aCorner[i] = pVtx;
@@ -101,7 +104,7 @@ public:
     bool bVisited = false; // traversal mark of the patch builders
 
 private:
-    friend class RMesh;
+    friend class RMeshRecords;
 
     [[nodiscard]] int indexOf(const Point3* pVtx) const noexcept
     {

@@ -59,6 +59,7 @@ unsigned int numberOf(const Point3* pVtx)
 Reducer::Reducer(RMesh* pRMesh_, const CollapseLimits& limits_)
     : pRMesh(pRMesh_)
     , limits(limits_)
+    , collapsePenalty(*pRMesh_, limits_)
 {
 }
 
@@ -259,14 +260,14 @@ const Reducer::Known& Reducer::update(unsigned int edge, bool bWanted0, bool bWa
             continue;
         if (known.aTurnAt[i] < aChangedAt[i])
         {
-            known.aTurnPenalty[i] = pRMesh->getTurnPenalty(pRE, i, limits, fans);
+            known.aTurnPenalty[i] = collapsePenalty.getTurnPenalty(pRE, i, fans);
             known.aTurnAt[i] = now;
         }
         bAnyAllowed = bAnyAllowed || known.aTurnPenalty[i] != FORBIDDEN;
     }
     if (bAnyAllowed && known.ringsAt < std::max(aChangedAt[0], aChangedAt[1]))
     {
-        known.bRingsMeet = pRMesh->doRingsMeet(pRE, limits.bKeepTopology, fans);
+        known.bRingsMeet = collapsePenalty.doRingsMeet(pRE, fans);
         known.ringsAt = now;
     }
     return known;

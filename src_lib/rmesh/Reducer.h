@@ -3,7 +3,7 @@
 
 #include "core/StableQueue.h"
 #include "rmesh/CollapseFans.h"
-#include "rmesh/CollapseLimits.h"
+#include "rmesh/CollapsePenalty.h"
 #include "rmesh/RECandidate.h"
 
 #include <cstddef>
@@ -91,6 +91,7 @@ private:
 
     RMesh* pRMesh;
     CollapseLimits limits;
+    CollapsePenalty collapsePenalty;
     StableQueue<RECandidate, Penalty> queue;
     std::vector<char> vIsBorder;     // by vertex number, as the mesh was at the start
     std::vector<Point3*> vRefillVtx; // where collapses went to since the last refill

@@ -16,8 +16,8 @@ int flipGreedily(RMesh* pRMesh);
 
 // One pass of annealing: flips all edges that gain and, by chance, some that lose; a loss of the temperature
 // is accepted with probability 1/e. Order and losses are drawn: the result depends on the earlier random
-// numbers of the calling thread, not on the number of threads. Returns the number of flips tried.
-int edgeFlipsSimA(RMesh* pRMesh, double temperature);
+// numbers of the calling thread, not on the number of threads.
+void edgeFlipsSimA(RMesh* pRMesh, double temperature);
 
 // The falling temperatures of the passes.
 [[nodiscard]] std::vector<double> getAnnealingTemperatures();

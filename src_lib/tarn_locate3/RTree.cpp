@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cstdlib>
-#include <iostream>
 #include <new>
 
+#include "core/definitions.h"
 #include "tarn_tools/HilbertSort3.h"
 
 namespace TARN_LOCATE3
@@ -26,7 +26,7 @@ RTree::RTree(int numBits_)
 {
     if (numBits < 3 || numBits >= 33 || numBits % 3 != 0)
     {
-        std::cout << "RTree::RTree(..): invalid bitlength" << std::endl;
+        TARN_ZEF::printFailure("RTree::RTree(..): invalid bitlength\n");
         std::exit(1);
     }
 }

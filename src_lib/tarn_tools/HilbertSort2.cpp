@@ -1,8 +1,8 @@
 #include "tarn_tools/HilbertSort2.h"
 
 #include <cstdlib>
-#include <iostream>
 
+#include "core/definitions.h"
 #include "tarn_tools/hilbertTables.h"
 
 namespace TARN_ZEF
@@ -22,7 +22,7 @@ HilbertSort2::HilbertSort2(double minX_, double minY_, double maxX_, double maxY
 {
     if (numBits < 2 || numBits >= 33 || numBits % 2 != 0)
     {
-        std::cout << "HilbertSort2::HilbertSort2(..): invalid parameters" << std::endl;
+        printFailure("HilbertSort2::HilbertSort2(..): invalid parameters\n");
         std::exit(1);
     }
 }

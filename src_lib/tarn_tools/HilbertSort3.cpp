@@ -1,8 +1,8 @@
 #include "tarn_tools/HilbertSort3.h"
 
 #include <cstdlib>
-#include <iostream>
 
+#include "core/definitions.h"
 #include "tarn_tools/hilbertTables.h"
 
 namespace TARN_ZEF
@@ -25,7 +25,7 @@ HilbertSort3::HilbertSort3(double minX_, double minY_, double minZ_, double maxX
 {
     if (numBits < 3 || numBits >= 33 || numBits % 3 != 0)
     {
-        std::cout << "HilbertSort3::HilbertSort3(..): invalid parameters" << std::endl;
+        printFailure("HilbertSort3::HilbertSort3(..): invalid parameters\n");
         std::exit(1);
     }
 }

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <iostream>
+#include <string>
 #include <vector>
 
 namespace TARN_ZEF
@@ -101,8 +101,8 @@ SimplePool<T>::~SimplePool()
 {
     // Many blocks are the sign of a badly chosen first size.
     if (vContainers.size() > 50)
-        std::cout << "SimplePool::~SimplePool: Number of containers to release:" << vContainers.size()
-                  << std::endl;
+        printText("SimplePool::~SimplePool: Number of containers to release:" +
+                  std::to_string(vContainers.size()) + "\n");
     warmer.finish();
     for (T* pBlock : vContainers)
         std::free(static_cast<void*>(pBlock));
@@ -123,7 +123,7 @@ void SimplePool<T>::init(int initialSize_, int increaseSize_, StorageBlock block
     increaseLimit = maxBlockBytes / static_cast<std::ptrdiff_t>(sizeof(T));
     if (increaseLimit == 0)
     {
-        std::cout << "TarnPool::init(..), Warning: increaseLimit=1" << std::endl;
+        printText("TarnPool::init(..), Warning: increaseLimit=1\n");
         increaseLimit = 1;
     }
     initialSize = initialSize_;
@@ -253,7 +253,7 @@ T* SimplePool<T>::getNextBeyond()
 template <typename T>
 void SimplePool<T>::endProcess(const char* text)
 {
-    std::cout << text << std::endl;
+    printFailure(std::string(text) + "\n");
     std::exit(1);
 }
 

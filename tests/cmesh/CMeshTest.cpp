@@ -124,6 +124,38 @@ TEST(CMesh, orphanEdgeIsFoundButCountsAsAbsent)
     EXPECT_THROW(static_cast<void>(lm.mesh.getVtx(lm.calc.getCCD(Point3(40, 40, 40)))), ZefBugException);
 }
 
+// Two triangles on the edge ab, with one fault planted: each check finds what it is for, and nothing else.
+TEST(CMesh, selfChecksFindThePlantedFault)
+{
+    struct Row
+    {
+        const char* name;
+        int xOfThird; // of the second triangle; 10 is the corner of the first
+        double y;     // where that corner stands; the one of the first stands at 11.5
+        bool bNoDups, bNoAdjGeomDups, bNoDegenerate;
+    };
+    const Row rows[] = {
+        {"clean", 11, 8.5, true, true, true},
+        {"folded on a triangle of another shape", 11, 12.5, true, true, true},
+        {"other corner on the same place", 11, 11.5, true, false, true},
+        {"same corners, so the same place too", 10, 11.5, false, false, true},
+        {"no area: it stands on a", 11, 10.5, true, true, false},
+    };
+    for (const Row& row : rows)
+    {
+        SCOPED_TRACE(row.name);
+        LatticeMesh lm;
+        const u64 a = lm.cell(10, 10, 10), b = lm.cell(11, 10, 10), c = lm.cell(10, 11, 10);
+        const u64 d = lm.cell(row.xOfThird, 11, 10);
+        lm.mesh.createT(a, b, c, 0, 0);
+        lm.mesh.createT(b, a, d, 0, 0);
+        lm.mesh.getVtx(d)->set(10.5, row.y, 10.5);
+        EXPECT_EQ(lm.mesh.checkNoDups("test"), row.bNoDups);
+        EXPECT_EQ(lm.mesh.checkNoAdjGeomDups("test"), row.bNoAdjGeomDups);
+        EXPECT_EQ(lm.mesh.checkNoDegenerate("test"), row.bNoDegenerate);
+    }
+}
+
 TEST(CTriangle, devAngleTellsDegenerateFromTurned)
 {
     LatticeMesh lm;

@@ -22,6 +22,24 @@ TEST(Assertion, ThrowsAndPrintsThePlaceAndTheCondition)
     EXPECT_TRUE(out.contains("Condition [ other words failed ]"));
 }
 
+TEST(Assertion, ItsExceptionTellsConditionFunctionAndPlace)
+{
+    const StreamCapture out;
+    const int line = __LINE__ + 3;
+    try
+    {
+        ASSEX_TEXT(line == 0, "some words");
+    }
+    catch (const std::exception& bug)
+    {
+        const std::string place = std::string(__FILE__) + ":" + std::to_string(line);
+        EXPECT_EQ(bug.what(),
+                  std::string("condition [ some words ] failed in ") + __PRETTY_FUNCTION__ + ", " + place);
+        EXPECT_TRUE(out.contains(place));
+    }
+    EXPECT_STRNE(ZefBugException().what(), "") << "made without a reason";
+}
+
 TEST(Histogram, limitsBelongToTheBinBelowAndTheMedianToTheOneAbove)
 {
     Histogram histogram("h");

@@ -94,15 +94,17 @@ std::vector<Corners> aliveCorners(const CMesh& mesh)
     return v;
 }
 
-// Cells of a noisy ball's surface across the rims of blocks, plus some anywhere.
-void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra)
+// Cells of a noisy ball's surface across the rims of blocks, or at the low rim of the lattice, plus some anywhere.
+void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra, bool bAtLowRim = false)
 {
     const int radius = 3 + static_cast<int>(rng() % 6);
+    const int midX = bAtLowRim ? radius + 1 : 24;
     for (int x = -radius - 1; x <= radius + 1; ++x)
         for (int y = -radius - 1; y <= radius + 1; ++y)
             for (int z = -radius - 1; z <= radius + 1; ++z)
-                if (std::abs(x * x + y * y + z * z - radius * radius) <= radius && rng() % 12 != 0)
-                    lm.cell(24 + x, 31 + y, 32 + z);
+                if (std::abs(x * x + y * y + z * z - radius * radius) <= radius && rng() % 12 != 0 &&
+                    midX + x > 0)
+                    lm.cell(midX + x, 31 + y, 32 + z);
     for (int i = 0; i < numExtra; ++i)
         lm.cell(12 + static_cast<int>(rng() % 30), 16 + static_cast<int>(rng() % 30),
                 20 + static_cast<int>(rng() % 20));
@@ -255,7 +257,7 @@ TEST(Voro, borderFixLeavesTheMeshOfAWholeExtraction)
         for (LatticeMesh& lm : aLM)
         {
             std::mt19937 rng(run);
-            fillRandomCells(lm, rng, static_cast<int>(run) * 8);
+            fillRandomCells(lm, rng, static_cast<int>(run) * 8, run % 4 == 3);
         }
         Voro voro(&aLM[0].calc, &aLM[0].map, TM_FAT);
         Voro judge(&aLM[1].calc, &aLM[1].map, TM_FAT);

@@ -71,6 +71,21 @@ TEST(Loop, fillsFlatHolesWhateverTheOrientationBefore)
         }
 }
 
+TEST(Loop, ofEqualAnglesTheFirstOnTheRingIsCut)
+{
+    SheetMesh m;
+    m.addSheet(8, HOLES[0].isHole);
+    VcdEdgeMap mmVCD2CE(getBorder(m, HOLES[0].numEdges));
+    const u64 first = mmVCD2CE.getFirstVCD();
+    Loop loop(mmVCD2CE, &m.mesh);
+    ASSERT_TRUE(loop.solve());
+    std::vector<CTriangle*> vNewT;
+    loop.getNewT(vNewT);
+    ASSERT_EQ(vNewT.size(), 2u);
+    EXPECT_TRUE(vNewT[0]->hasCorner(first));
+    EXPECT_FALSE(vNewT[1]->hasCorner(first));
+}
+
 TEST(Loop, refusesTheOutside)
 {
     SheetMesh sheet;

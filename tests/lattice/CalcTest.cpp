@@ -221,6 +221,20 @@ TEST(CalcNeighbours, blocksHaveTheirOrder)
                     neighbours[i - (i > 13 ? 1 : 0)] == makeRCD(x + dx - 1, y + dy - 1, z + dz - 1))
             << i;
     }
+    constexpr int RING_AXES[3][2] = {{1, 2}, {0, 2}, {1, 0}};
+    constexpr int RING[8][2] = {{-1, -1}, {0, -1}, {1, -1}, {1, 0}, {1, 1}, {0, 1}, {-1, 1}, {-1, 0}};
+    for (int plane = 0; plane < 3; ++plane)
+    {
+        CCD ring[8];
+        calc.getPlaneCCD8(base, plane, ring);
+        for (int i = 0; i < 8; ++i)
+        {
+            u64 xyz[3] = {x, y, z};
+            for (int k = 0; k < 2; ++k)
+                xyz[RING_AXES[plane][k]] += static_cast<u64>(RING[i][k]);
+            EXPECT_EQ(ring[i], makeCCD(calc, xyz[0], xyz[1], xyz[2])) << plane << ", " << i;
+        }
+    }
     EXPECT_THROW(calc.completeArray27(makeCCD(calc, 5, 511, 5), block), ZefBugException);
     EXPECT_THROW(calc.completeArray26_RCD(makeRCD(4, 0, 4), neighbours), ZefBugException);
 }

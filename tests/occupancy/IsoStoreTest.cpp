@@ -229,7 +229,7 @@ TEST(IsoStore, stageBeforeTheExtraction)
         vNumBundles.push_back(hal.numBundles());
         ASSERT_TRUE(pMesh);
         for (const REdge* pRE : pMesh->getRMesh()->getAllRE()) // a closed surface either way
-            EXPECT_TRUE(pRE->isInner() || pRE->isOrphan());
+            EXPECT_TRUE(pRE->isInner() || !pRE->isAlive());
         finishProgress();
     }
     EXPECT_LT(vNumBundles[1], vNumBundles[0]);

@@ -5,6 +5,7 @@
 #include "helpers/meshShapes.h"
 #include "rmesh/RPatch.h"
 #include "rmesh/RTop.h"
+#include "zef_api_functions.h"
 
 #include <gtest/gtest.h>
 
@@ -94,6 +95,21 @@ TEST(RMesh, scrambledOrientationComesBackConsistent)
 
 // A twisted strip joins two places of the border: the flood must not go through it first and turn half of
 // the plane.
+TEST(RMesh, turnedTrianglesTurnTheirNormals)
+{
+    const RMesh mesh(cubeSource(2, true));
+    for (RTriangle* pRT : mesh.getAllT())
+    {
+        bool bOK = false;
+        const Vector3 before = pRT->getNNV(bOK);
+        ASSERT_TRUE(bOK);
+        pRT->flipOrientation();
+        const Vector3 after = getNormalVector(pRT->getCorner(0), pRT->getCorner(1), pRT->getCorner(2), bOK);
+        EXPECT_LT((pRT->getNNV(bOK) + after * -1.0).length(), 1e-12);
+        EXPECT_LT((before + after).length(), 1e-12);
+    }
+}
+
 TEST(RMesh, twistedScrapAtTheRimTurnsNothingBehindIt)
 {
     const PreparedTree tree;
@@ -184,6 +200,10 @@ TEST(RMesh, flatTrianglesOfATubeDoNotPinchItIfTopologyMustStay)
         expectConsistent(kept);
         EXPECT_TRUE(isTorus(kept)) << round;
         EXPECT_LT(kept.getNumT(), source.vCorners.size() / 3) << round;
+        // The same as the last step of a reduction that itself takes nothing out.
+        const std::shared_ptr<Mesh> pMesh = std::make_shared<Mesh>(new RMesh(source));
+        reduce(pMesh, 0.0, 0.0, true);
+        EXPECT_TRUE(isTorus(*pMesh->getRMesh())) << round;
         RMesh pinched(source);
         pinched.killDegenerate();
         numPinchedWithout += isTorus(pinched) ? 0 : 1;

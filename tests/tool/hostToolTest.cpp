@@ -145,6 +145,8 @@ const FailureCase FAILURES[] = {
     {"triangles without -a", "box.stl new.ply -m", 2, "For an STL provide also the -a option please"},
     {"sampling to a mesh file", "box.stl new.stl -m -a 1 --cloud", 2, ".xyz"},
     {"step without a mesh", "ball.xyz --png-cloud a.png --laplace 1", 2, "--laplace"},
+    {"check without a mesh", "ball.xyz --png-cloud a.png --check", 2, "--check"},
+    {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
     {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
@@ -290,6 +292,23 @@ TEST_F(HostTool, quietMeansQuietAndFilesAppearWhole)
     EXPECT_EQ(after["new.stl"].substr(0, 5), "solid");
     EXPECT_NE(after["new.stl"].find("endsolid"), std::string::npos);
     EXPECT_EQ(after.size(), numFiles + 3);
+}
+
+// A spacing far below that of the points tears the surface to shreds; smoothing for long brings all into order.
+TEST_F(HostTool, theCheckDecidesTheStatus)
+{
+    const Result good = run("ball.xyz good.ply --laplace 300 --check");
+    EXPECT_EQ(good.status, 0) << good.err;
+    EXPECT_NE(good.out.find("check: sound, closed, Euler number 2"), std::string::npos) << good.out;
+    const Result bad = run("ball.xyz bad.ply -a 0.03 --check");
+    EXPECT_EQ(bad.status, 1);
+    EXPECT_NE(bad.out.find("check: not sound"), std::string::npos) << bad.out;
+    EXPECT_NE(bad.out.find("    triangle "), std::string::npos);
+    const Result json = run("ball.xyz json.ply -a 0.03 --check --json");
+    EXPECT_EQ(json.status, 1);
+    EXPECT_NE(json.out.find("\"check\": {\"sound\": 0, "), std::string::npos) << json.out;
+    EXPECT_EQ(contentOf(folder / "bad.ply"), contentOf(folder / "json.ply"));
+    EXPECT_EQ(run("ball.xyz plain.ply -a 0.03").status, 0);
 }
 
 TEST_F(HostTool, lostDigitsAreTold)

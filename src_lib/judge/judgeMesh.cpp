@@ -1,0 +1,66 @@
+#include "judge/judgeMesh.h"
+
+#include "core/refuse.h"
+#include "judge/ConnectionJudge.h"
+#include "judge/CornerNumbering.h"
+#include "judge/FaultList.h"
+#include "judge/JudgedMesh.h"
+#include "judge/ShapeJudge.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string>
+
+namespace TARN_ZEF
+{
+namespace
+{
+void refuseBadCorners(std::size_t numPoints, const std::vector<int>& vCorners)
+{
+    if (vCorners.size() % 3 != 0)
+        refuse<ZefBadArgument>("three corners for each triangle",
+                               std::to_string(vCorners.size()) +
+                                   " triangle corners are not a multiple of 3; give three for each triangle");
+    const auto isNoIndex = [numPoints](int corner)
+    { return corner < 0 || static_cast<std::size_t>(corner) >= numPoints; };
+    const auto it = std::find_if(vCorners.begin(), vCorners.end(), isNoIndex);
+    if (it != vCorners.end())
+        refuse<ZefBadArgument>("each corner is the index of a point",
+                               "corner " + std::to_string(it - vCorners.begin()) + " is " +
+                                   std::to_string(*it) + ", which is no index of one of the " +
+                                   std::to_string(numPoints) + " points");
+}
+
+std::vector<int> joinEqualPoints(const std::vector<int>& vCorners, const CornerNumbering& numbering)
+{
+    std::vector<int> vResult(vCorners.size());
+    std::transform(vCorners.begin(), vCorners.end(), vResult.begin(),
+                   [&](int corner)
+                   { return static_cast<int>(numbering.vNumbers[static_cast<std::size_t>(corner)]); });
+    return vResult;
+}
+} // namespace
+
+MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                    const CheckOptions& options)
+{
+    refuseBadCorners(vPoints.size(), vCorners);
+    const JudgedMesh mesh(vPoints, vCorners);
+    const UnitFrame frame(vPoints);
+    const CornerNumbering numbering(vPoints, frame);
+    MeshCheck check;
+    FaultList faults(options.maxPlaces);
+    check.numTriangles = mesh.getNumTriangles();
+    if (options.bJoinEqualPoints)
+    {
+        const std::vector<int> vJoined = joinEqualPoints(vCorners, numbering);
+        ConnectionJudge(mesh, vJoined).run(vPoints.size(), options.maxPlaces, check, faults);
+    }
+    else
+        ConnectionJudge(mesh, vCorners).run(vPoints.size(), options.maxPlaces, check, faults);
+    ShapeJudge(mesh, numbering).run(frame, options, check, faults);
+    check.vFaults = faults.getAll();
+    return check;
+}
+
+} // namespace TARN_ZEF
