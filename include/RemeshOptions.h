@@ -26,7 +26,7 @@ struct ZEF_API RemeshOptions
     double featureAngle = FOUND;
 
     // Farthest that the result may lie off the soup, or the soup off the result, in wanted lengths. Above 0, at
-    // most 1.
+    // most 1. A rough scan widens it to 4 times its roughness, at most to 0.1.
     double tolerance = 0.02;
 
     // Corners nearer than this are one, in extents of the soup; also the gap up to which a corner counts as lying on an
@@ -46,6 +46,7 @@ struct RemeshReport
 {
     double length = 0.0;       // in use, in units of the points
     double featureAngle = 0.0; // in use, in degrees
+    double tolerance = 0.0;    // in use, in units of the points
 
     // The soup, in the order in which it was made sound.
     int numNonFinite = 0; // triangles left out for a NaN or infinite coordinate

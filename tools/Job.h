@@ -51,6 +51,8 @@ private:
     void makeMesh();
     void reconstruct();
     void melt();
+    void remesh();
+    void noteRemesh(const TARN_ZEF::RemeshReport& found);
     void sampleTriangles();
     void improveMesh();
     void takeMesh();

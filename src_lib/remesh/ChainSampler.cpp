@@ -44,7 +44,8 @@ void ChainSampler::run()
     {
         fillTree();
         for (int i = 0; i < num; ++i)
-            measureRoom(i);
+            if (source.getChains()[i].right != HalfEdgeMesh::NONE)
+                measureRoom(i);
     }
     smoothSizes();
     for (int i = 0; i < num; ++i)

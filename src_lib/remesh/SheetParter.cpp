@@ -2,6 +2,7 @@
 
 #include "geometry/tools.h"
 #include "remesh/EdgeTable.h"
+#include "remesh/triangles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,23 +12,8 @@ namespace TARN_ZEF
 namespace
 {
 constexpr int ABSENT = -1;
-// A set of triangles encloses a space if its volume is at least this part of that of a ball of the same area.
-constexpr double LEAST_ROUNDNESS = 1e-6;
-constexpr double SPHERE_FACTOR = 10.6347; // area^1.5 over volume
 constexpr int MAX_ROUNDS = 4;
 constexpr int MAYBE_BODY = 4; // a rating
-
-// Grows with the angle from (1, 0) counter-clockwise, from 0 to 4.
-double pseudoAngle(double x, double y)
-{
-    const double sum = std::fabs(x) + std::fabs(y);
-    if (!(sum > 0.0))
-        return 0.0;
-    const double along = y / sum;
-    if (x < 0.0)
-        return 2.0 - along;
-    return y < 0.0 ? 4.0 + along : along;
-}
 
 Point3 middleOf(const Point3& a, const Point3& b)
 {
@@ -188,8 +174,7 @@ void SheetParter::findFacing(const FlatSoup& soup, TurnedSets& sets)
     }
     for (int t = 0; t < soup.numTriangles(); ++t)
     {
-        const double least = LEAST_ROUNDNESS * vArea[t] * std::sqrt(vArea[t]) / SPHERE_FACTOR;
-        if (std::fabs(vVolume[t]) > least)
+        if (enclosesSpace(std::fabs(vVolume[t]), vArea[t]))
             vFacing[t] = vVolume[t] > 0.0 ? 1 : -1;
     }
 }

@@ -2,6 +2,7 @@
 
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "remesh/BodyFinder.h"
 #include "remesh/PartTurner.h"
 #include "remesh/Remesher.h"
 #include "remesh/SheetParter.h"
@@ -23,6 +24,9 @@ constexpr double PIECES_PER_EXTENT = 40.0;
 constexpr double MOST_PIECES_PER_EXTENT = 400.0;
 constexpr double SMALL_FEATURES = 0.1;
 constexpr double PIECES_ROUND = 6.0; // of a closed feature
+// A rough scan is followed less closely: this many times its roughness, at most this part of the length.
+constexpr double ROUGHNESS_FACTOR = 4.0;
+constexpr double ROUGH_TOLERANCE = 0.1;
 constexpr double TRIANGLES_PER_SQUARE = 2.31;
 
 double extentOf(const std::vector<Point3>& vPoints)
@@ -58,7 +62,11 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     report.featureAngle =
         options.featureAngle == RemeshOptions::FOUND ? source.findFeatureAngle() : options.featureAngle;
     report.length = options.length == RemeshOptions::FOUND ? findLength(source) : options.length;
-    const double tolerance = options.tolerance * report.length;
+    const double tolerance =
+        std::max(options.tolerance,
+                 std::min(ROUGH_TOLERANCE, ROUGHNESS_FACTOR * source.getRoughness() / report.length)) *
+        report.length;
+    report.tolerance = tolerance;
     source.markFeatures(report.featureAngle, report.length, tolerance);
     Remesher remesher(source, {report.length, tolerance, !options.bCoarse});
     remesher.run(progress);
@@ -99,9 +107,11 @@ bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& sou
     report.numJoints = welder.getNumJoints();
     if (soup.vCorners.empty())
         return false;
+    BodyFinder finder(soup);
+    finder.run();
+    report.numParted = finder.getNumCrowded();
     SheetParter parter;
     parter.run(soup);
-    report.numParted = parter.getNumParted();
     report.numCut = parter.getNumCut();
     report.numParts = parter.getNumParts();
     std::vector<bool> vTurned = parter.getTurned();

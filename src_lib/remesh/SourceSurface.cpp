@@ -100,6 +100,42 @@ double SourceSurface::findFeatureAngle() const
     return best;
 }
 
+// The bulge of a vertex over the mean of its neighbours, less their own mean bulge: a curved surface has the same
+// bulge all over. The median of all counts.
+double SourceSurface::getRoughness() const
+{
+    const int num = mesh.endVertices();
+    const auto meanAround = [this](int v, auto valueOf)
+    {
+        Vector3 sum;
+        int numNeighbours = 0;
+        mesh.forEachNeighbour(v,
+                              [&](int u)
+                              {
+                                  sum.add(valueOf(u));
+                                  ++numNeighbours;
+                              });
+        return sum / numNeighbours;
+    };
+    std::vector<Vector3> vBulge(num);
+    for (int v = 0; v < num; ++v)
+        vBulge[v] = meanAround(v, [&](int u) { return mesh.point(u) - mesh.point(v); });
+    std::vector<double> vOff;
+    for (int v = 0; v < num; ++v)
+    {
+        Vector3 normal;
+        mesh.forEachOutgoing(v, [&](int h) { normal.add(vNormals[HalfEdgeMesh::triangleOf(h)]); });
+        const Vector3 around = meanAround(v, [&](int u) { return vBulge[u]; });
+        if (!mesh.isBorderVertex(v))
+            vOff.push_back(std::fabs((vBulge[v] + around * -1.0) * unitOrNull(normal)));
+    }
+    if (vOff.empty())
+        return 0.0;
+    const auto median = vOff.begin() + static_cast<std::ptrdiff_t>(vOff.size() / 2);
+    std::nth_element(vOff.begin(), median, vOff.end());
+    return *median;
+}
+
 bool SourceSurface::isRidge(int h, double length, double tolerance) const
 {
     const Point3& a = mesh.point(mesh.from(h));

@@ -39,6 +39,9 @@ public:
 
     // Degrees; where the distribution of dihedral angles, weighted by length, has its gap.
     [[nodiscard]] double findFeatureAngle() const;
+    // How far a vertex usually stands off from where its neighbours' neighbours would put it, in units of the
+    // points: next to nothing on smooth surfaces, the noise of a scan.
+    [[nodiscard]] double getRoughness() const;
     // Finds features, patches and chains. Call once, after build().
     void markFeatures(double featureAngle, double length, double tolerance);
 

@@ -8,6 +8,7 @@
 #include "geometry/tools.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace TARN_ZEF
 {
@@ -46,6 +47,26 @@ namespace TARN_ZEF
 {
     const double sqLongest = std::max({sqDistance(a, b), sqDistance(b, c), sqDistance(c, a)});
     return rawNormal(a, b, c).length() > part * sqLongest;
+}
+
+// Grows with the angle from (1, 0) counter-clockwise, from 0 to 4.
+[[nodiscard]] inline double pseudoAngle(double x, double y)
+{
+    const double sum = std::fabs(x) + std::fabs(y);
+    if (!(sum > 0.0))
+        return 0.0;
+    const double along = y / sum;
+    if (x < 0.0)
+        return 2.0 - along;
+    return y < 0.0 ? 4.0 + along : along;
+}
+
+// Whether a volume is more than rounding for a surface of that area: a millionth of that of the ball.
+[[nodiscard]] inline bool enclosesSpace(double volume, double area)
+{
+    constexpr double leastRoundness = 1e-6;
+    constexpr double sphereFactor = 10.6347; // area^1.5 over volume
+    return volume > leastRoundness * area * std::sqrt(area) / sphereFactor;
 }
 
 // Cosine of an angle in degrees from 0 to 180, the same on every system.
