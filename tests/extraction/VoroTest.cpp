@@ -98,7 +98,7 @@ std::vector<Corners> aliveCorners(const CMesh& mesh)
 void fillRandomCells(LatticeMesh& lm, std::mt19937& rng, int numExtra, bool bAtLowRim = false)
 {
     const int radius = 3 + static_cast<int>(rng() % 6);
-    const int midX = bAtLowRim ? radius + 1 : 24;
+    const int midX = bAtLowRim ? radius / 2 + 1 : 24;
     for (int x = -radius - 1; x <= radius + 1; ++x)
         for (int y = -radius - 1; y <= radius + 1; ++y)
             for (int z = -radius - 1; z <= radius + 1; ++z)

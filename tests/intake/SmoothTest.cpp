@@ -326,8 +326,8 @@ const CloudCase CLOUDS[] = {
     {"flat", 2500, [](double, double) { return 0.3; }, 0.01},
     {"sheet with holes", 900, [](double x, double y) { return 0.2 * x + 0.1 * y; }, 0.3},
     {"waves", 3000, [](double x, double y) { return 3.0 * std::sin(x / 5.0) * std::cos(y / 4.0); }, 0.1},
-    // Its normals are as long on x as on z: the sign of a fit is that of either.
-    {"steep", 4000, [](double x, double) { return x - 20.0; }, 0.3},
+    // Its normals are as long on y as on z: either component may be the largest.
+    {"steep", 4000, [](double, double y) { return y - 20.0; }, 0.3},
     {"roof", 4000, [](double x, double) { return -0.7 * std::fabs(x - 29.0); }, 0.05},
     {"noise", 3000, [](double x, double) { return 0.1 * x; }, 2.0},
     {"scattered", 200, [](double, double) { return 0.0; }, 10.0},

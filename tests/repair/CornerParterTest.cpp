@@ -83,6 +83,30 @@ TEST(CornerParter, givesBoxesThatTouchTheirOwnCorners)
     }
 }
 
+// A spindle with a ring of eight corners stands on the corner of a box.
+TEST(CornerParter, theLargestFanKeepsTheCorner)
+{
+    const StreamCapture quiet(std::cout);
+    SheetMesh s;
+    s.addBox({8, 8, 8}, {2, 2, 2}, NO_HOLE);
+    const u64 apex = s.cell(10, 10, 10);
+    constexpr int RING[8][2] = {{8, 8}, {10, 8}, {12, 8}, {12, 10}, {12, 12}, {10, 12}, {8, 12}, {8, 10}};
+    for (int i = 0; i < 8; ++i)
+    {
+        const u64 from = s.cell(RING[i][0], RING[i][1], 12);
+        const u64 to = s.cell(RING[(i + 1) % 8][0], RING[(i + 1) % 8][1], 12);
+        s.add(apex, to, from);
+        s.add(s.cell(10, 10, 14), from, to);
+    }
+    CornerParter parter(&s.mesh, &s.calc);
+    noteCorner(parter, s, apex);
+    EXPECT_EQ(parter.run(), 1u);
+    std::vector<CTriangle*> vIncT;
+    s.mesh.getIncT(apex, vIncT);
+    EXPECT_EQ(vIncT.size(), 8u);
+    expectConsistent(s.mesh);
+}
+
 TEST(CornerParter, leavesBordersWhereTheyAre)
 {
     const StreamCapture quiet(std::cout);
