@@ -1,10 +1,11 @@
 #include "remesh/BodyFinder.h"
 
-#include "remesh/EdgeTable.h"
+#include "remesh/SoupEdgeTable.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 namespace TARN_ZEF
 {
@@ -18,10 +19,93 @@ using Triple = std::array<int, 3>;
 struct Leaf
 {
     double angle;
+    int apex;
     int order; // of copies: all edges of them must agree on it
     int up;    // the side that looks to larger angles
     int down;
+
+    // Of faces that lie on one another, the one whose body stands below comes first.
+    [[nodiscard]] int byFacing() const { return up % 2; }
 };
+
+// Leaves this near to one another lie on one another, up to rounding.
+constexpr double SAME_ANGLE = 1e-7;
+// Height of a flat tetrahedron, in edges.
+constexpr double FLAT_HEIGHT = 1e-6;
+
+// Puts leaves of one angle in order: copies as all their edges agree, others by their facing. From the angle of the
+// first leaf, 0, a little less than a full turn is the same.
+void sortLeaves(std::vector<Leaf>& vLeaves)
+{
+    for (Leaf& leaf : vLeaves)
+        if (leaf.angle > 4.0 - SAME_ANGLE)
+            leaf.angle -= 4.0;
+    std::sort(vLeaves.begin(), vLeaves.end(),
+              [](const Leaf& p, const Leaf& q)
+              { return p.angle != q.angle ? p.angle < q.angle : p.order < q.order; });
+    for (auto from = vLeaves.begin(); from != vLeaves.end();)
+    {
+        auto to = from + 1;
+        bool bCopies = false;
+        for (; to != vLeaves.end() && to->angle < from->angle + SAME_ANGLE; ++to)
+            bCopies = bCopies || to->apex == from->apex;
+        std::sort(from, to,
+                  [bCopies](const Leaf& p, const Leaf& q)
+                  {
+                      if (!bCopies && p.byFacing() != q.byFacing())
+                          return p.byFacing() < q.byFacing();
+                      return p.order < q.order;
+                  });
+        from = to;
+    }
+}
+
+// Two triangles on an edge, as the quadrangle that they fill.
+struct Quad
+{
+    std::array<int, 4> corners; // the lower diagonal, then the other one, each low end first
+    bool bHigher;               // the edge is the second diagonal
+    int first;                  // corners that begin the edge
+    int second;
+
+    [[nodiscard]] bool operator<(const Quad& other) const
+    {
+        return std::tie(corners, bHigher, first) < std::tie(other.corners, other.bHigher, other.first);
+    }
+};
+
+Quad quadOf(const FlatSoup& soup, const int* pCorners)
+{
+    const int c = pCorners[0];
+    const std::pair<int, int> edge = std::minmax(soup.vCorners[c], soup.vCorners[FlatSoup::next(c)]);
+    const int p = soup.vCorners[FlatSoup::prev(c)];
+    const int q = soup.vCorners[FlatSoup::prev(pCorners[1])];
+    const std::pair<int, int> other = std::minmax(p, q);
+    const bool bHigher = other < edge;
+    const auto& low = bHigher ? other : edge;
+    const auto& high = bHigher ? edge : other;
+    return {{low.first, low.second, high.first, high.second}, bHigher, c, pCorners[1]};
+}
+
+bool isFlat(const FlatSoup& soup, const std::array<int, 4>& corners)
+{
+    const Vector3 a = soup.vPoints[corners[1]] - soup.vPoints[corners[0]];
+    const Vector3 b = soup.vPoints[corners[2]] - soup.vPoints[corners[0]];
+    const Vector3 c = soup.vPoints[corners[3]] - soup.vPoints[corners[0]];
+    const Vector3 normal = crossProduct(a, b);
+    return std::fabs(normal * c) <= FLAT_HEIGHT * normal.length() * a.length();
+}
+
+// Each triangle loses one end of the edge and gets the other one's corner; both stay turned as they are.
+void cutOtherwise(FlatSoup& soup, const Quad& quad)
+{
+    const int begin = soup.vCorners[quad.first];
+    const int p = soup.vCorners[FlatSoup::prev(quad.first)];
+    const int q = soup.vCorners[FlatSoup::prev(quad.second)];
+    soup.vCorners[FlatSoup::next(quad.first)] = q;
+    const int c = quad.second;
+    soup.vCorners[soup.vCorners[c] == begin ? c : FlatSoup::next(c)] = p;
+}
 
 // Whether the corners stand in the order of their numbers, but for a rotation.
 bool isEven(const int* pCorners)
@@ -39,23 +123,55 @@ BodyFinder::BodyFinder(FlatSoup& soup_)
 
 void BodyFinder::run()
 {
-    const EdgeTable edges(soup.vPoints.size(), soup.vCorners);
-    edges.forEachEdge(
-        [&](const int* pCorners, int num)
-        {
-            for (int i = 0; i < num && num > 2; ++i)
-                vCrowded[pCorners[i] / 3] = true;
-            numCrowded += num > 2 ? 1 : 0;
-        });
+    findCrowded();
     if (numCrowded == 0)
         return;
-    joinSides(edges);
+    matchDiagonals();
+    joinSides(SoupEdgeTable(soup.vPoints.size(), soup.vCorners));
     groupCopies();
     measure();
     emit();
 }
 
-void BodyFinder::joinSides(const EdgeTable& edges)
+void BodyFinder::findCrowded()
+{
+    SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
+        .forEachEdge(
+            [&](const int* pCorners, int num)
+            {
+                for (int i = 0; i < num && num > 2; ++i)
+                    vCrowded[pCorners[i] / 3] = true;
+                numCrowded += num > 2 ? 1 : 0;
+            });
+}
+
+// Faces of touching bodies may be cut along different diagonals: two triangles of one and two of the other are a flat
+// tetrahedron then. The second ones are cut as the first.
+void BodyFinder::matchDiagonals()
+{
+    std::vector<Quad> vQuads;
+    SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
+        .forEachEdge(
+            [&](const int* pCorners, int num)
+            {
+                if (num == 2 && vCrowded[pCorners[0] / 3] && vCrowded[pCorners[1] / 3])
+                    vQuads.push_back(quadOf(soup, pCorners));
+            });
+    std::sort(vQuads.begin(), vQuads.end());
+    std::vector<bool> vCut(soup.numTriangles(), false);
+    for (std::size_t i = 1; i < vQuads.size(); ++i)
+    {
+        const Quad& quad = vQuads[i];
+        const int t = quad.first / 3;
+        const int u = quad.second / 3;
+        if (quad.corners != vQuads[i - 1].corners || vCut[t] || vCut[u] || !isFlat(soup, quad.corners))
+            continue;
+        vCut[t] = vCut[u] = true;
+        cutOtherwise(soup, quad);
+    }
+}
+
+void BodyFinder::joinSides(const SoupEdgeTable& edges)
 {
     edges.forEachEdge([this](const int* pCorners, int num) { joinRound(pCorners, num); });
 }
@@ -83,12 +199,10 @@ void BodyFinder::joinRound(const int* pCorners, int num)
         const int apex = soup.vCorners[FlatSoup::prev(c)];
         const bool bUpwards = !(low < apex && apex < high);
         const bool bForward = soup.vCorners[c] == low;
-        vLeaves.push_back({pseudoAngle(v * x, v * y), bUpwards ? t : -t, bForward ? 2 * t : 2 * t + 1,
+        vLeaves.push_back({pseudoAngle(v * x, v * y), apex, bUpwards ? t : -t, bForward ? 2 * t : 2 * t + 1,
                            bForward ? 2 * t + 1 : 2 * t});
     }
-    std::sort(vLeaves.begin(), vLeaves.end(),
-              [](const Leaf& p, const Leaf& q)
-              { return p.angle != q.angle ? p.angle < q.angle : p.order < q.order; });
+    sortLeaves(vLeaves);
     for (int i = 0; i < num; ++i)
         static_cast<void>(sides.join(vLeaves[i].up, vLeaves[(i + 1) % num].down, false));
 }

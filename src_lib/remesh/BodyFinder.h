@@ -10,14 +10,14 @@
 
 namespace TARN_ZEF
 {
-class EdgeTable;
+class SoupEdgeTable;
 
 // Parts the bodies that touch along edges or faces, by the spaces that the triangles enclose: the two sides of each
 // triangle are joined round every edge with the sides that look at them, and what hangs together then bounds one
 // space. A space is a body if most of its faces look out of it; a face between two bodies goes to both. How single
 // triangles are turned does not matter.
 //
-// Only spaces with an edge of more than two triangles are touched: all else is left to SheetParter.
+// Only spaces with an edge of more than two triangles are touched: all else is left to BodyParter.
 class BodyFinder
 {
 public:
@@ -40,7 +40,9 @@ private:
         bool bCrowded = false;
     };
 
-    void joinSides(const EdgeTable& edges);
+    void findCrowded();
+    void matchDiagonals();
+    void joinSides(const SoupEdgeTable& edges);
     void joinRound(const int* pCorners, int num);
     void groupCopies();
     void measure();

@@ -1,7 +1,7 @@
 // The page of the room "remesh": a triangle soup comes in, a mesh of even triangles on the same surface goes
 // out. All is flat data and HalfEdgeMesh; the room knows no lattice, no CMesh and no RMesh.
 //
-// The way: SoupWelder makes one indexed soup of the corners; SheetParter parts it into oriented manifold
+// The way: SoupWelder makes one indexed soup of the corners; BodyParter parts it into oriented manifold
 // sheets; PartTurner turns closed parts outward; SourceSurface finds the features and keeps the surface as
 // it came; Remesher works on a copy.
 #ifndef ZEF_FLATSOUP_H

@@ -1,7 +1,7 @@
 #include "remesh/PartTurner.h"
 
 #include "geometry/tools.h"
-#include "remesh/EdgeTable.h"
+#include "remesh/SoupEdgeTable.h"
 
 #include <algorithm>
 #include <cmath>
@@ -99,7 +99,7 @@ void PartTurner::measure()
 
 void PartTurner::findOpen()
 {
-    EdgeTable(soup.vPoints.size(), soup.vCorners)
+    SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
         .forEachEdge(
             [this](const int* pCorners, int num)
             {

@@ -13,7 +13,7 @@ namespace TARN_ZEF
 class PartTurner
 {
 public:
-    // vPart and vTurned as SheetParter tells them; vTurned says afterwards what was turned in all.
+    // vPart and vTurned as BodyParter tells them; vTurned says afterwards what was turned in all.
     PartTurner(FlatSoup& soup_, const std::vector<int>& vPart_, int numParts, std::vector<bool>& vTurned_);
 
     void run();

@@ -3,9 +3,9 @@
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "remesh/BodyFinder.h"
+#include "remesh/BodyParter.h"
 #include "remesh/PartTurner.h"
 #include "remesh/Remesher.h"
-#include "remesh/SheetParter.h"
 #include "remesh/SoupWelder.h"
 #include "remesh/SourceSurface.h"
 #include "remesh/triangles.h"
@@ -64,7 +64,8 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     report.length = options.length == RemeshOptions::FOUND ? findLength(source) : options.length;
     const double tolerance =
         std::max(options.tolerance,
-                 std::min(ROUGH_TOLERANCE, ROUGHNESS_FACTOR * source.getRoughness() / report.length)) *
+                 std::min(ROUGH_TOLERANCE,
+                          ROUGHNESS_FACTOR * source.getRoughness(report.featureAngle) / report.length)) *
         report.length;
     report.tolerance = tolerance;
     source.markFeatures(report.featureAngle, report.length, tolerance);
@@ -110,7 +111,7 @@ bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& sou
     BodyFinder finder(soup);
     finder.run();
     report.numParted = finder.getNumCrowded();
-    SheetParter parter;
+    BodyParter parter;
     parter.run(soup);
     report.numCut = parter.getNumCut();
     report.numParts = parter.getNumParts();

@@ -1,7 +1,7 @@
 #include "remesh/SoupWelder.h"
 
 #include "geometry/tools.h"
-#include "remesh/EdgeTable.h"
+#include "remesh/SoupEdgeTable.h"
 #include "tarn_locate3/RTree.h"
 
 #include <algorithm>
@@ -161,7 +161,7 @@ private:
 std::vector<bool> findSuspects(const FlatSoup& soup)
 {
     std::vector<int> vNumEdges(soup.numTriangles(), 0);
-    EdgeTable(soup.vPoints.size(), soup.vCorners)
+    SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
         .forEachEdge(
             [&](const int* pCorners, int num)
             {
@@ -208,7 +208,7 @@ private:
     void countEdges()
     {
         vEdgeOf.assign(soup.vCorners.size(), 0);
-        EdgeTable(soup.vPoints.size(), soup.vCorners)
+        SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
             .forEachEdge(
                 [this](const int* pCorners, int num)
                 {
@@ -480,7 +480,7 @@ bool SoupWelder::splitJoints()
 {
     std::vector<int> vOpen; // corners that begin an edge of one triangle
     std::vector<int> vEnds;
-    EdgeTable(soup.vPoints.size(), soup.vCorners)
+    SoupEdgeTable(soup.vPoints.size(), soup.vCorners)
         .forEachEdge(
             [&](const int* pCorners, int num)
             {

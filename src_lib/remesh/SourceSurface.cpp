@@ -100,36 +100,65 @@ double SourceSurface::findFeatureAngle() const
     return best;
 }
 
-// The bulge of a vertex over the mean of its neighbours, less their own mean bulge: a curved surface has the same
-// bulge all over. The median of all counts.
-double SourceSurface::getRoughness() const
+// Whether a vertex has no border and no edge above the angle: there a surface can be smooth or rough.
+std::vector<bool> SourceSurface::findInnerVertices(double featureAngle) const
 {
-    const int num = mesh.endVertices();
-    const auto meanAround = [this](int v, auto valueOf)
+    const double cosFeature = featureAngle > 180.0 ? -2.0 : cosOfDegrees(featureAngle);
+    std::vector<bool> vInner(mesh.endVertices(), true);
+    mesh.forEachEdge(
+        [&](int h)
+        {
+            if (!mesh.isBorder(h) && cosOfEdge(h) >= cosFeature)
+                return;
+            vInner[mesh.from(h)] = false;
+            vInner[mesh.to(h)] = false;
+        });
+    return vInner;
+}
+
+Vector3 SourceSurface::bulgeAt(int v) const
+{
+    Vector3 sum;
+    int num = 0;
+    mesh.forEachNeighbour(v,
+                          [&](int u)
+                          {
+                              sum.add(mesh.point(u) - mesh.point(v));
+                              ++num;
+                          });
+    return sum / num;
+}
+
+Vector3 SourceSurface::normalAt(int v) const
+{
+    Vector3 sum;
+    mesh.forEachOutgoing(v, [&](int h) { sum.add(vNormals[HalfEdgeMesh::triangleOf(h)]); });
+    return unitOrNull(sum);
+}
+
+// The bulge of a vertex over the mean of its neighbours, less their own mean bulge: a curved surface has the same
+// bulge all over. The median of all counts, unless most vertices stand at features, as those of designed parts.
+double SourceSurface::getRoughness(double featureAngle) const
+{
+    const std::vector<bool> vInner = findInnerVertices(featureAngle);
+    std::vector<double> vOff;
+    for (int v = 0; v < mesh.endVertices(); ++v)
     {
-        Vector3 sum;
-        int numNeighbours = 0;
+        Vector3 around;
+        int num = 0;
+        bool bInner = vInner[v];
         mesh.forEachNeighbour(v,
                               [&](int u)
                               {
-                                  sum.add(valueOf(u));
-                                  ++numNeighbours;
+                                  bInner = bInner && vInner[u];
+                                  if (bInner)
+                                      around.add(bulgeAt(u));
+                                  ++num;
                               });
-        return sum / numNeighbours;
-    };
-    std::vector<Vector3> vBulge(num);
-    for (int v = 0; v < num; ++v)
-        vBulge[v] = meanAround(v, [&](int u) { return mesh.point(u) - mesh.point(v); });
-    std::vector<double> vOff;
-    for (int v = 0; v < num; ++v)
-    {
-        Vector3 normal;
-        mesh.forEachOutgoing(v, [&](int h) { normal.add(vNormals[HalfEdgeMesh::triangleOf(h)]); });
-        const Vector3 around = meanAround(v, [&](int u) { return vBulge[u]; });
-        if (!mesh.isBorderVertex(v))
-            vOff.push_back(std::fabs((vBulge[v] + around * -1.0) * unitOrNull(normal)));
+        if (bInner)
+            vOff.push_back(std::fabs((bulgeAt(v) + around / -num) * normalAt(v)));
     }
-    if (vOff.empty())
+    if (2 * vOff.size() < static_cast<std::size_t>(mesh.getNumVertices()))
         return 0.0;
     const auto median = vOff.begin() + static_cast<std::ptrdiff_t>(vOff.size() / 2);
     std::nth_element(vOff.begin(), median, vOff.end());

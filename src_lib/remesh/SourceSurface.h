@@ -40,8 +40,8 @@ public:
     // Degrees; where the distribution of dihedral angles, weighted by length, has its gap.
     [[nodiscard]] double findFeatureAngle() const;
     // How far a vertex usually stands off from where its neighbours' neighbours would put it, in units of the
-    // points: next to nothing on smooth surfaces, the noise of a scan.
-    [[nodiscard]] double getRoughness() const;
+    // points: next to nothing on smooth surfaces, the noise of a scan. 0 if most vertices stand at edges above the angle.
+    [[nodiscard]] double getRoughness(double featureAngle) const;
     // Finds features, patches and chains. Call once, after build().
     void markFeatures(double featureAngle, double length, double tolerance);
 
@@ -54,6 +54,9 @@ public:
 
 private:
     [[nodiscard]] double cosOfEdge(int h) const;
+    [[nodiscard]] std::vector<bool> findInnerVertices(double featureAngle) const;
+    [[nodiscard]] Vector3 bulgeAt(int v) const;
+    [[nodiscard]] Vector3 normalAt(int v) const;
     [[nodiscard]] bool isRidge(int h, double length, double tolerance) const;
     [[nodiscard]] bool isTip(int v, double length, double tolerance) const;
     void findKinds(double length, double tolerance);

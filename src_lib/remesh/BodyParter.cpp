@@ -1,7 +1,7 @@
-#include "remesh/SheetParter.h"
+#include "remesh/BodyParter.h"
 
 #include "geometry/tools.h"
-#include "remesh/EdgeTable.h"
+#include "remesh/SoupEdgeTable.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -47,7 +47,7 @@ void splitEdges(FlatSoup& soup, const std::vector<std::pair<int, int>>& vEnds)
 } // namespace
 
 // A triangle at a crowded edge.
-struct SheetParter::Spoke
+struct BodyParter::Spoke
 {
     int corner;    // that begins the edge
     double angle;  // round the edge
@@ -57,7 +57,7 @@ struct SheetParter::Spoke
 };
 
 // Whether nothing stands between two spokes, counter-clockwise, but what lies on one of them.
-bool SheetParter::isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j)
+bool BodyParter::isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j)
 {
     for (std::size_t k = (i + 1) % vSpokes.size(); k != j; k = (k + 1) % vSpokes.size())
         if (vSpokes[k].angle != vSpokes[i].angle && vSpokes[k].angle != vSpokes[j].angle)
@@ -67,16 +67,16 @@ bool SheetParter::isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std
 
 // Two sheets can end up with two edges between the same two vertices. Such edges are cut in the middle, and all
 // is parted again.
-void SheetParter::run(FlatSoup& soup)
+void BodyParter::run(FlatSoup& soup)
 {
-    *this = SheetParter();
+    *this = BodyParter();
     for (int round = 0; round < MAX_ROUNDS; ++round)
         if (tryToPart(soup, round + 1 == MAX_ROUNDS))
             return;
 }
 
 // The last resort: triangles that are in the way become parts of their own.
-void SheetParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
+void BodyParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
 {
     for (const int t : vTriangles)
     {
@@ -89,12 +89,12 @@ void SheetParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
     }
 }
 
-bool SheetParter::tryToPart(FlatSoup& soup, bool bLast)
+bool BodyParter::tryToPart(FlatSoup& soup, bool bLast)
 {
-    *this = SheetParter();
+    *this = BodyParter();
     vPartner.assign(soup.vCorners.size(), ABSENT);
     TurnedSets sets(soup.numTriangles());
-    const EdgeTable edges(soup.vPoints.size(), soup.vCorners);
+    const SoupEdgeTable edges(soup.vPoints.size(), soup.vCorners);
     pairPlain(soup, edges, sets);
     if (numParted != 0)
     {
@@ -108,7 +108,7 @@ bool SheetParter::tryToPart(FlatSoup& soup, bool bLast)
     std::vector<std::pair<int, int>> vAgain;
     std::vector<int> vInTheWay;
     const auto unmoved = [this](int c) { return vTurned[c / 3] ? 3 * (c / 3) + 2 - c % 3 : c; };
-    EdgeTable(parted.vPoints.size(), parted.vCorners)
+    SoupEdgeTable(parted.vPoints.size(), parted.vCorners)
         .forEachEdge(
             [&](const int* pCorners, int num)
             {
@@ -134,7 +134,7 @@ bool SheetParter::tryToPart(FlatSoup& soup, bool bLast)
     return false;
 }
 
-void SheetParter::pairPlain(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets)
+void BodyParter::pairPlain(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets)
 {
     edges.forEachEdge(
         [&](const int* pCorners, int num)
@@ -156,7 +156,7 @@ void SheetParter::pairPlain(const FlatSoup& soup, const EdgeTable& edges, Turned
 }
 
 // Which sets enclose a space, and on which side.
-void SheetParter::findFacing(const FlatSoup& soup, TurnedSets& sets)
+void BodyParter::findFacing(const FlatSoup& soup, TurnedSets& sets)
 {
     vFacing.assign(soup.numTriangles(), 0);
     std::vector<double> vVolume(soup.numTriangles(), 0.0);
@@ -179,7 +179,7 @@ void SheetParter::findFacing(const FlatSoup& soup, TurnedSets& sets)
     }
 }
 
-void SheetParter::pairCrowded(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets)
+void BodyParter::pairCrowded(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets)
 {
     edges.forEachEdge(
         [&](const int* pCorners, int num)
@@ -189,7 +189,7 @@ void SheetParter::pairCrowded(const FlatSoup& soup, const EdgeTable& edges, Turn
         });
 }
 
-void SheetParter::pairAround(const FlatSoup& soup, const int* pCorners, int num, TurnedSets& sets)
+void BodyParter::pairAround(const FlatSoup& soup, const int* pCorners, int num, TurnedSets& sets)
 {
     const int start = soup.vCorners[pCorners[0]];
     const Point3& a = soup.pointOf(pCorners[0]);
@@ -258,7 +258,7 @@ void SheetParter::pairAround(const FlatSoup& soup, const int* pCorners, int num,
 
 // 0 is best, 100 is not allowed. lower stands before upper round the edge; the space between them is that of a
 // body if lower's back looks up and upper's back looks down.
-int SheetParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, TurnedSets& sets) const
+int BodyParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, TurnedSets& sets) const
 {
     const bool bSame = lower.set == upper.set;
     if (bSame)
@@ -277,7 +277,7 @@ int SheetParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, Turn
     return bTogether ? 9 : 6;
 }
 
-void SheetParter::turn(FlatSoup& soup, TurnedSets& sets)
+void BodyParter::turn(FlatSoup& soup, TurnedSets& sets)
 {
     const int num = soup.numTriangles();
     vTurned.assign(num, false);
@@ -301,7 +301,7 @@ void SheetParter::turn(FlatSoup& soup, TurnedSets& sets)
 }
 
 // Corners that paired edges join are one vertex.
-void SheetParter::partVertices(FlatSoup& soup) const
+void BodyParter::partVertices(FlatSoup& soup) const
 {
     TurnedSets corners(static_cast<int>(soup.vCorners.size()));
     for (int c = 0; c < static_cast<int>(soup.vCorners.size()); ++c)

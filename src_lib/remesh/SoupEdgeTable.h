@@ -1,5 +1,5 @@
-#ifndef ZEF_EDGETABLE_H
-#define ZEF_EDGETABLE_H
+#ifndef ZEF_SOUPEDGETABLE_H
+#define ZEF_SOUPEDGETABLE_H
 
 #include <cstddef>
 #include <utility>
@@ -11,10 +11,10 @@ namespace TARN_ZEF
 //
 // Invariant:  edges in the order of their ends; the corners of an edge in the order of their numbers.
 // Cost:       12 bytes a corner; linear in time.
-class EdgeTable
+class SoupEdgeTable
 {
 public:
-    EdgeTable(std::size_t numVertices, const std::vector<int>& vCorners);
+    SoupEdgeTable(std::size_t numVertices, const std::vector<int>& vCorners);
 
     // Calls f(pCorners, num) for each edge: the corners 3t + k that begin it, in either direction.
     template <typename F>

@@ -1,5 +1,5 @@
-#ifndef ZEF_SHEETPARTER_H
-#define ZEF_SHEETPARTER_H
+#ifndef ZEF_BODYPARTER_H
+#define ZEF_BODYPARTER_H
 
 #include "remesh/FlatSoup.h"
 #include "remesh/TurnedSets.h"
@@ -8,14 +8,14 @@
 
 namespace TARN_ZEF
 {
-class EdgeTable;
+class SoupEdgeTable;
 
 // Parts a welded soup into manifold sheets that are each turned consistently.
 //
 // Along edges of two triangles the sheets are plain. Where more meet, the triangles are sorted round the edge
 // and paired so that each body keeps the space behind its faces; who is left alone gets a border. A surface of one
 // side, such as a Moebius strip, is cut open along an edge. A vertex where several fans meet becomes one for each.
-class SheetParter
+class BodyParter
 {
 public:
     // Changes soup in place: corners of turned triangles change places, vertices are copied.
@@ -36,8 +36,8 @@ private:
     [[nodiscard]] bool tryToPart(FlatSoup& soup, bool bLast);
     void isolate(FlatSoup& soup, const std::vector<int>& vTriangles);
     [[nodiscard]] static bool isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j);
-    void pairPlain(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets);
-    void pairCrowded(const FlatSoup& soup, const EdgeTable& edges, TurnedSets& sets);
+    void pairPlain(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets);
+    void pairCrowded(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets);
     void pairAround(const FlatSoup& soup, const int* pCorners, int num, TurnedSets& sets);
     [[nodiscard]] int rate(const Spoke& lower, const Spoke& upper, bool bAlone, TurnedSets& sets) const;
     void findFacing(const FlatSoup& soup, TurnedSets& sets);

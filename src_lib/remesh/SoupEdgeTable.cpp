@@ -1,4 +1,4 @@
-#include "remesh/EdgeTable.h"
+#include "remesh/SoupEdgeTable.h"
 
 #include "remesh/FlatSoup.h"
 
@@ -7,7 +7,7 @@
 namespace TARN_ZEF
 {
 // Sorted into the buckets of the low ends first; the buckets are short.
-EdgeTable::EdgeTable(std::size_t numVertices, const std::vector<int>& vCorners)
+SoupEdgeTable::SoupEdgeTable(std::size_t numVertices, const std::vector<int>& vCorners)
 {
     const auto endsOf = [&vCorners](int c) { return std::minmax(vCorners[c], vCorners[FlatSoup::next(c)]); };
     const int num = static_cast<int>(vCorners.size());
