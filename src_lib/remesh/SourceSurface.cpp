@@ -100,20 +100,20 @@ double SourceSurface::findFeatureAngle() const
     return best;
 }
 
-// Whether a vertex has no border and no edge above the angle: there a surface can be smooth or rough.
-std::vector<bool> SourceSurface::findInnerVertices(double featureAngle) const
+// Beside edges above the angle a surface is neither smooth nor rough.
+std::vector<bool> SourceSurface::findSmoothVertices(double featureAngle) const
 {
     const double cosFeature = featureAngle > 180.0 ? -2.0 : cosOfDegrees(featureAngle);
-    std::vector<bool> vInner(mesh.endVertices(), true);
+    std::vector<bool> vSmooth(mesh.endVertices(), true);
     mesh.forEachEdge(
         [&](int h)
         {
-            if (!mesh.isBorder(h) && cosOfEdge(h) >= cosFeature)
+            if (mesh.isBorder(h) || cosOfEdge(h) >= cosFeature)
                 return;
-            vInner[mesh.from(h)] = false;
-            vInner[mesh.to(h)] = false;
+            vSmooth[mesh.from(h)] = false;
+            vSmooth[mesh.to(h)] = false;
         });
-    return vInner;
+    return vSmooth;
 }
 
 Vector3 SourceSurface::bulgeAt(int v) const
@@ -140,25 +140,28 @@ Vector3 SourceSurface::normalAt(int v) const
 // bulge all over. The median of all counts, unless most vertices stand at features, as those of designed parts.
 double SourceSurface::getRoughness(double featureAngle) const
 {
-    const std::vector<bool> vInner = findInnerVertices(featureAngle);
+    const std::vector<bool> vSmooth = findSmoothVertices(featureAngle);
     std::vector<double> vOff;
+    int numInner = 0;
     for (int v = 0; v < mesh.endVertices(); ++v)
     {
         Vector3 around;
         int num = 0;
-        bool bInner = vInner[v];
+        bool bInner = !mesh.isBorderVertex(v);
+        bool bSmooth = vSmooth[v];
         mesh.forEachNeighbour(v,
                               [&](int u)
                               {
-                                  bInner = bInner && vInner[u];
-                                  if (bInner)
-                                      around.add(bulgeAt(u));
+                                  bInner = bInner && !mesh.isBorderVertex(u);
+                                  bSmooth = bSmooth && vSmooth[u];
+                                  around.add(bInner ? bulgeAt(u) : Vector3());
                                   ++num;
                               });
-        if (bInner)
+        numInner += bInner ? 1 : 0;
+        if (bInner && bSmooth)
             vOff.push_back(std::fabs((bulgeAt(v) + around / -num) * normalAt(v)));
     }
-    if (2 * vOff.size() < static_cast<std::size_t>(mesh.getNumVertices()))
+    if (vOff.empty() || 2 * static_cast<int>(vOff.size()) < numInner)
         return 0.0;
     const auto median = vOff.begin() + static_cast<std::ptrdiff_t>(vOff.size() / 2);
     std::nth_element(vOff.begin(), median, vOff.end());

@@ -54,7 +54,7 @@ public:
 
 private:
     [[nodiscard]] double cosOfEdge(int h) const;
-    [[nodiscard]] std::vector<bool> findInnerVertices(double featureAngle) const;
+    [[nodiscard]] std::vector<bool> findSmoothVertices(double featureAngle) const;
     [[nodiscard]] Vector3 bulgeAt(int v) const;
     [[nodiscard]] Vector3 normalAt(int v) const;
     [[nodiscard]] bool isRidge(int h, double length, double tolerance) const;
