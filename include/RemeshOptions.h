@@ -26,7 +26,7 @@ struct ZEF_API RemeshOptions
     double featureAngle = FOUND;
 
     // Farthest that the result may lie off the soup, or the soup off the result, in wanted lengths. Above 0, at
-    // most 1. A rough scan widens it to 4 times its roughness, at most to 0.1.
+    // most 1. A rough scan widens it to 10 times its roughness, at most to 0.1.
     double tolerance = 0.02;
 
     // Corners nearer than this are one, in extents of the soup; also the gap up to which a corner counts as lying on an

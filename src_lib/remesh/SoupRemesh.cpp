@@ -25,7 +25,7 @@ constexpr double MOST_PIECES_PER_EXTENT = 400.0;
 constexpr double SMALL_FEATURES = 0.1;
 constexpr double PIECES_ROUND = 6.0; // of a closed feature
 // A rough scan is followed less closely: this many times its roughness, at most this part of the length.
-constexpr double ROUGHNESS_FACTOR = 4.0;
+constexpr double ROUGHNESS_FACTOR = 10.0;
 constexpr double ROUGH_TOLERANCE = 0.1;
 constexpr double TRIANGLES_PER_SQUARE = 2.31;
 

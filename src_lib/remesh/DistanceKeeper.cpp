@@ -1,0 +1,148 @@
+#include "remesh/DistanceKeeper.h"
+
+#include "remesh/EdgeFlipper.h"
+#include "remesh/triangles.h"
+
+#include <algorithm>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr int NONE = HalfEdgeMesh::NONE;
+constexpr int MAX_ROUNDS = 12;
+// Triangles that come this near to the tolerance, in squares, are measured at more places, so many times.
+constexpr double SUSPICIOUS = 0.25;
+constexpr int MAX_DEPTH = 2;
+// Long edges of the source are measured at places this far apart, in lengths.
+constexpr double STEP = 0.5;
+
+// The way from the source to the result.
+class WayBack
+{
+public:
+    explicit WayBack(const WorkSurface& work_)
+        : work(work_)
+        , walker(work_.mesh)
+        , vStart(work_.source.getPatches().size(), NONE)
+        , vNear(work_.source.getMesh().endTriangles(), NONE)
+    {
+        for (int t = 0; t < work.mesh.endTriangles(); ++t)
+            if (work.mesh.isAlive(t))
+            {
+                vStart[work.mesh.label(t)] = t;
+                vNear[work.vHint[t]] = t;
+            }
+    }
+
+    // p lies on triangle s of the source.
+    [[nodiscard]] SurfacePlace find(const Point3& p, int s)
+    {
+        int& last = vStart[work.source.getMesh().label(s)];
+        const int start = vNear[s] != NONE ? vNear[s] : last;
+        const SurfacePlace place = walker.nearest(p, start, work.settings.tolerance);
+        last = place.triangle;
+        return place;
+    }
+
+private:
+    const WorkSurface& work;
+    PatchWalker walker;
+    std::vector<int> vStart; // a patch each: the triangle found last
+    std::vector<int> vNear;  // a triangle of the source each: one of the result there
+};
+} // namespace
+
+void DistanceKeeper::run()
+{
+    EdgeFlipper flipper(work);
+    for (int round = 0; round < MAX_ROUNDS; ++round)
+    {
+        std::vector<int> vFar = findFarTriangles();
+        const std::vector<int> vBelow = findBelowSource();
+        vFar.insert(vFar.end(), vBelow.begin(), vBelow.end());
+        std::sort(vFar.begin(), vFar.end());
+        vFar.erase(std::unique(vFar.begin(), vFar.end()), vFar.end());
+        numFar = static_cast<int>(vFar.size());
+        const auto num = std::count_if(vFar.begin(), vFar.end(), [this](int t) { return splitTriangle(t); });
+        if (num == 0)
+            return;
+        flipper.flipAll(EdgeFlipper::Aim::SHAPE);
+    }
+}
+
+bool DistanceKeeper::splitTriangle(int t)
+{
+    int longest = NONE;
+    for (int h = 4 * t; h < 4 * t + 3; ++h)
+        if (mesh.feature(h) == 0 && (longest == NONE || work.lengthOf(h) > work.lengthOf(longest)))
+            longest = h;
+    return longest != NONE && work.splitInMiddle(longest) != NONE;
+}
+
+std::vector<int> DistanceKeeper::findFarTriangles() const
+{
+    std::vector<int> vFar;
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t) && !work.patchOf(t).bFlat &&
+            isFar(t, mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)),
+                  mesh.point(mesh.from(4 * t + 2)), 0))
+            vFar.push_back(t);
+    return vFar;
+}
+
+// On the part of t between three places.
+bool DistanceKeeper::isFar(int t, const Point3& a, const Point3& b, const Point3& c, int depth) const
+{
+    const double tolerance = work.settings.tolerance;
+    const Point3 ab = middle(a, b);
+    const Point3 bc = middle(b, c);
+    const Point3 ca = middle(c, a);
+    double worst = 0.0;
+    for (const Point3& p : {centre(a, b, c), ab, bc, ca})
+        if (worst <= tolerance * tolerance)
+            worst = std::max(worst, work.walker.nearest(p, work.vHint[t], tolerance).sqDist);
+    if (worst > tolerance * tolerance)
+        return true;
+    if (worst < SUSPICIOUS * tolerance * tolerance || depth == MAX_DEPTH)
+        return false;
+    return isFar(t, a, ab, ca, depth + 1) || isFar(t, ab, b, bc, depth + 1) ||
+           isFar(t, ca, bc, c, depth + 1) || isFar(t, ab, bc, ca, depth + 1);
+}
+
+// The other way: each vertex of the source has the result near, and so have its long edges. Those of the features are
+// followed by the chains.
+std::vector<int> DistanceKeeper::findBelowSource() const
+{
+    const double tolerance = work.settings.tolerance;
+    const HalfEdgeMesh& from = work.source.getMesh();
+    WayBack wayBack(work);
+    std::vector<int> vBelow;
+    const auto measure = [&](const Point3& p, int s)
+    {
+        const SurfacePlace place = wayBack.find(p, s);
+        if (place.sqDist > tolerance * tolerance)
+            vBelow.push_back(place.triangle);
+    };
+    from.forEachEdge(
+        [&](int h)
+        {
+            const int s = HalfEdgeMesh::triangleOf(h);
+            if (from.feature(h) != 0 || work.source.getPatches()[from.label(s)].bFlat)
+                return;
+            const Point3& a = from.point(from.from(h));
+            const Vector3 ab = from.point(from.to(h)) - a;
+            const int num = static_cast<int>(std::min(ab.length() / (STEP * work.settings.length), 1e6));
+            for (int i = 1; i <= num; ++i)
+                measure(a + ab * (static_cast<double>(i) / (num + 1)), s);
+        });
+    for (int v = 0; v < from.endVertices(); ++v)
+    {
+        const int s = HalfEdgeMesh::triangleOf(from.outgoing(v));
+        if (from.kind(v) == HalfEdgeMesh::Kind::FREE && !work.source.getPatches()[from.label(s)].bFlat)
+            measure(from.point(v), s);
+    }
+    return vBelow;
+}
+
+} // namespace TARN_ZEF
