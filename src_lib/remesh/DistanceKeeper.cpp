@@ -24,32 +24,47 @@ public:
     explicit WayBack(const WorkSurface& work_)
         : work(work_)
         , walker(work_.mesh)
-        , vStart(work_.source.getPatches().size(), NONE)
         , vNear(work_.source.getMesh().endTriangles(), NONE)
     {
         for (int t = 0; t < work.mesh.endTriangles(); ++t)
             if (work.mesh.isAlive(t))
-            {
-                vStart[work.mesh.label(t)] = t;
                 vNear[work.vHint[t]] = t;
-            }
+        spread();
     }
 
     // p lies on triangle s of the source.
     [[nodiscard]] SurfacePlace find(const Point3& p, int s)
     {
-        int& last = vStart[work.source.getMesh().label(s)];
-        const int start = vNear[s] != NONE ? vNear[s] : last;
-        const SurfacePlace place = walker.nearest(p, start, work.settings.tolerance);
-        last = place.triangle;
+        const SurfacePlace place = walker.nearest(p, vNear[s], work.settings.tolerance);
+        vNear[s] = place.triangle;
         return place;
     }
 
 private:
+    // Triangles of the source that nobody lies on get what their neighbours have.
+    void spread()
+    {
+        const HalfEdgeMesh& from = work.source.getMesh();
+        std::vector<int> vQueue;
+        for (int s = 0; s < from.endTriangles(); ++s)
+            if (vNear[s] != NONE)
+                vQueue.push_back(s);
+        for (std::size_t i = 0; i < vQueue.size(); ++i)
+            for (int h = 4 * vQueue[i]; h < 4 * vQueue[i] + 3; ++h)
+            {
+                if (from.feature(h) != 0 || from.isBorder(h))
+                    continue;
+                const int s = HalfEdgeMesh::triangleOf(from.partner(h));
+                if (vNear[s] != NONE)
+                    continue;
+                vNear[s] = vNear[vQueue[i]];
+                vQueue.push_back(s);
+            }
+    }
+
     const WorkSurface& work;
     PatchWalker walker;
-    std::vector<int> vStart; // a patch each: the triangle found last
-    std::vector<int> vNear;  // a triangle of the source each: one of the result there
+    std::vector<int> vNear; // a triangle of the source each: one of the result near it
 };
 } // namespace
 

@@ -10,7 +10,8 @@ namespace TARN_ZEF
 namespace
 {
 constexpr int MAX_STEPS = 1000;
-}
+constexpr double WIDER = 4.0;
+} // namespace
 
 SurfacePlace PatchWalker::walk(const Point3& p, int startTriangle) const
 {
@@ -29,7 +30,7 @@ SurfacePlace PatchWalker::nearest(const Point3& p, int startTriangle, double far
 {
     SurfacePlace place = walk(p, startTriangle);
     if (place.sqDist > far * far)
-        askTree(p, place);
+        askTree(p, far, place);
     return place;
 }
 
@@ -69,37 +70,46 @@ bool PatchWalker::step(const Point3& p, SurfacePlace& place, int& edge, int& cor
     return bBetter;
 }
 
-void PatchWalker::askTree(const Point3& p, SurfacePlace& place) const
+void PatchWalker::fillTree() const
+{
+    pTree = std::make_unique<TARN_LOCATE3::RTree>();
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t))
+            vTreeTriangles.push_back(t);
+    for (int& t : vTreeTriangles)
+    {
+        Box box;
+        for (int h = 4 * t; h < 4 * t + 3; ++h)
+        {
+            const Point3& c = mesh.point(mesh.from(h));
+            box.include({c.x(), c.y(), c.z(), c.x(), c.y(), c.z()});
+        }
+        pTree->addObject(&t, box.xmin, box.ymin, box.zmin, box.xmax, box.ymax, box.zmax);
+    }
+    pTree->build();
+}
+
+// In boxes that grow until one holds the nearest place.
+void PatchWalker::askTree(const Point3& p, double near, SurfacePlace& place) const
 {
     if (!pTree)
-    {
-        pTree = std::make_unique<TARN_LOCATE3::RTree>();
-        for (int t = 0; t < mesh.endTriangles(); ++t)
-            if (mesh.isAlive(t))
-                vTreeTriangles.push_back(t);
-        for (int& t : vTreeTriangles)
-        {
-            Box box;
-            for (int h = 4 * t; h < 4 * t + 3; ++h)
-            {
-                const Point3& c = mesh.point(mesh.from(h));
-                box.include({c.x(), c.y(), c.z(), c.x(), c.y(), c.z()});
-            }
-            pTree->addObject(&t, box.xmin, box.ymin, box.zmin, box.xmax, box.ymax, box.zmax);
-        }
-        pTree->build();
-    }
-    const double d = std::sqrt(place.sqDist);
+        fillTree();
     const int patch = mesh.label(place.triangle);
     std::vector<void*> vFound;
-    pTree->query(vFound, {p.x() - d, p.y() - d, p.z() - d, p.x() + d, p.y() + d, p.z() + d});
     int edge = -1;
     int corner = -1;
-    for (const void* pTriangle : vFound)
+    for (double d = std::min(near, std::sqrt(place.sqDist));; d *= WIDER)
     {
-        const int t = *static_cast<const int*>(pTriangle);
-        if (mesh.label(t) == patch)
-            static_cast<void>(tryTriangle(p, t, place, edge, corner));
+        vFound.clear();
+        pTree->query(vFound, {p.x() - d, p.y() - d, p.z() - d, p.x() + d, p.y() + d, p.z() + d});
+        for (const void* pTriangle : vFound)
+        {
+            const int t = *static_cast<const int*>(pTriangle);
+            if (mesh.label(t) == patch)
+                static_cast<void>(tryTriangle(p, t, place, edge, corner));
+        }
+        if (place.sqDist <= d * d)
+            return;
     }
 }
 

@@ -33,13 +33,14 @@ public:
 
     // The nearest place downhill from a triangle.
     [[nodiscard]] SurfacePlace walk(const Point3& p, int startTriangle) const;
-    // The same, but with the tree's answer where that is farther away than `far`.
+    // The same, but with the tree's answer where that is farther away than `far`, above 0.
     [[nodiscard]] SurfacePlace nearest(const Point3& p, int startTriangle, double far) const;
 
 private:
     [[nodiscard]] bool step(const Point3& p, SurfacePlace& place, int& edge, int& corner) const;
     [[nodiscard]] bool tryTriangle(const Point3& p, int t, SurfacePlace& place, int& edge, int& corner) const;
-    void askTree(const Point3& p, SurfacePlace& place) const;
+    void fillTree() const;
+    void askTree(const Point3& p, double near, SurfacePlace& place) const;
 
     const HalfEdgeMesh& mesh;
     mutable std::unique_ptr<TARN_LOCATE3::RTree> pTree;

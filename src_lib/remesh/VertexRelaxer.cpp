@@ -24,7 +24,7 @@ void VertexRelaxer::relax(bool bOnlyBetter)
         if (!mayMove(v, p, bOnlyBetter))
             continue;
         mesh.setPoint(v, p);
-        work.vHint[t] = place;
+        mesh.forEachOutgoing(v, [&](int h) { work.vHint[HalfEdgeMesh::triangleOf(h)] = place; });
     }
 }
 
