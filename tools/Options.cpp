@@ -165,15 +165,13 @@ void defineReconstruction(CLI::App& app, Options& options)
     CLI::Option* pSpacing =
         app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
             ->group(reconstruction);
+    app.add_flag("--plain", options.bPlain, "The plain result; with -m from cells of the spacing, needs -a")
+        ->group(reconstruction);
     CLI::Option* pMelt = app.add_flag("-m,--fmelt", options.bMelt,
                                       "IN holds triangles: remesh them evenly, edges about -a long")
                              ->excludes(pSmooth)
                              ->excludes(pSpacing)
                              ->group(reconstruction);
-    app.add_flag("--plain", options.bPlain, "With -m: from cells of the spacing; needs -a")
-        ->needs(pMelt)
-        ->excludes(pFactor)
-        ->group(reconstruction);
     app.add_option("--feature-angle", options.featureAngle,
                    "With -m: edges of more degrees stay sharp (found; with --plain 10); 361 keeps none")
         ->check(checkAngle)

@@ -26,7 +26,7 @@ struct Options
     bool bSpacingOnly = false; // print the detected spacing and stop
 
     bool bMelt = false;  // IN holds triangles; the spacing is their edge length
-    bool bPlain = false; // only with bMelt: made from cells; the spacing is given
+    bool bPlain = false; // with bMelt: made from cells; the spacing is given
     bool bCloud = false; // only with bMelt: sample points instead of a mesh; the spacing is given
     double featureAngle =
         -1.0; // degrees above which an edge of the triangles stays sharp; below 0: not given
