@@ -21,6 +21,8 @@ constexpr double SIZE_SLOPE = 0.4;
 constexpr int SMOOTH_ROUNDS = 4;
 constexpr double MORE_PIECES = 1.2;
 constexpr double SNAP = 0.05; // in sizes
+// Pieces may be this much longer than wanted, as edges between the features may, rather than half as long.
+constexpr double LONGER = 1.0 / 3.0;
 constexpr double ROUNDING = 1e-9;
 } // namespace
 
@@ -187,7 +189,7 @@ void ChainSampler::sample(int chain)
     const CreaseChain& own = source.getChains()[chain];
     const bool bClosed = own.vVertices.front() == own.vVertices.back();
     const int most = 2 * static_cast<int>(own.vVertices.size()) + static_cast<int>(wanted);
-    for (int num = std::max(bClosed ? 3 : 1, static_cast<int>(std::ceil(wanted - ROUNDING))); num <= most;
+    for (int num = std::max(bClosed ? 3 : 1, static_cast<int>(std::ceil(wanted - LONGER))); num <= most;
          num = std::max(num + 1, static_cast<int>(MORE_PIECES * num)))
     {
         vSamples[chain] = place(chain, num);
@@ -251,7 +253,7 @@ std::vector<ChainSample> ChainSampler::placeOnAll(int chain) const
             size = std::min(size, v[k].size);
         const Point3& a = pointOf(chain, i);
         const Point3& b = pointOf(chain, i + 1);
-        const int num = std::max(1, static_cast<int>(std::ceil((b - a).length() / size - ROUNDING)));
+        const int num = std::max(1, static_cast<int>(std::ceil((b - a).length() / size - LONGER)));
         for (int n = i == 0 ? 1 : 0; n < num; ++n)
         {
             const double along = static_cast<double>(n) / num;

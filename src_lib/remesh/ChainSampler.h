@@ -17,13 +17,13 @@ struct ChainSample
     double size = 0.0; // wanted edge length there
 };
 
-// Cuts the chains of a surface into even pieces, in one dimension: at most as long as asked, shorter where another
+// Cuts the chains of a surface into even pieces, in one dimension: about as long as asked, shorter where another
 // chain of the same patch or the next corner is nearer than that, and shorter too until no old vertex of
 // the chain lies farther than a chord error from its new course.
 class ChainSampler
 {
 public:
-    // length      longest piece
+    // length      of a piece, wanted
     // chordError  0.6 of the tolerance is usual
     // bGraded     whether near features shorten the pieces
     ChainSampler(const SourceSurface& source_, double length_, double chordError_, bool bGraded_);

@@ -1,6 +1,7 @@
 #include "remesh/DistanceKeeper.h"
 
 #include "remesh/EdgeFlipper.h"
+#include "remesh/VertexRelaxer.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -11,66 +12,50 @@ namespace
 {
 constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr int MAX_ROUNDS = 12;
+// Relaxed are what the first rounds put in; the last ones only split, to come to an end.
+constexpr int RELAXED_ROUNDS = 8;
+constexpr int RELAX_PASSES = 2;
 // Triangles that come this near to the tolerance, in squares, are measured at more places, so many times.
 constexpr double SUSPICIOUS = 0.25;
 constexpr int MAX_DEPTH = 2;
 // Long edges of the source are measured at places this far apart, in lengths.
 constexpr double STEP = 0.5;
 
-// The way from the source to the result.
-class WayBack
+// Beside each triangle of the source a triangle of the result, from the hints of the result. Triangles of the source
+// that nobody lies on get what their neighbours have.
+std::vector<int> findNear(const WorkSurface& work)
 {
-public:
-    explicit WayBack(const WorkSurface& work_)
-        : work(work_)
-        , walker(work_.mesh)
-        , vNear(work_.source.getMesh().endTriangles(), NONE)
-    {
-        for (int t = 0; t < work.mesh.endTriangles(); ++t)
-            if (work.mesh.isAlive(t))
-                vNear[work.vHint[t]] = t;
-        spread();
-    }
-
-    // p lies on triangle s of the source.
-    [[nodiscard]] SurfacePlace find(const Point3& p, int s)
-    {
-        const SurfacePlace place = walker.nearest(p, vNear[s], work.settings.tolerance);
-        vNear[s] = place.triangle;
-        return place;
-    }
-
-private:
-    // Triangles of the source that nobody lies on get what their neighbours have.
-    void spread()
-    {
-        const HalfEdgeMesh& from = work.source.getMesh();
-        std::vector<int> vQueue;
-        for (int s = 0; s < from.endTriangles(); ++s)
+    const HalfEdgeMesh& from = work.source.getMesh();
+    std::vector<int> vNear(from.endTriangles(), NONE);
+    for (int t = 0; t < work.mesh.endTriangles(); ++t)
+        if (work.mesh.isAlive(t))
+            vNear[work.vHint[t]] = t;
+    std::vector<int> vQueue;
+    for (int s = 0; s < from.endTriangles(); ++s)
+        if (vNear[s] != NONE)
+            vQueue.push_back(s);
+    for (std::size_t i = 0; i < vQueue.size(); ++i)
+        for (int h = 4 * vQueue[i]; h < 4 * vQueue[i] + 3; ++h)
+        {
+            if (from.feature(h) != 0 || from.isBorder(h))
+                continue;
+            const int s = HalfEdgeMesh::triangleOf(from.partner(h));
             if (vNear[s] != NONE)
-                vQueue.push_back(s);
-        for (std::size_t i = 0; i < vQueue.size(); ++i)
-            for (int h = 4 * vQueue[i]; h < 4 * vQueue[i] + 3; ++h)
-            {
-                if (from.feature(h) != 0 || from.isBorder(h))
-                    continue;
-                const int s = HalfEdgeMesh::triangleOf(from.partner(h));
-                if (vNear[s] != NONE)
-                    continue;
-                vNear[s] = vNear[vQueue[i]];
-                vQueue.push_back(s);
-            }
-    }
-
-    const WorkSurface& work;
-    PatchWalker walker;
-    std::vector<int> vNear; // a triangle of the source each: one of the result near it
-};
+                continue;
+            vNear[s] = vNear[vQueue[i]];
+            vQueue.push_back(s);
+        }
+    return vNear;
+}
 } // namespace
 
+// Triangles never die here, so what is near stays named.
 void DistanceKeeper::run()
 {
     EdgeFlipper flipper(work);
+    VertexRelaxer relaxer(work);
+    vNear = findNear(work);
+    vKnown.clear();
     for (int round = 0; round < MAX_ROUNDS; ++round)
     {
         std::vector<int> vFar = findFarTriangles();
@@ -79,30 +64,77 @@ void DistanceKeeper::run()
         std::sort(vFar.begin(), vFar.end());
         vFar.erase(std::unique(vFar.begin(), vFar.end()), vFar.end());
         numFar = static_cast<int>(vFar.size());
-        const auto num = std::count_if(vFar.begin(), vFar.end(), [this](int t) { return splitTriangle(t); });
-        if (num == 0)
+        std::vector<int> vFresh;
+        for (const int t : vFar)
+        {
+            const int v = splitTriangle(t);
+            if (v != NONE)
+                vFresh.push_back(v);
+        }
+        if (vFresh.empty())
             return;
         flipper.flipAll(EdgeFlipper::Aim::SHAPE);
+        if (round < RELAXED_ROUNDS)
+            relaxAround(vFresh, relaxer);
     }
 }
 
-bool DistanceKeeper::splitTriangle(int t)
+// Vertices that were put in, and their neighbours.
+void DistanceKeeper::relaxAround(std::vector<int> vVertices, VertexRelaxer& relaxer)
+{
+    const std::size_t num = vVertices.size();
+    for (std::size_t i = 0; i < num; ++i)
+        mesh.forEachNeighbour(vVertices[i], [&](int u) { vVertices.push_back(u); });
+    std::sort(vVertices.begin(), vVertices.end());
+    vVertices.erase(std::unique(vVertices.begin(), vVertices.end()), vVertices.end());
+    for (int pass = 0; pass < RELAX_PASSES; ++pass)
+        for (const int v : vVertices)
+            if (relaxer.relaxVertex(v, true))
+                mesh.forEachOutgoing(v, [this](int h) { forget(HalfEdgeMesh::triangleOf(h)); });
+}
+
+// Returns the new vertex, or NONE.
+int DistanceKeeper::splitTriangle(int t)
 {
     int longest = NONE;
     for (int h = 4 * t; h < 4 * t + 3; ++h)
         if (mesh.feature(h) == 0 && (longest == NONE || work.lengthOf(h) > work.lengthOf(longest)))
             longest = h;
-    return longest != NONE && work.splitInMiddle(longest) != NONE;
+    return longest != NONE ? work.splitInMiddle(longest) : NONE;
 }
 
-std::vector<int> DistanceKeeper::findFarTriangles() const
+bool DistanceKeeper::isKnown(int t) const
+{
+    return t < static_cast<int>(vKnown.size()) &&
+           vKnown[t] == std::array<int, 3>{mesh.from(4 * t), mesh.from(4 * t + 1), mesh.from(4 * t + 2)};
+}
+
+void DistanceKeeper::know(int t)
+{
+    if (t >= static_cast<int>(vKnown.size()))
+        vKnown.resize(mesh.endTriangles(), {NONE, NONE, NONE});
+    vKnown[t] = {mesh.from(4 * t), mesh.from(4 * t + 1), mesh.from(4 * t + 2)};
+}
+
+void DistanceKeeper::forget(int t)
+{
+    if (t < static_cast<int>(vKnown.size()))
+        vKnown[t] = {NONE, NONE, NONE};
+}
+
+std::vector<int> DistanceKeeper::findFarTriangles()
 {
     std::vector<int> vFar;
     for (int t = 0; t < mesh.endTriangles(); ++t)
-        if (mesh.isAlive(t) && !work.patchOf(t).bFlat &&
-            isFar(t, mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)),
+    {
+        if (!mesh.isAlive(t) || work.patchOf(t).bFlat || isKnown(t))
+            continue;
+        if (isFar(t, mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)),
                   mesh.point(mesh.from(4 * t + 2)), 0))
             vFar.push_back(t);
+        else
+            know(t);
+    }
     return vFar;
 }
 
@@ -127,15 +159,16 @@ bool DistanceKeeper::isFar(int t, const Point3& a, const Point3& b, const Point3
 
 // The other way: each vertex of the source has the result near, and so have its long edges. Those of the features are
 // followed by the chains.
-std::vector<int> DistanceKeeper::findBelowSource() const
+std::vector<int> DistanceKeeper::findBelowSource()
 {
     const double tolerance = work.settings.tolerance;
     const HalfEdgeMesh& from = work.source.getMesh();
-    WayBack wayBack(work);
+    const PatchWalker walker(mesh);
     std::vector<int> vBelow;
     const auto measure = [&](const Point3& p, int s)
     {
-        const SurfacePlace place = wayBack.find(p, s);
+        const SurfacePlace place = walker.nearest(p, vNear[s], tolerance);
+        vNear[s] = place.triangle;
         if (place.sqDist > tolerance * tolerance)
             vBelow.push_back(place.triangle);
     };

@@ -3,10 +3,13 @@
 
 #include "remesh/WorkSurface.h"
 
+#include <array>
 #include <vector>
 
 namespace TARN_ZEF
 {
+class VertexRelaxer;
+
 // The last step: measures the distances between result and source, both ways, and splits triangles where one is above
 // the tolerance.
 class DistanceKeeper
@@ -24,13 +27,19 @@ public:
     [[nodiscard]] int getNumFar() const { return numFar; }
 
 private:
-    [[nodiscard]] std::vector<int> findFarTriangles() const;
+    [[nodiscard]] std::vector<int> findFarTriangles();
     [[nodiscard]] bool isFar(int t, const Point3& a, const Point3& b, const Point3& c, int depth) const;
-    [[nodiscard]] std::vector<int> findBelowSource() const;
-    [[nodiscard]] bool splitTriangle(int t);
+    [[nodiscard]] bool isKnown(int t) const;
+    void know(int t);
+    void forget(int t);
+    void relaxAround(std::vector<int> vVertices, VertexRelaxer& relaxer);
+    [[nodiscard]] std::vector<int> findBelowSource();
+    [[nodiscard]] int splitTriangle(int t);
 
     WorkSurface& work;
     HalfEdgeMesh& mesh;
+    std::vector<std::array<int, 3>> vKnown; // a triangle each: its corners when it was near enough
+    std::vector<int> vNear;                 // a triangle of the source each: one of the result near it
     int numFar = 0;
 };
 

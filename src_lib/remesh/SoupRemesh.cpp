@@ -68,7 +68,8 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
                           ROUGHNESS_FACTOR * source.getRoughness(report.featureAngle) / report.length)) *
         report.length;
     report.tolerance = tolerance;
-    source.markFeatures(report.featureAngle, report.length, tolerance);
+    source.markFeatures(report.featureAngle, report.length, tolerance,
+                        tolerance > options.tolerance * report.length);
     Remesher remesher(source, {report.length, tolerance, !options.bCoarse});
     remesher.run(progress);
     report.numFarPlaces = remesher.getNumFarPlaces();
@@ -129,7 +130,7 @@ bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& sou
 double SoupRemesh::findLength(const SourceSurface& source) const
 {
     SourceSurface marked = source;
-    marked.markFeatures(report.featureAngle, DBL_MAX, DBL_MAX);
+    marked.markFeatures(report.featureAngle, DBL_MAX, DBL_MAX, false);
     std::vector<double> vSizes;
     for (const CreaseChain& chain : marked.getChains())
     {

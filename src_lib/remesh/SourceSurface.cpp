@@ -1,5 +1,6 @@
 #include "remesh/SourceSurface.h"
 
+#include "remesh/TurnedSets.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ constexpr int USUAL_ANGLE = 20;
 constexpr int HALF_WINDOW = 4;
 // A ridge is long from this many lengths on: shorter ones are facets of something round.
 constexpr double LONG_RIDGE = 2.5;
+constexpr double SHORT_FEATURE = 5.0;  // in lengths
 constexpr double COS_SHARP_TURN = 0.5; // 60 degrees
 constexpr double STEEP = 0.3;          // sine of the fall of all edges at a tip
 // Exactly flat: corners this near to one plane, in sizes of the coordinates. Flat: this near in tolerances, and
@@ -179,7 +181,7 @@ bool SourceSurface::isRidge(int h, double length, double tolerance) const
     return isHighBend(std::min(height(h), height(mesh.partner(h))), length, cosOfEdge(h), tolerance);
 }
 
-void SourceSurface::markFeatures(double featureAngle, double length, double tolerance)
+void SourceSurface::markFeatures(double featureAngle, double length, double tolerance, bool bRough)
 {
     const double cosFeature = featureAngle > 180.0 ? -2.0 : cosOfDegrees(featureAngle);
     mesh.forEachEdge(
@@ -188,10 +190,62 @@ void SourceSurface::markFeatures(double featureAngle, double length, double tole
             if (mesh.isBorder(h) || cosOfEdge(h) < cosFeature || isRidge(h, length, tolerance))
                 mesh.setFeature(h, 1);
         });
+    if (bRough)
+        dropShortFeatures(SHORT_FEATURE * length);
     findKinds(length, tolerance);
+    if (bRough)
+        joinCorners(tolerance);
     findPatches();
     findFlatPatches(tolerance);
     findChains();
+}
+
+// All inner features that hang together, by their whole length.
+void SourceSurface::dropShortFeatures(double shortest)
+{
+    TurnedSets sets(mesh.endVertices());
+    std::vector<double> vLength(mesh.endVertices(), 0.0);
+    const auto forEachInner = [this](auto f)
+    {
+        mesh.forEachEdge(
+            [&](int h)
+            {
+                if (!mesh.isBorder(h) && mesh.feature(h) != 0)
+                    f(h);
+            });
+    };
+    forEachInner([&](int h) { static_cast<void>(sets.join(mesh.from(h), mesh.to(h), false)); });
+    forEachInner(
+        [&](int h) {
+            vLength[sets.find(mesh.from(h)).set] +=
+                (mesh.point(mesh.to(h)) - mesh.point(mesh.from(h))).length();
+        });
+    forEachInner(
+        [&](int h)
+        {
+            if (vLength[sets.find(mesh.from(h)).set] < shortest)
+                mesh.setFeature(h, 0);
+        });
+}
+
+// Of two corners within the tolerance, where no third feature ends, one is enough.
+void SourceSurface::joinCorners(double tolerance)
+{
+    for (int v = 0; v < mesh.endVertices(); ++v)
+    {
+        int num = 0;
+        bool bNear = false;
+        forEachFeatureAt(mesh, v,
+                         [&](int u, int)
+                         {
+                             ++num;
+                             bNear =
+                                 bNear || (mesh.kind(u) == HalfEdgeMesh::Kind::FIXED &&
+                                           sqDistance(mesh.point(u), mesh.point(v)) < tolerance * tolerance);
+                         });
+        if (num == 2 && bNear)
+            mesh.setKind(v, HalfEdgeMesh::Kind::CHAIN);
+    }
 }
 
 // Whether all edges at a vertex fall away from it, and steeply enough that it cannot vanish.

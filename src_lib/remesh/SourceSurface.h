@@ -42,8 +42,9 @@ public:
     // How far a vertex usually stands off from where its neighbours' neighbours would put it, in units of the
     // points: next to nothing on smooth surfaces, the noise of a scan. 0 if most vertices stand at edges above the angle.
     [[nodiscard]] double getRoughness(double featureAngle) const;
-    // Finds features, patches and chains. Call once, after build().
-    void markFeatures(double featureAngle, double length, double tolerance);
+    // Finds features, patches and chains. Call once, after build(). On a rough surface short features come from noise and
+    // are left out, and corners of borders that stand within the tolerance of one another become one.
+    void markFeatures(double featureAngle, double length, double tolerance, bool bRough);
 
     [[nodiscard]] const HalfEdgeMesh& getMesh() const { return mesh; }
     [[nodiscard]] const std::vector<Patch>& getPatches() const { return vPatches; }
@@ -59,7 +60,9 @@ private:
     [[nodiscard]] Vector3 normalAt(int v) const;
     [[nodiscard]] bool isRidge(int h, double length, double tolerance) const;
     [[nodiscard]] bool isTip(int v, double length, double tolerance) const;
+    void dropShortFeatures(double shortest);
     void findKinds(double length, double tolerance);
+    void joinCorners(double tolerance);
     void findPatches();
     void findFlatPatches(double tolerance);
     void findChains();

@@ -15,17 +15,22 @@ constexpr double GOOD_SHAPE = 0.3;
 void VertexRelaxer::relax(bool bOnlyBetter)
 {
     for (int v = 0; v < mesh.endVertices(); ++v)
-    {
-        if (!mesh.isAliveVertex(v) || mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
-            continue;
-        const int t = HalfEdgeMesh::triangleOf(mesh.outgoing(v));
-        int place = HalfEdgeMesh::NONE;
-        const Point3 p = work.onPatch(middleOfFan(v), t, work.vSize[v], &place);
-        if (!mayMove(v, p, bOnlyBetter))
-            continue;
-        mesh.setPoint(v, p);
-        mesh.forEachOutgoing(v, [&](int h) { work.vHint[HalfEdgeMesh::triangleOf(h)] = place; });
-    }
+        if (mesh.isAliveVertex(v))
+            relaxVertex(v, bOnlyBetter);
+}
+
+bool VertexRelaxer::relaxVertex(int v, bool bOnlyBetter)
+{
+    if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
+        return false;
+    const int t = HalfEdgeMesh::triangleOf(mesh.outgoing(v));
+    int place = HalfEdgeMesh::NONE;
+    const Point3 p = work.onPatch(middleOfFan(v), t, work.vSize[v], &place);
+    if (!mayMove(v, p, bOnlyBetter))
+        return false;
+    mesh.setPoint(v, p);
+    mesh.forEachOutgoing(v, [&](int h) { work.vHint[HalfEdgeMesh::triangleOf(h)] = place; });
+    return true;
 }
 
 // The mean of the fan's centres, by area over the size squared: where small triangles are wanted they pull.

@@ -17,6 +17,8 @@ public:
 
     // bOnlyBetter: only where the worst triangle gets better.
     void relax(bool bOnlyBetter);
+    // Whether it moved.
+    bool relaxVertex(int v, bool bOnlyBetter);
 
 private:
     [[nodiscard]] Point3 middleOfFan(int v) const;
