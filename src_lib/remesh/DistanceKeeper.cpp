@@ -20,6 +20,8 @@ constexpr double SUSPICIOUS = 0.25;
 constexpr int MAX_DEPTH = 2;
 // Long edges of the source are measured at places this far apart, in lengths.
 constexpr double STEP = 0.5;
+// Another edge than the longest is split from this many lengths on.
+constexpr double LEAST_SPLIT = 0.5;
 
 // Beside each triangle of the source a triangle of the result, from the hints of the result. Triangles of the source
 // that nobody lies on get what their neighbours have.
@@ -93,14 +95,21 @@ void DistanceKeeper::relaxAround(std::vector<int> vVertices, VertexRelaxer& rela
                 mesh.forEachOutgoing(v, [this](int h) { forget(HalfEdgeMesh::triangleOf(h)); });
 }
 
-// Returns the new vertex, or NONE.
+// The longest edge; if that cannot be split, another one that is not short. Returns the new vertex, or NONE.
 int DistanceKeeper::splitTriangle(int t)
 {
-    int longest = NONE;
-    for (int h = 4 * t; h < 4 * t + 3; ++h)
-        if (mesh.feature(h) == 0 && (longest == NONE || work.lengthOf(h) > work.lengthOf(longest)))
-            longest = h;
-    return longest != NONE ? work.splitInMiddle(longest) : NONE;
+    std::array<int, 3> edges = {4 * t, 4 * t + 1, 4 * t + 2};
+    std::stable_sort(edges.begin(), edges.end(),
+                     [this](int h, int g) { return work.lengthOf(h) > work.lengthOf(g); });
+    for (const int h : edges)
+    {
+        if (h != edges[0] && work.lengthOf(h) < LEAST_SPLIT * work.settings.length)
+            break;
+        const int v = mesh.feature(h) != 0 ? NONE : work.splitInMiddle(h);
+        if (v != NONE)
+            return v;
+    }
+    return NONE;
 }
 
 bool DistanceKeeper::isKnown(int t) const
