@@ -294,7 +294,7 @@ void BodyFinder::emit()
             if (fresh.first != set)
             {
                 fresh = {set, static_cast<int>(soup.vPoints.size())};
-                soup.vPoints.push_back(Point3(soup.pointOf(3 * (side / 2) + k)));
+                soup.vPoints.emplace_back(soup.pointOf(3 * (side / 2) + k));
             }
             vCorners.push_back(fresh.second);
         }
