@@ -83,7 +83,7 @@ void BodyParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
         vPart[t] = numParts++;
         for (int c = 3 * t; c < 3 * t + 3; ++c)
         {
-            soup.vPoints.push_back(Point3(soup.pointOf(c)));
+            soup.vPoints.emplace_back(soup.pointOf(c));
             soup.vCorners[c] = static_cast<int>(soup.vPoints.size()) - 1;
         }
     }
