@@ -10,6 +10,7 @@
 #include "ZefRefusedException.h"
 #include "checkMesh.h"
 #include "finishSurface.h"
+#include "remesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
 #include "zef_calls.h"

@@ -276,7 +276,9 @@ void Job::checkSpacing(double extent) const
 
 void Job::makeMesh()
 {
-    if (options.bMelt)
+    if (options.isRemesh())
+        remesh();
+    else if (options.bMelt)
         melt();
     else
         reconstruct();
@@ -327,7 +329,8 @@ void Job::melt()
     const Stopwatch stopwatch;
     try
     {
-        pMesh = library([&] { return TARN_ZEF::melt(vPoints, options.spacingAbs, options.featureAngle); });
+        pMesh = library(
+            [&] { return TARN_ZEF::melt(vPoints, options.spacingAbs, options.getCellFeatureAngle()); });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -339,6 +342,41 @@ void Job::melt()
     heldMessages.clear();
 }
 
+// The length in force becomes the spacing, found or given.
+void Job::remesh()
+{
+    TARN_ZEF::RemeshOptions remeshOptions;
+    if (options.spacingAbs > 0.0)
+        remeshOptions.length = options.spacingAbs;
+    remeshOptions.lengthFactor = options.spacingFactor;
+    if (options.featureAngle >= 0.0)
+        remeshOptions.featureAngle = options.featureAngle;
+    TARN_ZEF::RemeshReport remeshReport;
+    const Stopwatch stopwatch;
+    try
+    {
+        pMesh = library([&] { return TARN_ZEF::remesh(vPoints, remeshOptions, &remeshReport); });
+    }
+    catch (const TARN_ZEF::ZefBugException&)
+    {
+        throw ToolError("the triangles cannot be remeshed at this spacing; try another one with -a");
+    }
+    report.computeSeconds = stopwatch.getSeconds();
+    if (isEmpty(pMesh))
+        throw ToolError("no surface came out: no triangle has a height");
+    report.spacing = remeshReport.length;
+    heldMessages.clear();
+    noteRemesh(remeshReport);
+}
+
+void Job::noteRemesh(const TARN_ZEF::RemeshReport& found)
+{
+    if (found.numParted != 0)
+        note("edges of more than two triangles, parted: " + std::to_string(found.numParted));
+    if (found.numFarPlaces != 0)
+        note("places farther off the triangles than the tolerance: " + std::to_string(found.numFarPlaces));
+}
+
 void Job::sampleTriangles()
 {
     std::vector<Point3> vSamples;
@@ -348,7 +386,7 @@ void Job::sampleTriangles()
         library(
             [&]
             {
-                TARN_ZEF::toCloud(vPoints, options.spacingAbs, options.featureAngle, vSamples);
+                TARN_ZEF::toCloud(vPoints, options.spacingAbs, options.getCellFeatureAngle(), vSamples);
                 return true;
             });
     }

@@ -52,6 +52,8 @@ private:
     void reconstruct();
     void finish();
     void melt();
+    void remesh();
+    void noteRemesh(const TARN_ZEF::RemeshReport& found);
     void sampleTriangles();
     void improveMesh();
     void takeMesh();

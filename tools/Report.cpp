@@ -84,9 +84,10 @@ std::string Report::getSummary(const Options& options) const
             std::accumulate(vSteps.begin(), vSteps.end(), 0.0,
                             [](double sum, const StepResult& s) { return sum + s.seconds; });
         text += "\nread " + secondsText(readSeconds);
-        text += (options.bCloud  ? ", sample "
-                 : options.bMelt ? ", melt "
-                                 : ", reconstruct ") +
+        text += (options.bCloud       ? ", sample "
+                 : options.isRemesh() ? ", remesh "
+                 : options.bMelt      ? ", melt "
+                                      : ", reconstruct ") +
                 secondsText(std::max(0.0, computeSeconds - finishSeconds - stepSeconds));
         if (finishSeconds > 0.0)
             text += ", finish " + secondsText(finishSeconds);

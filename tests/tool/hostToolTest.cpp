@@ -142,10 +142,11 @@ const FailureCase FAILURES[] = {
     {"zero spacing", "ball.xyz new.ply -a 0", 2, "above 0"},
     {"both spacings", "ball.xyz new.ply -a 1 -f 1", 2, "excludes"},
     {"target is the input", "old.ply old.ply", 2, "replace"},
-    {"triangles without -a", "box.stl new.ply -m", 2, "For an STL provide also the -a option please"},
     {"sampling to a mesh file", "box.stl new.stl -m -a 1 --cloud", 2, ".xyz"},
     {"step without a mesh", "ball.xyz --png-cloud a.png --laplace 1", 2, "--laplace"},
     {"check without a mesh", "ball.xyz --png-cloud a.png --check", 2, "--check"},
+    {"cells without a size", "box.stl old.ply -m --plain", 2, "-a"},
+    {"samples without a spacing", "box.stl new.xyz -m --cloud", 2, "-a"},
     {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
@@ -227,10 +228,14 @@ TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
 
 TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
 {
-    const Result result = run("box.stl old.ply -m -a 0.1 --feature-angle 30 --json");
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(numberOf(result.out, "inputTriangles"), 12);
-    expectBall(result.out);
+    for (const char* pWay : {" -a 0.1 --plain", " -a 0.1", "", " -f 0.5"})
+    {
+        SCOPED_TRACE(pWay);
+        const Result result = run(std::string("box.stl old.ply -m --feature-angle 30 --json") + pWay);
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(numberOf(result.out, "inputTriangles"), 12);
+        expectBall(result.out);
+    }
 
     const Result sampled = run("box.stl new.xyz -m -a 0.1 --cloud --json");
     ASSERT_EQ(sampled.status, 0) << sampled.err;

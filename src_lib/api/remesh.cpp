@@ -1,0 +1,69 @@
+#include "remesh.h"
+
+#include "core/Progress.h"
+#include "core/definitions.h"
+#include "core/refuse.h"
+#include "remesh/SoupRemesh.h"
+#include "rmesh/RMesh.h"
+
+#include <cmath>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr std::size_t MAX_TRIANGLES = std::size_t{1} << 29;
+constexpr int FEWEST_MAX_TRIANGLES = 100;
+constexpr double LARGEST_WELD_TOLERANCE = 0.1;
+
+std::shared_ptr<Mesh> toMesh(const FlatSoup& flat, double length)
+{
+    RMeshSource source;
+    source.cellSize = length;
+    source.vPoints = flat.vPoints;
+    source.vCorners.assign(flat.vCorners.begin(), flat.vCorners.end());
+    return std::make_shared<Mesh>(new RMesh(source));
+}
+} // namespace
+
+std::string RemeshOptions::getFault() const
+{
+    const auto isPositive = [](double x) { return std::isfinite(x) && x > 0.0; };
+    if (length != FOUND && !isPositive(length))
+        return "the length must be above 0";
+    if (!isPositive(lengthFactor))
+        return "the factor on the length must be above 0";
+    if (maxTriangles < FEWEST_MAX_TRIANGLES)
+        return "the largest number of triangles must be at least 100";
+    if (featureAngle != FOUND && !(std::isfinite(featureAngle) && featureAngle >= 0.0))
+        return "the feature angle must be at least 0";
+    if (!isPositive(tolerance) || tolerance > 1.0)
+        return "the tolerance must be above 0 and at most 1";
+    if (!(weldTolerance >= 0.0) || weldTolerance > LARGEST_WELD_TOLERANCE)
+        return "the weld tolerance must be from 0 to 0.1";
+    return {};
+}
+
+std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const RemeshOptions& options,
+                             RemeshReport* pReport)
+{
+    const std::string fault = options.getFault();
+    if (!fault.empty())
+        refuse<ZefBadArgument>("options.getFault().empty()", fault);
+    if (vTriCorners.size() % 3 != 0)
+        refuse<ZefBadArgument>("vTriCorners.size() % 3 == 0", "the number of corners is no multiple of 3");
+    if (vTriCorners.size() / 3 > MAX_TRIANGLES)
+        refuse<ZefBadArgument>("vTriCorners.size() / 3 <= MAX_TRIANGLES", "more than 2^29 triangles");
+    SoupRemesh soupRemesh(options);
+    const bool bAny = soupRemesh.run(vTriCorners, [](double) {});
+    if (pReport != nullptr)
+        *pReport = soupRemesh.getReport();
+    if (!bAny)
+    {
+        warningMessage("remesh", "no triangle has a height");
+        return nullptr;
+    }
+    return toMesh(soupRemesh.getResult(), soupRemesh.getReport().length);
+}
+
+} // namespace TARN_ZEF
