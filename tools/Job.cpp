@@ -316,7 +316,10 @@ void Job::reconstruct()
 void Job::finish()
 {
     const Stopwatch stopwatch;
-    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints); });
+    // The PLY that is written holds floats.
+    TARN_ZEF::FinishOptions finishOptions;
+    finishOptions.bRoundToFloat = true;
+    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints, finishOptions); });
     report.finishSeconds = stopwatch.getSeconds();
     report.computeSeconds += report.finishSeconds;
     if (isEmpty(pMesh))

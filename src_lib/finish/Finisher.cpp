@@ -9,7 +9,9 @@
 #include "finish/fillLoops.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
+#include <limits>
 #include <string>
 
 namespace TARN_ZEF
@@ -96,7 +98,8 @@ void Finisher::scale(std::vector<Point3>& vPoints, int power)
 void Finisher::part()
 {
     PartReport parts;
-    SheetParter parter(flat, parts, getCellSize());
+    cellSize = findCellSize();
+    SheetParter parter(flat, parts, cellSize);
     parter.run();
     vIsParted = parter.getParted();
     report.numUnusableT = parts.numUnusableT;
@@ -146,7 +149,6 @@ void Finisher::even(int numRounds)
 
 void Finisher::fit()
 {
-    const double cellSize = getCellSize();
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
     SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
@@ -157,15 +159,20 @@ void Finisher::fit()
 
 void Finisher::removeFolds()
 {
+    const bool bFloat = options.bRoundToFloat && areFloatsFine();
+    if (bFloat)
+        roundPoints();
     FoldReport folds;
-    FoldRemoval(mesh, folds).run();
+    FoldRemoval(mesh, folds, bFloat).run();
     // What was smoothed or filled is thin here and there.
     if (options.bEvenTriangles && folds.numPairs > 0)
     {
         const HalfEdgeMesh before = mesh;
         mendThin();
+        if (bFloat)
+            roundPoints();
         FoldReport later;
-        FoldRemoval(mesh, later).runNear(findChanged(before, mesh));
+        FoldRemoval(mesh, later, bFloat).runNear(findChanged(before, mesh));
         folds.numCollapses += later.numCollapses;
         folds.numDroppedT += later.numDroppedT;
         folds.numFilled += later.numFilled;
@@ -174,6 +181,25 @@ void Finisher::removeFolds()
     report.numFoldCollapses = folds.numCollapses;
     report.numFoldT = folds.numDroppedT;
     report.numFilledCuts += folds.numFilled;
+}
+
+// Whether a float tells places a thousandth of a cell apart, everywhere on the surface.
+bool Finisher::areFloatsFine() const
+{
+    double largest = 0.0;
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        for (const double x : {mesh.point(v).x(), mesh.point(v).y(), mesh.point(v).z()})
+            largest = std::max(largest, std::fabs(x));
+    const double unscaled = std::ldexp(largest, exponent);
+    return unscaled < std::numeric_limits<float>::max() && cellSize * 1e-3 > largest * FLT_EPSILON &&
+           std::ldexp(cellSize * 1e-3, exponent) > std::numeric_limits<float>::min();
+}
+
+void Finisher::roundPoints()
+{
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            mesh.setPoint(v, roundToFloat(mesh.point(v)));
 }
 
 void Finisher::load()
@@ -199,7 +225,7 @@ void Finisher::unload()
 }
 
 // Without one that is given: the edges of such a mesh are a little longer than its cells.
-double Finisher::getCellSize() const
+double Finisher::findCellSize() const
 {
     if (options.cellSize > 0.0)
         return std::ldexp(options.cellSize, -exponent);

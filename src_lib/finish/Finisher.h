@@ -30,15 +30,18 @@ private:
     void mendThin();
     void fit();
     void removeFolds();
+    [[nodiscard]] bool areFloatsFine() const;
+    void roundPoints();
     void load();
     void unload();
-    [[nodiscard]] double getCellSize() const;
+    [[nodiscard]] double findCellSize() const;
 
     FlatMesh& flat;
     const std::vector<Point3>& vCloud;
     const FinishOptions& options;
     FinishReport& report;
     HalfEdgeMesh mesh;
+    double cellSize = 0.0;
     int exponent = 0; // of the power of two by which all was divided
     std::vector<Point3> vScaledCloud;
     std::vector<std::uint8_t> vIsParted; // of the points of flat

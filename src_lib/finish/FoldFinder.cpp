@@ -2,6 +2,7 @@
 
 #include "core/numbers.h"
 #include "finish/cellNumber.h"
+#include "geometry/tools.h"
 #include "judge/judgeMesh.h"
 #include "parallel/parallelFor.h"
 
@@ -16,6 +17,15 @@ namespace
 // Triangles whose box covers more cells than this along an axis are always looked at.
 constexpr double MAX_CELLS = 8.0;
 constexpr std::size_t MIN_CHUNK = 10'000;
+// Least height of a triangle, as a share of its longest edge.
+constexpr double LEAST_HEIGHT = 1e-5;
+
+// Has an area, but no normal that could be trusted.
+bool isNearlyFlat(const Point3& a, const Point3& b, const Point3& c)
+{
+    const double longest = std::max({sqDistance(a, b), sqDistance(b, c), sqDistance(c, a)});
+    return crossProduct(b - a, c - a).length() < LEAST_HEIGHT * longest;
+}
 } // namespace
 
 FoldFinder::FoldFinder(const HalfEdgeMesh& mesh_)
@@ -56,7 +66,12 @@ std::vector<FoldFinder::Pair> FoldFinder::judge(const std::vector<int>& vTriangl
         const int second = bAlone ? first : vTriangles[static_cast<std::size_t>(fault.otherTriangle)];
         vResult.emplace_back(std::min(first, second), std::max(first, second));
     }
+    for (const int t : vTriangles)
+        if (isNearlyFlat(mesh.point(mesh.from(4 * t)), mesh.point(mesh.to(4 * t)),
+                         mesh.point(mesh.apex(4 * t))))
+            vResult.emplace_back(t, t);
     std::sort(vResult.begin(), vResult.end());
+    vResult.erase(std::unique(vResult.begin(), vResult.end()), vResult.end());
     return vResult;
 }
 

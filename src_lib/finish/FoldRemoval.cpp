@@ -33,9 +33,10 @@ void sortUnique(std::vector<T>& v)
 }
 } // namespace
 
-FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_)
+FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, bool bFloat_)
     : mesh(mesh_)
     , report(report_)
+    , bFloat(bFloat_)
 {
 }
 
@@ -110,7 +111,7 @@ void FoldRemoval::partEqualPoints()
     }
     for (std::size_t i = 0; i < vEqual.size(); ++i)
     {
-        mesh.setPoint(vEqual[i], vProposed[i]);
+        move(vEqual[i], vProposed[i]);
         touchAround(vEqual[i]);
     }
 }
@@ -137,6 +138,11 @@ std::vector<int> FoldRemoval::findEqualPoints() const
             vEqual.push_back(vVertices[i]);
     }
     return vEqual;
+}
+
+void FoldRemoval::move(int v, const Point3& p)
+{
+    mesh.setPoint(v, bFloat ? roundToFloat(p) : p);
 }
 
 void FoldRemoval::touchAround(int v)
@@ -175,7 +181,7 @@ void FoldRemoval::smooth(const Pairs& vPairs, int numIterations)
             vProposed[k] = num > 0.0 ? p + sum * (SMOOTHING / num) : p;
         }
         for (std::size_t k = 0; k < vVertices.size(); ++k)
-            mesh.setPoint(vVertices[k], vProposed[k]);
+            move(vVertices[k], vProposed[k]);
     }
     for (const int v : vVertices)
         touchAround(v);
@@ -201,7 +207,7 @@ void FoldRemoval::collapse(const Pairs& vPairs)
             const Point3 middle =
                 mesh.point(kept) + (mesh.point(mesh.from(shortest)) - mesh.point(kept)) * 0.5;
             mesh.collapse(shortest);
-            mesh.setPoint(kept, middle);
+            move(kept, middle);
             touchAround(kept);
             ++report.numCollapses;
         }
@@ -292,6 +298,17 @@ void FoldRemoval::dropTriangles(const Flags& vDrop, bool bFill)
     };
     report.numFilled += fillLoops(mesh, LONGEST_FILLED, bIsNew);
     vTouched.resize(static_cast<std::size_t>(mesh.endTriangles()), 1);
+}
+
+Point3 roundToFloat(const Point3& p) noexcept
+{
+    // Volatile, since g++ 12 forgets to round where it takes two coordinates at once.
+    const auto round = [](double x)
+    {
+        const volatile float rounded = static_cast<float>(x);
+        return static_cast<double>(rounded);
+    };
+    return Point3(round(p.x()), round(p.y()), round(p.z()));
 }
 
 } // namespace TARN_ZEF

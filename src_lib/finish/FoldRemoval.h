@@ -31,7 +31,8 @@ class FoldRemoval
 public:
     using Flags = std::vector<std::uint8_t>;
 
-    FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_);
+    // bFloat: the coordinates are floats, and stay so.
+    FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, bool bFloat_);
 
     // On the whole surface, or near the triangles t with vChanged[t] != 0, as the rest is known to be without.
     void run();
@@ -50,12 +51,17 @@ private:
     [[nodiscard]] std::vector<int> getVertices(const Pairs& vPairs, int numRings) const;
     void partEqualPoints();
     [[nodiscard]] std::vector<int> findEqualPoints() const;
+    void move(int v, const Point3& p);
     void touchAround(int v);
 
     HalfEdgeMesh& mesh;
     FoldReport& report;
+    bool bFloat;
     Flags vTouched; // triangles since the last search
 };
+
+// The nearest place with float coordinates.
+[[nodiscard]] Point3 roundToFloat(const Point3& p) noexcept;
 
 } // namespace TARN_ZEF
 

@@ -108,8 +108,14 @@ TEST(FinishSurface, finishedMeshesOfAllKindsEndSound)
     {
         SCOPED_TRACE(finished.name);
         const std::shared_ptr<Mesh> pMesh = makeFinished(finished.source);
-        const std::shared_ptr<Mesh> pResult = finishSurface(*pMesh);
+        FinishOptions options;
+        options.bRoundToFloat = true;
+        const std::shared_ptr<Mesh> pResult = finishSurface(*pMesh, options);
         EXPECT_TRUE(checkMesh(*pResult).isSound());
+        std::vector<Point3*> vVertices;
+        pResult->getPoints(vVertices);
+        for (const Point3* pVertex : vVertices)
+            EXPECT_EQ(static_cast<double>(static_cast<float>(pVertex->x())), pVertex->x());
         EXPECT_EQ(checkMesh(*pResult).isClosed(), checkMesh(*pMesh).isClosed());
     }
 }
