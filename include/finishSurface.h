@@ -20,6 +20,8 @@ struct FinishOptions
     bool bEvenTriangles = true;
     // With a cloud: moves the vertices onto a local fit of the points of their own sheet.
     bool bFitToPoints = true;
+    // With that fit: finds creases and corners of the object, and gives them edges and vertices.
+    bool bKeepCreases = true;
     // Farthest way of a vertex in one fit, in cells. Above 0.
     double maxMove = 0.75;
     // Edge of the lattice cells that the mesh comes from, in units of the points. 0: as the mesh says.
@@ -50,6 +52,9 @@ struct FinishReport
     // --- Fit; 0.0 without one ---
     double fitRadius = 0.0; // of the local fits, in cells
     double noise = 0.0;     // what the points leave the fits by, usually; in cells
+    // --- Creases ---
+    std::size_t numCreaseEdges = 0;   // edges along creases when they were made
+    std::size_t numCreaseCorners = 0; // vertices where three of them meet
 };
 
 // Turns a finished mesh into a sound one: edge-manifold, vertex-manifold, consistently oriented, without triangles

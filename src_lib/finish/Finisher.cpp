@@ -2,6 +2,7 @@
 
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "finish/CreaseMaker.h"
 #include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
@@ -119,12 +120,22 @@ void Finisher::improve()
         even(FIRST_ROUNDS);
     if (!options.bFitToPoints || vCloud.empty())
         return;
-    fit();
+    fit(options.bKeepCreases);
+    if (report.numCreaseEdges > 0)
+        refineCreases();
     if (!options.bEvenTriangles)
         return;
     even(LATER_ROUNDS);
-    fit();
+    fit(false);
     mendThin();
+}
+
+// Where the points belong to is known only now that each side has its own triangles.
+void Finisher::refineCreases()
+{
+    if (options.bEvenTriangles)
+        mendThin();
+    fit(false);
 }
 
 void Finisher::mendThin()
@@ -147,7 +158,7 @@ void Finisher::even(int numRounds)
     relaxation.collapse(THIN);
 }
 
-void Finisher::fit()
+void Finisher::fit(bool bMakeCreases)
 {
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
@@ -155,6 +166,12 @@ void Finisher::fit()
     sheetFit.run();
     report.fitRadius = sheetFit.getRadius();
     report.noise = sheetFit.getNoise();
+    if (!bMakeCreases)
+        return;
+    CreaseMaker maker(mesh, sheetFit.getPlanes(), cellSize, report.noise, report.fitRadius);
+    maker.run();
+    report.numCreaseEdges = maker.getNumCreaseEdges();
+    report.numCreaseCorners = maker.getNumCorners();
 }
 
 void Finisher::removeFolds()

@@ -28,7 +28,8 @@ private:
     void improve();
     void even(int numRounds);
     void mendThin();
-    void fit();
+    void fit(bool bMakeCreases);
+    void refineCreases();
     void removeFolds();
     [[nodiscard]] bool areFloatsFine() const;
     void roundPoints();

@@ -33,6 +33,23 @@ Vector3 NormalTensor::getSmallPart(const Vector3& v, double share) const noexcep
     return result;
 }
 
+Vector3 NormalTensor::solve(const Vector3& right, double share) const noexcept
+{
+    Matrix values = m;
+    Matrix axes = {};
+    diagonalize(values, axes);
+    const double limit = share * std::max({values[0][0], values[1][1], values[2][2]});
+    Vector3 result;
+    for (std::size_t i = 0; i < 3; ++i)
+    {
+        if (!(values[i][i] > limit))
+            continue;
+        const Vector3 axis(axes[0][i], axes[1][i], axes[2][i]);
+        result.add(axis * (right * axis / values[i][i]));
+    }
+    return result;
+}
+
 // Cyclic Jacobi rotations.
 void NormalTensor::diagonalize(Matrix& m, Matrix& axes) noexcept
 {

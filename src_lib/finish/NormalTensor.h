@@ -16,6 +16,8 @@ public:
     void add(const Vector3& v) noexcept;
     // What remains of v without the directions that hold more than the given share of the strongest one.
     [[nodiscard]] Vector3 getSmallPart(const Vector3& v, double share) const noexcept;
+    // The shortest x with (sum of n n^T) x = right; directions below that share of the strongest one count as empty.
+    [[nodiscard]] Vector3 solve(const Vector3& right, double share) const noexcept;
 
 private:
     using Matrix = std::array<std::array<double, 3>, 3>;

@@ -5,6 +5,7 @@
 #include "parallel/parallelFor.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace TARN_ZEF
@@ -157,10 +158,31 @@ Point3 Relaxation::proposeOnBorder(int v) const
     return p + along * (STEP * (way * along));
 }
 
+// Along the chord of the two neighbours on the chain, so that a straight chain stays straight.
+Point3 Relaxation::proposeOnChain(int v) const
+{
+    const Point3& p = mesh.point(v);
+    std::array<int, 2> ends = {NONE, NONE};
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             if (mesh.feature(h) != 0)
+                                 ends[ends[0] == NONE ? 0 : 1] = mesh.to(h);
+                         });
+    if (ends[1] == NONE || mesh.isBorderVertex(v))
+        return p;
+    const Vector3 after = mesh.point(ends[1]) - p;
+    const Vector3 before = mesh.point(ends[0]) - p;
+    const Vector3 along = getUnit(mesh.point(ends[1]) - mesh.point(ends[0]));
+    return p + along * (STEP * 0.5 * ((after + before) * along));
+}
+
 Point3 Relaxation::propose(int v) const
 {
-    if (!mesh.isAliveVertex(v) || mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
+    if (!mesh.isAliveVertex(v) || mesh.kind(v) == HalfEdgeMesh::Kind::FIXED)
         return mesh.point(v);
+    if (mesh.kind(v) == HalfEdgeMesh::Kind::CHAIN)
+        return proposeOnChain(v);
     if (mesh.isBorderVertex(v))
         return proposeOnBorder(v);
     const Point3& p = mesh.point(v);
@@ -251,16 +273,32 @@ bool Relaxation::isBetterCollapsed(int h, const Point3& target, double worst) co
     return bBetter;
 }
 
+// A vertex on a crease only along it, an end or a corner of creases never.
+bool Relaxation::mayVanish(int h) const
+{
+    switch (mesh.kind(mesh.from(h)))
+    {
+    case HalfEdgeMesh::Kind::FREE:
+        return true;
+    case HalfEdgeMesh::Kind::CHAIN:
+        return mesh.feature(h) != 0;
+    case HalfEdgeMesh::Kind::FIXED:
+        return false;
+    }
+    return false;
+}
+
 bool Relaxation::tryCollapse(int h, double worst)
 {
     const int a = mesh.from(h);
     const int b = mesh.to(h);
-    const bool bMiddle = mesh.isBorderVertex(a) == mesh.isBorderVertex(b);
+    const bool bPlain = mesh.kind(a) == HalfEdgeMesh::Kind::FREE && mesh.kind(b) == HalfEdgeMesh::Kind::FREE;
+    const bool bMiddle = bPlain && mesh.isBorderVertex(a) == mesh.isBorderVertex(b);
     const Point3 middle = mesh.point(a) + (mesh.point(b) - mesh.point(a)) * 0.5;
     for (int way : {h, mesh.partner(h)})
     {
         // A border edge has one half-edge only.
-        if (way == NONE || !mesh.mayCollapse(way))
+        if (way == NONE || !mayVanish(way) || !mesh.mayCollapse(way))
             continue;
         if (mesh.isBorderVertex(mesh.from(way)) && !mesh.isBorderVertex(mesh.to(way)))
             continue;

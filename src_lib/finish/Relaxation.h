@@ -10,7 +10,8 @@
 namespace TARN_ZEF
 {
 // Evens out the triangles of a surface without leaving it: flips edges towards larger angles, moves vertices along
-// the surface towards the middle of their triangles, and collapses what stays thin.
+// the surface towards the middle of their triangles, and collapses what stays thin. Feature edges stay; vertices on a
+// chain of them move and collapse along it, fixed ones not at all.
 //
 // Ownership:  works on the caller's mesh.
 // Threads:    what is read only runs on the pool; edits are made in the order of numbers. The result is the same for
@@ -40,8 +41,10 @@ private:
     [[nodiscard]] std::vector<int> findCandidates() const;
     [[nodiscard]] Point3 propose(int v) const;
     [[nodiscard]] Point3 proposeOnBorder(int v) const;
+    [[nodiscard]] Point3 proposeOnChain(int v) const;
     [[nodiscard]] bool isHarmless(int v, const std::vector<Point3>& vProposed) const;
     [[nodiscard]] bool tryCollapse(int h, double worst);
+    [[nodiscard]] bool mayVanish(int h) const;
     [[nodiscard]] bool isBetterCollapsed(int h, const Point3& target, double worst) const;
     [[nodiscard]] int getShortestEdge(int t) const;
 

@@ -1,5 +1,6 @@
 #include "finish/SheetFit.h"
 
+#include "finish/NormalTensor.h"
 #include "finish/QuadricSums.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
@@ -27,6 +28,8 @@ constexpr double VARIANCE_FACTOR = 4.0;
 // Fits whose normal turned by less than this cosine are not made again.
 constexpr double SAME_NORMAL = 0.9998;
 constexpr std::size_t MIN_POINTS = 4;
+// Sides of a crease that meet under about 10 degrees or less do not say where along their normals' difference.
+constexpr double MEETING_SHARE = 0.008;
 
 Vector3 getUnit(const Vector3& v)
 {
@@ -57,6 +60,7 @@ void SheetFit::run()
     fillNormals();
     chooseRadius();
     std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
+    vPlanes.assign(vProposed.size(), LocalPlane());
     parallelFor(vProposed.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
@@ -70,36 +74,43 @@ void SheetFit::run()
             mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
 }
 
-// Area-weighted, then once over the neighbours: single triangles of a noisy mesh say little.
+Vector3 SheetFit::getRawNormal(int v) const
+{
+    Vector3 sum;
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             const Point3& p = mesh.point(mesh.from(h));
+                             sum.add(crossProduct(mesh.point(mesh.to(h)) - p, mesh.point(mesh.apex(h)) - p));
+                         });
+    return getUnit(sum);
+}
+
+// Area-weighted, then once over the neighbours: single triangles of a noisy mesh say little. Vertices on creases have
+// none: what they would give is neither side's.
 void SheetFit::fillNormals()
 {
     const auto num = static_cast<std::size_t>(mesh.endVertices());
     std::vector<Vector3> vRaw(num);
     vNormals.assign(num, Vector3());
+    const auto isPlain = [this](std::size_t v)
+    {
+        return mesh.isAliveVertex(static_cast<int>(v)) &&
+               mesh.kind(static_cast<int>(v)) == HalfEdgeMesh::Kind::FREE;
+    };
     parallelFor(num, MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t v = from; v < to; ++v)
-                    {
-                        if (!mesh.isAliveVertex(static_cast<int>(v)))
-                            continue;
-                        Vector3 sum;
-                        mesh.forEachOutgoing(static_cast<int>(v),
-                                             [&](int h)
-                                             {
-                                                 const Point3& p = mesh.point(mesh.from(h));
-                                                 sum.add(crossProduct(mesh.point(mesh.to(h)) - p,
-                                                                      mesh.point(mesh.apex(h)) - p));
-                                             });
-                        vRaw[v] = getUnit(sum);
-                    }
+                        if (isPlain(v))
+                            vRaw[v] = getRawNormal(static_cast<int>(v));
                 });
     parallelFor(num, MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t v = from; v < to; ++v)
                     {
-                        if (!mesh.isAliveVertex(static_cast<int>(v)))
+                        if (!isPlain(v))
                             continue;
                         Vector3 sum = vRaw[v];
                         mesh.forEachNeighbour(static_cast<int>(v), [&](int u)
@@ -123,8 +134,9 @@ void SheetFit::chooseRadius()
         std::vector<double> vNumbers;
         for (int v = 0; v < mesh.endVertices(); v += step)
         {
-            if (!mesh.isAliveVertex(v) || mesh.isBorderVertex(v))
+            if (!mesh.isAliveVertex(v) || mesh.isBorderVertex(v) || mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
                 continue;
+            seedAll(v, scratch);
             const Fit result = fit(v, vNormals[static_cast<std::size_t>(v)], candidate, scratch);
             if (!result.bUsable || result.numPoints < QuadricSums::minPoints)
                 continue;
@@ -146,35 +158,106 @@ void SheetFit::chooseRadius()
     }
 }
 
-Point3 SheetFit::propose(int v, Scratch& scratch) const
+Point3 SheetFit::propose(int v, Scratch& scratch)
 {
+    if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
+        return proposeOnCrease(v, scratch);
     const Point3& p = mesh.point(v);
-    Fit best = fitTwice(v, radius, scratch);
-    if (best.bUsable && best.residual > SHARP * noise)
-    {
-        const Fit small = fitTwice(v, SMALL_RADIUS, scratch);
-        if (small.bUsable && small.residual < best.residual)
-            best = small;
-    }
+    seedAll(v, scratch);
+    LocalPlane& plane = vPlanes[static_cast<std::size_t>(v)];
+    const Fit best = fitBest(v, vNormals[static_cast<std::size_t>(v)], scratch, plane.firstResidual);
     if (!best.bUsable)
         return p;
     const double limit = maxMove * cellSize;
-    const Point3 result = p + best.normal * std::clamp(best.height, -limit, limit);
-    return std::isfinite(result.x() + result.y() + result.z()) ? result : p;
+    const Point3 result = p + best.way * std::clamp(best.height, -limit, limit);
+    if (!std::isfinite(result.x() + result.y() + result.z()))
+        return p;
+    plane.point = p + best.way * best.height;
+    plane.normal = best.normal;
+    plane.residual = best.residual;
+    plane.bUsable = true;
+    return result;
 }
 
-SheetFit::Fit SheetFit::fitTwice(int v, double radiusInCells, Scratch& scratch) const
+// The triangles at a vertex, parted by its feature edges; none if fewer than two sides are there.
+std::vector<std::vector<int>> SheetFit::getSides(int v) const
 {
-    const Vector3& normal = vNormals[static_cast<std::size_t>(v)];
-    Fit first = fit(v, normal, radiusInCells, scratch);
-    if (!first.bUsable || first.normal * normal > SAME_NORMAL)
+    std::vector<int> vRing;
+    mesh.forEachOutgoing(v, [&](int h) { vRing.push_back(h); });
+    const auto isWall = [this](int h) { return mesh.feature(h) != 0; };
+    if (!mesh.isBorderVertex(v))
+        std::rotate(vRing.begin(), std::find_if(vRing.begin(), vRing.end(), isWall), vRing.end());
+    std::vector<std::vector<int>> vSides;
+    for (const int h : vRing)
     {
-        first.normal = normal;
-        return first;
+        if (vSides.empty() || isWall(h))
+            vSides.emplace_back();
+        vSides.back().push_back(HalfEdgeMesh::triangleOf(h));
     }
-    const Vector3 better = first.normal;
-    Fit second = fit(v, better, radiusInCells, scratch);
-    (second.bUsable ? second : first).normal = second.bUsable ? better : normal;
+    if (vSides.size() < 2)
+        vSides.clear();
+    return vSides;
+}
+
+Vector3 SheetFit::getSideNormal(const std::vector<int>& vSide) const
+{
+    Vector3 sum;
+    for (const int t : vSide)
+    {
+        const Point3& p = mesh.point(mesh.from(4 * t));
+        sum.add(crossProduct(mesh.point(mesh.to(4 * t)) - p, mesh.point(mesh.apex(4 * t)) - p));
+    }
+    return getUnit(sum);
+}
+
+// The least move onto the planes of all sides.
+Point3 SheetFit::proposeOnCrease(int v, Scratch& scratch) const
+{
+    const Point3& p = mesh.point(v);
+    NormalTensor tensor;
+    Vector3 right;
+    for (const std::vector<int>& vSide : getSides(v))
+    {
+        scratch.vSeeds = vSide;
+        double firstResidual = 0.0;
+        const Fit side = fitBest(v, getSideNormal(vSide), scratch, firstResidual);
+        if (!side.bUsable)
+            return p;
+        tensor.add(side.normal);
+        right.add(side.normal * (side.way * side.normal * side.height));
+    }
+    const Vector3 move = tensor.solve(right, MEETING_SHARE);
+    const double length = move.length();
+    if (!(length > 0.0) || !std::isfinite(length))
+        return p;
+    return p + move * std::min(1.0, maxMove * cellSize / length);
+}
+
+void SheetFit::seedAll(int v, Scratch& scratch) const
+{
+    scratch.vSeeds.clear();
+    mesh.forEachOutgoing(v, [&](int h) { scratch.vSeeds.push_back(HalfEdgeMesh::triangleOf(h)); });
+}
+
+SheetFit::Fit SheetFit::fitBest(int v, const Vector3& normal, Scratch& scratch, double& firstResidual) const
+{
+    Fit best = fitTwice(v, normal, radius, scratch);
+    firstResidual = best.residual;
+    if (best.bUsable && best.residual > SHARP * noise)
+    {
+        const Fit small = fitTwice(v, normal, SMALL_RADIUS, scratch);
+        if (small.bUsable && small.residual < best.residual)
+            best = small;
+    }
+    return best;
+}
+
+SheetFit::Fit SheetFit::fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
+{
+    const Fit first = fit(v, normal, radiusInCells, scratch);
+    if (!first.bUsable || first.normal * normal > SAME_NORMAL)
+        return first;
+    const Fit second = fit(v, first.normal, radiusInCells, scratch);
     return second.bUsable ? second : first;
 }
 
@@ -183,6 +266,8 @@ bool SheetFit::faces(int t, const Vector3& normal) const
     Vector3 sum;
     for (int h = 4 * t; h < 4 * t + 3; ++h)
         sum.add(vNormals[static_cast<std::size_t>(mesh.from(h))]);
+    if (sum.sqLength() == 0.0)
+        sum = getSideNormal({t});
     const double product = sum * normal;
     return product > 0.0 && product * product > SAME_SHEET * SAME_SHEET * sum.sqLength();
 }
@@ -201,14 +286,15 @@ void SheetFit::reachTriangles(int v, const Vector3& normal, double reach, Scratc
         stamp = scratch.stamp;
         scratch.vReached.push_back(t);
     };
-    mesh.forEachOutgoing(v, [&](int h) { visit(HalfEdgeMesh::triangleOf(h)); });
+    for (const int t : scratch.vSeeds)
+        visit(t);
     for (std::size_t i = 0; i < scratch.vReached.size(); ++i)
     {
         const int t = scratch.vReached[i];
         for (int h = 4 * t; h < 4 * t + 3; ++h)
         {
             const int other = mesh.partner(h);
-            if (other == NONE ||
+            if (other == NONE || mesh.feature(h) != 0 ||
                 scratch.vStamps[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(other))] == scratch.stamp)
                 continue;
             // The nearer end of the edge stands for the triangle beyond it.
@@ -242,6 +328,7 @@ SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, 
     result.numPoints = sums.size();
     if (sums.size() < MIN_POINTS || !sums.solve())
         return result;
+    result.way = normal;
     result.height = sums.getHeight() * reach;
     result.normal = getUnit(normal + xAxis * -sums.getSlopeX() + yAxis * -sums.getSlopeY());
     result.residual = sums.getResidual() * radiusInCells;
