@@ -4,6 +4,7 @@
 #include "choice/CloudMeasure.h"
 #include "choice/FactorLadder.h"
 #include "choice/countTrialFaults.h"
+#include "core/zefRand.h"
 #include "intake/Cloud.h"
 #include "zef_api_functions.h"
 
@@ -49,6 +50,8 @@ std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOp
 {
     const FactorLadder ladder(options);
     AutoReport report;
+    // Every trial starts from it: what comes out does not depend on the trials before.
+    const ZefRandom random = threadRandom();
     // First, as it refuses what cannot be measured.
     const std::shared_ptr<Mesh> pPlain = reconstruct_auto(vPoints, false, 1.0);
     std::shared_ptr<Mesh> pLast;
@@ -65,6 +68,7 @@ std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOp
             plain,
             [&](AutoTrial& trial)
             {
+                threadRandom() = random;
                 pLast = reconstruct_auto(vFinite, trial.bSmooth, trial.factor);
                 if (pLast)
                     countFaults(*pLast, options.mostEdgesOfHole, trial);

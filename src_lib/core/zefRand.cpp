@@ -2,10 +2,15 @@
 
 namespace TARN_ZEF
 {
-int zefRand() noexcept
+ZefRandom& threadRandom() noexcept
 {
     thread_local ZefRandom generator;
-    return generator.next();
+    return generator;
+}
+
+int zefRand() noexcept
+{
+    return threadRandom().next();
 }
 
 } // namespace TARN_ZEF

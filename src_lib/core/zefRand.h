@@ -32,6 +32,8 @@ private:
 
 // Next number of the calling thread's own sequence. Every thread starts in state 1; nothing reseeds it.
 int zefRand() noexcept;
+// The sequence itself, to be kept and put back.
+[[nodiscard]] ZefRandom& threadRandom() noexcept;
 
 // Fisher-Yates on the calling thread's sequence: element i changes places with one of 0..i, i falling.
 template <typename RandomIt>
