@@ -19,6 +19,8 @@ struct AutoOptions
     // The largest factor on the detected spacing that may be chosen; at least 1. Factors go up from 1 in steps of
     // about 1.13, six of them up to the default.
     double largestFactor = 1.8;
+    // The same for surfaces that stay open: their border is no fault, and coarser cells cost detail. At least 1.
+    double largestFactorOfOpen = 1.3;
     // Whether smoothing may be chosen.
     bool bMaySmooth = true;
     // Noise from which on points are smoothed, in spacings: how far they scatter about the plane of their
@@ -26,8 +28,8 @@ struct AutoOptions
     double leastNoiseToSmooth = 0.3;
     // A border loop of up to so many edges is a hole, a longer one the rim of an open surface.
     std::size_t mostEdgesOfHole = 24;
-    // The search ends if the second factor leaves more than this share of the faults of factor 1: then they are the
-    // cloud's own, and no factor mends them. From 0 to 1; 1 tries on as long as the second is no worse.
+    // The search ends if the second factor leaves more than this share of the faults of factor 1, and these are many,
+    // one for 400 triangles: then they are the cloud's own, and no factor mends them. From 0 to 1.
     double mostFaultsLeft = 0.5;
 };
 
@@ -49,7 +51,9 @@ struct AutoTrial
 {
     double factor = 1.0;
     bool bSmooth = false;
+    std::size_t numTriangles = 0;
     std::size_t numHoles = 0; // see AutoOptions::mostEdgesOfHole
+    std::size_t numRims = 0;  // longer borders
     std::size_t numBorderEdges = 0;
     std::size_t numBorderLoops = 0;
     std::size_t numPieces = 0;
@@ -84,8 +88,8 @@ struct AutoReport
 // Returns    the mesh, or an empty pointer if nothing could be built; test it
 // Throws     as reconstruct_auto(), and ZefBadArgument for an option out of its range
 // Progress   goes from 0 to 1 once for each mesh that is made
-// Cost       that of reconstruct_auto() with the chosen factor, and of the smaller ones before it. All but once in a
-//            while this is below twice the time at factor 1, at most four times; two meshes are held at a time
+// Cost       that of reconstruct_auto() with the chosen factor, and of the smaller ones before it: two to three times
+//            the time at factor 1, at most four; two meshes are held at a time
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints,
                                                             const AutoOptions& options = AutoOptions(),
                                                             AutoReport* pReport = nullptr);

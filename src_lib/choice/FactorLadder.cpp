@@ -13,7 +13,8 @@ namespace
 constexpr double FACTORS[] = {1.15, 1.3, 1.45, 1.6, 1.8};
 // From the largest of these on.
 constexpr double STEP = 1.125;
-constexpr double MANY_LAYERS = 0.1; // share of points
+constexpr double MANY_LAYERS = 0.1;         // share of points
+constexpr double MANY_FAULTS = 1.0 / 400.0; // for each triangle
 
 double nextFactor(double factor)
 {
@@ -28,6 +29,10 @@ void checkOptions(const AutoOptions& options)
     if (!(options.largestFactor >= 1.0) || !std::isfinite(options.largestFactor))
         refuse<ZefBadArgument>("largestFactor>=1", "the largest factor is " + toText(options.largestFactor) +
                                                        "; give a finite one of at least 1");
+    if (!(options.largestFactorOfOpen >= 1.0))
+        refuse<ZefBadArgument>("largestFactorOfOpen>=1", "the largest factor of open surfaces is " +
+                                                             toText(options.largestFactorOfOpen) +
+                                                             "; give one of at least 1");
     if (!(options.leastNoiseToSmooth > 0.0))
         refuse<ZefBadArgument>("leastNoiseToSmooth>0", "the least noise to smooth is " +
                                                            toText(options.leastNoiseToSmooth) +
@@ -51,6 +56,13 @@ bool FactorLadder::isBetter(const AutoTrial& trial, const AutoTrial& plain)
            trial.numBorderLoops <= plain.numBorderLoops && trial.numPieces <= plain.numPieces;
 }
 
+bool FactorLadder::isHopeless(const AutoTrial& second, const AutoTrial& plain) const
+{
+    const auto numFaults = static_cast<double>(second.getNumFaults());
+    return numFaults > options.mostFaultsLeft * static_cast<double>(plain.getNumFaults()) &&
+           numFaults > MANY_FAULTS * static_cast<double>(second.numTriangles);
+}
+
 void FactorLadder::climb(const AutoTrial& plain, const Try& makeTrial, AutoReport& report) const
 {
     report.vTrials = {plain};
@@ -60,9 +72,10 @@ void FactorLadder::climb(const AutoTrial& plain, const Try& makeTrial, AutoRepor
         report.reason = "plain defaults make a surface without holes, manifold everywhere";
         return;
     }
-    const double mostLeft = options.mostFaultsLeft * static_cast<double>(plain.getNumFaults());
     for (double factor = nextFactor(1.0); factor <= options.largestFactor; factor = nextFactor(factor))
     {
+        if (report.vTrials.back().numRims > 0 && factor > options.largestFactorOfOpen)
+            break;
         AutoTrial trial;
         trial.factor = factor;
         trial.bSmooth = bNoisy;
@@ -77,7 +90,7 @@ void FactorLadder::climb(const AutoTrial& plain, const Try& makeTrial, AutoRepor
                             " the smallest factor whose surface has no holes and is manifold";
             return;
         }
-        if (report.vTrials.size() == 2 && static_cast<double>(trial.getNumFaults()) > mostLeft)
+        if (report.vTrials.size() == 2 && isHopeless(trial, plain))
             break;
     }
     report.reason = explainPlain(report);

@@ -28,6 +28,7 @@ public:
 
 private:
     [[nodiscard]] static bool isBetter(const AutoTrial& trial, const AutoTrial& plain);
+    [[nodiscard]] bool isHopeless(const AutoTrial& second, const AutoTrial& plain) const;
     [[nodiscard]] std::string explainPlain(const AutoReport& report) const;
 
     AutoOptions options;

@@ -72,13 +72,16 @@ void countTrialFaults(const std::vector<Point3>& vPoints, const std::vector<int>
     const MeshCheck check = judgeMesh(vPoints, vCorners, options);
     trial.numBorderEdges = check.numBorderEdges;
     trial.numBorderLoops = check.numBorderLoops;
+    trial.numTriangles = check.numTriangles;
     trial.numPieces = check.numPieces;
     trial.numNonManifoldEdges = check.numNonManifoldEdges;
     trial.numNonManifoldVertices = check.numNonManifoldVertices;
     const std::vector<std::size_t> vNumEdges = measureBorders(collectBorder(vCorners), vPoints.size());
-    trial.numHoles = static_cast<std::size_t>(std::count_if(vNumEdges.begin(), vNumEdges.end(),
-                                                            [&](std::size_t num)
-                                                            { return num > 0 && num <= mostEdgesOfHole; }));
+    trial.numHoles = 0;
+    trial.numRims = 0;
+    for (const std::size_t num : vNumEdges)
+        if (num > 0)
+            ++(num <= mostEdgesOfHole ? trial.numHoles : trial.numRims);
 }
 
 } // namespace TARN_ZEF

@@ -93,6 +93,7 @@ TEST(AutoReconstruct, holesAreShortBorders)
     AutoTrial trial;
     countTrialFaults(vPoints, vCorners, 24, trial);
     EXPECT_EQ(trial.numHoles, 1u);
+    EXPECT_EQ(trial.numRims, 1u);
     EXPECT_EQ(trial.numNonManifoldVertices, 1u);
     EXPECT_EQ(trial.numBorderEdges, 40u);
     countTrialFaults(vPoints, vCorners, 32, trial);

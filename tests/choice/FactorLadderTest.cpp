@@ -20,6 +20,8 @@ struct Counts
     std::size_t border = 0;
     std::size_t loops = 0;
     std::size_t pieces = 1;
+    std::size_t rims = 0;
+    std::size_t triangles = 400;
 };
 
 void setCounts(const Counts& counts, AutoTrial& trial)
@@ -30,6 +32,8 @@ void setCounts(const Counts& counts, AutoTrial& trial)
     trial.numBorderEdges = counts.border;
     trial.numBorderLoops = counts.loops;
     trial.numPieces = counts.pieces;
+    trial.numRims = counts.rims;
+    trial.numTriangles = counts.triangles;
 }
 
 // Climbs over the counts, the first of them plain; past their end no mesh comes out.
@@ -73,6 +77,13 @@ TEST(FactorLadder, takesTheSmallestFactorThatPays)
         {"the second", {{9}, sound, sound}, 0.1, 1.15, false, 2},
         {"each kind of fault counts", {{9}, {1}, {0, 1}, {0, 0, 1}, sound}, 0.1, 1.6, false, 5},
         {"little gained: the cloud's own", {{9}, {5}, sound}, 0.1, 1.0, false, 2},
+        {"the same, few for a large mesh", {{9}, {5, 0, 0, 0, 0, 1, 0, 2000}, sound}, 0.1, 1.3, false, 3},
+        {"open: no coarser than 1.3",
+         {{9, 0, 0, 99, 9}, {4, 0, 0, 99, 9}, {1, 0, 0, 99, 9, 1, 1}, open},
+         0.1,
+         1.0,
+         false,
+         3},
         {"a longer border is none the better", {{9, 0, 0, 20, 9}, {0, 0, 0, 21, 1}}, 0.1, 1.0, false, 2},
         {"nor are more loops", {{1, 0, 0, 99, 1}, {0, 0, 0, 90, 2}}, 0.1, 1.0, false, 2},
         {"nor more pieces", {{9}, {0, 0, 0, 0, 0, 2}}, 0.1, 1.0, false, 2},
@@ -100,7 +111,7 @@ TEST(FactorLadder, optionsBoundTheSearch)
     EXPECT_EQ(climb(vCounts, 0.1, options).factor, 1.0);
     options = AutoOptions();
     options.mostFaultsLeft = 0.0;
-    EXPECT_EQ(climb(vCounts, 0.1, options).vTrials.size(), 2u);
+    EXPECT_EQ(climb({{9}, {2}, {}}, 0.1, options).vTrials.size(), 2u);
     options = AutoOptions();
     options.bMaySmooth = false;
     EXPECT_FALSE(climb(vCounts, 0.9, options).bSmooth);
@@ -113,6 +124,7 @@ TEST(FactorLadder, refusesOptionsOutOfRange)
     const double nan = std::numeric_limits<double>::quiet_NaN();
     for (const double bad : {0.99, nan, std::numeric_limits<double>::infinity()})
         EXPECT_THROW(FactorLadder(AutoOptions{.largestFactor = bad}), ZefBadArgument) << bad;
+    EXPECT_THROW(FactorLadder(AutoOptions{.largestFactorOfOpen = 0.9}), ZefBadArgument);
     for (const double bad : {0.0, -1.0, nan})
         EXPECT_THROW(FactorLadder(AutoOptions{.leastNoiseToSmooth = bad}), ZefBadArgument) << bad;
     for (const double bad : {-0.1, 1.1, nan})
