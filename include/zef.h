@@ -8,6 +8,7 @@
 #include "Vector3.h"
 #include "ZefBugException.h"
 #include "ZefRefusedException.h"
+#include "autoReconstruct.h"
 #include "checkMesh.h"
 #include "finishSurface.h"
 #include "remesh.h"

@@ -290,16 +290,10 @@ void Job::makeMesh()
 
 void Job::reconstruct()
 {
-    const bool bGiven = options.spacingAbs > 0.0;
     const Stopwatch stopwatch;
     try
     {
-        pMesh = library(
-            [&]
-            {
-                return bGiven ? TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs)
-                              : TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
-            });
+        pMesh = library([&] { return reconstructAsAsked(); });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -325,6 +319,18 @@ void Job::finish()
     if (isEmpty(pMesh))
         throw ToolError("no sound surface is left at this spacing; try another one with -a or -f");
     heldMessages.clear();
+}
+
+std::shared_ptr<TARN_ZEF::Mesh> Job::reconstructAsAsked()
+{
+    if (options.bAuto)
+    {
+        report.choice.emplace();
+        return TARN_ZEF::autoReconstruct(vPoints, TARN_ZEF::AutoOptions(), &*report.choice);
+    }
+    if (options.spacingAbs > 0.0)
+        return TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs);
+    return TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
 }
 
 void Job::melt()
@@ -494,7 +500,8 @@ double Job::getSpacing()
     if (options.spacingAbs > 0.0)
         return options.spacingAbs;
     if (report.spacing < 0.0)
-        report.spacing = estimateSpacing() * options.spacingFactor;
+        report.spacing = report.choice ? report.choice->cloud.spacing * report.choice->factor
+                                       : estimateSpacing() * options.spacingFactor;
     return report.spacing;
 }
 

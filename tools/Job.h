@@ -50,6 +50,7 @@ private:
 
     void makeMesh();
     void reconstruct();
+    std::shared_ptr<TARN_ZEF::Mesh> reconstructAsAsked();
     void finish();
     void melt();
     void remesh();

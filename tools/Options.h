@@ -23,6 +23,7 @@ struct Options
     double spacingAbs = -1.0;   // in units of the points; counts only if above 0.0
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
+    bool bAuto = false;        // factor and smoothing are chosen from the cloud
     bool bSpacingOnly = false; // print the detected spacing and stop
     bool bPlain = false;       // without the last stage; with bMelt: made from cells, the spacing is given
 

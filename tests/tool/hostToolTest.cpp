@@ -226,6 +226,18 @@ TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
     EXPECT_NE(ply.find("element vertex " + valuesOf(result.out, "vertices")[0] + "\n"), std::string::npos);
 }
 
+TEST_F(HostTool, theChoiceIsTheMeshOfItsFactorAndIsTold)
+{
+    const Result chosen = run("ball.xyz old.ply --auto --json");
+    ASSERT_EQ(chosen.status, 0) << chosen.err;
+    EXPECT_NE(chosen.out.find("\"reason\""), std::string::npos) << chosen.out;
+    const std::string factor = valuesOf(chosen.out, "factor")[0]; // the trials tell theirs after it
+    ASSERT_EQ(run("ball.xyz given.ply -f " + factor).status, 0);
+    EXPECT_EQ(contentOf(folder / "old.ply"), contentOf(folder / "given.ply")) << chosen.out;
+    EXPECT_EQ(run("ball.xyz old.ply --auto -f 1.3").status, 2);
+    EXPECT_NE(run("ball.xyz old.ply --auto").out.find("chosen: factor " + factor), std::string::npos);
+}
+
 TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
 {
     for (const char* pWay : {" -a 0.1 --plain", " -a 0.1", "", " -f 0.5"})
