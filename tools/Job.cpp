@@ -26,6 +26,8 @@ constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
 // Post-processing has limits inside that do not scale with the mesh.
+// Of a remesh at a spacing that was asked for: about 4 GB.
+constexpr int MOST_REMESHED = 20000000;
 constexpr double SMALLEST_STEP_SPACING = 0.001;
 
 class Stopwatch
@@ -336,7 +338,10 @@ void Job::remesh()
 {
     TARN_ZEF::RemeshOptions remeshOptions;
     if (options.spacingAbs > 0.0)
+    {
         remeshOptions.length = options.spacingAbs;
+        remeshOptions.maxTriangles = MOST_REMESHED;
+    }
     remeshOptions.lengthFactor = options.spacingFactor;
     if (options.featureAngle >= 0.0)
         remeshOptions.featureAngle = options.featureAngle;
