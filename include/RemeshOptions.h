@@ -18,7 +18,8 @@ struct ZEF_API RemeshOptions
     double length = FOUND;
     // On a length that is found: 2.0 makes triangles twice as large. Above 0.
     double lengthFactor = 1.0;
-    // Bounds a length that is found. At least 100.
+    // The result never has more. A length that is found gets longer for it; one that is given and would make more is
+    // refused. At least 100.
     int maxTriangles = 500000;
 
     // Degrees above which an edge of the soup is a feature and is kept. FOUND: where the distribution of dihedral

@@ -19,7 +19,8 @@ namespace TARN_ZEF
 // pReport      if not null, gets what was found and done
 // Returns      the mesh, or an empty pointer, with a warning, if no triangle has a height; test it
 // Throws       ZefBadArgument for options that getFault() complains about, a number of corners that 3 does not divide,
-//              more than 2^29 triangles, and extents outside 1e-100 to 1e100
+//              more than 2^29 triangles, extents outside 1e-100 to 1e100, and where more than
+//              maxTriangles would come out
 // Vertices     where bodies touch in an edge or a corner, each has vertices of its own at the same place
 // Threads      runs on the caller's thread; the result is the same in every run and on every system
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners,

@@ -25,6 +25,8 @@ constexpr double MAX_CELLS = 2097152.0 - 9.0;
 constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
+// Of a remesh at a spacing that was asked for: about 4 GB.
+constexpr int MOST_REMESHED = 20000000;
 
 class Stopwatch
 {
@@ -356,7 +358,10 @@ void Job::remesh()
 {
     TARN_ZEF::RemeshOptions remeshOptions;
     if (options.spacingAbs > 0.0)
+    {
         remeshOptions.length = options.spacingAbs;
+        remeshOptions.maxTriangles = MOST_REMESHED;
+    }
     remeshOptions.lengthFactor = options.spacingFactor;
     if (options.featureAngle >= 0.0)
         remeshOptions.featureAngle = options.featureAngle;

@@ -1,17 +1,20 @@
 #include "remesh.h"
 
-#include "core/Progress.h"
+#include "api/ProgressScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "remesh/SoupRemesh.h"
 #include "rmesh/RMesh.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstdint>
 
 namespace TARN_ZEF
 {
 namespace
 {
+constexpr int NUM_STEPS = 200; // of progress
 constexpr std::size_t MAX_TRIANGLES = std::size_t{1} << 29;
 constexpr int FEWEST_MAX_TRIANGLES = 100;
 constexpr double LARGEST_WELD_TOLERANCE = 0.1;
@@ -54,10 +57,21 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         refuse<ZefBadArgument>("vTriCorners.size() % 3 == 0", "the number of corners is no multiple of 3");
     if (vTriCorners.size() / 3 > MAX_TRIANGLES)
         refuse<ZefBadArgument>("vTriCorners.size() / 3 <= MAX_TRIANGLES", "more than 2^29 triangles");
+    ProgressScope progress("Remesh");
+    Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("remesh", NUM_STEPS);
+    std::uint64_t numTold = 0;
+    const auto tell = [&](double part)
+    {
+        const auto num = static_cast<std::uint64_t>(part * NUM_STEPS);
+        if (num > numTold)
+            pProgress->increment(num - numTold);
+        numTold = std::max(num, numTold);
+    };
     SoupRemesh soupRemesh(options);
-    const bool bAny = soupRemesh.run(vTriCorners, [](double) {});
+    const bool bAny = soupRemesh.run(vTriCorners, tell);
     if (pReport != nullptr)
         *pReport = soupRemesh.getReport();
+    progress.finish();
     if (!bAny)
     {
         warningMessage("remesh", "no triangle has a height");

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -14,6 +15,10 @@ namespace
 constexpr int ABSENT = -1;
 constexpr int MAX_ROUNDS = 4;
 constexpr int MAYBE_BODY = 4; // a rating
+constexpr int FORBIDDEN = 100;
+// Where more triangles meet in an edge, only neighbours round it are paired: to weigh all pairs goes with the fourth
+// power of their number.
+constexpr std::size_t MOST_WEIGHED = 16;
 
 Point3 middleOf(const Point3& a, const Point3& b)
 {
@@ -87,6 +92,30 @@ void BodyParter::isolate(FlatSoup& soup, const std::vector<int>& vTriangles)
             soup.vCorners[c] = static_cast<int>(soup.vPoints.size()) - 1;
         }
     }
+    renumberParts();
+}
+
+// By first appearance: a part can have lost all its triangles.
+void BodyParter::renumberParts()
+{
+    std::vector<int> vNumber(numParts, ABSENT);
+    numParts = 0;
+    for (int& part : vPart)
+    {
+        if (vNumber[part] == ABSENT)
+            vNumber[part] = numParts++;
+        part = vNumber[part];
+    }
+}
+
+std::vector<int> BodyParter::findBackToBack(const FlatSoup& soup) const
+{
+    std::vector<int> vFound;
+    for (int c = 0; c < static_cast<int>(vPartner.size()); ++c)
+        if (vPartner[c] != ABSENT &&
+            soup.vCorners[FlatSoup::prev(c)] == soup.vCorners[FlatSoup::prev(vPartner[c])])
+            vFound.push_back(c / 3);
+    return vFound;
 }
 
 bool BodyParter::tryToPart(FlatSoup& soup, bool bLast)
@@ -106,7 +135,9 @@ bool BodyParter::tryToPart(FlatSoup& soup, bool bLast)
     partVertices(parted);
     // Of the cut edges none is in the way: its triangles have different vertices, or it is cut once more.
     std::vector<std::pair<int, int>> vAgain;
-    std::vector<int> vInTheWay;
+    // Two triangles back to back on the same corners are in each other's way: an edge of them, once split, would be
+    // two edges from the new vertex to the same apex.
+    std::vector<int> vInTheWay = findBackToBack(parted);
     const auto unmoved = [this](int c) { return vTurned[c / 3] ? 3 * (c / 3) + 2 - c % 3 : c; };
     SoupEdgeTable(parted.vPoints.size(), parted.vCorners)
         .forEachEdge(
@@ -115,7 +146,7 @@ bool BodyParter::tryToPart(FlatSoup& soup, bool bLast)
                 if (num > 2 || (num == 2 && vPartner[pCorners[0]] != pCorners[1]))
                 {
                     const int c = unmoved(pCorners[0]);
-                    vAgain.push_back(std::minmax(soup.vCorners[c], soup.vCorners[FlatSoup::next(c)]));
+                    vAgain.emplace_back(std::minmax(soup.vCorners[c], soup.vCorners[FlatSoup::next(c)]));
                     for (int i = 0; i < num; ++i)
                         vInTheWay.push_back(pCorners[i] / 3);
                 }
@@ -211,22 +242,49 @@ void BodyParter::pairAround(const FlatSoup& soup, const int* pCorners, int num, 
     std::sort(vSpokes.begin(), vSpokes.end(),
               [](const Spoke& s, const Spoke& t)
               { return s.angle != t.angle ? s.angle < t.angle : s.corner < t.corner; });
+    if (vSpokes.size() > MOST_WEIGHED)
+        pairNeighbours(vSpokes, sets);
+    else
+        pairBest(std::move(vSpokes), sets);
+}
+
+void BodyParter::look(Spoke& spoke, TurnedSets& sets) const
+{
+    const TurnedSets::Place place = sets.find(spoke.corner / 3);
+    spoke.set = place.set;
+    spoke.behind = vFacing[place.set] * (place.bTurned ? -1 : 1) * (spoke.bForward ? -1 : 1);
+}
+
+// One after the other, each with the next if that is allowed.
+void BodyParter::pairNeighbours(std::vector<Spoke>& vSpokes, TurnedSets& sets)
+{
+    for (std::size_t i = 0; i + 1 < vSpokes.size(); ++i)
+    {
+        look(vSpokes[i], sets);
+        look(vSpokes[i + 1], sets);
+        const int rating = rate(vSpokes[i], vSpokes[i + 1], true, sets);
+        if (rating >= FORBIDDEN)
+            continue;
+        joinPair(vSpokes[i], vSpokes[i + 1], rating, sets);
+        ++i;
+    }
+}
+
+// The best pair of all, again and again; neighbours round the edge come first.
+void BodyParter::pairBest(std::vector<Spoke> vSpokes, TurnedSets& sets)
+{
     while (vSpokes.size() > 1)
     {
         for (Spoke& s : vSpokes)
-        {
-            const TurnedSets::Place place = sets.find(s.corner / 3);
-            s.set = place.set;
-            s.behind = vFacing[place.set] * (place.bTurned ? -1 : 1) * (s.bForward ? -1 : 1);
-        }
-        // The best pair of all; neighbours round the edge come first.
-        int best = 100;
+            look(s, sets);
+        int best = FORBIDDEN;
         std::size_t bestI = 0;
         std::size_t bestJ = 0;
         for (std::size_t i = 0; i < vSpokes.size(); ++i)
             for (std::size_t j = 0; j < vSpokes.size(); ++j)
             {
-                const int rating = i == j ? 100 : rate(vSpokes[i], vSpokes[j], isBeside(vSpokes, i, j), sets);
+                const int rating =
+                    i == j ? FORBIDDEN : rate(vSpokes[i], vSpokes[j], isBeside(vSpokes, i, j), sets);
                 if (rating < best)
                 {
                     best = rating;
@@ -234,29 +292,33 @@ void BodyParter::pairAround(const FlatSoup& soup, const int* pCorners, int num, 
                     bestJ = j;
                 }
             }
-        if (best >= 100)
+        if (best >= FORBIDDEN)
             return;
-        const int c = vSpokes[bestI].corner;
-        const int d = vSpokes[bestJ].corner;
-        int facingC = vFacing[sets.find(c / 3).set] * (sets.find(c / 3).bTurned ? -1 : 1);
-        const int facingD = vFacing[sets.find(d / 3).set] * (sets.find(d / 3).bTurned ? -1 : 1);
-        // Taken for a corner of a body, they have it behind them.
-        if (best == MAYBE_BODY)
-            facingC = vSpokes[bestI].bForward ? -1 : 1;
-        if (sets.join(c / 3, d / 3, vSpokes[bestI].bForward == vSpokes[bestJ].bForward))
-        {
-            // The joint set faces as the part of it does that encloses a space.
-            const TurnedSets::Place place = sets.find(facingC != 0 ? c / 3 : d / 3);
-            vFacing[place.set] = (facingC != 0 ? facingC : facingD) * (place.bTurned ? -1 : 1);
-            vPartner[c] = d;
-            vPartner[d] = c;
-        }
+        joinPair(vSpokes[bestI], vSpokes[bestJ], best, sets);
         vSpokes.erase(vSpokes.begin() + static_cast<std::ptrdiff_t>(std::max(bestI, bestJ)));
         vSpokes.erase(vSpokes.begin() + static_cast<std::ptrdiff_t>(std::min(bestI, bestJ)));
     }
 }
 
-// 0 is best, 100 is not allowed. lower stands before upper round the edge; the space between them is that of a
+void BodyParter::joinPair(const Spoke& lower, const Spoke& upper, int rating, TurnedSets& sets)
+{
+    const int c = lower.corner;
+    const int d = upper.corner;
+    int facingC = vFacing[sets.find(c / 3).set] * (sets.find(c / 3).bTurned ? -1 : 1);
+    const int facingD = vFacing[sets.find(d / 3).set] * (sets.find(d / 3).bTurned ? -1 : 1);
+    // Taken for a corner of a body, they have it behind them.
+    if (rating == MAYBE_BODY)
+        facingC = lower.bForward ? -1 : 1;
+    if (!sets.join(c / 3, d / 3, lower.bForward == upper.bForward))
+        return;
+    // The joint set faces as the part of it does that encloses a space.
+    const TurnedSets::Place place = sets.find(facingC != 0 ? c / 3 : d / 3);
+    vFacing[place.set] = (facingC != 0 ? facingC : facingD) * (place.bTurned ? -1 : 1);
+    vPartner[c] = d;
+    vPartner[d] = c;
+}
+
+// 0 is best, FORBIDDEN is not allowed. lower stands before upper round the edge; the space between them is that of a
 // body if lower's back looks up and upper's back looks down.
 int BodyParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, TurnedSets& sets) const
 {
@@ -265,7 +327,7 @@ int BodyParter::rate(const Spoke& lower, const Spoke& upper, bool bBeside, Turne
     {
         const bool bAgainst = sets.find(lower.corner / 3).bTurned != sets.find(upper.corner / 3).bTurned;
         if ((lower.bForward == upper.bForward) != bAgainst)
-            return 100;
+            return FORBIDDEN;
     }
     const bool bTogether = lower.angle == upper.angle; // one lies on the other
     const bool bBody = bBeside && lower.behind == 1 && upper.behind == -1;

@@ -34,11 +34,17 @@ private:
     struct Spoke;
 
     [[nodiscard]] bool tryToPart(FlatSoup& soup, bool bLast);
+    [[nodiscard]] std::vector<int> findBackToBack(const FlatSoup& soup) const;
+    void renumberParts();
     void isolate(FlatSoup& soup, const std::vector<int>& vTriangles);
     [[nodiscard]] static bool isBeside(const std::vector<Spoke>& vSpokes, std::size_t i, std::size_t j);
     void pairPlain(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets);
     void pairCrowded(const FlatSoup& soup, const SoupEdgeTable& edges, TurnedSets& sets);
     void pairAround(const FlatSoup& soup, const int* pCorners, int num, TurnedSets& sets);
+    void look(Spoke& spoke, TurnedSets& sets) const;
+    void pairNeighbours(std::vector<Spoke>& vSpokes, TurnedSets& sets);
+    void pairBest(std::vector<Spoke> vSpokes, TurnedSets& sets);
+    void joinPair(const Spoke& lower, const Spoke& upper, int rating, TurnedSets& sets);
     [[nodiscard]] int rate(const Spoke& lower, const Spoke& upper, bool bAlone, TurnedSets& sets) const;
     void findFacing(const FlatSoup& soup, TurnedSets& sets);
     void turn(FlatSoup& soup, TurnedSets& sets);

@@ -24,6 +24,9 @@ constexpr double SNAP = 0.05; // in sizes
 // Pieces may be this much longer than wanted, as edges between the features may, rather than half as long.
 constexpr double LONGER = 1.0 / 3.0;
 constexpr double ROUNDING = 1e-9;
+// Of the boxes that room is looked for in.
+constexpr double FIRST_BOX = 1.0 / 16.0;
+constexpr double WIDER = 4.0;
 } // namespace
 
 ChainSampler::ChainSampler(const SourceSurface& source_, double length_, double chordError_, bool bGraded_)
@@ -133,16 +136,31 @@ bool ChainSampler::mayCrowd(int chain, int otherChain) const
            (chain == otherChain || (!isEnd(a.vVertices.front()) && !isEnd(a.vVertices.back())));
 }
 
+// In boxes that grow until one holds the nearest.
 double ChainSampler::roomAt(int chain, const Node& node) const
 {
     const Point3& a = pointOf(chain, node.segment);
     const Vector3 ab = pointOf(chain, node.segment + 1) - a;
     const Point3 p = a + ab * node.along;
-    const Vector3 direction = unitOrNull(ab);
+    const double largest = std::min(length, source.getExtent());
+    for (double d = FIRST_BOX * largest; d < largest; d *= WIDER)
+    {
+        const double room = roomWithin(d, chain, node, p);
+        if (room < d)
+            return room;
+    }
+    return std::min(length, roomWithin(largest, chain, node, p));
+}
+
+// p is the place of the node. DBL_MAX if nothing is that near.
+double ChainSampler::roomWithin(double distance, int chain, const Node& node, const Point3& p) const
+{
+    const Vector3 direction = unitOrNull(pointOf(chain, node.segment + 1) - pointOf(chain, node.segment));
+    const double whole = vNodes[chain].back().arc;
     std::vector<void*> vFound;
-    tree.query(vFound, {p.x() - length, p.y() - length, p.z() - length, p.x() + length, p.y() + length,
-                        p.z() + length});
-    double room = length;
+    tree.query(vFound, {p.x() - distance, p.y() - distance, p.z() - distance, p.x() + distance,
+                        p.y() + distance, p.z() + distance});
+    double room = DBL_MAX;
     for (const void* pFound : vFound)
     {
         const Segment& s = *static_cast<const Segment*>(pFound);
@@ -151,7 +169,6 @@ double ChainSampler::roomAt(int chain, const Node& node) const
         Point3 foot;
         const double d =
             std::sqrt(sqDistanceToSegment(p, pointOf(s.chain, s.idx), pointOf(s.chain, s.idx + 1), &foot));
-        const double whole = vNodes[chain].back().arc;
         const double way = std::fabs(s.arc + (foot - pointOf(s.chain, s.idx)).length() - node.arc);
         const bool bNearAlong = s.chain == chain && std::min(way, std::fabs(whole - way)) < APART * d;
         if (d > 0.0 && d < room && !bNearAlong && std::fabs((foot - p) * direction) < BESIDE * d)

@@ -56,6 +56,7 @@ private:
     void fillTree();
     void measureRoom(int chain);
     [[nodiscard]] double roomAt(int chain, const Node& node) const;
+    [[nodiscard]] double roomWithin(double distance, int chain, const Node& node, const Point3& p) const;
     [[nodiscard]] bool mayCrowd(int chain, int otherChain) const;
     void smoothSizes();
     void sample(int chain);

@@ -69,6 +69,8 @@ void DistanceKeeper::run()
         std::vector<int> vFresh;
         for (const int t : vFar)
         {
+            if (work.isFull())
+                return;
             const int v = splitTriangle(t);
             if (v != NONE)
                 vFresh.push_back(v);

@@ -29,24 +29,31 @@ Remesher::Remesher(const SourceSurface& source, const RemeshSettings& settings)
 {
 }
 
-void Remesher::run(const std::function<void(double)>& progress)
+bool Remesher::run(const std::function<void(double)>& progress)
 {
     EdgeCollapser collapser(work);
     VertexRelaxer relaxer(work);
     SizeField sizes(work);
-    const int numSteps = NUM_ROUNDS + NUM_SHAPE_ROUNDS + 2;
+    const int numSteps = 4 * NUM_ROUNDS + NUM_SHAPE_ROUNDS + 2;
     int numDone = 0;
     const auto tell = [&] { progress(static_cast<double>(++numDone) / numSteps); };
     flipper.flipAll(Aim::SHAPE);
     cutChains();
+    if (work.isFull())
+        return false;
     collapser.collapseSurplus();
     sizes.find();
     tell();
     for (int round = 0; round < NUM_ROUNDS; ++round)
     {
         splitLong();
+        if (work.isFull())
+            return false;
+        tell();
         collapser.collapseShort();
+        tell();
         flipper.flipAll(round + 2 < NUM_ROUNDS ? Aim::VALENCE : Aim::SHAPE);
+        tell();
         relaxer.relax(false);
         sizes.find();
         tell();
@@ -61,6 +68,7 @@ void Remesher::run(const std::function<void(double)>& progress)
     keeper.run();
     numFar = keeper.getNumFar();
     tell();
+    return work.mesh.getNumTriangles() <= work.settings.maxTriangles;
 }
 
 int Remesher::edgeBetween(int a, int b) const
@@ -74,7 +82,7 @@ void Remesher::cutChains()
     ChainSampler sampler(work.source, work.settings.length, CHORD_ERROR * work.settings.tolerance,
                          work.settings.bGraded);
     sampler.run();
-    for (std::size_t i = 0; i < work.source.getChains().size(); ++i)
+    for (std::size_t i = 0; i < work.source.getChains().size() && !work.isFull(); ++i)
     {
         const CreaseChain& chain = work.source.getChains()[i];
         cutChain(chain, sampler.getSamples()[i]);
@@ -108,7 +116,7 @@ void Remesher::cutChain(const CreaseChain& chain, const std::vector<ChainSample>
 // Flips between the passes keep the pieces from getting thin.
 void Remesher::splitLong()
 {
-    for (int pass = 0; pass < MAX_SPLIT_PASSES; ++pass)
+    for (int pass = 0; pass < MAX_SPLIT_PASSES && !work.isFull(); ++pass)
     {
         std::vector<int> vQueue;
         for (const int v : splitLongOnce())
@@ -139,6 +147,8 @@ std::vector<int> Remesher::splitLongOnce()
     std::vector<int> vNew;
     for (const auto& entry : vLong)
     {
+        if (work.isFull())
+            break;
         const int v = work.splitInMiddle(entry.second);
         if (v != NONE)
             vNew.push_back(v);

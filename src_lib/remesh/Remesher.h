@@ -24,8 +24,9 @@ class Remesher
 public:
     Remesher(const SourceSurface& source, const RemeshSettings& settings);
 
-    // progress is told the part that is done, from 0 to 1.
-    void run(const std::function<void(double)>& progress);
+    // progress is told the part that is done, from 0 to 1. False, and no use of the mesh, if it would have more
+    // triangles than the settings allow.
+    [[nodiscard]] bool run(const std::function<void(double)>& progress);
 
     [[nodiscard]] const HalfEdgeMesh& getMesh() const { return work.mesh; }
     // Places that the last step measured farther off than the tolerance, and could not mend.

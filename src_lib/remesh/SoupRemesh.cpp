@@ -11,7 +11,9 @@
 #include "remesh/triangles.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -27,7 +29,11 @@ constexpr double PIECES_ROUND = 6.0; // of a closed feature
 // A rough scan is followed less closely: this many times its roughness, at most this part of the length.
 constexpr double ROUGHNESS_FACTOR = 10.0;
 constexpr double ROUGH_TOLERANCE = 0.1;
+// Triangles on a square of the length: usually, and at least; pieces of features on a length, at least.
 constexpr double TRIANGLES_PER_SQUARE = 2.31;
+constexpr double LEAST_PER_SQUARE = 1.29;
+constexpr double LEAST_PER_LENGTH = 0.75;
+constexpr double LONGER = 1.25; // each time a length that was found makes too many triangles
 
 double extentOf(const std::vector<Point3>& vPoints)
 {
@@ -41,6 +47,12 @@ double extentOf(const std::vector<Point3>& vPoints)
     return getMax(high.x() - low.x(), high.y() - low.y(), high.z() - low.z());
 }
 
+void scale(std::vector<Point3>& vPoints, double factor)
+{
+    for (Point3& p : vPoints)
+        p.set(p.x() * factor, p.y() * factor, p.z() * factor);
+}
+
 // The value below which the given part of all lies; reorders.
 double quantile(std::vector<double>& values, double part)
 {
@@ -51,7 +63,31 @@ double quantile(std::vector<double>& values, double part)
 }
 } // namespace
 
+// All is worked out at extents of about 1, and brought back in the end: neither volumes nor fourth powers of lengths
+// leave the range of numbers then. The factor is a power of two, so nothing is rounded.
 bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function<void(double)>& progress)
+{
+    std::vector<Point3> vFinite = takeFinite(vTriCorners);
+    const double extent = vFinite.empty() ? 0.0 : extentOf(vFinite);
+    if (extent == 0.0)
+        return false;
+    if (!(extent > LEAST_EXTENT && extent < MOST_EXTENT))
+        refuse<ZefBadArgument>("extent > LEAST_EXTENT && extent < MOST_EXTENT",
+                               "the extents of the triangles are outside 1e-100 to 1e100");
+    const int exponent = std::ilogb(extent);
+    scale(vFinite, std::ldexp(1.0, -exponent));
+    if (options.length != RemeshOptions::FOUND)
+        options.length = std::clamp(options.length * std::ldexp(1.0, -exponent), DBL_MIN, MOST_EXTENT);
+    if (!runAtUnit(vFinite, progress))
+        return false;
+    scale(result.vPoints, std::ldexp(1.0, exponent));
+    report.length *= std::ldexp(1.0, exponent);
+    report.tolerance *= std::ldexp(1.0, exponent);
+    return true;
+}
+
+bool SoupRemesh::runAtUnit(const std::vector<Point3>& vTriCorners,
+                           const std::function<void(double)>& progress)
 {
     FlatSoup soup;
     SourceSurface source;
@@ -61,7 +97,26 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     soup = FlatSoup();
     report.featureAngle =
         options.featureAngle == RemeshOptions::FOUND ? source.findFeatureAngle() : options.featureAngle;
-    report.length = options.length == RemeshOptions::FOUND ? findLength(source) : options.length;
+    const bool bGiven = options.length != RemeshOptions::FOUND;
+    report.length = bGiven ? options.length : findLength(source);
+    while (!tryLength(source, progress))
+    {
+        if (bGiven)
+            refuse<ZefBadArgument>("numTriangles <= maxTriangles",
+                                   "this length makes more than the largest number of triangles, " +
+                                       std::to_string(options.maxTriangles));
+        if (report.length > source.getExtent())
+            refuse<ZefBadArgument>("numTriangles <= maxTriangles",
+                                   "the features alone need more than the largest number of triangles, " +
+                                       std::to_string(options.maxTriangles));
+        report.length *= LONGER;
+    }
+    return true;
+}
+
+// False if there would be too many triangles.
+bool SoupRemesh::tryLength(SourceSurface& source, const std::function<void(double)>& progress)
+{
     const double tolerance =
         std::max(options.tolerance,
                  std::min(ROUGH_TOLERANCE,
@@ -70,12 +125,28 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     report.tolerance = tolerance;
     source.markFeatures(report.featureAngle, report.length, tolerance,
                         tolerance > options.tolerance * report.length);
-    Remesher remesher(source, {report.length, tolerance, !options.bCoarse});
-    remesher.run(progress);
+    if (needsTooMany(source))
+        return false;
+    Remesher remesher(source, {report.length, tolerance, !options.bCoarse, options.maxTriangles});
+    if (!remesher.run(progress))
+        return false;
     report.numFarPlaces = remesher.getNumFarPlaces();
     report.numTriangles = remesher.getMesh().getNumTriangles();
     remesher.getMesh().getFlat(result.vPoints, result.vCorners);
     return true;
+}
+
+// By area and features alone, before anything is made: no edge stays longer than 4/3 of the length, and a face of n
+// edges has at least n - 2 triangles.
+bool SoupRemesh::needsTooMany(const SourceSurface& source) const
+{
+    const double sqLength = report.length * report.length;
+    double along = 0.0;
+    for (const CreaseChain& chain : source.getChains())
+        along += source.lengthOf(chain);
+    return LEAST_PER_SQUARE * source.getArea() > options.maxTriangles * sqLength ||
+           LEAST_PER_LENGTH * along >
+               (options.maxTriangles + 2.0 * source.getMesh().getNumTriangles()) * report.length;
 }
 
 std::vector<Point3> SoupRemesh::takeFinite(const std::vector<Point3>& vTriCorners)
@@ -94,15 +165,8 @@ std::vector<Point3> SoupRemesh::takeFinite(const std::vector<Point3>& vTriCorner
 
 bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& soup)
 {
-    const std::vector<Point3> vFinite = takeFinite(vTriCorners);
-    const double extent = vFinite.empty() ? 0.0 : extentOf(vFinite);
-    if (extent == 0.0)
-        return false;
-    if (!(extent > LEAST_EXTENT && extent < MOST_EXTENT))
-        refuse<ZefBadArgument>("extent > LEAST_EXTENT && extent < MOST_EXTENT",
-                               "the extents of the triangles are outside 1e-100 to 1e100");
-    SoupWelder welder(options.weldTolerance * extent);
-    welder.run(vFinite, soup);
+    SoupWelder welder(options.weldTolerance * extentOf(vTriCorners));
+    welder.run(vTriCorners, soup);
     report.numWelded = welder.getNumWelded();
     report.numFlat = welder.getNumFlat();
     report.numDoubled = welder.getNumDoubled();
@@ -127,18 +191,13 @@ bool SoupRemesh::makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& sou
 
 // Told nothing: a tenth of the chains of features may be shorter than the length, no more; a round one counts as one
 // of six pieces. A soup without features keeps its own edge length.
-double SoupRemesh::findLength(const SourceSurface& source) const
+double SoupRemesh::findLength(SourceSurface& source) const
 {
-    SourceSurface marked = source;
-    marked.markFeatures(report.featureAngle, DBL_MAX, DBL_MAX, false);
+    source.markFeatures(report.featureAngle, DBL_MAX, DBL_MAX, false);
     std::vector<double> vSizes;
-    for (const CreaseChain& chain : marked.getChains())
+    for (const CreaseChain& chain : source.getChains())
     {
-        double len = 0.0;
-        for (std::size_t i = 0; i + 1 < chain.vVertices.size(); ++i)
-            len +=
-                (source.getMesh().point(chain.vVertices[i + 1]) - source.getMesh().point(chain.vVertices[i]))
-                    .length();
+        const double len = source.lengthOf(chain);
         vSizes.push_back(chain.vVertices.front() == chain.vVertices.back() ? len / PIECES_ROUND : len);
     }
     double length = source.getExtent() / PIECES_PER_EXTENT;

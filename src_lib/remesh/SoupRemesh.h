@@ -29,9 +29,13 @@ public:
     [[nodiscard]] const RemeshReport& getReport() const { return report; }
 
 private:
+    [[nodiscard]] bool runAtUnit(const std::vector<Point3>& vTriCorners,
+                                 const std::function<void(double)>& progress);
     [[nodiscard]] std::vector<Point3> takeFinite(const std::vector<Point3>& vTriCorners);
     [[nodiscard]] bool makeSound(const std::vector<Point3>& vTriCorners, FlatSoup& soup);
-    [[nodiscard]] double findLength(const SourceSurface& source) const;
+    [[nodiscard]] double findLength(SourceSurface& source) const; // marks features of its own
+    [[nodiscard]] bool tryLength(SourceSurface& source, const std::function<void(double)>& progress);
+    [[nodiscard]] bool needsTooMany(const SourceSurface& source) const;
 
     RemeshOptions options;
     RemeshReport report;

@@ -97,7 +97,10 @@ int filterTriangles(FlatSoup& soup, F keep)
     soup.vCorners.resize(out);
     return num - soup.numTriangles();
 }
-// Which corners stand within a distance of one? A grid of cells, as one sorted list.
+
+// Corners that stay themselves, for the question which is the first within a distance: a grid of cells, as one list
+// sorted by cells. Cells hold the corners that stay at their front; those that went to another one are not looked at
+// again, however many stand in one cell.
 class NearGrid
 {
 public:
@@ -114,16 +117,17 @@ public:
         }
         const double extent = getMax(high.x() - low.x(), high.y() - low.y(), high.z() - low.z());
         cell = std::max(CELL_FACTOR * distance, extent / MAX_CELLS);
-        vEntries.reserve(vPoints.size());
-        for (std::size_t v = 0; v < vPoints.size(); ++v)
-            vEntries.emplace_back(keyOf(vPoints[v], 0.0, 0.0, 0.0), static_cast<int>(v));
-        std::sort(vEntries.begin(), vEntries.end());
+        vKeys.reserve(vPoints.size());
+        for (const Point3& p : vPoints)
+            vKeys.push_back(keyOf(p, 0.0, 0.0, 0.0));
+        std::sort(vKeys.begin(), vKeys.end());
+        vStaying.assign(vPoints.size(), ABSENT);
     }
 
-    // Calls f(u) for each u near v, v itself included; maybe more than once.
-    template <typename F>
-    void forEachNear(int v, F f) const
+    // Of the corners that stay, the first near v; v if there is none, which then stays too.
+    int findFirst(int v)
     {
+        int first = v;
         std::uint64_t lastKey = ~std::uint64_t{0};
         for (int octant = 0; octant < 8; ++octant)
         {
@@ -132,11 +136,19 @@ public:
             if (key == lastKey)
                 continue;
             lastKey = key;
-            for (auto it = std::lower_bound(vEntries.begin(), vEntries.end(), std::make_pair(key, -1));
-                 it != vEntries.end() && it->first == key; ++it)
-                if (sqDistance(vPoints[it->second], vPoints[v]) <= distance * distance)
-                    f(it->second);
+            for (std::size_t i = beginOf(key);
+                 i < vKeys.size() && vKeys[i] == key && vStaying[i] != ABSENT && vStaying[i] < first; ++i)
+                if (sqDistance(vPoints[vStaying[i]], vPoints[v]) <= distance * distance)
+                    first = vStaying[i];
         }
+        if (first == v)
+        {
+            std::size_t i = beginOf(keyOf(vPoints[v], 0.0, 0.0, 0.0));
+            while (vStaying[i] != ABSENT)
+                ++i;
+            vStaying[i] = v;
+        }
+        return first;
     }
 
 private:
@@ -148,12 +160,17 @@ private:
         return along(p.x() - low.x() + dx) << 42 | along(p.y() - low.y() + dy) << 21 |
                along(p.z() - low.z() + dz);
     }
+    [[nodiscard]] std::size_t beginOf(std::uint64_t key) const
+    {
+        return static_cast<std::size_t>(std::lower_bound(vKeys.begin(), vKeys.end(), key) - vKeys.begin());
+    }
 
     const std::vector<Point3>& vPoints;
     double distance;
     Point3 low;
     double cell = 0.0;
-    std::vector<std::pair<std::uint64_t, int>> vEntries;
+    std::vector<std::uint64_t> vKeys; // of all corners, sorted
+    std::vector<int> vStaying;        // beside the keys: corners of that cell in order, then ABSENT
 };
 
 // The triangles that may have a copy: those with at least two triangles on each edge and more on one, or
@@ -197,6 +214,7 @@ public:
             return {};
         vDropped.assign(soup.numTriangles(), false);
         countEdges();
+        findRuns();
         while (dropOddOnes())
         {
         }
@@ -218,58 +236,48 @@ private:
                 });
     }
 
-    void drop(int t)
+    // Entries on the same corners. What is dropped is always the last one left.
+    struct Run
     {
-        vDropped[t] = true;
-        for (int c = 3 * t; c < 3 * t + 3; ++c)
-            --vNumOn[vEdgeOf[c]];
-    }
+        std::size_t from;
+        std::size_t to;
+    };
 
-    // Calls f(from, to) for each run of entries on the same corners that are still there.
-    template <typename F>
-    void forEachRun(F f) const
+    void findRuns()
     {
         for (std::size_t from = 0; from < vTriples.size();)
         {
             std::size_t to = from;
             while (to < vTriples.size() && vTriples[to].first == vTriples[from].first)
                 ++to;
-            f(from, to);
+            vRuns.push_back({from, to});
             from = to;
         }
     }
 
-    [[nodiscard]] int lastOf(std::size_t from, std::size_t to) const // ABSENT if at most one is left
+    [[nodiscard]] static bool isSingle(const Run& run) { return run.to - run.from < 2; }
+
+    void dropLast(Run& run)
     {
-        int last = ABSENT;
-        int num = 0;
-        for (std::size_t i = from; i < to; ++i)
-        {
-            if (vDropped[vTriples[i].second])
-                continue;
-            ++num;
-            last = vTriples[i].second;
-        }
-        return num > 1 ? last : ABSENT;
+        const int t = vTriples[--run.to].second;
+        vDropped[t] = true;
+        for (int c = 3 * t; c < 3 * t + 3; ++c)
+            --vNumOn[vEdgeOf[c]];
     }
 
     [[nodiscard]] bool dropOddOnes()
     {
         bool bAny = false;
-        forEachRun(
-            [&](std::size_t from, std::size_t to)
-            {
-                const int t = lastOf(from, to);
-                if (t == ABSENT)
-                    return;
-                for (int c = 3 * t; c < 3 * t + 3; ++c)
-                    if (vNumOn[vEdgeOf[c]] % 2 != 0)
-                    {
-                        drop(t);
-                        bAny = true;
-                        return;
-                    }
-            });
+        for (Run& run : vRuns)
+        {
+            const int t = vTriples[run.from].second;
+            const bool bOdd = vNumOn[vEdgeOf[3 * t]] % 2 != 0 || vNumOn[vEdgeOf[3 * t + 1]] % 2 != 0 ||
+                              vNumOn[vEdgeOf[3 * t + 2]] % 2 != 0;
+            if (isSingle(run) || !bOdd)
+                continue;
+            dropLast(run);
+            bAny = true;
+        }
         return bAny;
     }
 
@@ -277,28 +285,18 @@ private:
     void dropAllDouble()
     {
         std::vector<bool> vDouble(soup.numTriangles(), false);
-        forEachRun(
-            [&](std::size_t from, std::size_t to)
-            {
-                for (std::size_t i = from; i < to && lastOf(from, to) != ABSENT; ++i)
-                    vDouble[vTriples[i].second] = true;
-            });
+        for (const Run& run : vRuns)
+            for (std::size_t i = run.from; i < run.to && !isSingle(run); ++i)
+                vDouble[vTriples[i].second] = true;
         std::vector<bool> vSingleBeside(vNumOn.size(), false); // an edge each
         for (int t = 0; t < soup.numTriangles(); ++t)
             for (int c = 3 * t; c < 3 * t + 3; ++c)
                 if (!vDouble[t] && !vDropped[t])
                     vSingleBeside[vEdgeOf[c]] = true;
         spreadOver(vDouble, vSingleBeside);
-        forEachRun(
-            [&](std::size_t from, std::size_t to)
-            {
-                for (int t = lastOf(from, to); t != ABSENT; t = lastOf(from, to))
-                {
-                    if (vSingleBeside[vEdgeOf[3 * t]])
-                        return;
-                    drop(t);
-                }
-            });
+        for (Run& run : vRuns)
+            while (!isSingle(run) && !vSingleBeside[vEdgeOf[3 * vTriples[run.from].second]])
+                dropLast(run);
     }
 
     void spreadOver(const std::vector<bool>& vDouble, std::vector<bool>& vMark) const
@@ -322,6 +320,7 @@ private:
 
     const FlatSoup& soup;
     const std::vector<std::pair<Triple, int>>& vTriples; // sorted
+    std::vector<Run> vRuns;
     std::vector<bool> vDropped;
     std::vector<int> vEdgeOf; // a corner each
     std::vector<int> vNumOn;  // an edge each
@@ -367,6 +366,7 @@ public:
         }
         std::sort(vOn.begin(), vOn.end());
         std::vector<int> vResult;
+        vResult.reserve(vOn.size());
         for (const auto& entry : vOn)
             vResult.push_back(entry.second);
         return vResult;
@@ -414,19 +414,12 @@ void SoupWelder::weldNear()
 {
     if (tolerance <= 0.0 || soup.vPoints.empty())
         return;
-    const NearGrid grid(soup.vPoints, tolerance);
+    NearGrid grid(soup.vPoints, tolerance);
     std::vector<int> vTarget(soup.vPoints.size());
     for (int v = 0; v < static_cast<int>(vTarget.size()); ++v)
     {
-        int target = v;
-        grid.forEachNear(v,
-                         [&](int u)
-                         {
-                             if (u < target && vTarget[u] == u)
-                                 target = u;
-                         });
-        vTarget[v] = target;
-        numWelded += target == v ? 0 : 1;
+        vTarget[v] = grid.findFirst(v);
+        numWelded += vTarget[v] == v ? 0 : 1;
     }
     for (int& v : soup.vCorners)
         v = vTarget[v];

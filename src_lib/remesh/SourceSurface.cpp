@@ -67,6 +67,14 @@ double SourceSurface::cosOfEdge(int h) const
     return vNormals[HalfEdgeMesh::triangleOf(h)] * vNormals[HalfEdgeMesh::triangleOf(mesh.partner(h))];
 }
 
+double SourceSurface::lengthOf(const CreaseChain& chain) const
+{
+    double sum = 0.0;
+    for (std::size_t i = 0; i + 1 < chain.vVertices.size(); ++i)
+        sum += (mesh.point(chain.vVertices[i + 1]) - mesh.point(chain.vVertices[i])).length();
+    return sum;
+}
+
 double SourceSurface::findFeatureAngle() const
 {
     std::array<double, 181> aCos;
@@ -183,6 +191,7 @@ bool SourceSurface::isRidge(int h, double length, double tolerance) const
 
 void SourceSurface::markFeatures(double featureAngle, double length, double tolerance, bool bRough)
 {
+    forgetFeatures();
     const double cosFeature = featureAngle > 180.0 ? -2.0 : cosOfDegrees(featureAngle);
     mesh.forEachEdge(
         [&](int h)
@@ -198,6 +207,17 @@ void SourceSurface::markFeatures(double featureAngle, double length, double tole
     findPatches();
     findFlatPatches(tolerance);
     findChains();
+}
+
+void SourceSurface::forgetFeatures()
+{
+    for (int h = 0; h < 4 * mesh.endTriangles(); ++h)
+        if (h % 4 != 3)
+            mesh.setFeature(h, 0);
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        mesh.setKind(v, HalfEdgeMesh::Kind::FREE);
+    vPatches.clear();
+    vChains.clear();
 }
 
 // All inner features that hang together, by their whole length.

@@ -42,7 +42,7 @@ public:
     // How far a vertex usually stands off from where its neighbours' neighbours would put it, in units of the
     // points: next to nothing on smooth surfaces, the noise of a scan. 0 if most vertices stand at edges above the angle.
     [[nodiscard]] double getRoughness(double featureAngle) const;
-    // Finds features, patches and chains. Call once, after build(). On a rough surface short features come from noise and
+    // Finds features, patches and chains, in place of those found before. On a rough surface short features come from noise and
     // are left out, and corners of borders that stand within the tolerance of one another become one.
     void markFeatures(double featureAngle, double length, double tolerance, bool bRough);
 
@@ -50,6 +50,7 @@ public:
     [[nodiscard]] const std::vector<Patch>& getPatches() const { return vPatches; }
     [[nodiscard]] const std::vector<CreaseChain>& getChains() const { return vChains; }
     [[nodiscard]] const Vector3& normal(int t) const { return vNormals[t]; }
+    [[nodiscard]] double lengthOf(const CreaseChain& chain) const;
     [[nodiscard]] double getExtent() const { return extent; }
     [[nodiscard]] double getArea() const { return area; }
 
@@ -60,6 +61,7 @@ private:
     [[nodiscard]] Vector3 normalAt(int v) const;
     [[nodiscard]] bool isRidge(int h, double length, double tolerance) const;
     [[nodiscard]] bool isTip(int v, double length, double tolerance) const;
+    void forgetFeatures();
     void dropShortFeatures(double shortest);
     void findKinds(double length, double tolerance);
     void joinCorners(double tolerance);

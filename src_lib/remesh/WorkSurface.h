@@ -5,6 +5,7 @@
 #include "remesh/SourceSurface.h"
 #include "surface/HalfEdgeMesh.h"
 
+#include <cstdint>
 #include <vector>
 
 namespace TARN_ZEF
@@ -14,6 +15,7 @@ struct RemeshSettings
     double length = 1.0;
     double tolerance = 0.02; // in units of the points
     bool bGraded = true;     // smaller triangles where features are nearer than the length
+    int maxTriangles = 0;    // of the result
 };
 
 // The mesh that is worked on, beside the surface it came from. The steps of remeshing share it: each of them changes
@@ -30,6 +32,12 @@ public:
     [[nodiscard]] Vector3 normalOf(int t) const;
     [[nodiscard]] double lengthOf(int h) const;
     [[nodiscard]] double sizeOf(int h) const;
+    // Whether there are so many triangles that no collapse will bring them back to those asked for at most.
+    [[nodiscard]] bool isFull() const
+    {
+        return mesh.getNumTriangles() >
+               static_cast<std::int64_t>(settings.maxTriangles) + source.getMesh().getNumTriangles();
+    }
     // The place of the source nearest to p, on the patch of t. far: how far away it may be before the tree is asked.
     // *pTriangle gets the triangle of the source, for vHint.
     [[nodiscard]] Point3 onPatch(const Point3& p, int t, double far, int* pTriangle) const;
