@@ -27,7 +27,7 @@ struct FinishOptions
     // Edge of the lattice cells that the mesh comes from, in units of the points. 0: as the mesh says.
     double cellSize = 0.0;
     // Ends with coordinates that are floats, so that a file that holds no more, such as the PLY of writeMesh_auto(),
-    // holds a sound mesh as well. Left out where floats are coarser than a thousandth of a cell.
+    // holds a sound mesh as well. Left out where floats are coarser than a thousandth of a cell; such a PLY holds doubles.
     bool bRoundToFloat = false;
 };
 

@@ -519,25 +519,19 @@ double Job::estimateSpacing()
 
 void Job::noteLostDigits()
 {
-    if (TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
+    // A mesh is written with doubles then.
+    if (!options.bCloud || TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
         return;
     double largest = 0.0;
     const auto include = [&largest](const Point3& p) {
         largest = std::max({largest, std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
     };
-    if (options.bCloud)
-        std::for_each(vPoints.begin(), vPoints.end(), include);
-    for (const Point3* pPoint : vVertices)
-        include(*pPoint);
+    std::for_each(vPoints.begin(), vPoints.end(), include);
     const auto stored = static_cast<float>(largest);
     const double step = std::nextafter(stored, std::numeric_limits<float>::max()) - stored;
-    const double detail = report.spacing > 0.0 ? report.spacing
-                          : pMesh              ? pMesh->getAverageEdgeLength()
-                                               : options.spacingAbs;
-    if (step > detail / 1000.0)
+    if (step > options.spacingAbs / 1000.0)
         note("PLY stores these large coordinates only in steps of " + textOf(step) +
-             (options.bCloud ? "; to keep their digits write .xyz or .bin"
-                             : "; to keep their digits write .stl, which has 10"));
+             "; to keep their digits write .xyz or .bin");
 }
 
 void Job::commitTargets()

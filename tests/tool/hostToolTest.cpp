@@ -328,11 +328,16 @@ TEST_F(HostTool, theCheckDecidesTheStatus)
     EXPECT_EQ(run("ball.xyz plain.ply -a 0.03").status, 0);
 }
 
-TEST_F(HostTool, lostDigitsAreTold)
+TEST_F(HostTool, farCoordinatesKeepTheirDigits)
 {
-    EXPECT_NE(run("far.xyz new.ply").err.find(".stl"), std::string::npos);
-    EXPECT_EQ(run("far.xyz new.stl").err, "");
-    EXPECT_EQ(run("ball.xyz new.ply -q").err, "");
+    EXPECT_EQ(run("far.xyz far.ply").err, "");
+    EXPECT_NE(contentOf(folder / "far.ply").find("property double x"), std::string::npos);
+    EXPECT_EQ(run("ball.xyz near.ply").err, "");
+    EXPECT_NE(contentOf(folder / "near.ply").find("property float x"), std::string::npos);
+    // What is written as double is read as double: the mesh as a soup is still there.
+    const Result again = run("far.ply again.ply -m -a 1 --cloud");
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_NE(again.err.find(".xyz"), std::string::npos);
 }
 
 TEST(MeshStatistics, edgesAndPieces)
