@@ -150,13 +150,13 @@ TEST(CreaseMaker, aBallHasNone)
         SCOPED_TRACE(noise);
         constexpr int num = 6000;
         std::mt19937 rng(5);
-        std::normal_distribution<double> off(1.0, noise * 0.046);
+        std::normal_distribution<double> off(0.0, 0.046);
         std::vector<Point3> vPoints;
         for (int i = 0; i < num; ++i)
         {
             const double z = 1.0 - (2.0 * i + 1.0) / num;
             const double r = std::sqrt(1.0 - z * z);
-            const double length = off(rng);
+            const double length = 1.0 + noise * off(rng);
             vPoints.emplace_back(length * r * std::cos(2.399963 * i), length * r * std::sin(2.399963 * i),
                                  length * z);
         }
