@@ -22,7 +22,7 @@ std::vector<Edge> collectEdges(const std::vector<int>& vCorners)
     {
         const auto a = static_cast<std::uint32_t>(vCorners[i]);
         const auto b = static_cast<std::uint32_t>(vCorners[i % 3 == 2 ? i - 2 : i + 1]);
-        vEdges.push_back(std::minmax(a, b));
+        vEdges.emplace_back(std::minmax(a, b));
     }
     sortMT(vEdges.begin(), vEdges.end());
     return vEdges;

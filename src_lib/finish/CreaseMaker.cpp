@@ -246,7 +246,7 @@ bool CreaseMaker::isBroken(int a, int b) const
 
 void CreaseMaker::findCrossings()
 {
-    vCrossingOf.assign(static_cast<std::size_t>(4 * mesh.endTriangles()), NONE);
+    vCrossingOf.assign(4 * static_cast<std::size_t>(mesh.endTriangles()), NONE);
     mesh.forEachEdge(
         [&](int h)
         {

@@ -47,7 +47,7 @@ void FoldRemoval::run()
     remove(FoldFinder(mesh).findAll());
 }
 
-void FoldRemoval::runNear(Flags vChanged)
+void FoldRemoval::runNear(const Flags& vChanged)
 {
     remove(FoldFinder(mesh).findNear(vChanged));
 }
@@ -268,6 +268,7 @@ void FoldRemoval::dropTriangles(const Flags& vDrop, bool bFill)
     for (int v = 0; v < mesh.endVertices(); ++v)
         vWasBorder[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && mesh.isBorderVertex(v);
     std::vector<Point3> vPoints;
+    vPoints.reserve(static_cast<std::size_t>(mesh.endVertices()));
     std::vector<int> vCorners;
     Flags vStillTouched;
     for (int v = 0; v < mesh.endVertices(); ++v)

@@ -36,7 +36,7 @@ public:
 
     // On the whole surface, or near the triangles t with vChanged[t] != 0, as the rest is known to be without.
     void run();
-    void runNear(Flags vChanged);
+    void runNear(const Flags& vChanged);
 
 private:
     using Pairs = std::vector<FoldFinder::Pair>;
