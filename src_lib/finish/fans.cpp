@@ -79,7 +79,8 @@ std::size_t doubleVertices(FlatMesh& mesh, const Mates& vMates, std::vector<Inde
         if (vHasFan[original] != 0)
         {
             vertex = static_cast<Index>(mesh.vPoints.size());
-            mesh.vPoints.push_back(Point3(mesh.vPoints[original]));
+            const Point3 copy = mesh.vPoints[original];
+            mesh.vPoints.push_back(copy);
             vHasFan.push_back(1);
             ++numCopies;
             if (pOriginals != nullptr)

@@ -91,6 +91,7 @@ private:
 void addTriangles(HalfEdgeMesh& mesh, const std::vector<std::array<int, 3>>& vTriangles)
 {
     std::vector<int> vAdded;
+    vAdded.reserve(vTriangles.size());
     for (const auto& corners : vTriangles)
         vAdded.push_back(mesh.addTriangle(corners[0], corners[1], corners[2]));
     const auto findOpen = [&](int a, int b)
