@@ -27,7 +27,8 @@ struct FinishOptions
     // Edge of the lattice cells that the mesh comes from, in units of the points. 0: as the mesh says.
     double cellSize = 0.0;
     // Ends with coordinates that are floats, so that a file that holds no more, such as the PLY of writeMesh_auto(),
-    // holds a sound mesh as well. Left out where floats are coarser than a thousandth of a cell; such a PLY holds doubles.
+    // holds a sound mesh as well. Left out where floats are coarser than a thousandth of a cell; such a PLY holds
+    // doubles.
     bool bRoundToFloat = false;
 };
 
@@ -38,10 +39,10 @@ struct FinishReport
     std::size_t numUnusableT = 0;  // triangles that went: a corner not finite, or two corners equal
     std::size_t numFlatT = 0;      // triangles that went: no area
     std::size_t numDuplicateT = 0; // triangles that went: on the corners of another one
-    std::size_t numWrapT = 0;    // triangles that went: one of two sides of a thin wrap around an open sheet
-    std::size_t numFinT = 0;     // triangles that went: fins and doubled layers
-    std::size_t numTurnedT = 0;  // triangles that were turned over
-    std::size_t numCutSides = 0; // sides of edges of three or more triangles that found no partner
+    std::size_t numWrapT = 0;      // triangles that went: one side of thin wraps around open sheets
+    std::size_t numFinT = 0;       // triangles that went: fins and doubled layers
+    std::size_t numTurnedT = 0;    // triangles that were turned over
+    std::size_t numCutSides = 0;   // sides of edges of three or more triangles that found no partner
     std::size_t numDoubledVtx = 0; // vertices made so that each fan has its own
     std::size_t numSplitEdges = 0; // edges that got a vertex in the middle
     // --- Folds ---
@@ -64,9 +65,9 @@ struct FinishReport
 // mesh     read, never changed
 // vCloud   the points that the mesh was made from; without, the surface stays where it is
 // pReport  filled in if given
-// Returns  a new mesh; it can be without triangles
+// Returns  a new mesh of the caller's, in units of the points; it can be without triangles
 // Throws   ZefBadArgument if an option is out of its range, or not a number
-// The result is the same for every number of threads.
+// Threads  runs on the pool; the result is the same for every number of threads. Reports no progress
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> finishSurface(const Mesh& mesh,
                                                           const FinishOptions& options = FinishOptions(),
                                                           FinishReport* pReport = nullptr);

@@ -236,9 +236,31 @@ void Finisher::unload()
     std::vector<int> vCorners;
     mesh.getFlat(flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
-    Mates vMates = findMates(flat);
+    Mates vMates = getMates();
     report.numTurnedT += faceOutward(flat, vMates);
     scale(flat.vPoints, exponent);
+}
+
+// Of the triangles in the order of getFlat().
+Mates Finisher::getMates() const
+{
+    std::vector<FlatMesh::Index> vPlace(static_cast<std::size_t>(mesh.endTriangles()));
+    FlatMesh::Index num = 0;
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t))
+            vPlace[static_cast<std::size_t>(t)] = num++;
+    const auto toFlat = [&vPlace](int h)
+    {
+        return 3 * vPlace[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] +
+               static_cast<FlatMesh::Index>(h & 3);
+    };
+    Mates vMates;
+    vMates.reserve(3 * std::size_t{num});
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t))
+            for (int h = 4 * t; h < 4 * t + 3; ++h)
+                vMates.push_back(mesh.isBorder(h) ? FlatMesh::NONE : toFlat(mesh.partner(h)));
+    return vMates;
 }
 
 // Without one that is given: the edges of such a mesh are a little longer than its cells.

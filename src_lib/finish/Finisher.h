@@ -2,6 +2,7 @@
 #define ZEF_FINISHER_H
 
 #include "finish/FlatMesh.h"
+#include "finish/fans.h"
 #include "finishSurface.h"
 #include "surface/HalfEdgeMesh.h"
 
@@ -35,6 +36,7 @@ private:
     void roundPoints();
     void load();
     void unload();
+    [[nodiscard]] Mates getMates() const;
     [[nodiscard]] double findCellSize() const;
 
     FlatMesh& flat;

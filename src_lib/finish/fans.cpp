@@ -1,7 +1,5 @@
 #include "finish/fans.h"
 
-#include "finish/EdgeTable.h"
-
 #include <utility>
 
 namespace TARN_ZEF
@@ -29,24 +27,6 @@ void forEachOfFan(const Mates& vMates, Index h, F f)
     }
 }
 } // namespace
-
-Mates findMates(const FlatMesh& mesh)
-{
-    Mates vMates(mesh.vCorners.size(), FlatMesh::NONE);
-    EdgeTable(mesh).forEach(
-        [&](auto halfEdges)
-        {
-            if (halfEdges.size() != 2)
-                return;
-            const Index g = halfEdges[0].second;
-            const Index h = halfEdges[1].second;
-            if (mesh.from(g) == mesh.from(h))
-                return;
-            vMates[g] = h;
-            vMates[h] = g;
-        });
-    return vMates;
-}
 
 void turnTriangles(FlatMesh& mesh, const std::vector<std::uint8_t>& vTurn)
 {

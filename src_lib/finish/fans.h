@@ -14,9 +14,6 @@ namespace TARN_ZEF
 {
 using Mates = std::vector<FlatMesh::Index>; // for each half-edge its mate, or FlatMesh::NONE
 
-// The mates by the corners alone: half-edges of an edge that has exactly two, which run opposite ways.
-[[nodiscard]] Mates findMates(const FlatMesh& mesh);
-
 // Turns over the triangles t with vTurn[t] != 0: their last two corners change places. With that their first and last
 // half-edges do, so that mates have to follow.
 void turnTriangles(FlatMesh& mesh, const std::vector<std::uint8_t>& vTurn);

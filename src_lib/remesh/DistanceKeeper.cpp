@@ -178,6 +178,8 @@ std::vector<int> DistanceKeeper::findBelowSource()
     std::vector<int> vBelow;
     const auto measure = [&](const Point3& p, int s)
     {
+        if (vNear[s] == NONE) // nothing of its patch is left
+            return;
         const SurfacePlace place = walker.nearest(p, vNear[s], tolerance);
         vNear[s] = place.triangle;
         if (place.sqDist > tolerance * tolerance)
