@@ -1,11 +1,13 @@
 #include "autoReconstruct.h"
 
 #include "api/ProgressScope.h"
+#include "api/flatMesh.h"
 #include "choice/CloudMeasure.h"
 #include "choice/FactorLadder.h"
 #include "choice/countTrialFaults.h"
 #include "core/CallScope.h"
 #include "core/zefRand.h"
+#include "geometry/isFinite.h"
 #include "intake/Cloud.h"
 #include "zef_api_functions.h"
 
@@ -17,20 +19,11 @@ namespace TARN_ZEF
 {
 namespace
 {
-bool isFinite(const Point3& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-}
-
 void countFaults(const Mesh& mesh, std::size_t mostEdgesOfHole, AutoTrial& trial)
 {
-    std::vector<Point3*> vVertices;
-    std::vector<int> vCorners;
-    mesh.getVertexIndexData(vVertices, vCorners);
     std::vector<Point3> vPoints;
-    vPoints.reserve(vVertices.size());
-    for (const Point3* pVertex : vVertices)
-        vPoints.push_back(*pVertex);
+    std::vector<int> vCorners;
+    getFlat(mesh, vPoints, vCorners);
     countTrialFaults(vPoints, vCorners, mostEdgesOfHole, trial);
 }
 

@@ -3,6 +3,7 @@
 #include "finish/FinRemoval.h"
 #include "finish/SeamPairing.h"
 #include "finish/WrapRemoval.h"
+#include "geometry/isFinite.h"
 #include "geometry/tools.h"
 #include "parallel/sortMT2.h"
 
@@ -22,11 +23,6 @@ constexpr double OWN_FLATNESS = 0.4;
 constexpr double DRAW_BACK = 0.2;
 // How far the middle of a split edge goes towards its own triangles, so that it does not lie on its twin.
 constexpr double SPLIT_ASIDE = 0.15;
-
-bool isFinite(const Point3& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-}
 
 Point3 moveTowards(const Point3& p, const Point3& target, double share)
 {

@@ -1,6 +1,6 @@
 #include "checkMesh.h"
 #include "finishSurface.h"
-#include "helpers/finishedMeshes.h"
+#include "helpers/evenBall.h"
 #include "zef_api_functions.h"
 
 #include <gtest/gtest.h>
@@ -148,18 +148,9 @@ TEST(CreaseMaker, aBallHasNone)
     for (const double noise : {0.0, 0.1, 0.5})
     {
         SCOPED_TRACE(noise);
-        constexpr int num = 6000;
         std::mt19937 rng(5);
-        std::normal_distribution<double> off(0.0, 0.046);
-        std::vector<Point3> vPoints;
-        for (int i = 0; i < num; ++i)
-        {
-            const double z = 1.0 - (2.0 * i + 1.0) / num;
-            const double r = std::sqrt(1.0 - z * z);
-            const double length = 1.0 + noise * off(rng);
-            vPoints.emplace_back(length * r * std::cos(2.399963 * i), length * r * std::sin(2.399963 * i),
-                                 length * z);
-        }
+        std::normal_distribution<double> off(0.0, 0.046); // the points lie so far apart
+        std::vector<Point3> vPoints = makeEvenBall(6000, [&] { return 1.0 + noise * off(rng); });
         const std::shared_ptr<Mesh> pPlain = reconstruct_auto(vPoints, false, 1.0);
         FinishReport report;
         (void)finishSurface(*pPlain, vPoints, FinishOptions(), &report);

@@ -3,6 +3,7 @@
 #include "checkMesh.h"
 #include "finish/Finisher.h"
 #include "geometry/tools.h"
+#include "helpers/evenBall.h"
 #include "helpers/finishedMeshes.h"
 #include "parallel/WorkerPool.h"
 #include "zef_api_functions.h"
@@ -22,21 +23,12 @@ MeshCheck check(const FlatMesh& mesh)
     return checkMesh(mesh.vPoints, std::vector<int>(mesh.vCorners.begin(), mesh.vCorners.end()));
 }
 
-// Evenly spread points on a ball of radius 1, each off by up to noise along the radius.
+// A ball of radius 1, each point off by up to noise along the radius.
 std::vector<Point3> makeBall(int num, double noise)
 {
     std::mt19937 rng(5);
-    std::uniform_real_distribution<double> off(1.0 - noise, 1.0 + noise);
-    std::vector<Point3> vPoints;
-    for (int i = 0; i < num; ++i)
-    {
-        const double z = 1.0 - (2.0 * i + 1.0) / num;
-        const double r = std::sqrt(1.0 - z * z);
-        const double length = off(rng);
-        vPoints.emplace_back(length * r * std::cos(2.399963 * i), length * r * std::sin(2.399963 * i),
-                             length * z);
-    }
-    return vPoints;
+    std::uniform_real_distribution<double> length(1.0 - noise, 1.0 + noise);
+    return makeEvenBall(num, [&] { return length(rng); });
 }
 
 // Mean distance of the vertices from a ball of radius 1.
