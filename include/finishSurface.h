@@ -45,6 +45,10 @@ struct FinishReport
     std::size_t numCutSides = 0;   // sides of edges of three or more triangles that found no partner
     std::size_t numDoubledVtx = 0; // vertices made so that each fan has its own
     std::size_t numSplitEdges = 0; // edges that got a vertex in the middle
+    std::size_t numDebrisT = 0;    // triangles that went: small pieces that were cut off a large one here
+    // --- Borders ---
+    std::size_t numNotches = 0; // triangles added where a border has a notch
+    std::size_t numTeeth = 0;   // triangles that went: single ones that stick out of a border
     // --- Folds ---
     std::size_t numFolds = 0;         // pairs of triangles that intersected, and triangles without area
     std::size_t numFoldCollapses = 0; // edges that collapsed to remove them

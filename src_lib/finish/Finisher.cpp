@@ -2,7 +2,9 @@
 
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "finish/BorderEvening.h"
 #include "finish/CreaseMaker.h"
+#include "finish/DebrisRemoval.h"
 #include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
@@ -24,6 +26,8 @@ constexpr int LATER_ROUNDS = 3;
 // Cosine of 20 degrees: triangles with a smaller angle collapse.
 constexpr double THIN = 0.9397;
 constexpr std::size_t LONGEST_FILLED = 12;
+// Border edges shorter than that go, in cells.
+constexpr double SHORT = 0.7;
 
 // The triangles whose corners are others than before, or elsewhere. REQUIRES: not renumbered in between.
 FoldRemoval::Flags findChanged(const HalfEdgeMesh& before, const HalfEdgeMesh& after)
@@ -100,9 +104,13 @@ void Finisher::part()
 {
     PartReport parts;
     cellSize = findCellSize();
+    const DebrisRemoval::Flags vWasOfLarge = DebrisRemoval::findLarge(flat);
     SheetParter parter(flat, parts, cellSize);
     parter.run();
     vIsParted = parter.getParted();
+    vIsOfLarge.resize(flat.vPoints.size());
+    for (std::size_t v = 0; v < vIsOfLarge.size(); ++v)
+        vIsOfLarge[v] = vWasOfLarge[parter.getSource(v)];
     report.numUnusableT = parts.numUnusableT;
     report.numFlatT = parts.numFlatT;
     report.numDuplicateT = parts.numDuplicateT;
@@ -117,7 +125,10 @@ void Finisher::part()
 void Finisher::improve()
 {
     if (options.bEvenTriangles)
+    {
         even(FIRST_ROUNDS);
+        evenBorders();
+    }
     if (!options.bFitToPoints || vCloud.empty())
         return;
     fit(options.bKeepCreases);
@@ -126,6 +137,7 @@ void Finisher::improve()
     if (!options.bEvenTriangles)
         return;
     even(LATER_ROUNDS);
+    evenBorders();
     fit(false);
     mendThin();
 }
@@ -156,6 +168,17 @@ void Finisher::even(int numRounds)
     }
     relaxation.flip();
     relaxation.collapse(THIN);
+}
+
+void Finisher::evenBorders()
+{
+    BorderEvening borders(mesh);
+    borders.trim();
+    borders.smooth();
+    report.numNotches += borders.getNumFilled();
+    report.numTeeth += borders.getNumDropped();
+    if (cellSize > 0.0 && std::isfinite(cellSize))
+        Relaxation(mesh).collapseBorder(SHORT * cellSize);
 }
 
 void Finisher::fit(bool bMakeCreases)
@@ -198,6 +221,7 @@ void Finisher::removeFolds()
     report.numFoldCollapses = folds.numCollapses;
     report.numFoldT = folds.numDroppedT;
     report.numFilledCuts += folds.numFilled;
+    report.numDebrisT += DebrisRemoval(mesh).run();
 }
 
 // Whether a float tells places a thousandth of a cell apart, everywhere on the surface.
@@ -229,6 +253,13 @@ void Finisher::load()
         fillLoops(mesh, LONGEST_FILLED,
                   [&](int v)
                   { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
+    DebrisRemoval::Flags vOfLarge;
+    vOfLarge.reserve(vOrigin.size());
+    for (const int v : vOrigin)
+        vOfLarge.push_back(vIsOfLarge[static_cast<std::size_t>(v)]);
+    DebrisRemoval debris(mesh);
+    debris.label(vOfLarge);
+    report.numDebrisT += debris.run();
 }
 
 void Finisher::unload()

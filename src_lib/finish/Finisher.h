@@ -27,6 +27,7 @@ private:
     static void scale(std::vector<Point3>& vPoints, int power);
     void part();
     void improve();
+    void evenBorders();
     void even(int numRounds);
     void mendThin();
     void fit(bool bMakeCreases);
@@ -47,7 +48,8 @@ private:
     double cellSize = 0.0;
     int exponent = 0; // of the power of two by which all was divided
     std::vector<Point3> vScaledCloud;
-    std::vector<std::uint8_t> vIsParted; // of the points of flat
+    std::vector<std::uint8_t> vIsParted;
+    std::vector<std::uint8_t> vIsOfLarge; // of the points of flat
 };
 
 } // namespace TARN_ZEF

@@ -1,6 +1,7 @@
 #include "finish/FoldRemoval.h"
 
 #include "core/definitions.h"
+#include "finish/dropTriangles.h"
 #include "finish/fillLoops.h"
 #include "geometry/tools.h"
 #include "parallel/sortMT2.h"
@@ -225,7 +226,7 @@ void FoldRemoval::dropBorders(const Pairs& vPairs)
             for (int h = 4 * t; h < 4 * t + 3; ++h)
                 if (mesh.isBorder(h))
                     vDrop[static_cast<std::size_t>(t)] = 1;
-    dropTriangles(vDrop, false);
+    drop(vDrop, false);
 }
 
 // A few triangles that are in all pairs: again and again the one that is in most of those left.
@@ -257,37 +258,26 @@ FoldRemoval::Flags FoldRemoval::chooseFewest(const Pairs& vPairs) const
 
 void FoldRemoval::cut(const Pairs& vPairs, bool bFill)
 {
-    dropTriangles(chooseFewest(vPairs), bFill);
+    drop(chooseFewest(vPairs), bFill);
 }
 
-// The mesh is built anew, as what stays can have several fans at a vertex.
-void FoldRemoval::dropTriangles(const Flags& vDrop, bool bFill)
+void FoldRemoval::drop(const Flags& vDrop, bool bFill)
 {
-    std::vector<int> vNewT;
     Flags vWasBorder(static_cast<std::size_t>(mesh.endVertices()), 0);
     for (int v = 0; v < mesh.endVertices(); ++v)
         vWasBorder[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && mesh.isBorderVertex(v);
-    std::vector<Point3> vPoints;
-    vPoints.reserve(static_cast<std::size_t>(mesh.endVertices()));
-    std::vector<int> vCorners;
     Flags vStillTouched;
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        vPoints.push_back(mesh.point(v));
     for (int t = 0; t < mesh.endTriangles(); ++t)
     {
         if (!mesh.isAlive(t))
             continue;
         if (vDrop[static_cast<std::size_t>(t)] != 0)
-        {
             ++report.numDroppedT;
-            continue;
-        }
-        for (int h = 4 * t; h < 4 * t + 3; ++h)
-            vCorners.push_back(mesh.from(h));
-        vStillTouched.push_back(vTouched[static_cast<std::size_t>(t)]);
+        else
+            vStillTouched.push_back(vTouched[static_cast<std::size_t>(t)]);
     }
     std::vector<int> vOrigin;
-    ASSEX(mesh.build(vPoints, vCorners, &vOrigin));
+    dropTriangles(mesh, vDrop, &vOrigin);
     vTouched = std::move(vStillTouched);
     partEqualPoints();
     if (!bFill)

@@ -46,7 +46,7 @@ private:
     void collapse(const Pairs& vPairs);
     void dropBorders(const Pairs& vPairs);
     void cut(const Pairs& vPairs, bool bFill);
-    void dropTriangles(const Flags& vDrop, bool bFill);
+    void drop(const Flags& vDrop, bool bFill);
     [[nodiscard]] Flags chooseFewest(const Pairs& vPairs) const;
     [[nodiscard]] std::vector<int> getVertices(const Pairs& vPairs, int numRings) const;
     void partEqualPoints();

@@ -18,6 +18,8 @@ constexpr std::size_t MIN_CHUNK = 5'000;
 constexpr double MAX_BEND = 0.866;
 // Cosine of 5 degrees: the normal of a triangle with a smaller angle says nothing.
 constexpr double NEEDLE = 0.9962;
+// Cosine of 25 degrees.
+constexpr double WELL_SHAPED = 0.9063;
 // A flip has to gain that much of the cosine, so that none is undone.
 constexpr double MIN_GAIN = 1e-3;
 constexpr int MAX_FLIP_PASSES = 6;
@@ -328,6 +330,18 @@ std::size_t Relaxation::collapse(double maxCosine)
         if (worst > maxCosine && tryCollapse(getShortestEdge(t), worst))
             ++num;
     }
+    return num;
+}
+
+std::size_t Relaxation::collapseBorder(double minLength)
+{
+    std::size_t num = 0;
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        for (int h = 4 * t; h < 4 * t + 3 && mesh.isAlive(t); ++h)
+            if (mesh.isBorder(h) &&
+                sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))) < minLength * minLength &&
+                tryCollapse(h, WELL_SHAPED))
+                ++num;
     return num;
 }
 

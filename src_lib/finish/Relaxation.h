@@ -27,6 +27,8 @@ public:
     // Triangles with an angle below that of the given cosine lose their shortest edge, where that is better. Returns
     // the number of collapses.
     std::size_t collapse(double maxCosine);
+    // Border edges shorter than that vanish where no triangle gets an angle below 25 degrees.
+    std::size_t collapseBorder(double minLength);
 
 private:
     struct Quality

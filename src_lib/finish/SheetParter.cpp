@@ -42,13 +42,16 @@ void SheetParter::run()
     dropUnusable();
     dropDuplicates();
     SeamTable seams(mesh);
-    report.numWrapT += WrapRemoval(mesh, seams, cellSize).run();
+    WrapRemoval wraps(mesh, seams, cellSize);
+    report.numWrapT += wraps.run();
     report.numFinT += FinRemoval(mesh, seams).run();
     pairTriangles(seams);
     giveFansVertices();
     splitTwinEdges();
     report.numTurnedT += faceOutward(mesh, vMates);
     vIsParted.resize(mesh.vPoints.size(), 0);
+    for (std::size_t v = 0; v < wraps.getTouched().size(); ++v)
+        vIsParted[v] |= wraps.getTouched()[v];
 }
 
 void SheetParter::keep(const std::vector<std::uint8_t>& vKeep, std::size_t& counter)
@@ -168,6 +171,8 @@ void SheetParter::giveFansVertices()
     std::vector<Index> vOriginals;
     report.numDoubledVtx += doubleVertices(mesh, vMates, &vOriginals);
     drawBack(firstCopy, vOriginals);
+    firstAdded = firstCopy;
+    vSources = std::move(vOriginals);
 }
 
 // Vertices with copies whose fan is open go towards the middle of their neighbours.
@@ -250,6 +255,7 @@ bool SheetParter::splitAt(Index h, std::vector<std::uint8_t>& vTouched)
         aside = moveTowards(aside, mesh.vPoints[mesh.opposite(g)], 0.5);
     middle = moveTowards(middle, aside, SPLIT_ASIDE);
     const auto vertex = static_cast<Index>(mesh.vPoints.size());
+    vSources.push_back(getSource(mesh.from(h)));
     mesh.vPoints.push_back(middle);
     ++report.numSplitEdges;
     const auto addedH = static_cast<Index>(mesh.vCorners.size());

@@ -30,6 +30,11 @@ public:
 
     // After run(): for each point whether it stood on a seam, or is a copy of one that did.
     [[nodiscard]] const std::vector<std::uint8_t>& getParted() const noexcept { return vIsParted; }
+    // The point before run() that a point is, or a copy of, or was made next to.
+    [[nodiscard]] FlatMesh::Index getSource(std::size_t v) const noexcept
+    {
+        return v < firstAdded ? static_cast<FlatMesh::Index>(v) : vSources[v - firstAdded];
+    }
 
 private:
     using Index = FlatMesh::Index;
@@ -54,6 +59,8 @@ private:
     Mates vMates;
     std::vector<Index> vSeamSides; // half-edges at edges that were seams
     std::vector<std::uint8_t> vIsParted;
+    std::size_t firstAdded = 0;  // points from here on are new
+    std::vector<Index> vSources; // of these
 };
 
 // Turns the closed pieces of a mesh so that they face outward. The mates follow. Returns the number of triangles turned.

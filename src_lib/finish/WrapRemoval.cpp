@@ -11,8 +11,13 @@ namespace TARN_ZEF
 {
 namespace
 {
-// Wraps are thinner, in cells.
+// Wraps are thinner, in cells,
 constexpr double MAX_THICKNESS = 1.0 / 3.0;
+// or as thin as that, if they hang on sheets and the border gets no longer: so are both sides of a doubled rim, but
+// also a pole or a twig, where a cut would only be one more slit.
+constexpr double MAX_RIM_THICKNESS = 0.6;
+// Two sides of a wrap where a sheet goes on in both are surely opposed: weights of the others are at most 1.
+constexpr double SURE = 2.0;
 // An opposed triangle faces the other way within 60 degrees,
 constexpr double OPPOSED = -0.5;
 // and is at most so far away, in cells.
@@ -39,28 +44,35 @@ std::size_t WrapRemoval::run()
 {
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return 0;
-    const std::vector<std::vector<Index>> vWraps = findWraps();
+    const std::vector<Wrap> vWraps = findWraps();
     if (vWraps.empty())
         return 0;
     vKeep.assign(mesh.getNumT(), 1);
-    for (const std::vector<Index>& vTriangles : vWraps)
+    for (const Wrap& wrap : vWraps)
     {
-        readFacets(vTriangles);
-        linkNeighbours(vTriangles);
+        readFacets(wrap.vTriangles);
+        linkNeighbours(wrap.vTriangles);
+        linkAtSeams(wrap.vTriangles);
         linkOpposed();
         const Flags vSides = tellSides();
         const std::uint8_t kept = chooseSide(vSides);
+        if (!wrap.bThin && !isShorter(vSides, kept))
+            continue;
         const bool bDebris = vFacets.size() <= MAX_DEBRIS && !isAtSeam();
         for (std::size_t i = 0; i < vFacets.size(); ++i)
             vKeep[vFacets[i].t] = vSides[i] == kept && !bDebris ? 1 : 0;
     }
+    vTouched.assign(mesh.vPoints.size(), 0);
+    for (Index h = 0; h < mesh.vCorners.size(); ++h)
+        if (vKeep[h / 3] == 0)
+            vTouched[mesh.vCorners[h]] = 1;
     const std::size_t before = mesh.getNumT();
     mesh.keepTriangles(vKeep);
     seams = SeamTable(mesh);
     return before - mesh.getNumT();
 }
 
-// Patches whose every side has a mate or one other side of the same patch at its seam.
+// Patches whose every side has a mate or stands with others of the same patch at its seam, two or four of them.
 WrapRemoval::Flags WrapRemoval::findClosedPatches(const PatchTable& patches) const
 {
     Flags vClosed(patches.vNumT.size(), 1);
@@ -74,14 +86,14 @@ WrapRemoval::Flags WrapRemoval::findClosedPatches(const PatchTable& patches) con
         const auto sides = seams.getSides(seams.getSeam(h));
         const auto own = std::count_if(sides.begin(), sides.end(),
                                        [&](Index side) { return patches.vPatchOfT[side / 3] == patch; });
-        if (own != 2)
+        if (own % 2 != 0)
             vClosed[patch] = 0;
     }
     return vClosed;
 }
 
 // The thickness of a slab is twice its volume over its area. Volumes are summed from a corner of the patch.
-std::vector<std::vector<FlatMesh::Index>> WrapRemoval::findWraps() const
+std::vector<WrapRemoval::Wrap> WrapRemoval::findWraps() const
 {
     const PatchTable patches(mesh, seams.getMates());
     const Flags vClosed = findClosedPatches(patches);
@@ -106,20 +118,21 @@ std::vector<std::vector<FlatMesh::Index>> WrapRemoval::findWraps() const
         measure.area += cross.length();
     }
     std::vector<Index> vNumbers(vClosed.size(), FlatMesh::NONE);
-    std::vector<std::vector<Index>> vWraps;
+    std::vector<Wrap> vWraps;
     for (Index t = 0; t < mesh.getNumT(); ++t)
     {
         const Index patch = patches.vPatchOfT[t];
         const Measure& measure = vMeasures[patch];
-        if (vClosed[patch] == 0 ||
-            !(2.0 * std::fabs(measure.volume) / 3.0 < MAX_THICKNESS * cellSize * measure.area))
+        const auto isBelow = [&](double thickness)
+        { return 2.0 * std::fabs(measure.volume) / 3.0 < thickness * cellSize * measure.area; };
+        if (vClosed[patch] == 0 || !isBelow(MAX_RIM_THICKNESS))
             continue;
         if (vNumbers[patch] == FlatMesh::NONE)
         {
             vNumbers[patch] = static_cast<Index>(vWraps.size());
-            vWraps.emplace_back();
+            vWraps.push_back({{}, isBelow(MAX_THICKNESS)});
         }
-        vWraps[vNumbers[patch]].push_back(t);
+        vWraps[vNumbers[patch]].vTriangles.push_back(t);
     }
     return vWraps;
 }
@@ -153,6 +166,29 @@ void WrapRemoval::linkNeighbours(const std::vector<Index>& vTriangles)
             const auto b = static_cast<Index>(it - vTriangles.begin());
             const double cosine = vFacets[a].normal * vFacets[b].normal;
             vLinks.push_back({std::fabs(cosine), a, b, static_cast<std::uint8_t>(cosine < 0.0 ? 1 : 0)});
+        }
+    }
+}
+
+// Where the wrap hangs on a sheet, that one goes on in both of its sides.
+void WrapRemoval::linkAtSeams(const std::vector<Index>& vTriangles)
+{
+    std::vector<Index> vOwn;
+    for (Index a = 0; a < vFacets.size(); ++a)
+    {
+        for (Index h = 3 * vFacets[a].t; h < 3 * vFacets[a].t + 3; ++h)
+        {
+            if (seams.getSeam(h) == FlatMesh::NONE)
+                continue;
+            vOwn.clear();
+            for (const Index side : seams.getSides(seams.getSeam(h)))
+            {
+                const auto it = std::lower_bound(vTriangles.begin(), vTriangles.end(), side / 3);
+                if (it != vTriangles.end() && *it == side / 3)
+                    vOwn.push_back(static_cast<Index>(it - vTriangles.begin()));
+            }
+            if (vOwn.size() == 2 && vOwn.front() == a && seams.getSides(seams.getSeam(h)).size() == 3)
+                vLinks.push_back({SURE, a, vOwn.back(), 1});
         }
     }
 }
@@ -224,6 +260,45 @@ std::uint8_t WrapRemoval::chooseSide(const Flags& vSides) const
     if (agreement[0] != agreement[1])
         return agreement[0] < agreement[1] ? 1 : 0;
     return upward[0] < upward[1] ? 1 : 0;
+}
+
+// Whether the border gets no longer if the other side goes. A wrap that stands alone only gets one.
+bool WrapRemoval::isShorter(const Flags& vSides, std::uint8_t kept) const
+{
+    // Ascending, as the facets are.
+    const auto isDropped = [&](Index t)
+    {
+        const auto it = std::lower_bound(vFacets.begin(), vFacets.end(), t,
+                                         [](const Facet& facet, Index number) { return facet.t < number; });
+        return it != vFacets.end() && it->t == t &&
+               vSides[static_cast<std::size_t>(it - vFacets.begin())] != kept;
+    };
+    std::ptrdiff_t longer = 0;
+    std::vector<Index> vSeams;
+    for (const Facet& facet : vFacets)
+    {
+        for (Index h = 3 * facet.t; h < 3 * facet.t + 3; ++h)
+        {
+            const Index mate = seams.getMates()[h];
+            if (seams.getSeam(h) != FlatMesh::NONE)
+                vSeams.push_back(seams.getSeam(h));
+            else if (mate != FlatMesh::NONE && !isDropped(facet.t) && isDropped(mate / 3))
+                ++longer;
+        }
+    }
+    if (vSeams.empty())
+        return false;
+    std::sort(vSeams.begin(), vSeams.end());
+    vSeams.erase(std::unique(vSeams.begin(), vSeams.end()), vSeams.end());
+    for (const Index seam : vSeams)
+    {
+        const auto sides = seams.getSides(seam);
+        const auto numDropped =
+            std::count_if(sides.begin(), sides.end(), [&](Index side) { return isDropped(side / 3); });
+        const auto num = static_cast<std::ptrdiff_t>(sides.size());
+        longer += (num - numDropped) % 2 - num % 2;
+    }
+    return longer <= 0;
 }
 
 bool WrapRemoval::isAtSeam() const

@@ -15,7 +15,8 @@ namespace TARN_ZEF
 {
 // Turns thin wraps into one sheet. A wrap is a patch that closes by itself, if at a seam then with two of its own sides
 // there, and is thinner than a third of a cell in the mean: its volume is small beside its area. One of its two sides
-// goes.
+// goes. So does that of a somewhat thicker one that hangs on sheets, such as a rim that is doubled, if borders get no
+// longer by it.
 //
 // Which side a triangle is on is told by the opposed one behind it, which is on the other, and by its neighbours, which
 // are on the same one unless the surface folds back between them. The side stays that faces as the sheets across the
@@ -26,15 +27,23 @@ namespace TARN_ZEF
 class WrapRemoval
 {
 public:
+    using Flags = std::vector<std::uint8_t>;
+
     WrapRemoval(FlatMesh& mesh_, SeamTable& seams_, double cellSize_);
 
     // Returns the number of triangles that went.
     std::size_t run();
+    // Of each vertex, whether a triangle at it went; empty if none did.
+    [[nodiscard]] const Flags& getTouched() const noexcept { return vTouched; }
 
 private:
     using Index = FlatMesh::Index;
-    using Flags = std::vector<std::uint8_t>;
 
+    struct Wrap
+    {
+        std::vector<Index> vTriangles; // ascending
+        bool bThin;
+    };
     struct Facet
     {
         Index t;
@@ -50,13 +59,15 @@ private:
         std::uint8_t bUnlike;
     };
 
-    [[nodiscard]] std::vector<std::vector<Index>> findWraps() const;
+    [[nodiscard]] std::vector<Wrap> findWraps() const;
     [[nodiscard]] Flags findClosedPatches(const PatchTable& patches) const;
     void readFacets(const std::vector<Index>& vTriangles);
     void linkNeighbours(const std::vector<Index>& vTriangles);
+    void linkAtSeams(const std::vector<Index>& vTriangles);
     void linkOpposed();
     [[nodiscard]] Flags tellSides();
     [[nodiscard]] std::uint8_t chooseSide(const Flags& vSides) const;
+    [[nodiscard]] bool isShorter(const Flags& vSides, std::uint8_t kept) const;
     [[nodiscard]] bool isAtSeam() const;
     [[nodiscard]] double getAgreement(Index t) const;
 
@@ -66,6 +77,7 @@ private:
     Flags vKeep;                // of each triangle
     std::vector<Facet> vFacets; // of the wrap at work
     std::vector<Link> vLinks;
+    Flags vTouched;
 };
 
 } // namespace TARN_ZEF

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <random>
 #include <string>
 
@@ -193,6 +195,71 @@ TEST(SheetParter, thinWrapsBecomeOneSheet)
         for (Index t = 0; t < mesh.getNumT(); ++t)
             EXPECT_GT(mesh.at(3 * t).z() + mesh.at(3 * t + 1).z() + mesh.at(3 * t + 2).z(), 0.0);
     }
+}
+
+// A sheet whose side from (12, 0) to (12, 12) goes on twice: above and below a hollow of the given thickness, three cells
+// wide, that tapers to nothing at both ends.
+FlatMesh makeSheetWithDoubledRim(double thickness)
+{
+    FlatMesh mesh;
+    addSheet(mesh, 12, 0.0);
+    const auto seamAt = [](Index y) { return y * 13 + 12; };
+    // Across the rim, from the seam over its upper side to the tip and back below.
+    const auto makeRing = [&](Index y)
+    {
+        std::vector<Index> vRing(6, seamAt(y));
+        if (y == 0 || y == 12)
+            return vRing;
+        const double z[] = {0.0, thickness / 2, thickness / 2, 0.0, -thickness / 2, -thickness / 2};
+        for (std::size_t k = 1; k < 6; ++k)
+        {
+            vRing[k] = static_cast<Index>(mesh.vPoints.size());
+            mesh.vPoints.emplace_back(k < 4 ? 12.0 + k : 18.0 - k, y, z[k]);
+        }
+        return vRing;
+    };
+    std::vector<Index> vRing = makeRing(0);
+    for (Index y = 1; y <= 12; ++y)
+    {
+        const std::vector<Index> vNext = makeRing(y);
+        for (std::size_t k = 0; k < 6; ++k)
+        {
+            const std::size_t l = (k + 1) % 6;
+            for (const auto& [a, b, c] :
+                 {std::array{vRing[k], vRing[l], vNext[l]}, {vRing[k], vNext[l], vNext[k]}})
+                if (a != b && b != c && c != a)
+                    mesh.vCorners.insert(mesh.vCorners.end(), {a, b, c});
+        }
+        vRing = vNext;
+    }
+    return mesh;
+}
+
+// Somewhat thicker ones become one sheet where borders get no longer: the rim of the sheet goes round the hollow then.
+TEST(SheetParter, doubledRimsBecomeOneSheetButBodiesStay)
+{
+    FlatMesh rim = makeSheetWithDoubledRim(0.6);
+    PartReport report;
+    SheetParter(rim, report, 1.0).run();
+    MeshCheck result = check(rim);
+    EXPECT_TRUE(result.isManifold() && result.isOriented());
+    EXPECT_EQ(result.numPieces, 1U);
+    EXPECT_EQ(result.numBorderLoops, 1U);
+    EXPECT_EQ(result.numBorderEdges, 48U);
+    // As far out as the hollow was.
+    double farthest = 0.0;
+    for (std::size_t h = 0; h < rim.vCorners.size(); ++h)
+        farthest = std::max(farthest, rim.vPoints[rim.vCorners[h]].x());
+    EXPECT_EQ(farthest, 15.0);
+
+    FlatMesh body = makeSlab(12, 0.45);
+    body.vPoints.emplace_back(6.5, 6.0, 3.0);
+    const Index edge = 6 * 13 + 6;
+    body.vCorners.insert(body.vCorners.end(), {edge, edge + 1, static_cast<Index>(body.vPoints.size() - 1)});
+    SheetParter(body, report, 1.0).run();
+    result = check(body);
+    EXPECT_EQ(result.numPieces, 1U);
+    EXPECT_EQ(result.numBorderEdges, 0U);
 }
 
 // Few vertices and many triangles: edges of ten triangles, twins, bubbles, strips with one side.
