@@ -30,8 +30,8 @@ struct ZEF_API RemeshOptions
     // most 1. A rough scan widens it to 10 times its roughness, at most to 0.1.
     double tolerance = 0.02;
 
-    // Corners nearer than this are one, in extents of the soup; also the gap up to which a corner counts as lying on an
-    // edge. From 0 (equal corners alone) to 0.1.
+    // Corners nearer than this are one, in extents of the soup; a corner lies on an open edge up to ten times as
+    // far. From 0 (equal corners alone) to 0.1.
     double weldTolerance = 1e-6;
 
     // Whether edges keep the wanted length where features are closer together than that; triangles there get

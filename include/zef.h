@@ -8,10 +8,13 @@
 #include "Vector3.h"
 #include "ZefBugException.h"
 #include "ZefRefusedException.h"
+#include "autoReconstruct.h"
 #include "checkMesh.h"
+#include "finishSurface.h"
 #include "remesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
+#include "zef_calls.h"
 #include "zef_messages.h"
 
 #endif

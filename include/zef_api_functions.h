@@ -33,8 +33,8 @@
 //
 // Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //
-// One scale per process: the smallest area that the plane fit accepts is fixed by the first call in a
-// process, at (spacing / 5)^2. A later cloud of a very different scale is fitted with that first value.
+// Calls are independent: what a call returns does not depend on the calls before it, in this thread or another,
+// on their scale, or on how they ended. setIndependentCalls() of zef_calls.h can change that.
 #ifndef ZEF_ZEF_API_FUNCTIONS_H
 #define ZEF_ZEF_API_FUNCTIONS_H
 
@@ -91,8 +91,7 @@ ZEF_API void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double
 // progress from 0 to 1 under its own name, or inside the tree of an outer call. An empty pointer or a NaN
 // argument is refused before anything changes. Results are the same for every number of threads.
 //
-// Two limits inside are absolute: units must be such that the spacing is above about 0.001. Scale smaller
-// data up first.
+// The unit of the points does not matter: twice the lengths give twice the mesh.
 
 // Thins a mesh by collapsing edges into one of their ends, the cheapest first: short edges in flat regions.
 // Run edgeFlips() afterwards to even out the triangles.
@@ -118,8 +117,7 @@ ZEF_API int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double max
 ZEF_API void edgeFlips(std::shared_ptr<Mesh> pMesh);
 
 // The same by simulated annealing: 29 passes at falling temperatures between two passes of edgeFlips(),
-// some 50 times its time and with a little better result. The result depends on the earlier annealing
-// calls of the thread.
+// some 50 times its time and with a little better result.
 ZEF_API void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh);
 
 // Moves each vertex off the border to the mean of its neighbours, numIterations times, all vertices at once.

@@ -25,10 +25,8 @@ constexpr double MAX_CELLS = 2097152.0 - 9.0;
 constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
-// Post-processing has limits inside that do not scale with the mesh.
 // Of a remesh at a spacing that was asked for: about 4 GB.
 constexpr int MOST_REMESHED = 20000000;
-constexpr double SMALLEST_STEP_SPACING = 0.001;
 
 class Stopwatch
 {
@@ -286,22 +284,18 @@ void Job::makeMesh()
         melt();
     else
         reconstruct();
+    if (!options.bMelt && !options.bPlain)
+        finish();
     improveMesh();
     takeMesh();
 }
 
 void Job::reconstruct()
 {
-    const bool bGiven = options.spacingAbs > 0.0;
     const Stopwatch stopwatch;
     try
     {
-        pMesh = library(
-            [&]
-            {
-                return bGiven ? TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs)
-                              : TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
-            });
+        pMesh = library([&] { return reconstructAsAsked(); });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -313,6 +307,32 @@ void Job::reconstruct()
             "no surface found at this spacing; try another one with -a or -f (an open surface of at most " +
             std::to_string(SMALLEST_OPEN_SURFACE) + " triangles is taken for debris and removed)");
     heldMessages.clear();
+}
+
+void Job::finish()
+{
+    const Stopwatch stopwatch;
+    // The PLY that is written holds floats.
+    TARN_ZEF::FinishOptions finishOptions;
+    finishOptions.bRoundToFloat = true;
+    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints, finishOptions); });
+    report.finishSeconds = stopwatch.getSeconds();
+    report.computeSeconds += report.finishSeconds;
+    if (isEmpty(pMesh))
+        throw ToolError("no sound surface is left at this spacing; try another one with -a or -f");
+    heldMessages.clear();
+}
+
+std::shared_ptr<TARN_ZEF::Mesh> Job::reconstructAsAsked()
+{
+    if (options.bAuto)
+    {
+        report.choice.emplace();
+        return TARN_ZEF::autoReconstruct(vPoints, TARN_ZEF::AutoOptions(), &*report.choice);
+    }
+    if (options.spacingAbs > 0.0)
+        return TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs);
+    return TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
 }
 
 void Job::melt()
@@ -402,10 +422,7 @@ void Job::improveMesh()
         return;
     const bool bNeedsSpacing = std::any_of(options.vSteps.begin(), options.vSteps.end(),
                                            [](const Step& s) { return s.needsSpacing(); });
-    const double cell = bNeedsSpacing || !options.bQuiet ? getSpacing() : 0.0;
-    if (cell < SMALLEST_STEP_SPACING)
-        note("the spacing of " + textOf(cell) + " is below " + textOf(SMALLEST_STEP_SPACING) +
-             ", where post-processing gets inexact; scale the input up");
+    const double cell = bNeedsSpacing ? getSpacing() : 0.0;
     report.anglesBefore = TriangleAngles(*pMesh);
     for (const Step& step : options.vSteps)
     {
@@ -488,7 +505,8 @@ double Job::getSpacing()
     if (options.spacingAbs > 0.0)
         return options.spacingAbs;
     if (report.spacing < 0.0)
-        report.spacing = estimateSpacing() * options.spacingFactor;
+        report.spacing = report.choice ? report.choice->cloud.spacing * report.choice->factor
+                                       : estimateSpacing() * options.spacingFactor;
     return report.spacing;
 }
 
@@ -501,25 +519,19 @@ double Job::estimateSpacing()
 
 void Job::noteLostDigits()
 {
-    if (TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
+    // A mesh is written with doubles then.
+    if (!options.bCloud || TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
         return;
     double largest = 0.0;
     const auto include = [&largest](const Point3& p) {
         largest = std::max({largest, std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
     };
-    if (options.bCloud)
-        std::for_each(vPoints.begin(), vPoints.end(), include);
-    for (const Point3* pPoint : vVertices)
-        include(*pPoint);
+    std::for_each(vPoints.begin(), vPoints.end(), include);
     const auto stored = static_cast<float>(largest);
     const double step = std::nextafter(stored, std::numeric_limits<float>::max()) - stored;
-    const double detail = report.spacing > 0.0 ? report.spacing
-                          : pMesh              ? pMesh->getAverageEdgeLength()
-                                               : options.spacingAbs;
-    if (step > detail / 1000.0)
+    if (step > options.spacingAbs / 1000.0)
         note("PLY stores these large coordinates only in steps of " + textOf(step) +
-             (options.bCloud ? "; to keep their digits write .xyz or .bin"
-                             : "; to keep their digits write .stl, which has 10"));
+             "; to keep their digits write .xyz or .bin");
 }
 
 void Job::commitTargets()

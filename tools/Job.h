@@ -50,6 +50,8 @@ private:
 
     void makeMesh();
     void reconstruct();
+    std::shared_ptr<TARN_ZEF::Mesh> reconstructAsAsked();
+    void finish();
     void melt();
     void remesh();
     void noteRemesh(const TARN_ZEF::RemeshReport& found);
@@ -60,8 +62,7 @@ private:
     void writeResult();
     void drawPictures();
 
-    // The spacing in force. The first call in automatic mode takes in the points once more: after the
-    // reconstruction only, as the first intake in a process fixes a limit of the plane fit.
+    // The spacing in force. The first call in automatic mode takes in the points once more.
     double getSpacing();
     double estimateSpacing();
     void noteLostDigits();

@@ -25,6 +25,7 @@ constexpr const char* EXAMPLES = R"(Files:
 Examples:
   zef scan.ply mesh.ply                     spacing detected from the points
   zef scan.xyz mesh.stl -f 1.3 -s           coarser by 1.3, points smoothed first
+  zef scan.ply mesh.ply --auto              factor and smoothing chosen from the points
   zef scan.ply mesh.ply -a 0.5              spacing of 0.5, in units of the points
   zef scan.ply --spacing                    print the detected spacing
   zef scan.ply mesh.ply --png mesh.png      draw the mesh
@@ -162,14 +163,25 @@ void defineReconstruction(CLI::App& app, Options& options)
     CLI::Option* pSmooth =
         app.add_flag("-s,--smooth", options.bSmooth, "Smooth the points first, for noisy scans")
             ->group(reconstruction);
+    CLI::Option* pAuto =
+        app.add_flag("--auto", options.bAuto,
+                     "Choose -f and -s from the cloud: the smallest factor without holes; tells why")
+            ->excludes(pAbs)
+            ->excludes(pFactor)
+            ->excludes(pSmooth)
+            ->group(reconstruction);
     CLI::Option* pSpacing =
         app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
             ->group(reconstruction);
-    app.add_flag("--plain", options.bPlain, "The plain result; with -m from cells of the spacing, needs -a")
+    app.add_flag(
+           "--plain", options.bPlain,
+           "Leave out the last stage, which makes the mesh sound and even; with -m remesh from cells of the "
+           "spacing, needs -a")
         ->group(reconstruction);
     CLI::Option* pMelt = app.add_flag("-m,--fmelt", options.bMelt,
                                       "IN holds triangles: remesh them evenly, edges about -a long")
                              ->excludes(pSmooth)
+                             ->excludes(pAuto)
                              ->excludes(pSpacing)
                              ->group(reconstruction);
     app.add_option("--feature-angle", options.featureAngle,

@@ -23,10 +23,11 @@ struct Options
     double spacingAbs = -1.0;   // in units of the points; counts only if above 0.0
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
+    bool bAuto = false;        // factor and smoothing are chosen from the cloud
     bool bSpacingOnly = false; // print the detected spacing and stop
+    bool bPlain = false;       // without the last stage; with bMelt: made from cells, the spacing is given
 
     bool bMelt = false;  // IN holds triangles; the spacing is their edge length
-    bool bPlain = false; // with bMelt: made from cells; the spacing is given
     bool bCloud = false; // only with bMelt: sample points instead of a mesh; the spacing is given
     double featureAngle =
         -1.0; // degrees above which an edge of the triangles stays sharp; below 0: not given

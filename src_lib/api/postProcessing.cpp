@@ -3,6 +3,7 @@
 
 #include "api/ProgressScope.h"
 #include "api/requireMesh.h"
+#include "core/CallScope.h"
 #include "core/numbers.h"
 #include "rmesh/LaplacianSmoother.h"
 #include "rmesh/RMesh.h"
@@ -30,6 +31,12 @@ void requireNumbers(double maxEdgeLength, double maxDevAngle,
         refuse<ZefBadArgument>(
             condition, "the maximum deviation angle is not a number; give degrees, usually 10 to 30", where);
 }
+
+void flipOnce(RMesh* pRMesh)
+{
+    flipGreedily(pRMesh);
+    pRMesh->killDegenerate();
+}
 } // namespace
 
 int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle)
@@ -39,6 +46,7 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
 
 int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle, bool bKeepTopology)
 {
+    const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
     requireNumbers(maxEdgeLength, maxDevAngle);
     ProgressScope progress([] { prepareProgress("Reduce"); });
@@ -50,27 +58,31 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
 
 void edgeFlips(std::shared_ptr<Mesh> pMesh)
 {
+    const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
     ProgressScope progress([] { prepareProgress("EdgeFlips"); });
-    flipGreedily(pRMesh);
-    pRMesh->killDegenerate();
+    flipOnce(pRMesh);
     progress.finish();
 }
 
 void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh)
 {
+    const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
     const std::vector<double> vTemperatures = getAnnealingTemperatures();
     ProgressScope progress([&] { prepareProgressSimA(vTemperatures); });
-    edgeFlips(pMesh);
+    if (isIndependentCall())
+        pRMesh->restartAnnealing();
+    flipOnce(pRMesh);
     for (const double temperature : vTemperatures)
         edgeFlipsSimA(pRMesh, temperature);
-    edgeFlips(pMesh);
+    flipOnce(pRMesh);
     progress.finish();
 }
 
 void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations)
 {
+    const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
     ProgressScope progress([=] { prepareProgressSmoothing(numIterations); });
     LaplacianSmoother smoother(pRMesh, true);

@@ -1,10 +1,10 @@
 #include "remesh.h"
 
 #include "api/ProgressScope.h"
+#include "api/flatMesh.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "remesh/SoupRemesh.h"
-#include "rmesh/RMesh.h"
 
 #include <algorithm>
 #include <cmath>
@@ -18,15 +18,6 @@ constexpr int NUM_STEPS = 200; // of progress
 constexpr std::size_t MAX_TRIANGLES = std::size_t{1} << 29;
 constexpr int FEWEST_MAX_TRIANGLES = 100;
 constexpr double LARGEST_WELD_TOLERANCE = 0.1;
-
-std::shared_ptr<Mesh> toMesh(const FlatSoup& flat, double length)
-{
-    RMeshSource source;
-    source.cellSize = length;
-    source.vPoints = flat.vPoints;
-    source.vCorners.assign(flat.vCorners.begin(), flat.vCorners.end());
-    return std::make_shared<Mesh>(new RMesh(source));
-}
 } // namespace
 
 std::string RemeshOptions::getFault() const
@@ -77,7 +68,9 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         warningMessage("remesh", "no triangle has a height");
         return nullptr;
     }
-    return toMesh(soupRemesh.getResult(), soupRemesh.getReport().length);
+    const FlatSoup& flat = soupRemesh.getResult();
+    return makeMesh(flat.vPoints, {flat.vCorners.begin(), flat.vCorners.end()},
+                    soupRemesh.getReport().length);
 }
 
 } // namespace TARN_ZEF

@@ -3,6 +3,7 @@
 #include "api/Hal.h"
 #include "api/ProgressScope.h"
 #include "api/requireMesh.h"
+#include "core/CallScope.h"
 #include "files/Visualizer3.h"
 #include "intake/CloudMgr.h"
 #include "rmesh/RMesh.h"
@@ -20,6 +21,7 @@ const int VERSION_MINOR = ZEF_VERSION_MINOR;
 std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, SpacingBy spacingBy,
                                double spacingAbs, double spacingFactor, double featureAngle, bool bSmooth)
 {
+    const CallScope call;
     ProgressScope progress(bMelt ? "Melt" : "Reconstruct");
     CloudMgr cloudMgr(spacingBy);
     cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, bMelt, featureAngle, bSmooth);
@@ -49,6 +51,7 @@ std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs, 
 void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle,
              std::vector<Point3>& vResult)
 {
+    const CallScope call;
     ProgressScope progress("ToCloud");
     CloudMgr cloudMgr;
     cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
@@ -63,6 +66,7 @@ void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double feature
 
 double estimateAvgSpacing(std::vector<Point3>& vPoints)
 {
+    const CallScope call;
     ProgressScope progress("Density Estimation");
     CloudMgr cloudMgr(SpacingBy::FACTOR);
     const double spacing = cloudMgr.addPoints(vPoints, ABSENT_SPACING, 1.0, false, NO_FEATURE_ANGLE, false);

@@ -10,7 +10,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-// The mean is overshot by this factor, as seen from one ring point, and x gets a jitter of up to MAX_JITTER:
+// The mean is overshot by this factor, as seen from one ring point, and x gets a jitter of up to MAX_JITTER cells:
 // so no two corners end up in exactly the same place.
 const double RING_OVERSHOOT = 1.003;
 const double MAX_JITTER = 1e-05;
@@ -113,7 +113,7 @@ void CMeshPositions::averageBundle(Bundle* pBundle)
     }
     ASSEX(pAnyRingVtx != nullptr);
     const Vector3 d = real.getMean() - *pAnyRingVtx;
-    const double eps = zefRand() * MAX_JITTER / ZEF_RAND_MAX;
+    const double eps = zefRand() * MAX_JITTER / ZEF_RAND_MAX * getAvgSpacing();
     const Point3 pos = *pAnyRingVtx + d * RING_OVERSHOOT;
     pBundle->pPoint->set(pos.x() + eps, pos.y(), pos.z());
 }

@@ -11,7 +11,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-std::atomic<int> nextId{0};
+std::atomic<u64> nextId{0}; // never comes round again, however long the process lives
 
 const std::size_t MIN_SIZE_CLOSED = 4; // a tetrahedron
 

@@ -31,7 +31,7 @@ struct ByIdPatch
 class PatchMembers
 {
 public:
-    [[nodiscard]] int getId() const noexcept { return id; }
+    [[nodiscard]] u64 getId() const noexcept { return id; }
     [[nodiscard]] std::size_t getSize() const noexcept { return vMemberCT.size(); }
     // In flood order; some may be dead.
     [[nodiscard]] const std::vector<CTriangle*>& getMembers() const noexcept { return vMemberCT; }
@@ -58,7 +58,7 @@ protected:
     std::vector<CTriangle*> vMemberCT;
 
 private:
-    int id;
+    u64 id;
 };
 
 // A connected piece of a CMesh, bounded by borders, non-manifold edges or given cuts. The repair decides over

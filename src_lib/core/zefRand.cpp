@@ -1,11 +1,20 @@
 #include "core/zefRand.h"
 
+#include "core/CallScope.h"
+
 namespace TARN_ZEF
 {
+ZefRandom& threadRandom() noexcept
+{
+    if (CallState* pState = CallScope::getState())
+        return pState->random;
+    thread_local ZefRandom generator;
+    return generator;
+}
+
 int zefRand() noexcept
 {
-    thread_local ZefRandom generator;
-    return generator.next();
+    return threadRandom().next();
 }
 
 } // namespace TARN_ZEF

@@ -30,10 +30,13 @@ private:
     std::uint32_t state;
 };
 
-// Next number of the calling thread's own sequence. Every thread starts in state 1; nothing reseeds it.
+// Next number of the call's sequence, which starts in state 1. Outside of calls, and in calls without a state of
+// their own, of the thread's: every thread starts in state 1, and nothing reseeds it.
 int zefRand() noexcept;
+// The sequence itself, to be kept and put back.
+[[nodiscard]] ZefRandom& threadRandom() noexcept;
 
-// Fisher-Yates on the calling thread's sequence: element i changes places with one of 0..i, i falling.
+// Fisher-Yates on that sequence: element i changes places with one of 0..i, i falling.
 template <typename RandomIt>
 void zefShuffle(RandomIt first, RandomIt last)
 {

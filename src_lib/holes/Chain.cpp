@@ -17,7 +17,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-std::atomic<int> nextId{0};
+std::atomic<u64> nextId{0}; // never comes round again, however long the process lives
 
 // The one edge that the map holds at a corner, taken out of it; null if there is none.
 CEdge* takeEdge(VcdEdgeMap& mmVCD2CE, u64 vcd)

@@ -33,7 +33,7 @@ public:
     Chain(const Chain&) = delete;
     Chain& operator=(const Chain&) = delete;
 
-    [[nodiscard]] int getId() const noexcept { return id; }
+    [[nodiscard]] u64 getId() const noexcept { return id; }
     [[nodiscard]] bool isClosed() const noexcept { return leftVCD == rightVCD; }
     [[nodiscard]] std::size_t size() const noexcept { return vCE.size(); }
     [[nodiscard]] const std::vector<CEdge*>& getEdges() const noexcept { return vCE; } // in order
@@ -72,7 +72,7 @@ private:
     void checkLinks() const;
     [[nodiscard]] bool isRunAgainst() const;
 
-    int id;
+    u64 id;
     CMesh* pCMesh;
     std::vector<CEdge*> vCE; // in order
     u64 leftVCD;

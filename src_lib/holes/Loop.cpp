@@ -17,7 +17,7 @@ const double TRUSTED_TURN_SUM = -200.0; // not above: a hole without doubt
 const double MAX_NEIGHBOUR_DIHEDRAL = 45.0;
 const double DIHEDRAL_PENALTY = 100.0;
 
-std::atomic<int> nextId{0};
+std::atomic<u64> nextId{0}; // never comes round again, however long the process lives
 
 // A heap with this order has the smallest angle on top, and the earliest among equals. Angles of convex
 // corners are never NaN.

@@ -33,7 +33,7 @@ public:
     Loop(const Loop&) = delete;
     Loop& operator=(const Loop&) = delete;
 
-    [[nodiscard]] int getId() const noexcept { return id; }
+    [[nodiscard]] u64 getId() const noexcept { return id; }
     [[nodiscard]] bool isClosed() const noexcept { return bClosed; }
     // Cuts ears until none is left to cut. True if the result stays, even if nothing was cut; false if the
     // ring is the outside of a surface, or was cut from its wrong side: then the mesh is as before. An open
@@ -72,7 +72,7 @@ private:
     std::vector<Candidate> vPrioq; // heap, smallest angle first
     unsigned int numEnqueued = 0;
     std::vector<CTriangle*> vNewT;
-    int id;
+    u64 id;
     std::vector<AngleEntry> vAllAE; // never grows once the ring is linked
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/CallScope.h"
 #include "core/Progress.h"
 #include "lattice/CellOrder.h"
 #include "occupancy/SheetGaps.h"
@@ -51,6 +52,7 @@ Smooth::Smooth(std::vector<Point3> vPoints_, const Calc* pCalc_)
     : vPoints(std::move(vPoints_))
     , pCalc(pCalc_)
     , cellSize(pCalc_->getCellSizeX())
+    , bOwnMinArea(isIndependentCall())
 {
 }
 

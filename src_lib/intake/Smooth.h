@@ -48,7 +48,8 @@ public:
     // Drops all nodes and links.
     void clear();
 
-    // The smallest fitted area that is no accident. The first cell size of the process decides for all.
+    // The smallest fitted area that is no accident, unless the call has a state of its own. The first cell size of
+    // the process decides for all.
     [[nodiscard]] static double getMinArea(double firstCellSize);
 
 private:
@@ -87,6 +88,7 @@ private:
     std::vector<Point3> vPoints;
     const Calc* pCalc;
     double cellSize;
+    bool bOwnMinArea; // not that of the process
     std::vector<SNode> vNodes;
     NodeLinks links;
     // By creation number: where each node was made. Empty without smoothing.

@@ -55,11 +55,16 @@ Vector3 getNormalOfFit(const Moments& m)
     ASSEX_TEXT(detZ >= detX && detZ >= detY, "detZ>=detX && detZ>=detY");
     return {m.xy * m.yz - m.xz * m.yy, m.xy * m.xz - m.yz * m.xx, detZ};
 }
+
+double getMinAreaOf(double cellSize)
+{
+    return (cellSize / 5.0) * (cellSize / 5.0);
+}
 } // namespace
 
 double Smooth::getMinArea(double firstCellSize)
 {
-    static const double minArea = (firstCellSize / 5.0) * (firstCellSize / 5.0);
+    static const double minArea = getMinAreaOf(firstCellSize);
     return minArea;
 }
 
@@ -92,7 +97,7 @@ bool Smooth::estimateNNVatCentroid(SNode& node, std::span<const std::uint32_t> n
 {
     if (neighbours.size() < 2)
         return false;
-    const double minArea = getMinArea(cellSize);
+    const double minArea = bOwnMinArea ? getMinAreaOf(cellSize) : getMinArea(cellSize);
     const Vector3 first = vNodes[neighbours[0]].getPoint() - node.getPoint();
     Moments moments;
     moments.add(first);

@@ -1,5 +1,6 @@
 #include "occupancy/IsoStore.h"
 
+#include "core/CallScope.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 
@@ -234,14 +235,15 @@ bool IsoStore::tryKillBothWays(Bundle* pBundle, CCD ccd, int axis, int firstDire
 void IsoStore::simplify()
 {
     printSize(" Hi, this is simplify");
+    CallState* const pState = CallScope::getState();
+    int& sign = pState != nullptr ? pState->occupancySign : simplifySign;
     for (u64 numSucc = 1; numSucc > 0;)
     {
-        simplifySign = -simplifySign;
+        sign = -sign;
         numSucc = 0;
         for (const int axis : AXES)
             for (Bundle* pB : *pBundles)
-                if (isAllowed(pB->forbiddenDirection, axis) &&
-                    tryKillBothWays(pB, pB->ccd, axis, simplifySign))
+                if (isAllowed(pB->forbiddenDirection, axis) && tryKillBothWays(pB, pB->ccd, axis, sign))
                     ++numSucc;
     }
 }

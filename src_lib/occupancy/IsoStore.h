@@ -21,7 +21,8 @@ struct Bundle;
 //
 // Ownership:  owns its blocks. Lattice, bundles and their vector belong to the caller and must outlive it.
 // Invariant:  a block stays once it is made, even when all its cells are gone.
-// Threads:    one in the process: simplify() leaves the sign of its last pass in a static for the next run.
+// Threads:    one. simplify() leaves the sign of its last pass for the next run of the call; outside of calls, and in
+//             calls without a state of their own, in a static: then one in the process.
 // Cost:       a test is a few shifts within a block; across its border, a search among the blocks.
 class IsoStore
 {
@@ -95,7 +96,7 @@ private:
     [[nodiscard]] u64 slideMany(std::vector<Bundle*>& vUpTo8);
     void writeScene(const char* name) const;
 
-    static int simplifySign;
+    static int simplifySign; // where no call has its own
 
     const Calc* pCalc;
     std::map<CCD, std::unique_ptr<Iso>> mUpperQuad2Iso;

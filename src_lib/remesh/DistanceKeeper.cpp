@@ -194,7 +194,8 @@ std::vector<int> DistanceKeeper::findBelowSource()
     std::vector<int> vBelow;
     for (int s = 0; s < from.endTriangles(); ++s)
     {
-        if (work.source.getPatches()[from.label(s)].bFlat || isStillProven(s))
+        const bool bGone = vNear[s] == NONE; // nothing of its patch is left
+        if (bGone || work.source.getPatches()[from.label(s)].bFlat || isStillProven(s))
             continue;
         const auto begin = static_cast<std::ptrdiff_t>(vWitnesses.size());
         if (proof.run(cornersOf(from, s), vNear[s]))

@@ -15,8 +15,7 @@ constexpr double WIDER = 4.0;
 
 SurfacePlace PatchWalker::walk(const Point3& p, int startTriangle) const
 {
-    SurfacePlace place;
-    place.sqDist = DBL_MAX;
+    SurfacePlace place{startTriangle, mesh.point(mesh.from(4 * startTriangle)), DBL_MAX};
     int edge = -1;
     int corner = -1;
     static_cast<void>(tryTriangle(p, startTriangle, place, edge, corner));

@@ -2,6 +2,7 @@
 
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "geometry/isFinite.h"
 #include "remesh/BodyFinder.h"
 #include "remesh/BodyParter.h"
 #include "remesh/PartTurner.h"
@@ -153,8 +154,6 @@ bool SoupRemesh::needsTooMany(const SourceSurface& source) const
 
 std::vector<Point3> SoupRemesh::takeFinite(const std::vector<Point3>& vTriCorners)
 {
-    const auto isFinite = [](const Point3& p)
-    { return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z()); };
     std::vector<Point3> vFinite;
     vFinite.reserve(vTriCorners.size());
     for (std::size_t i = 0; i < vTriCorners.size(); i += 3)

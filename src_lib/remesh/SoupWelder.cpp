@@ -19,6 +19,9 @@ constexpr int ABSENT = -1;
 // Cells of the grid for near corners, in tolerances: few corners stand near a wall of their cell.
 constexpr double CELL_FACTOR = 16.0;
 constexpr double MAX_CELLS = 1048576.0; // along an axis: keys have 21 bits for each
+// Corners lie on an open edge within so many tolerances: a joint in a file of six digits is off by more than the
+// corners are, since the edge between its own ends is, too.
+constexpr double JOINT_FACTOR = 10.0;
 // A joint can uncover the next one along the same edge.
 constexpr int MAX_JOINT_ROUNDS = 8;
 
@@ -487,7 +490,7 @@ bool SoupWelder::splitJoints()
         return false;
     std::sort(vEnds.begin(), vEnds.end());
     vEnds.erase(std::unique(vEnds.begin(), vEnds.end()), vEnds.end());
-    const JointFinder finder(soup, vEnds, tolerance);
+    const JointFinder finder(soup, vEnds, JOINT_FACTOR * tolerance);
     std::vector<bool> vSplit(soup.numTriangles(), false);
     bool bAny = false;
     std::sort(vOpen.begin(), vOpen.end());

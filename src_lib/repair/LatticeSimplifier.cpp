@@ -11,9 +11,9 @@ namespace TARN_ZEF
 {
 namespace
 {
-const double MAX_TURN_ANGLE = 5.0;  // of a triangle beside a collapse, in degrees
-const double MIN_CROSS_LEN = 1e-10; // of a cross product that still gives a normal
-const int MIN_KILLED_FOR_PASS = 11; // fewer collapses make another pass a waste
+const double MAX_TURN_ANGLE = 5.0;       // of a triangle beside a collapse, in degrees
+const double MIN_CROSS_PER_CELL = 1e-10; // of a cross product that still gives a normal, in squared cells
+const int MIN_KILLED_FOR_PASS = 11;      // fewer collapses make another pass a waste
 
 double getSqLength(const CMesh& mesh, const CEdge& edge)
 {
@@ -137,6 +137,7 @@ bool LatticeSimplifier::staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos)
     std::vector<CTriangle*> vIncT;
     pCMesh->getIncT(killCCD, vIncT);
     ASSEX(!vIncT.empty());
+    const double minCross = MIN_CROSS_PER_CELL * pCMesh->getAvgSpacing() * pCMesh->getAvgSpacing();
     for (const CTriangle* pCT : vIncT)
     {
         if (pCT->hasCorner(trgCCD))
@@ -149,7 +150,7 @@ bool LatticeSimplifier::staysFlat(u64 killCCD, u64 trgCCD, const Point3& trgPos)
         if (!(cross.sqLength() > 0.0))
             continue;
         const Vector3 altCross = crossProduct(vec12, trgPos - p2);
-        if (altCross.length() < MIN_CROSS_LEN)
+        if (altCross.length() < minCross)
             return false;
         if (getAngleDegree(normalizeInline(cross), normalizeInline(altCross)) > MAX_TURN_ANGLE)
             return false;

@@ -12,7 +12,7 @@ namespace TARN_ZEF
 namespace
 {
 const double FORBIDDEN = DBL_MAX;
-const double MIN_CROSS_LENGTH = 1e-10; // a triangle below it would collapse
+const double MIN_CROSS_PER_CELL = 1e-10; // a triangle below it, in squared cells, would collapse
 const double TURN_WEIGHT = 100.0;
 
 enum class Turn
@@ -37,7 +37,7 @@ void fillVectors(CollapseFan::Blade& blade, const Point3& src)
 
 // By how many radians the triangle turns if src moves to trg.
 Turn measureTurn(CollapseFan::Blade& blade, const Point3& src, const Point3& trg,
-                 const CollapseLimits& limits, double& angle)
+                 const CollapseLimits& limits, double cellSize, double& angle)
 {
     if (blade.state == CollapseFan::Blade::State::UNKNOWN)
         fillVectors(blade, src);
@@ -48,7 +48,7 @@ Turn measureTurn(CollapseFan::Blade& blade, const Point3& src, const Point3& trg
     }
     const Vector3 altCross = crossProduct(blade.vec12, trg - *blade.p2);
     const double altLength = altCross.length();
-    if (altLength < MIN_CROSS_LENGTH)
+    if (altLength < MIN_CROSS_PER_CELL * cellSize * cellSize)
         return Turn::TOO_FAR;
     const Vector3 altNNV = altCross / altLength;
     if (blade.nnv * altNNV < limits.tooFarCosine)
@@ -125,7 +125,7 @@ double CollapsePenalty::getTurnPenalty(const REdge* pRE, int iSrc, CollapseFans&
         if (blade.has(pTrg))
             continue;
         double angle = 0.0;
-        const Turn turn = measureTurn(blade, *pSrc, *pTrg, limits, angle);
+        const Turn turn = measureTurn(blade, *pSrc, *pTrg, limits, mesh.getCellSize(), angle);
         if (turn == Turn::TOO_FAR)
             return FORBIDDEN;
         if (turn == Turn::MEASURED)

@@ -21,11 +21,6 @@ const double MIN_GAIN_WITH_PENALTY = 0.1;
 const double FOLD_OF_170_DEGREES = 1.984807753; // 1 - cos
 const double SEPARATION_IN_CELLS = 0.1;
 
-double distance(const Point3& a, const Point3& b)
-{
-    return std::sqrt(sqDistance(a, b));
-}
-
 double getEnergy(double oneMinusCosine, double length)
 {
     return std::pow(oneMinusCosine * length, EXPONENT);
@@ -144,7 +139,13 @@ double REdgeEnergy::getAnglePenalty(const Quad& quad)
     return COS_VERY_BAD_ANGLE > altMin ? PENALTY_VERY_BAD_ANGLE : PENALTY_BAD_ANGLE;
 }
 
-double REdgeEnergy::evaluate(const Quad& quad)
+// In cells: the energy, which is measured against fixed limits, must not depend on the unit of the points.
+double REdgeEnergy::getLength(const Point3& a, const Point3& b) const
+{
+    return std::sqrt(sqDistance(a, b)) / pRMesh->getCellSize();
+}
+
+double REdgeEnergy::evaluate(const Quad& quad) const
 {
     bool bOK0 = false;
     bool bOK1 = false;
@@ -164,14 +165,14 @@ double REdgeEnergy::evaluate(const Quad& quad)
     if (altDih > FOLD_OF_170_DEGREES && altDih > curDih)
         return LOWEST_DBL;
 
-    Energy energy{getEnergy(curDih, distance(*quad.p1, *quad.p2)),
-                  getEnergy(altDih, distance(*quad.p0, *quad.px))};
+    Energy energy{getEnergy(curDih, getLength(*quad.p1, *quad.p2)),
+                  getEnergy(altDih, getLength(*quad.p0, *quad.px))};
     const int next0 = RTriangle::getNext(quad.ici0);
     const int next1 = RTriangle::getNext(quad.ici1);
-    addSide(quad.pRT0, next0, distance(*quad.p2, *quad.p0), vec0, altVec1, energy);
-    addSide(quad.pRT0, RTriangle::getNext(next0), distance(*quad.p0, *quad.p1), vec0, altVec0, energy);
-    addSide(quad.pRT1, next1, distance(*quad.p1, *quad.px), vec1, altVec0, energy);
-    addSide(quad.pRT1, RTriangle::getNext(next1), distance(*quad.px, *quad.p2), vec1, altVec1, energy);
+    addSide(quad.pRT0, next0, getLength(*quad.p2, *quad.p0), vec0, altVec1, energy);
+    addSide(quad.pRT0, RTriangle::getNext(next0), getLength(*quad.p0, *quad.p1), vec0, altVec0, energy);
+    addSide(quad.pRT1, next1, getLength(*quad.p1, *quad.px), vec1, altVec0, energy);
+    addSide(quad.pRT1, RTriangle::getNext(next1), getLength(*quad.px, *quad.p2), vec1, altVec1, energy);
 
     const double penalty = getAnglePenalty(quad);
     double gain = energy.cur - energy.alt - penalty;

@@ -62,7 +62,8 @@ private:
     [[nodiscard]] bool isDiagonalTaken(const Quad& quad) const;
     void separate(const Quad& quad);
     [[nodiscard]] static double getAnglePenalty(const Quad& quad);
-    [[nodiscard]] static double evaluate(const Quad& quad);
+    [[nodiscard]] double getLength(const Point3& a, const Point3& b) const;
+    [[nodiscard]] double evaluate(const Quad& quad) const;
     static void addSide(const RTriangle* pT, int ici, double length, const Vector3& cur, const Vector3& alt,
                         Energy& energy);
 

@@ -80,6 +80,9 @@ public:
     void getEdgeFlipCandidates_MT(const std::vector<REdge*>& vInRE, double minImprovement, double temperature,
                                   std::vector<std::pair<double, REdge*>>& vImpRE);
 
+    // The next pass with a temperature counts as the first.
+    void restartAnnealing() noexcept { numAnnealingPasses = 0; }
+
     // --- Reduction (RMeshReduce.cpp) ---
     // Collapses edges up to that squared length, the cheapest first, as long as no triangle turns by more than
     // maxDevAngle degrees. Returns the number of triangles that died with their edges.

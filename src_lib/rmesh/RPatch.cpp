@@ -11,7 +11,7 @@ namespace TARN_ZEF
 {
 namespace
 {
-std::atomic<int> nextId{0};
+std::atomic<u64> nextId{0}; // never comes round again, however long the process lives
 } // namespace
 
 RPatch::RPatch(RMesh* pRMesh_)

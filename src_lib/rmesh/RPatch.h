@@ -1,7 +1,9 @@
 #ifndef ZEF_RPATCH_H
 #define ZEF_RPATCH_H
 
+#include "core/definitions.h"
 #include <cstddef>
+
 #include <vector>
 
 namespace TARN_ZEF
@@ -20,7 +22,7 @@ public:
     explicit RPatch(RMesh* pRMesh_);
 
     [[nodiscard]] bool isAlive() const noexcept { return bAlive; }
-    [[nodiscard]] int getId() const noexcept { return id; } // counts in the whole process
+    [[nodiscard]] u64 getId() const noexcept { return id; } // counts in the whole process
     [[nodiscard]] RMesh* getRMesh() const noexcept { return pRMesh; }
     void addT(RTriangle* pRT);                 // a member already has no effect beyond setting its patch
     [[nodiscard]] std::size_t getNumT() const; // alive members
@@ -33,7 +35,7 @@ public:
 
 private:
     bool bAlive = true;
-    int id;
+    u64 id;
     RMesh* pRMesh;
     mutable std::vector<RTriangle*> vT; // in order of addition until it is asked for
     mutable bool bSorted = true;

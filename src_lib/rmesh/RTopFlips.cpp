@@ -21,7 +21,7 @@ const double MIN_CAP_ANGLE = 170.0; // degrees, like all angles here
 const double MAX_WORSE_DIHEDRAL = 2.0;
 const double MAX_CAP_BEND = 90.0;
 const double NO_DIHEDRAL = 360.0;
-const double MIN_CROSS_LENGTH = 1e-10;
+const double MIN_CROSS_PER_CELL = 1e-10; // of a cross product, in squared cells
 
 struct CapCandidate
 {
@@ -46,7 +46,8 @@ void finishTag(const std::string& tag)
 
 // Whether a triangle vanishes, or turns by more than maxDevAngle, when pSrc moves to trg. A triangle without
 // area may turn as it likes.
-bool breaksTriangle(const RTriangle* pRT, const Point3* pSrc, const Point3& trg, double maxDevAngle)
+bool breaksTriangle(const RTriangle* pRT, const Point3* pSrc, const Point3& trg, double maxDevAngle,
+                    double cellSize)
 {
     const int i = pRT->getICI(pSrc);
     const Point3& p1 = *pRT->getCorner(RTriangle::getNext(i));
@@ -59,7 +60,7 @@ bool breaksTriangle(const RTriangle* pRT, const Point3* pSrc, const Point3& trg,
         return false;
     }
     const Vector3 altCross = crossProduct(vec12, trg - p2);
-    if (altCross.length() < MIN_CROSS_LENGTH)
+    if (altCross.length() < MIN_CROSS_PER_CELL * cellSize * cellSize)
         return true;
     return getAngleDegree(normalize(cross), normalize(altCross)) > maxDevAngle;
 }
@@ -234,7 +235,7 @@ bool RTop::tryCollapseEnd(const REdge* pRE, int iEnd, double maxSqLen, double ma
     ASSEX(!vSrcT.empty());
     ASSEX(!vCurTrgT.empty());
     const auto breaks = [&](const RTriangle* pRT)
-    { return !pRT->has(pTrg) && breaksTriangle(pRT, pSrc, *pTrg, maxDevAngle); };
+    { return !pRT->has(pTrg) && breaksTriangle(pRT, pSrc, *pTrg, maxDevAngle, pRMesh->getCellSize()); };
     if (std::any_of(vSrcT.begin(), vSrcT.end(), breaks) || !pRMesh->hasDisjointRings(pSrc, pTrg))
         return false;
     pRMesh->exchangeCorner(pSrc, pTrg);
@@ -256,7 +257,7 @@ bool RTop::tryCollapseMid(const REdge* pRE, const Point3& midPoint, double maxSq
             if (pRT->hasEdge(ends[0], ends[1]))
                 continue;
             const REdge* pRingRE = pRT->getRE(pRT->getICI(pKill));
-            if (breaksTriangle(pRT, pKill, midPoint, maxDevAngle) ||
+            if (breaksTriangle(pRT, pKill, midPoint, maxDevAngle, pRMesh->getCellSize()) ||
                 std::find(vUniqueRingRE.begin(), vUniqueRingRE.end(), pRingRE) != vUniqueRingRE.end())
                 return false;
             vUniqueRingRE.push_back(pRingRE);

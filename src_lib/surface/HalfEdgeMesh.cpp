@@ -8,26 +8,6 @@
 
 namespace TARN_ZEF
 {
-namespace
-{
-// A half-edge with its ends in order of their numbers.
-struct EndsOfHalfEdge
-{
-    int low;
-    int high;
-    int h;
-
-    [[nodiscard]] bool sameEdge(const EndsOfHalfEdge& other) const
-    {
-        return low == other.low && high == other.high;
-    }
-    [[nodiscard]] bool operator<(const EndsOfHalfEdge& other) const
-    {
-        return std::tie(low, high, h) < std::tie(other.low, other.high, other.h);
-    }
-};
-} // namespace
-
 // --- Making ---
 
 bool HalfEdgeMesh::build(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
@@ -59,23 +39,41 @@ void HalfEdgeMesh::clear()
     *this = HalfEdgeMesh();
 }
 
+// The half-edges are dealt out by the lower of their ends; each has few.
 bool HalfEdgeMesh::linkPartners(const std::vector<int>& vCorners)
 {
-    std::vector<EndsOfHalfEdge> vEnds;
-    vEnds.reserve(vCorners.size());
+    const int numV = vCorners.empty() ? 0 : *std::max_element(vCorners.begin(), vCorners.end()) + 1;
+    std::vector<std::size_t> vEnd(static_cast<std::size_t>(numV) + 1, 0);
     for (int t = 0; t < numTriangles; ++t)
         for (int h = 4 * t; h < 4 * t + 3; ++h)
-            vEnds.push_back({std::min(from(h), to(h)), std::max(from(h), to(h)), h});
-    std::sort(vEnds.begin(), vEnds.end());
-    for (std::size_t i = 0; i + 1 < vEnds.size(); ++i)
-    {
-        if (!vEnds[i].sameEdge(vEnds[i + 1]))
-            continue;
-        const bool bThird = i + 2 < vEnds.size() && vEnds[i].sameEdge(vEnds[i + 2]);
-        if (bThird || from(vEnds[i].h) == from(vEnds[i + 1].h))
+            ++vEnd[static_cast<std::size_t>(std::min(from(h), to(h))) + 1];
+    for (std::size_t v = 1; v < vEnd.size(); ++v)
+        vEnd[v] += vEnd[v - 1];
+    std::vector<Spoke> vSpokes(vCorners.size());
+    for (int t = 0; t < numTriangles; ++t)
+        for (int h = 4 * t; h < 4 * t + 3; ++h)
+            vSpokes[vEnd[static_cast<std::size_t>(std::min(from(h), to(h)))]++] = {std::max(from(h), to(h)),
+                                                                                   h};
+    std::size_t start = 0;
+    for (std::size_t v = 0; v < static_cast<std::size_t>(numV); start = vEnd[v++])
+        if (!linkSpokes(vSpokes.data() + start, vSpokes.data() + vEnd[v]))
             return false;
-        link(vEnds[i].h, vEnds[i + 1].h);
-        ++i;
+    return true;
+}
+
+bool HalfEdgeMesh::linkSpokes(Spoke* pBegin, Spoke* pEnd)
+{
+    std::sort(pBegin, pEnd,
+              [](const Spoke& a, const Spoke& b) { return std::tie(a.end, a.h) < std::tie(b.end, b.h); });
+    for (Spoke* pSpoke = pBegin; pEnd - pSpoke > 1; ++pSpoke)
+    {
+        if (pSpoke[0].end != pSpoke[1].end)
+            continue;
+        const bool bThird = pEnd - pSpoke > 2 && pSpoke[0].end == pSpoke[2].end;
+        if (bThird || from(pSpoke[0].h) == from(pSpoke[1].h))
+            return false;
+        link(pSpoke[0].h, pSpoke[1].h);
+        ++pSpoke;
     }
     return true;
 }

@@ -154,7 +154,15 @@ public:
     void compact(std::vector<int>* pOld = nullptr);
 
 private:
+    // A half-edge at the lower end of its edge.
+    struct Spoke
+    {
+        int end; // the other one
+        int h;
+    };
+
     [[nodiscard]] bool linkPartners(const std::vector<int>& vCorners);
+    [[nodiscard]] bool linkSpokes(Spoke* pBegin, Spoke* pEnd);
     void partFans(const std::vector<Point3>& vPoints, std::vector<int>* pOrigin);
     void takeOver(int h, int g) noexcept; // h gets partner and feature of g
     void mergeSides(int h, int b);

@@ -4,6 +4,7 @@
 
 #include "cmesh/CMesh.h"
 #include "cmesh/CPatch.h"
+#include "core/CallScope.h"
 #include "core/Progress.h"
 #include "extraction/Voro.h"
 #include "helpers/dataDir.h"
@@ -80,7 +81,8 @@ inline std::vector<CPatch*> cutOriented(CMesh& mesh)
     return vPatches;
 }
 
-// The raw extraction of a cloud (spacing -1.0: the detected one) or a soup, and the class that repairs it.
+// The raw extraction of a cloud (spacing -1.0: the detected one) or a soup, and the class that repairs it. A call
+// of its own: what another test left behind does not matter.
 template <typename Repair>
 struct Extraction
 {
@@ -100,6 +102,7 @@ struct Extraction
     [[nodiscard]] CMesh& mesh() { return *pTop->getCMesh(); }
     [[nodiscard]] Repair& top() { return *pTop; }
 
+    CallScope call;
     CloudMgr cloudMgr;
     Calc* pCalc = nullptr;
     std::vector<Bundle*> vBundles;

@@ -2,6 +2,7 @@
 
 #include "Mesh.h"
 #include "api/Hal.h"
+#include "core/CallScope.h"
 #include "helpers/PipelineMesh.h"
 #include "helpers/StreamCapture.h"
 #include "lattice/Bundle.h"
@@ -220,6 +221,7 @@ TEST(IsoStore, stageBeforeTheExtraction)
     std::vector<std::size_t> vNumBundles;
     for (const bool bOn : {false, true})
     {
+        const CallScope call;
         prepareProgress("Reconstruct");
         CloudMgr cloudMgr;
         cloudMgr.addPoints(vPoints, -1.0, 1.0, false, 361.0, false);

