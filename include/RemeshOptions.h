@@ -64,8 +64,10 @@ struct RemeshReport
 
     // The result.
     int numTriangles = 0;
-    int numFarPlaces =
-        0; // places farther off the soup than the tolerance; 0 unless triangles would have folded
+    // Triangles that are farther off the soup than the tolerance somewhere, or that a place of the soup is nearest to and
+    // farther off; 0 unless triangles would have folded.
+    int numFarPlaces = 0;
+    double farthestPlace = 0.0; // largest distance measured at those, in units of the points
 };
 
 } // namespace TARN_ZEF

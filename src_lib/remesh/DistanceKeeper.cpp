@@ -1,10 +1,13 @@
 #include "remesh/DistanceKeeper.h"
 
 #include "remesh/EdgeFlipper.h"
+#include "remesh/NearnessProof.h"
 #include "remesh/VertexRelaxer.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
+#include <cmath>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -15,13 +18,13 @@ constexpr int MAX_ROUNDS = 12;
 // Relaxed are what the first rounds put in; the last ones only split, to come to an end.
 constexpr int RELAXED_ROUNDS = 8;
 constexpr int RELAX_PASSES = 2;
-// Triangles that come this near to the tolerance, in squares, are measured at more places, so many times.
-constexpr double SUSPICIOUS = 0.25;
-constexpr int MAX_DEPTH = 2;
-// Long edges of the source are measured at places this far apart, in lengths.
-constexpr double STEP = 0.5;
 // Another edge than the longest is split from this many lengths on.
 constexpr double LEAST_SPLIT = 0.5;
+
+std::array<Point3, 3> cornersOf(const HalfEdgeMesh& mesh, int t)
+{
+    return {mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)), mesh.point(mesh.from(4 * t + 2))};
+}
 
 // Beside each triangle of the source a triangle of the result, from the hints of the result. Triangles of the source
 // that nobody lies on get what their neighbours have.
@@ -58,29 +61,52 @@ void DistanceKeeper::run()
     VertexRelaxer relaxer(work);
     vNear = findNear(work);
     vKnown.clear();
+    vProofs.assign(work.source.getMesh().endTriangles(), {});
+    vWitnesses.clear();
     for (int round = 0; round < MAX_ROUNDS; ++round)
     {
-        std::vector<int> vFar = findFarTriangles();
-        const std::vector<int> vBelow = findBelowSource();
-        vFar.insert(vFar.end(), vBelow.begin(), vBelow.end());
+        sqFarthest = 0.0;
+        std::vector<int> vFar = findBelowSource(); // before what changed is known again
+        const std::vector<int> vAbove = findFarTriangles();
+        vFar.insert(vFar.end(), vAbove.begin(), vAbove.end());
         std::sort(vFar.begin(), vFar.end());
         vFar.erase(std::unique(vFar.begin(), vFar.end()), vFar.end());
         numFar = static_cast<int>(vFar.size());
-        std::vector<int> vFresh;
-        for (const int t : vFar)
-        {
-            if (work.isFull())
-                return;
-            const int v = splitTriangle(t);
-            if (v != NONE)
-                vFresh.push_back(v);
-        }
-        if (vFresh.empty())
+        if (round + 1 == MAX_ROUNDS)
             return;
-        flipper.flipAll(EdgeFlipper::Aim::SHAPE);
+        const std::vector<int> vFresh = splitAll(vFar);
+        if (vFresh.empty() || work.isFull())
+            return;
+        flipAround(vFresh, flipper);
         if (round < RELAXED_ROUNDS)
             relaxAround(vFresh, relaxer);
     }
+}
+
+// Returns the new vertices.
+std::vector<int> DistanceKeeper::splitAll(const std::vector<int>& vFar)
+{
+    std::vector<int> vFresh;
+    for (const int t : vFar)
+    {
+        const int v = work.isFull() ? NONE : splitTriangle(t);
+        if (v != NONE)
+            vFresh.push_back(v);
+    }
+    return vFresh;
+}
+
+void DistanceKeeper::flipAround(const std::vector<int>& vVertices, EdgeFlipper& flipper) const
+{
+    std::vector<int> vQueue;
+    for (const int v : vVertices)
+        mesh.forEachOutgoing(v,
+                             [&](int h)
+                             {
+                                 vQueue.push_back(h);
+                                 vQueue.push_back(HalfEdgeMesh::next(h));
+                             });
+    flipper.flipFrom(std::move(vQueue), EdgeFlipper::Aim::SHAPE);
 }
 
 // Vertices that were put in, and their neighbours.
@@ -136,72 +162,53 @@ void DistanceKeeper::forget(int t)
 std::vector<int> DistanceKeeper::findFarTriangles()
 {
     std::vector<int> vFar;
+    NearnessProof proof(work.walker, work.settings.tolerance);
     for (int t = 0; t < mesh.endTriangles(); ++t)
     {
         if (!mesh.isAlive(t) || work.patchOf(t).bFlat || isKnown(t))
             continue;
-        if (isFar(t, mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)),
-                  mesh.point(mesh.from(4 * t + 2)), 0))
-            vFar.push_back(t);
-        else
+        if (proof.run(cornersOf(mesh, t), work.vHint[t]))
+        {
             know(t);
+            continue;
+        }
+        vFar.push_back(t);
+        sqFarthest = std::max(sqFarthest, proof.getFarthest().sqDist);
     }
     return vFar;
 }
 
-// On the part of t between three places.
-bool DistanceKeeper::isFar(int t, const Point3& a, const Point3& b, const Point3& c, int depth) const
+bool DistanceKeeper::isStillProven(int s) const
 {
-    const double tolerance = work.settings.tolerance;
-    const Point3 ab = middle(a, b);
-    const Point3 bc = middle(b, c);
-    const Point3 ca = middle(c, a);
-    double worst = 0.0;
-    for (const Point3& p : {centre(a, b, c), ab, bc, ca})
-        if (worst <= tolerance * tolerance)
-            worst = std::max(worst, work.walker.nearest(p, work.vHint[t], tolerance).sqDist);
-    if (worst > tolerance * tolerance)
-        return true;
-    if (worst < SUSPICIOUS * tolerance * tolerance || depth == MAX_DEPTH)
-        return false;
-    return isFar(t, a, ab, ca, depth + 1) || isFar(t, ab, b, bc, depth + 1) ||
-           isFar(t, ca, bc, c, depth + 1) || isFar(t, ab, bc, ca, depth + 1);
+    const auto& [from, to] = vProofs[s];
+    return from < to && std::all_of(vWitnesses.begin() + from, vWitnesses.begin() + to,
+                                    [this](int t) { return isKnown(t); });
 }
 
-// The other way: each vertex of the source has the result near, and so have its long edges. Those of the features are
-// followed by the chains.
+// The other way. Returns triangles of the result: those that are nearest to what is far.
 std::vector<int> DistanceKeeper::findBelowSource()
 {
-    const double tolerance = work.settings.tolerance;
     const HalfEdgeMesh& from = work.source.getMesh();
     const PatchWalker walker(mesh);
+    NearnessProof proof(walker, work.settings.tolerance, &vWitnesses);
     std::vector<int> vBelow;
-    const auto measure = [&](const Point3& p, int s)
+    for (int s = 0; s < from.endTriangles(); ++s)
     {
-        if (vNear[s] == NONE) // nothing of its patch is left
-            return;
-        const SurfacePlace place = walker.nearest(p, vNear[s], tolerance);
-        vNear[s] = place.triangle;
-        if (place.sqDist > tolerance * tolerance)
-            vBelow.push_back(place.triangle);
-    };
-    from.forEachEdge(
-        [&](int h)
+        const bool bGone = vNear[s] == NONE; // nothing of its patch is left
+        if (bGone || work.source.getPatches()[from.label(s)].bFlat || isStillProven(s))
+            continue;
+        const auto begin = static_cast<std::ptrdiff_t>(vWitnesses.size());
+        if (proof.run(cornersOf(from, s), vNear[s]))
         {
-            const int s = HalfEdgeMesh::triangleOf(h);
-            if (from.feature(h) != 0 || work.source.getPatches()[from.label(s)].bFlat)
-                return;
-            const Point3& a = from.point(from.from(h));
-            const Vector3 ab = from.point(from.to(h)) - a;
-            const int num = static_cast<int>(std::min(ab.length() / (STEP * work.settings.length), 1e6));
-            for (int i = 1; i <= num; ++i)
-                measure(a + ab * (static_cast<double>(i) / (num + 1)), s);
-        });
-    for (int v = 0; v < from.endVertices(); ++v)
-    {
-        const int s = HalfEdgeMesh::triangleOf(from.outgoing(v));
-        if (from.kind(v) == HalfEdgeMesh::Kind::FREE && !work.source.getPatches()[from.label(s)].bFlat)
-            measure(from.point(v), s);
+            vProofs[s] = {begin, static_cast<std::ptrdiff_t>(vWitnesses.size())};
+            vNear[s] = proof.getHint();
+            continue;
+        }
+        vWitnesses.resize(begin);
+        vProofs[s] = {0, 0};
+        vNear[s] = proof.getHint();
+        vBelow.push_back(proof.getFarthest().triangle);
+        sqFarthest = std::max(sqFarthest, proof.getFarthest().sqDist);
     }
     return vBelow;
 }

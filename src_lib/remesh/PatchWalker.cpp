@@ -33,6 +33,13 @@ SurfacePlace PatchWalker::nearest(const Point3& p, int startTriangle, double far
     return place;
 }
 
+double PatchWalker::sqDistanceTo(const Point3& p, int t) const
+{
+    return nearestOnTriangle(p, mesh.point(mesh.from(4 * t)), mesh.point(mesh.from(4 * t + 1)),
+                             mesh.point(mesh.from(4 * t + 2)))
+        .sqDist;
+}
+
 bool PatchWalker::tryTriangle(const Point3& p, int t, SurfacePlace& place, int& edge, int& corner) const
 {
     const NearestOnTriangle found = nearestOnTriangle(

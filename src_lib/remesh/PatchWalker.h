@@ -31,10 +31,13 @@ public:
     {
     }
 
+    [[nodiscard]] const HalfEdgeMesh& getMesh() const { return mesh; }
+
     // The nearest place downhill from a triangle.
     [[nodiscard]] SurfacePlace walk(const Point3& p, int startTriangle) const;
     // The same, but with the tree's answer where that is farther away than `far`, above 0.
     [[nodiscard]] SurfacePlace nearest(const Point3& p, int startTriangle, double far) const;
+    [[nodiscard]] double sqDistanceTo(const Point3& p, int t) const;
 
 private:
     [[nodiscard]] bool step(const Point3& p, SurfacePlace& place, int& edge, int& corner) const;

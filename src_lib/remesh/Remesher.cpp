@@ -67,6 +67,7 @@ bool Remesher::run(const std::function<void(double)>& progress)
     DistanceKeeper keeper(work);
     keeper.run();
     numFar = keeper.getNumFar();
+    farthest = keeper.getFarthest();
     tell();
     return work.mesh.getNumTriangles() <= work.settings.maxTriangles;
 }

@@ -29,8 +29,9 @@ public:
     [[nodiscard]] bool run(const std::function<void(double)>& progress);
 
     [[nodiscard]] const HalfEdgeMesh& getMesh() const { return work.mesh; }
-    // Places that the last step measured farther off than the tolerance, and could not mend.
+    // Triangles that the last step could not bring within the tolerance, and the largest distance measured there.
     [[nodiscard]] int getNumFarPlaces() const { return numFar; }
+    [[nodiscard]] double getFarthest() const { return farthest; }
 
 private:
     void cutChains();
@@ -42,6 +43,7 @@ private:
     WorkSurface work;
     EdgeFlipper flipper;
     int numFar = 0;
+    double farthest = 0.0;
 };
 
 } // namespace TARN_ZEF

@@ -84,6 +84,7 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     scale(result.vPoints, std::ldexp(1.0, exponent));
     report.length *= std::ldexp(1.0, exponent);
     report.tolerance *= std::ldexp(1.0, exponent);
+    report.farthestPlace *= std::ldexp(1.0, exponent);
     return true;
 }
 
@@ -132,6 +133,7 @@ bool SoupRemesh::tryLength(SourceSurface& source, const std::function<void(doubl
     if (!remesher.run(progress))
         return false;
     report.numFarPlaces = remesher.getNumFarPlaces();
+    report.farthestPlace = remesher.getFarthest();
     report.numTriangles = remesher.getMesh().getNumTriangles();
     remesher.getMesh().getFlat(result.vPoints, result.vCorners);
     return true;
