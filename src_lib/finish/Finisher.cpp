@@ -29,22 +29,6 @@ constexpr std::size_t LONGEST_FILLED = 12;
 // Border edges shorter than that go, in cells.
 constexpr double SHORT = 0.7;
 
-// The triangles whose corners are others than before, or elsewhere. REQUIRES: not renumbered in between.
-FoldRemoval::Flags findChanged(const HalfEdgeMesh& before, const HalfEdgeMesh& after)
-{
-    FoldRemoval::Flags vChanged(static_cast<std::size_t>(after.endTriangles()), 0);
-    for (int t = 0; t < after.endTriangles(); ++t)
-    {
-        if (!after.isAlive(t))
-            continue;
-        bool bSame = t < before.endTriangles() && before.isAlive(t);
-        for (int h = 4 * t; h < 4 * t + 3; ++h)
-            bSame = bSame && before.from(h) == after.from(h) &&
-                    before.point(after.from(h)) == after.point(after.from(h));
-        vChanged[static_cast<std::size_t>(t)] = bSame ? 0 : 1;
-    }
-    return vChanged;
-}
 } // namespace
 
 Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
@@ -139,23 +123,25 @@ void Finisher::improve()
     even(LATER_ROUNDS);
     evenBorders();
     fit(false);
-    mendThin();
+    (void)mendThin();
 }
 
 // Where the points belong to is known only now that each side has its own triangles.
 void Finisher::refineCreases()
 {
     if (options.bEvenTriangles)
-        mendThin();
+        (void)mendThin();
     fit(false);
 }
 
-void Finisher::mendThin()
+// Returns which triangles are others than before.
+Relaxation::Flags Finisher::mendThin()
 {
     Relaxation relaxation(mesh);
     relaxation.collapse(THIN);
     relaxation.flip();
     relaxation.collapse(THIN);
+    return relaxation.getTouched();
 }
 
 void Finisher::even(int numRounds)
@@ -186,7 +172,7 @@ void Finisher::fit(bool bMakeCreases)
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
     SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
-    sheetFit.run();
+    sheetFit.run(bMakeCreases);
     report.fitRadius = sheetFit.getRadius();
     report.noise = sheetFit.getNoise();
     if (!bMakeCreases)
@@ -207,12 +193,11 @@ void Finisher::removeFolds()
     // What was smoothed or filled is thin here and there.
     if (options.bEvenTriangles && folds.numPairs > 0)
     {
-        const HalfEdgeMesh before = mesh;
-        mendThin();
+        const Relaxation::Flags vTouched = mendThin();
         if (bFloat)
             roundPoints();
         FoldReport later;
-        FoldRemoval(mesh, later, bFloat).runNear(findChanged(before, mesh));
+        FoldRemoval(mesh, later, bFloat).runNear(vTouched);
         folds.numCollapses += later.numCollapses;
         folds.numDroppedT += later.numDroppedT;
         folds.numFilled += later.numFilled;

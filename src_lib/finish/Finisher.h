@@ -2,6 +2,7 @@
 #define ZEF_FINISHER_H
 
 #include "finish/FlatMesh.h"
+#include "finish/Relaxation.h"
 #include "finish/fans.h"
 #include "finishSurface.h"
 #include "surface/HalfEdgeMesh.h"
@@ -29,7 +30,7 @@ private:
     void improve();
     void evenBorders();
     void even(int numRounds);
-    void mendThin();
+    Relaxation::Flags mendThin();
     void fit(bool bMakeCreases);
     void refineCreases();
     void removeFolds();

@@ -43,16 +43,32 @@ std::vector<FoldFinder::Pair> FoldFinder::findAll() const
     return judge(vTriangles);
 }
 
-std::vector<FoldFinder::Pair> FoldFinder::judge(const std::vector<int>& vTriangles) const
+// Only the points of the triangles, as the judge looks at all that it gets.
+void FoldFinder::getFlat(const std::vector<int>& vTriangles, std::vector<Point3>& vPoints,
+                         std::vector<int>& vCorners) const
 {
-    std::vector<Point3> vPoints(static_cast<std::size_t>(mesh.endVertices()));
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        vPoints[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) ? mesh.point(v) : Point3();
-    std::vector<int> vCorners;
+    std::vector<int> vNumbers(static_cast<std::size_t>(mesh.endVertices()), HalfEdgeMesh::NONE);
     vCorners.reserve(3 * vTriangles.size());
     for (const int t : vTriangles)
+    {
         for (int h = 4 * t; h < 4 * t + 3; ++h)
-            vCorners.push_back(mesh.from(h));
+        {
+            int& number = vNumbers[static_cast<std::size_t>(mesh.from(h))];
+            if (number == HalfEdgeMesh::NONE)
+            {
+                number = static_cast<int>(vPoints.size());
+                vPoints.push_back(mesh.point(mesh.from(h)));
+            }
+            vCorners.push_back(number);
+        }
+    }
+}
+
+std::vector<FoldFinder::Pair> FoldFinder::judge(const std::vector<int>& vTriangles) const
+{
+    std::vector<Point3> vPoints;
+    std::vector<int> vCorners;
+    getFlat(vTriangles, vPoints, vCorners);
     CheckOptions options;
     options.maxPlaces = std::numeric_limits<int>::max();
     const MeshCheck check = judgeShapes(vPoints, vCorners, options);

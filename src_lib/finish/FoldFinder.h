@@ -32,6 +32,8 @@ private:
     };
 
     [[nodiscard]] std::vector<Pair> judge(const std::vector<int>& vTriangles) const;
+    void getFlat(const std::vector<int>& vTriangles, std::vector<Point3>& vPoints,
+                 std::vector<int>& vCorners) const;
     [[nodiscard]] Box getBox(int t) const;
     template <typename F>
     void forEachCell(const Box& box, double cellSize, F f) const;

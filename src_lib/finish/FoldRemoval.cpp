@@ -7,7 +7,7 @@
 #include "parallel/sortMT2.h"
 
 #include <algorithm>
-#include <tuple>
+#include <bit>
 #include <utility>
 
 namespace TARN_ZEF
@@ -25,6 +25,19 @@ constexpr double SMOOTHING = 0.6;
 constexpr double PART_SHARE = 0.05;
 // Cuts with more edges stay open.
 constexpr std::size_t LONGEST_FILLED = 12;
+
+// 33 bits that equal places have in common, and places elsewhere seldom.
+u64 getPlaceKey(const Point3& p)
+{
+    u64 key = 0;
+    for (const double x : {p.x(), p.y(), p.z()})
+    {
+        // A zero of either sign is the same place.
+        key = (key ^ std::bit_cast<u64>(x + 0.0)) * 0x9E3779B97F4A7C15ULL;
+        key ^= key >> 29;
+    }
+    return key >> 31;
+}
 
 template <typename T>
 void sortUnique(std::vector<T>& v)
@@ -117,26 +130,29 @@ void FoldRemoval::partEqualPoints()
     }
 }
 
+// Equal places have equal keys; the few others that do, too, are told apart one by one.
 std::vector<int> FoldRemoval::findEqualPoints() const
 {
-    std::vector<int> vVertices;
-    vVertices.reserve(static_cast<std::size_t>(mesh.getNumVertices()));
+    std::vector<std::pair<u64, std::uint32_t>> vKeys;
+    vKeys.reserve(static_cast<std::size_t>(mesh.getNumVertices()));
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (mesh.isAliveVertex(v))
-            vVertices.push_back(v);
-    const auto place = [this](int v)
-    {
-        const Point3& p = mesh.point(v);
-        return std::tuple(p.x(), p.y(), p.z());
-    };
-    sortMT(vVertices.begin(), vVertices.end(),
-           [&](int a, int b) { return std::pair(place(a), a) < std::pair(place(b), b); });
+            vKeys.emplace_back(getPlaceKey(mesh.point(v)), static_cast<std::uint32_t>(v));
+    sortByFirstMT(vKeys.begin(), vKeys.end());
+    const auto pointOf = [&](std::size_t i) -> const Point3&
+    { return mesh.point(static_cast<int>(vKeys[i].second)); };
     std::vector<int> vEqual;
-    for (std::size_t i = 0; i < vVertices.size(); ++i)
+    for (std::size_t from = 0, to = 1; from < vKeys.size(); from = to++)
     {
-        const auto isEqual = [&](std::size_t k) { return place(vVertices[i]) == place(vVertices[k]); };
-        if ((i > 0 && isEqual(i - 1)) || (i + 1 < vVertices.size() && isEqual(i + 1)))
-            vEqual.push_back(vVertices[i]);
+        while (to < vKeys.size() && vKeys[to].first == vKeys[from].first)
+            ++to;
+        for (std::size_t i = from; i < to && to - from > 1; ++i)
+            for (std::size_t k = from; k < to; ++k)
+                if (k != i && isEqual(pointOf(i), pointOf(k)))
+                {
+                    vEqual.push_back(static_cast<int>(vKeys[i].second));
+                    break;
+                }
     }
     return vEqual;
 }

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cfloat>
 #include <cmath>
 
@@ -16,7 +17,6 @@ namespace
 constexpr std::size_t MIN_CHUNK = 5'000;
 // Cells of the grid along an axis; the frame leaves room for a neighbour on each side.
 constexpr double MAX_CELLS = 2'000'000.0;
-constexpr int BITS = 21;
 // The triangles around so many of the nearest vertices are looked at.
 constexpr std::size_t NUM_NEAREST = 3;
 
@@ -54,21 +54,27 @@ double getSqDistance(const Point3& p, const Point3& a, const Point3& b, const Po
 }
 } // namespace
 
-PointOwners::PointOwners(const HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud_, double cellSize_)
-    : mesh(mesh_)
-    , vCloud(vCloud_)
-    , cellSize(2.0 * cellSize_)
-    , vOwner(vCloud_.size(), HalfEdgeMesh::NONE)
+// The vertices in the cells around one, and how far they are from a point.
+struct PointOwners::Scratch
 {
-    chooseFrame();
-    const std::vector<Entry> vVertices = sortVertices();
-    const std::vector<Entry> vSorted = sortCloud();
-    parallelFor(vSorted.size(), MIN_CHUNK,
-                [&](std::size_t from, std::size_t to) { findOwners(vVertices, vSorted, from, to); });
-    collect();
+    std::array<std::vector<Entry>::const_iterator, 9> starts; // of the stretches of three cells
+    bool bFirst = true;
+    std::vector<std::uint32_t> vVertices;
+    std::vector<double> vX;
+    std::vector<double> vY;
+    std::vector<double> vZ;
+    std::vector<double> vSqDistances;
+};
+
+PointOwners::PointOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud, double cellSize_)
+    : cellSize(2.0 * cellSize_)
+{
+    chooseFrame(mesh);
+    collect(vCloud, findOwners(mesh, vCloud), static_cast<std::size_t>(mesh.endTriangles()));
 }
 
-void PointOwners::chooseFrame()
+// Cells of vertices start at 3 on each axis.
+void PointOwners::chooseFrame(const HalfEdgeMesh& mesh)
 {
     std::array<double, 3> lowest = {DBL_MAX, DBL_MAX, DBL_MAX};
     std::array<double, 3> highest = {-DBL_MAX, -DBL_MAX, -DBL_MAX};
@@ -84,38 +90,50 @@ void PointOwners::chooseFrame()
             highest[i] = std::max(highest[i], place[i]);
         }
     }
+    if (mesh.getNumVertices() == 0)
+        return;
     low.set(lowest[0], lowest[1], lowest[2]);
     for (std::size_t i = 0; i < 3; ++i)
         cellSize = std::max(cellSize, (highest[i] - lowest[i]) / MAX_CELLS);
+    int shift = 0;
+    for (std::size_t i = 3; i-- > 0;)
+    {
+        lastCells[i] = static_cast<u64>((highest[i] - lowest[i]) / cellSize + 3.0) + 1;
+        shifts[i] = shift;
+        shift += std::bit_width(lastCells[i] + 1);
+    }
 }
 
-// Cells start at 2 on each axis; what lies far off the mesh gets the cell 0, around which there are no vertices.
+// The cell 0, around which there are no vertices, is that of all that lies far off the mesh.
 u64 PointOwners::getCell(const Point3& p) const noexcept
 {
     const std::array<double, 3> place = {(p.x() - low.x()) / cellSize, (p.y() - low.y()) / cellSize,
                                          (p.z() - low.z()) / cellSize};
     u64 cell = 0;
-    for (const double x : place)
+    for (std::size_t i = 0; i < 3; ++i)
     {
-        if (!(x > -1.0 && x < MAX_CELLS + 2.0))
+        if (!(place[i] > -1.0 && place[i] < MAX_CELLS + 2.0))
             return 0;
-        cell = cell << BITS | static_cast<u64>(x + 3.0);
+        const u64 number = static_cast<u64>(place[i] + 3.0);
+        if (number > lastCells[i])
+            return 0;
+        cell |= number << shifts[i];
     }
     return cell;
 }
 
-std::vector<PointOwners::Entry> PointOwners::sortVertices() const
+std::vector<PointOwners::Entry> PointOwners::sortVertices(const HalfEdgeMesh& mesh) const
 {
     std::vector<Entry> vResult;
     vResult.reserve(static_cast<std::size_t>(mesh.getNumVertices()));
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (mesh.isAliveVertex(v))
             vResult.emplace_back(getCell(mesh.point(v)), static_cast<std::uint32_t>(v));
-    sortMT(vResult.begin(), vResult.end());
+    sortByFirstMT(vResult.begin(), vResult.end());
     return vResult;
 }
 
-std::vector<PointOwners::Entry> PointOwners::sortCloud() const
+std::vector<PointOwners::Entry> PointOwners::sortCloud(const std::vector<Point3>& vCloud) const
 {
     std::vector<Entry> vResult(vCloud.size());
     parallelFor(vCloud.size(), MIN_CHUNK,
@@ -124,47 +142,72 @@ std::vector<PointOwners::Entry> PointOwners::sortCloud() const
                     for (std::size_t i = from; i < to; ++i)
                         vResult[i] = {getCell(vCloud[i]), static_cast<std::uint32_t>(i)};
                 });
-    sortMT(vResult.begin(), vResult.end());
+    sortByFirstMT(vResult.begin(), vResult.end());
     return vResult;
 }
 
-// Points of one cell share the vertices of the cells around: nine stretches of three cells.
-void PointOwners::findOwners(const std::vector<Entry>& vVertices, const std::vector<Entry>& vSorted,
-                             std::size_t from, std::size_t to)
+// Points of one cell share the vertices of the cells around.
+std::vector<int> PointOwners::findOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud) const
 {
-    std::vector<std::uint32_t> vNear;
-    for (std::size_t i = from; i < to; ++i)
-    {
-        const u64 cell = vSorted[i].first;
-        if (cell == 0)
-            continue;
-        if (i == from || cell != vSorted[i - 1].first)
-        {
-            vNear.clear();
-            for (u64 x = 0; x < 3; ++x)
-            {
-                for (u64 y = 0; y < 3; ++y)
+    std::vector<int> vOwner(vCloud.size(), HalfEdgeMesh::NONE);
+    const std::vector<Entry> vVertices = sortVertices(mesh);
+    const std::vector<Entry> vSorted = sortCloud(vCloud);
+    parallelFor(vSorted.size(), MIN_CHUNK,
+                [&](std::size_t from, std::size_t to)
                 {
-                    const u64 first =
-                        cell + (x << 2 * BITS) + (y << BITS) - (u64{1} << 2 * BITS) - (u64{1} << BITS) - 1;
-                    for (auto it = std::lower_bound(vVertices.begin(), vVertices.end(), Entry{first, 0});
-                         it != vVertices.end() && it->first <= first + 2; ++it)
-                        vNear.push_back(it->second);
-                }
-            }
-        }
-        const std::uint32_t point = vSorted[i].second;
-        vOwner[point] = findOwner(vCloud[point], vNear);
-    }
+                    Scratch scratch;
+                    u64 gathered = 0;
+                    for (std::size_t i = from; i < to; ++i)
+                    {
+                        const auto [cell, point] = vSorted[i];
+                        if (cell == 0)
+                            continue;
+                        if (cell != gathered)
+                            gatherNear(mesh, vVertices, cell, scratch);
+                        gathered = cell;
+                        vOwner[point] = findOwner(mesh, vCloud[point], scratch);
+                    }
+                });
+    return vOwner;
 }
 
-int PointOwners::findOwner(const Point3& p, const std::vector<std::uint32_t>& vNear) const
+// Nine stretches of three cells. Cells come in rising order, so that a stretch starts where it did or later.
+void PointOwners::gatherNear(const HalfEdgeMesh& mesh, const std::vector<Entry>& vVertices, u64 cell,
+                             Scratch& scratch) const
 {
+    scratch.vVertices.clear();
+    for (u64 k = 0; k < 9; ++k)
+    {
+        const u64 middle = cell + ((k / 3) << shifts[0]) + ((k % 3) << shifts[1]);
+        const u64 first = middle - (u64{1} << shifts[0]) - (u64{1} << shifts[1]) - 1;
+        auto& it = scratch.starts[k];
+        if (scratch.bFirst)
+            it = std::lower_bound(vVertices.begin(), vVertices.end(), Entry{first, 0});
+        while (it != vVertices.end() && it->first < first)
+            ++it;
+        for (auto near = it; near != vVertices.end() && near->first <= first + 2; ++near)
+            scratch.vVertices.push_back(near->second);
+    }
+    scratch.bFirst = false;
+    const std::size_t num = scratch.vVertices.size();
+    for (auto* pValues : {&scratch.vX, &scratch.vY, &scratch.vZ, &scratch.vSqDistances})
+        pValues->resize(num);
+    for (std::size_t i = 0; i < num; ++i)
+        mesh.point(static_cast<int>(scratch.vVertices[i])).xyz(scratch.vX[i], scratch.vY[i], scratch.vZ[i]);
+}
+
+int PointOwners::findOwner(const HalfEdgeMesh& mesh, const Point3& p, Scratch& scratch)
+{
+    const std::size_t num = scratch.vVertices.size();
+    for (std::size_t i = 0; i < num; ++i)
+        scratch.vSqDistances[i] = sqDistance(p, Point3(scratch.vX[i], scratch.vY[i], scratch.vZ[i]));
     std::array<std::pair<double, int>, NUM_NEAREST> nearest;
     nearest.fill({DBL_MAX, HalfEdgeMesh::NONE});
-    for (const std::uint32_t v : vNear)
+    for (std::size_t i = 0; i < num; ++i)
     {
-        std::pair<double, int> entry(sqDistance(p, mesh.point(static_cast<int>(v))), static_cast<int>(v));
+        if (scratch.vSqDistances[i] > nearest.back().first)
+            continue;
+        std::pair<double, int> entry(scratch.vSqDistances[i], static_cast<int>(scratch.vVertices[i]));
         for (auto& place : nearest)
             if (entry < place)
                 std::swap(entry, place);
@@ -192,10 +235,11 @@ int PointOwners::findOwner(const Point3& p, const std::vector<std::uint32_t>& vN
     return owner;
 }
 
-void PointOwners::collect()
+void PointOwners::collect(const std::vector<Point3>& vCloud, const std::vector<int>& vOwner,
+                          std::size_t numTriangles)
 {
-    vStarts.assign(static_cast<std::size_t>(mesh.endTriangles()) + 1, 0);
-    std::size_t num = 0;
+    vStarts.assign(numTriangles + 1, 0);
+    std::uint32_t num = 0;
     for (const int t : vOwner)
     {
         if (t == HalfEdgeMesh::NONE)
@@ -203,13 +247,13 @@ void PointOwners::collect()
         ++vStarts[static_cast<std::size_t>(t)];
         ++num;
     }
-    for (std::size_t sum = 0; std::size_t & start : vStarts)
+    for (std::uint32_t sum = 0; std::uint32_t & start : vStarts)
         start = std::exchange(sum, sum + start);
     vPoints.resize(num);
-    std::vector<std::size_t> vNext(vStarts);
+    std::vector<std::uint32_t> vNext(vStarts);
     for (std::size_t i = 0; i < vOwner.size(); ++i)
         if (vOwner[i] != HalfEdgeMesh::NONE)
-            vPoints[vNext[static_cast<std::size_t>(vOwner[i])]++] = static_cast<std::uint32_t>(i);
+            vPoints[vNext[static_cast<std::size_t>(vOwner[i])]++] = vCloud[i];
 }
 
 } // namespace TARN_ZEF

@@ -15,23 +15,6 @@ constexpr double SMALLEST_PIVOT = 1e-6;
 constexpr std::size_t PLANE_TERMS = 3;
 } // namespace
 
-void QuadricSums::add(double x, double y, double z) noexcept
-{
-    const double fade = 1.0 - x * x - y * y;
-    const double weight = fade > 0.0 ? fade * fade : 0.0;
-    const std::array<double, numTerms> terms = {1.0, x, y, x * x, x * y, y * y};
-    for (std::size_t i = 0; i < numTerms; ++i)
-    {
-        const double weighted = weight * terms[i];
-        for (std::size_t k = 0; k <= i; ++k)
-            matrix[i][k] += weighted * terms[k];
-        right[i] += weighted * z;
-    }
-    sumSquares += weight * z * z;
-    sumSqWeights += weight * weight;
-    ++num;
-}
-
 bool QuadricSums::isOneSided() const noexcept
 {
     const double x = matrix[1][0];

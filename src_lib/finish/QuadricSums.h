@@ -14,7 +14,23 @@ public:
     // Fewer points get a plane.
     static constexpr std::size_t minPoints = 9;
 
-    void add(double x, double y, double z) noexcept;
+    void add(double x, double y, double z) noexcept
+    {
+        const double fade = 1.0 - x * x - y * y;
+        const double weight = fade > 0.0 ? fade * fade : 0.0;
+        const std::array<double, numTerms> terms = {1.0, x, y, x * x, x * y, y * y};
+        // Whole rows: longer than needed, but of a length that the compiler knows.
+        for (std::size_t i = 0; i < numTerms; ++i)
+        {
+            const double weighted = weight * terms[i];
+            for (std::size_t k = 0; k < numTerms; ++k)
+                matrix[i][k] += weighted * terms[k];
+            right[i] += weighted * z;
+        }
+        sumSquares += weight * z * z;
+        sumSqWeights += weight * weight;
+        ++num;
+    }
     // False if the points do not determine the surface. REQUIRES: at least one point.
     [[nodiscard]] bool solve() noexcept;
 
@@ -32,7 +48,7 @@ private:
     [[nodiscard]] bool isOneSided() const noexcept;
     [[nodiscard]] bool solveTerms(std::size_t numUsed) noexcept;
 
-    std::array<std::array<double, numTerms>, numTerms> matrix = {}; // lower half
+    std::array<std::array<double, numTerms>, numTerms> matrix = {}; // its lower half counts
     std::array<double, numTerms> right = {};
     std::array<double, numTerms> solution = {};
     double sumSquares = 0.0;

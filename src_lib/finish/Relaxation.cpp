@@ -2,6 +2,7 @@
 
 #include "finish/NormalTensor.h"
 #include "geometry/tools.h"
+#include "parallel/collectInOrder.h"
 #include "parallel/parallelFor.h"
 
 #include <algorithm>
@@ -42,6 +43,20 @@ Vector3 getUnit(const Vector3& v)
     return length > 0.0 ? v / length : Vector3();
 }
 
+Vector3 getTriangleNormal(const Point3& a, const Point3& b, const Point3& c)
+{
+    return getUnit(crossProduct(b - a, c - a));
+}
+
+// Whether an angle of the triangle has a cosine above the limit.
+bool hasCosineAbove(const Point3& a, const Point3& b, const Point3& c, double limit)
+{
+    const Vector3 ab = b - a;
+    const Vector3 bc = c - b;
+    const Vector3 ca = a - c;
+    return -getCosine(ca, ab) > limit || -getCosine(ab, bc) > limit || -getCosine(bc, ca) > limit;
+}
+
 template <typename F>
 void forEachIndexMT(int num, F f)
 {
@@ -56,6 +71,7 @@ void forEachIndexMT(int num, F f)
 
 Relaxation::Relaxation(HalfEdgeMesh& mesh_)
     : mesh(mesh_)
+    , vTouched(static_cast<std::size_t>(mesh_.endTriangles()), 0)
 {
 }
 
@@ -65,7 +81,7 @@ Relaxation::Quality Relaxation::measure(const Point3& a, const Point3& b, const 
     const Vector3 bc = c - b;
     const Vector3 ca = a - c;
     const double cosines = std::max({-getCosine(ca, ab), -getCosine(ab, bc), -getCosine(bc, ca)});
-    return {cosines, getUnit(crossProduct(ab, c - a))};
+    return {cosines, getTriangleNormal(a, b, c)};
 }
 
 Relaxation::Quality Relaxation::measureT(int t) const
@@ -79,48 +95,57 @@ Relaxation::Quality Relaxation::measureT(int t) const
 bool Relaxation::isBetterFlipped(int h) const
 {
     const int p = mesh.partner(h);
-    if (p == NONE || mesh.feature(h) != 0)
-        return false;
+    return p != NONE && mesh.feature(h) == 0 &&
+           isBetterFlipped(h, measureT(HalfEdgeMesh::triangleOf(h)), measureT(HalfEdgeMesh::triangleOf(p)));
+}
+
+// Most edges are told by the angles of the first new triangle.
+bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1) const
+{
     const Point3& a = mesh.point(mesh.from(h));
     const Point3& b = mesh.point(mesh.to(h));
     const Point3& c = mesh.point(mesh.apex(h));
-    const Point3& d = mesh.point(mesh.apex(p));
-    const Quality old0 = measure(a, b, c);
-    const Quality old1 = measure(b, a, d);
-    const double oldWorst = std::max(old0.worstCosine, old1.worstCosine);
-    const Quality new0 = measure(c, d, b);
-    const Quality new1 = measure(d, c, a);
-    if (std::max(new0.worstCosine, new1.worstCosine) > oldWorst - MIN_GAIN)
+    const Point3& d = mesh.point(mesh.apex(mesh.partner(h)));
+    const double mostCosine = std::max(old0.worstCosine, old1.worstCosine) - MIN_GAIN;
+    if (hasCosineAbove(c, d, b, mostCosine) || hasCosineAbove(d, c, a, mostCosine))
         return false;
+    const Vector3 new0 = getTriangleNormal(c, d, b);
+    const Vector3 new1 = getTriangleNormal(d, c, a);
     double limit = MAX_BEND;
     for (const Quality* pOld : {&old0, &old1})
     {
         if (pOld->worstCosine > NEEDLE)
             continue;
-        if (new0.normal * pOld->normal < MAX_BEND || new1.normal * pOld->normal < MAX_BEND)
+        if (new0 * pOld->normal < MAX_BEND || new1 * pOld->normal < MAX_BEND)
             return false;
     }
     if (old0.worstCosine <= NEEDLE && old1.worstCosine <= NEEDLE)
         limit = std::min(limit, old0.normal * old1.normal);
-    return new0.normal * new1.normal >= limit;
+    return new0 * new1 >= limit;
 }
 
-std::vector<int> Relaxation::findCandidates() const
+// All triangles are measured once, as each is looked at from three edges.
+std::vector<int> Relaxation::findCandidates()
 {
-    std::vector<std::uint8_t> vIsBetter(static_cast<std::size_t>(4 * mesh.endTriangles()), 0);
+    vQualities.resize(static_cast<std::size_t>(mesh.endTriangles()));
     forEachIndexMT(mesh.endTriangles(),
                    [&](int t)
                    {
-                       if (!mesh.isAlive(t))
-                           return;
-                       for (int h = 4 * t; h < 4 * t + 3; ++h)
-                           vIsBetter[static_cast<std::size_t>(h)] = mesh.isEdge(h) && isBetterFlipped(h);
+                       if (mesh.isAlive(t))
+                           vQualities[static_cast<std::size_t>(t)] = measureT(t);
                    });
-    std::vector<int> vResult;
-    for (std::size_t h = 0; h < vIsBetter.size(); ++h)
-        if (vIsBetter[h] != 0)
-            vResult.push_back(static_cast<int>(h));
-    return vResult;
+    const auto qualityAt = [&](int h) -> const Quality&
+    { return vQualities[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
+    return collectInOrder<int>(static_cast<std::size_t>(mesh.endTriangles()),
+                               [&](std::size_t from, std::size_t to, std::vector<int>& vFound)
+                               {
+                                   const int end = 4 * static_cast<int>(to);
+                                   for (int h = 4 * static_cast<int>(from); h < end; ++h)
+                                       if ((h & 3) != 3 && mesh.isAlive(HalfEdgeMesh::triangleOf(h)) &&
+                                           h < mesh.partner(h) && mesh.feature(h) == 0 &&
+                                           isBetterFlipped(h, qualityAt(h), qualityAt(mesh.partner(h))))
+                                           vFound.push_back(h);
+                               });
 }
 
 void Relaxation::flip()
@@ -135,6 +160,8 @@ void Relaxation::flip()
                 continue;
             mesh.flip(h);
             const int p = mesh.partner(h);
+            touch(h);
+            touch(p);
             for (const int side :
                  {HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h), HalfEdgeMesh::next(p), HalfEdgeMesh::prev(p)})
                 vNext.push_back(side);
@@ -208,7 +235,7 @@ Point3 Relaxation::propose(int v) const
 }
 
 // All neighbours move at once: no triangle at the vertex may turn over.
-bool Relaxation::isHarmless(int v, const std::vector<Point3>& vProposed) const
+bool Relaxation::isHarmless(int v) const
 {
     const auto at = [&](int u) -> const Point3& { return vProposed[static_cast<std::size_t>(u)]; };
     bool bHarmless = true;
@@ -228,12 +255,11 @@ bool Relaxation::isHarmless(int v, const std::vector<Point3>& vProposed) const
 
 void Relaxation::smooth()
 {
-    std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
+    vProposed.resize(static_cast<std::size_t>(mesh.endVertices()));
     forEachIndexMT(mesh.endVertices(), [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
-    std::vector<std::uint8_t> vMoves(vProposed.size());
-    forEachIndexMT(
-        mesh.endVertices(), [&](int v)
-        { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v, vProposed); });
+    vMoves.resize(vProposed.size());
+    forEachIndexMT(mesh.endVertices(), [&](int v)
+                   { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v); });
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (vMoves[static_cast<std::size_t>(v)] != 0)
             mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
@@ -310,6 +336,7 @@ bool Relaxation::tryCollapse(int h, double worst)
         const int kept = mesh.to(way);
         mesh.collapse(way);
         mesh.setPoint(kept, target);
+        mesh.forEachOutgoing(kept, [this](int g) { touch(g); });
         return true;
     }
     return false;

@@ -19,6 +19,8 @@ namespace TARN_ZEF
 class Relaxation
 {
 public:
+    using Flags = std::vector<std::uint8_t>;
+
     explicit Relaxation(HalfEdgeMesh& mesh_);
 
     // One round each; a few of them, in turn, make an even mesh.
@@ -30,6 +32,9 @@ public:
     // Border edges shorter than that vanish where no triangle gets an angle below 25 degrees.
     std::size_t collapseBorder(double minLength);
 
+    // Of the triangles: which ones flips and collapses changed so far. Some of them may be dead.
+    [[nodiscard]] const Flags& getTouched() const noexcept { return vTouched; }
+
 private:
     struct Quality
     {
@@ -40,17 +45,25 @@ private:
     [[nodiscard]] static Quality measure(const Point3& a, const Point3& b, const Point3& c);
     [[nodiscard]] Quality measureT(int t) const;
     [[nodiscard]] bool isBetterFlipped(int h) const;
-    [[nodiscard]] std::vector<int> findCandidates() const;
+    [[nodiscard]] bool isBetterFlipped(int h, const Quality& old0, const Quality& old1) const;
+    [[nodiscard]] std::vector<int> findCandidates();
     [[nodiscard]] Point3 propose(int v) const;
     [[nodiscard]] Point3 proposeOnBorder(int v) const;
     [[nodiscard]] Point3 proposeOnChain(int v) const;
-    [[nodiscard]] bool isHarmless(int v, const std::vector<Point3>& vProposed) const;
+    [[nodiscard]] bool isHarmless(int v) const;
     [[nodiscard]] bool tryCollapse(int h, double worst);
     [[nodiscard]] bool mayVanish(int h) const;
     [[nodiscard]] bool isBetterCollapsed(int h, const Point3& target, double worst) const;
     [[nodiscard]] int getShortestEdge(int t) const;
 
+    void touch(int h) { vTouched[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] = 1; }
+
     HalfEdgeMesh& mesh;
+    Flags vTouched;
+    // Kept from one round to the next, as large memory is dear to get.
+    std::vector<Quality> vQualities; // of the triangles
+    std::vector<Point3> vProposed;   // for the vertices
+    Flags vMoves;
 };
 
 } // namespace TARN_ZEF

@@ -15,6 +15,7 @@ namespace
 {
 constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr std::size_t MIN_CHUNK = 500;
+constexpr std::size_t MIN_SAMPLES = 100;
 // Radii of the quadrics in cells; the first is that of clean clouds.
 constexpr std::array<double, 3> RADII = {2.3, 3.2, 4.5};
 constexpr double SMALL_RADIUS = 1.5;
@@ -55,23 +56,31 @@ SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, doubl
 {
 }
 
-void SheetFit::run()
+void SheetFit::run(bool bKeepPlanes)
 {
     fillNormals();
+    fillFacings();
     chooseRadius();
     std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
-    vPlanes.assign(vProposed.size(), LocalPlane());
+    vPlanes.assign(bKeepPlanes ? vProposed.size() : 0, LocalPlane());
+    propose(vProposed);
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+}
+
+void SheetFit::propose(std::vector<Point3>& vProposed)
+{
     parallelFor(vProposed.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     Scratch scratch;
+                    LocalPlane forgotten;
                     for (std::size_t v = from; v < to; ++v)
                         if (mesh.isAliveVertex(static_cast<int>(v)))
-                            vProposed[v] = propose(static_cast<int>(v), scratch);
+                            vProposed[v] = propose(static_cast<int>(v), scratch,
+                                                   vPlanes.empty() ? forgotten : vPlanes[v]);
                 });
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        if (mesh.isAliveVertex(v))
-            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
 }
 
 Vector3 SheetFit::getRawNormal(int v) const
@@ -120,24 +129,62 @@ void SheetFit::fillNormals()
                 });
 }
 
+void SheetFit::fillFacings()
+{
+    vFacings.resize(static_cast<std::size_t>(mesh.endTriangles()));
+    parallelFor(vFacings.size(), MIN_CHUNK,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                    {
+                        const int t = static_cast<int>(i);
+                        if (!mesh.isAlive(t))
+                            continue;
+                        Vector3 sum;
+                        for (int h = 4 * t; h < 4 * t + 3; ++h)
+                            sum.add(vNormals[static_cast<std::size_t>(mesh.from(h))]);
+                        if (sum.sqLength() == 0.0)
+                            sum = getSideNormal({t});
+                        vFacings[i] = {sum, sum.sqLength()};
+                    }
+                });
+}
+
+std::vector<int> SheetFit::chooseSamples() const
+{
+    const int step = std::max(1, mesh.endVertices() / NUM_SAMPLES);
+    std::vector<int> vSamples;
+    for (int v = 0; v < mesh.endVertices(); v += step)
+        if (mesh.isAliveVertex(v) && !mesh.isBorderVertex(v) && mesh.kind(v) == HalfEdgeMesh::Kind::FREE)
+            vSamples.push_back(v);
+    return vSamples;
+}
+
 // The error of a fit is told from samples: what is left of the noise by averaging, and what a larger radius adds to
 // the residual, which is shape.
 void SheetFit::chooseRadius()
 {
-    const int step = std::max(1, mesh.endVertices() / NUM_SAMPLES);
-    Scratch scratch;
+    const std::vector<int> vSamples = chooseSamples();
+    std::vector<Fit> vFits(vSamples.size());
     double smallest = 0.0;
     double leastError = 0.0;
     for (const double candidate : RADII)
     {
+        parallelFor(vFits.size(), MIN_SAMPLES,
+                    [&](std::size_t from, std::size_t to)
+                    {
+                        Scratch scratch;
+                        for (std::size_t i = from; i < to; ++i)
+                        {
+                            seedAll(vSamples[i], scratch);
+                            vFits[i] = fit(vSamples[i], vNormals[static_cast<std::size_t>(vSamples[i])],
+                                           candidate, scratch);
+                        }
+                    });
         std::vector<double> vResiduals;
         std::vector<double> vNumbers;
-        for (int v = 0; v < mesh.endVertices(); v += step)
+        for (const Fit& result : vFits)
         {
-            if (!mesh.isAliveVertex(v) || mesh.isBorderVertex(v) || mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
-                continue;
-            seedAll(v, scratch);
-            const Fit result = fit(v, vNormals[static_cast<std::size_t>(v)], candidate, scratch);
             if (!result.bUsable || result.numPoints < QuadricSums::minPoints)
                 continue;
             vResiduals.push_back(result.residual);
@@ -158,13 +205,12 @@ void SheetFit::chooseRadius()
     }
 }
 
-Point3 SheetFit::propose(int v, Scratch& scratch)
+Point3 SheetFit::propose(int v, Scratch& scratch, LocalPlane& plane) const
 {
     if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
         return proposeOnCrease(v, scratch);
     const Point3& p = mesh.point(v);
     seedAll(v, scratch);
-    LocalPlane& plane = vPlanes[static_cast<std::size_t>(v)];
     const Fit best = fitBest(v, vNormals[static_cast<std::size_t>(v)], scratch, plane.firstResidual);
     if (!best.bUsable)
         return p;
@@ -263,13 +309,9 @@ SheetFit::Fit SheetFit::fitTwice(int v, const Vector3& normal, double radiusInCe
 
 bool SheetFit::faces(int t, const Vector3& normal) const
 {
-    Vector3 sum;
-    for (int h = 4 * t; h < 4 * t + 3; ++h)
-        sum.add(vNormals[static_cast<std::size_t>(mesh.from(h))]);
-    if (sum.sqLength() == 0.0)
-        sum = getSideNormal({t});
-    const double product = sum * normal;
-    return product > 0.0 && product * product > SAME_SHEET * SAME_SHEET * sum.sqLength();
+    const Facing& facing = vFacings[static_cast<std::size_t>(t)];
+    const double product = facing.sum * normal;
+    return product > 0.0 && product * product > SAME_SHEET * SAME_SHEET * facing.sqLength;
 }
 
 void SheetFit::reachTriangles(int v, const Vector3& normal, double reach, Scratch& scratch) const
@@ -278,32 +320,48 @@ void SheetFit::reachTriangles(int v, const Vector3& normal, double reach, Scratc
     ++scratch.stamp;
     scratch.vReached.clear();
     const Point3& centre = mesh.point(v);
-    const auto visit = [&](int t)
-    {
-        std::uint32_t& stamp = scratch.vStamps[static_cast<std::size_t>(t)];
-        if (stamp == scratch.stamp)
-            return;
-        stamp = scratch.stamp;
-        scratch.vReached.push_back(t);
-    };
+    const auto stampOf = [&scratch](int t) -> std::uint32_t&
+    { return scratch.vStamps[static_cast<std::size_t>(t)]; };
     for (const int t : scratch.vSeeds)
-        visit(t);
+    {
+        if (stampOf(t) == scratch.stamp)
+            continue;
+        stampOf(t) = scratch.stamp;
+        const auto sqDistanceOf = [&](int h) { return sqDistance(centre, mesh.point(mesh.from(h))); };
+        scratch.vReached.push_back(
+            {t, {sqDistanceOf(4 * t), sqDistanceOf(4 * t + 1), sqDistanceOf(4 * t + 2)}});
+    }
     for (std::size_t i = 0; i < scratch.vReached.size(); ++i)
     {
-        const int t = scratch.vReached[i];
-        for (int h = 4 * t; h < 4 * t + 3; ++h)
+        const Reached near = scratch.vReached[i];
+        for (std::size_t k = 0; k < 3; ++k)
         {
+            const int h = 4 * near.t + static_cast<int>(k);
             const int other = mesh.partner(h);
-            if (other == NONE || mesh.feature(h) != 0 ||
-                scratch.vStamps[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(other))] == scratch.stamp)
-                continue;
             // The nearer end of the edge stands for the triangle beyond it.
-            const double sqDist = std::min(sqDistance(centre, mesh.point(mesh.from(h))),
-                                           sqDistance(centre, mesh.point(mesh.to(h))));
-            if (sqDist < reach * reach && faces(HalfEdgeMesh::triangleOf(other), normal))
-                visit(HalfEdgeMesh::triangleOf(other));
+            if (other == NONE ||
+                !(std::min(near.sqDistances[k], near.sqDistances[(k + 1) % 3]) < reach * reach))
+                continue;
+            const int t = HalfEdgeMesh::triangleOf(other);
+            if (stampOf(t) == scratch.stamp || mesh.feature(h) != 0 || !faces(t, normal))
+                continue;
+            stampOf(t) = scratch.stamp;
+            scratch.vReached.push_back(reachAcross(h, near, centre));
         }
     }
+}
+
+// The triangle beyond h has two corners of the near one.
+SheetFit::Reached SheetFit::reachAcross(int h, const Reached& near, const Point3& centre) const
+{
+    const int other = mesh.partner(h);
+    const auto nearCorner = static_cast<std::size_t>(h & 3);
+    const auto corner = static_cast<std::size_t>(other & 3);
+    Reached result = {HalfEdgeMesh::triangleOf(other), {}};
+    result.sqDistances[corner] = near.sqDistances[(nearCorner + 1) % 3];
+    result.sqDistances[(corner + 1) % 3] = near.sqDistances[nearCorner];
+    result.sqDistances[(corner + 2) % 3] = sqDistance(centre, mesh.point(mesh.apex(other)));
+    return result;
 }
 
 SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
@@ -316,11 +374,16 @@ SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, 
     const Vector3 yAxis = crossProduct(normal, xAxis);
     const Point3& centre = mesh.point(v);
     QuadricSums sums;
-    for (const int t : scratch.vReached)
+    // Beyond all doubt too far, whatever the divisions below round to.
+    const double farthest = reach * reach * (1.0 + 1e-9);
+    for (const Reached& reached : scratch.vReached)
     {
-        for (const std::uint32_t i : owners.getPoints(t))
+        for (const Point3& p : owners.getPoints(reached.t))
         {
-            const Vector3 d = (owners.getPoint(i) - centre) / reach;
+            const Vector3 way = p - centre;
+            if (way.sqLength() > farthest)
+                continue;
+            const Vector3 d = way / reach;
             if (d.sqLength() < 1.0)
                 sums.add(d * xAxis, d * yAxis, d * normal);
         }

@@ -4,6 +4,7 @@
 #include "finish/PointOwners.h"
 #include "surface/HalfEdgeMesh.h"
 
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -36,13 +37,14 @@ public:
     // maxMove: farthest way of a vertex, in cells.
     SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, double cellSize_, double maxMove_);
 
-    void run();
+    // bKeepPlanes: whether getPlanes() is asked afterwards.
+    void run(bool bKeepPlanes = true);
 
     // Of the quadrics, in cells. 0 before run().
     [[nodiscard]] double getRadius() const noexcept { return radius; }
     // What the points usually leave the quadrics by, in cells: an estimate of their noise.
     [[nodiscard]] double getNoise() const noexcept { return noise; }
-    // A vertex each, after run(); none for those on creases.
+    // A vertex each, after run(true); none for those on creases.
     [[nodiscard]] const std::vector<LocalPlane>& getPlanes() const noexcept { return vPlanes; }
 
 private:
@@ -56,19 +58,34 @@ private:
         std::size_t numPoints = 0;
         bool bUsable = false;
     };
+    // Where a triangle looks: the sum of the normals of its corners.
+    struct Facing
+    {
+        Vector3 sum;
+        double sqLength = 0.0;
+    };
+    // A triangle and how far its corners are from the vertex at work, squared.
+    struct Reached
+    {
+        int t;
+        std::array<double, 3> sqDistances;
+    };
     // What one worker uses again for each vertex.
     struct Scratch
     {
         std::vector<int> vSeeds; // triangles at the vertex from which its points are reached
-        std::vector<int> vReached;
+        std::vector<Reached> vReached;
         std::vector<std::uint32_t> vStamps;
         std::uint32_t stamp = 0;
     };
 
     void fillNormals();
+    void fillFacings();
     void chooseRadius();
+    [[nodiscard]] std::vector<int> chooseSamples() const;
+    void propose(std::vector<Point3>& vProposed);
     [[nodiscard]] Vector3 getRawNormal(int v) const;
-    [[nodiscard]] Point3 propose(int v, Scratch& scratch);
+    [[nodiscard]] Point3 propose(int v, Scratch& scratch, LocalPlane& plane) const;
     [[nodiscard]] Point3 proposeOnCrease(int v, Scratch& scratch) const;
     [[nodiscard]] std::vector<std::vector<int>> getSides(int v) const;
     [[nodiscard]] Vector3 getSideNormal(const std::vector<int>& vSide) const;
@@ -77,6 +94,7 @@ private:
     [[nodiscard]] Fit fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
     [[nodiscard]] Fit fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
     void reachTriangles(int v, const Vector3& normal, double reach, Scratch& scratch) const; // from the seeds
+    [[nodiscard]] Reached reachAcross(int h, const Reached& near, const Point3& centre) const;
     [[nodiscard]] bool faces(int t, const Vector3& normal) const;
 
     HalfEdgeMesh& mesh;
@@ -86,6 +104,7 @@ private:
     double radius = 0.0;
     double noise = 0.0;
     std::vector<Vector3> vNormals; // of the vertices, filtered over their neighbours; null on creases
+    std::vector<Facing> vFacings;  // of the triangles
     std::vector<LocalPlane> vPlanes;
 };
 
