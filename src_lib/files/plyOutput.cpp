@@ -36,7 +36,7 @@ std::vector<float> packFloats(const std::vector<const Point3*>& vPoints)
 
 bool writePlyFile(tinyply::PlyFile& file, const std::string& filename, bool bASCII)
 {
-    std::ofstream stream(filename, bASCII ? std::ios::out : std::ios::out | std::ios::binary);
+    std::ofstream stream(filename, std::ios::binary);
     if (!stream)
         return false;
     // For a writer that formats through the stream: no loss, no commas.
