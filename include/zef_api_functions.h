@@ -31,7 +31,9 @@
 // the user which value is wrong and what to do; the same words go to the receiver of messages (see
 // zef_messages.h), and the failed condition is printed if there is none. A ZefBugException of no derived type
 // is a fault of the library. Either way the library stays usable, meshes stay valid, and the thread's progress
-// starts afresh with the next call. Running out of memory ends in std::bad_alloc.
+// starts afresh with the next call. Running out of memory ends in std::bad_alloc: nothing leaks, and the next
+// call works; a mesh in the middle of its post-processing may be half changed then, and is only good for its
+// destructor.
 //
 // Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //

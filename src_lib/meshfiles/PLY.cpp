@@ -7,6 +7,7 @@
 #include "rmesh/RTriangle.h"
 
 #include <exception>
+#include <new>
 #include <vector>
 
 namespace TARN_ZEF
@@ -55,6 +56,10 @@ bool PLY::writePly(const RMesh* pRMesh, const std::string& name, bool bASCII)
         if (writePlyFile(file, name, bASCII))
             return true;
         errorMessage(TAG, "failed to write " + name);
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
     }
     catch (const std::exception& e)
     {
