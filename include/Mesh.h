@@ -48,7 +48,7 @@ public:
     void printStatistics(const std::string& s) const;
 
     // Writers. The result is false, with a message that tells why, if the file could not be written whole.
-    // PLY holds coordinates as float. Mind the two PLY names: they are crossed. writePly_BIN writes ASCII,
+    // PLY holds coordinates as float, or as double where a float is coarser than a thousandth of a cell. Mind the two PLY names: they are crossed. writePly_BIN writes ASCII,
     // writePly_ASCII writes binary; callers rely on it, so it stays.
     [[nodiscard]] bool writePly_ASCII(const std::string& name) const;
     [[nodiscard]] bool writePly_BIN(const std::string& name) const;

@@ -85,11 +85,11 @@ hash_of "sample cloud, all steps" artificial123.xyz mesh.stl -f 4 --reduce 2c --
 hash_of "saddle" saddle.xyz mesh.stl
 hash_of "box" box.xyz mesh.stl -f 1.25
 hash_of "crossing sheets" crossing.xyz mesh.stl -a 1.5 --flips
-hash_of "L, remeshed" ell.stl mesh.stl -m -a 0.25
-hash_of "L, remeshed, no feature" ell.stl mesh.ply -m -a 0.3 --feature-angle 361 --reduce 3c,20
+hash_of "L, remeshed" ell.stl mesh.stl -m --plain -a 0.25
+hash_of "L, remeshed, no feature" ell.stl mesh.ply -m --plain -a 0.3 --feature-angle 361 --reduce 3c,20
 hash_of "L, sampled" ell.stl points.bin -m -a 0.25 --cloud
 if [ -d "$data" ]; then
-    for file in "kitten.xyz" "lamppost.xyz -s" "gearwheel.stl -m -a 0.8" "fandisk.ply -m -a 0.03"; do
+    for file in "kitten.xyz" "lamppost.xyz -s" "gearwheel.stl -m --plain -a 0.8" "fandisk.ply -m --plain -a 0.03"; do
         # shellcheck disable=SC2086 # a name and options
         set -- $file
         [ -e "$data/$1" ] || continue

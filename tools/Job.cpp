@@ -27,6 +27,8 @@ constexpr double MAX_CELLS = 2097152.0 - 9.0;
 constexpr std::size_t MAX_POINTS = 2147483647;
 // Open surfaces of at most this many triangles are taken for frayed pieces and removed.
 constexpr int SMALLEST_OPEN_SURFACE = 100;
+// Of a remesh at a spacing that was asked for: about 4 GB.
+constexpr int MOST_REMESHED = 20000000;
 
 class Stopwatch
 {
@@ -298,26 +300,24 @@ void Job::checkSpacing(double extent) const
 
 void Job::makeMesh()
 {
-    if (options.bMelt)
+    if (options.isRemesh())
+        remesh();
+    else if (options.bMelt)
         melt();
     else
         reconstruct();
+    if (!options.bMelt && !options.bPlain)
+        finish();
     improveMesh();
     takeMesh();
 }
 
 void Job::reconstruct()
 {
-    const bool bGiven = options.spacingAbs > 0.0;
     const Stopwatch stopwatch;
     try
     {
-        pMesh = library(
-            [&]
-            {
-                return bGiven ? TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs)
-                              : TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
-            });
+        pMesh = library([&] { return reconstructAsAsked(); });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -331,12 +331,39 @@ void Job::reconstruct()
     heldMessages.clear();
 }
 
+void Job::finish()
+{
+    const Stopwatch stopwatch;
+    // The PLY that is written holds floats.
+    TARN_ZEF::FinishOptions finishOptions;
+    finishOptions.bRoundToFloat = true;
+    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints, finishOptions); });
+    report.finishSeconds = stopwatch.getSeconds();
+    report.computeSeconds += report.finishSeconds;
+    if (isEmpty(pMesh))
+        throw ToolError("no sound surface is left at this spacing; try another one with -a or -f");
+    heldMessages.clear();
+}
+
+std::shared_ptr<TARN_ZEF::Mesh> Job::reconstructAsAsked()
+{
+    if (options.bAuto)
+    {
+        report.choice.emplace();
+        return TARN_ZEF::autoReconstruct(vPoints, TARN_ZEF::AutoOptions(), &*report.choice);
+    }
+    if (options.spacingAbs > 0.0)
+        return TARN_ZEF::reconstruct_abs(vPoints, options.bSmooth, options.spacingAbs);
+    return TARN_ZEF::reconstruct_auto(vPoints, options.bSmooth, options.spacingFactor);
+}
+
 void Job::melt()
 {
     const Stopwatch stopwatch;
     try
     {
-        pMesh = library([&] { return TARN_ZEF::melt(vPoints, options.spacingAbs, options.featureAngle); });
+        pMesh = library(
+            [&] { return TARN_ZEF::melt(vPoints, options.spacingAbs, options.getCellFeatureAngle()); });
     }
     catch (const TARN_ZEF::ZefBugException&)
     {
@@ -348,6 +375,44 @@ void Job::melt()
     heldMessages.clear();
 }
 
+// The length in force becomes the spacing, found or given.
+void Job::remesh()
+{
+    TARN_ZEF::RemeshOptions remeshOptions;
+    if (options.spacingAbs > 0.0)
+    {
+        remeshOptions.length = options.spacingAbs;
+        remeshOptions.maxTriangles = MOST_REMESHED;
+    }
+    remeshOptions.lengthFactor = options.spacingFactor;
+    if (options.featureAngle >= 0.0)
+        remeshOptions.featureAngle = options.featureAngle;
+    TARN_ZEF::RemeshReport remeshReport;
+    const Stopwatch stopwatch;
+    try
+    {
+        pMesh = library([&] { return TARN_ZEF::remesh(vPoints, remeshOptions, &remeshReport); });
+    }
+    catch (const TARN_ZEF::ZefBugException&)
+    {
+        throw ToolError("the triangles cannot be remeshed at this spacing; try another one with -a");
+    }
+    report.computeSeconds = stopwatch.getSeconds();
+    if (isEmpty(pMesh))
+        throw ToolError("no surface came out: no triangle has a height");
+    report.spacing = remeshReport.length;
+    heldMessages.clear();
+    noteRemesh(remeshReport);
+}
+
+void Job::noteRemesh(const TARN_ZEF::RemeshReport& found)
+{
+    if (found.numParted != 0)
+        note("edges of more than two triangles, parted: " + std::to_string(found.numParted));
+    if (found.numFarPlaces != 0)
+        note("places farther off the triangles than the tolerance: " + std::to_string(found.numFarPlaces));
+}
+
 void Job::sampleTriangles()
 {
     std::vector<Point3> vSamples;
@@ -357,7 +422,7 @@ void Job::sampleTriangles()
         library(
             [&]
             {
-                TARN_ZEF::toCloud(vPoints, options.spacingAbs, options.featureAngle, vSamples);
+                TARN_ZEF::toCloud(vPoints, options.spacingAbs, options.getCellFeatureAngle(), vSamples);
                 return true;
             });
     }
@@ -462,7 +527,8 @@ double Job::getSpacing()
     if (options.spacingAbs > 0.0)
         return options.spacingAbs;
     if (report.spacing < 0.0)
-        report.spacing = estimateSpacing() * options.spacingFactor;
+        report.spacing = report.choice ? report.choice->cloud.spacing * report.choice->factor
+                                       : estimateSpacing() * options.spacingFactor;
     return report.spacing;
 }
 
@@ -475,25 +541,19 @@ double Job::estimateSpacing()
 
 void Job::noteLostDigits()
 {
-    if (Options::typeOf(options.outName) != TARN_ZEF::FT_PLY)
+    // A mesh is written with doubles then.
+    if (!options.bCloud || Options::typeOf(options.outName) != TARN_ZEF::FT_PLY)
         return;
     double largest = 0.0;
     const auto include = [&largest](const Point3& p) {
         largest = std::max({largest, std::fabs(p.x()), std::fabs(p.y()), std::fabs(p.z())});
     };
-    if (options.bCloud)
-        std::for_each(vPoints.begin(), vPoints.end(), include);
-    for (const Point3* pPoint : vVertices)
-        include(*pPoint);
+    std::for_each(vPoints.begin(), vPoints.end(), include);
     const auto stored = static_cast<float>(largest);
     const double step = std::nextafter(stored, std::numeric_limits<float>::max()) - stored;
-    const double detail = report.spacing > 0.0 ? report.spacing
-                          : pMesh              ? pMesh->getAverageEdgeLength()
-                                               : options.spacingAbs;
-    if (step > detail / 1000.0)
+    if (step > options.spacingAbs / 1000.0)
         note("PLY stores these large coordinates only in steps of " + textOf(step) +
-             (options.bCloud ? "; to keep their digits write .xyz or .bin"
-                             : "; to keep their digits write .stl, which has 10"));
+             "; to keep their digits write .xyz or .bin");
 }
 
 void Job::commitTargets()

@@ -50,7 +50,11 @@ private:
 
     void makeMesh();
     void reconstruct();
+    std::shared_ptr<TARN_ZEF::Mesh> reconstructAsAsked();
+    void finish();
     void melt();
+    void remesh();
+    void noteRemesh(const TARN_ZEF::RemeshReport& found);
     void sampleTriangles();
     void improveMesh();
     void takeMesh();

@@ -25,6 +25,7 @@ constexpr const char* EXAMPLES = R"(Files:
 Examples:
   zef scan.ply mesh.ply                     spacing detected from the points
   zef scan.xyz mesh.stl -f 1.3 -s           coarser by 1.3, points smoothed first
+  zef scan.ply mesh.ply --auto              factor and smoothing chosen from the points
   zef scan.ply mesh.ply -a 0.5              spacing of 0.5, in units of the points
   zef scan.ply --spacing                    print the detected spacing
   zef scan.ply mesh.ply --png mesh.png      draw the mesh
@@ -82,7 +83,7 @@ void checkPngName(const std::string& optionName, const std::string& name)
         throw CLI::ValidationError(optionName, "the name of a picture ends in .png, not " + name);
 }
 
-// Triangles want -m, and -m wants triangles and a spacing.
+// Triangles want -m, -m wants triangles, and what is made from cells wants a spacing.
 void checkMelt(const Options& options)
 {
     const TARN_ZEF::FileType type = Options::typeOf(options.inName);
@@ -95,7 +96,7 @@ void checkMelt(const Options& options)
     if (type != TARN_ZEF::FT_STL && type != TARN_ZEF::FT_PLY)
         throw CLI::ValidationError("--fmelt",
                                    "reads triangles from .stl or .ply, not from " + options.inName);
-    if (options.spacingAbs <= 0.0)
+    if (options.spacingAbs <= 0.0 && !options.isRemesh())
         throw CLI::ValidationError("--fmelt", "For an STL provide also the -a option please");
     if (!options.bCloud)
         return;
@@ -162,23 +163,37 @@ void defineReconstruction(CLI::App& app, Options& options)
     CLI::Option* pSmooth =
         app.add_flag("-s,--smooth", options.bSmooth, "Smooth the points first, for noisy scans")
             ->group(reconstruction);
+    CLI::Option* pAuto =
+        app.add_flag("--auto", options.bAuto,
+                     "Choose -f and -s from the cloud: the smallest factor without holes; tells why")
+            ->excludes(pAbs)
+            ->excludes(pFactor)
+            ->excludes(pSmooth)
+            ->group(reconstruction);
     CLI::Option* pSpacing =
         app.add_flag("--spacing", options.bSpacingOnly, "Print the detected spacing and stop")
             ->group(reconstruction);
-    CLI::Option* pMelt =
-        app.add_flag("-m,--fmelt", options.bMelt, "IN holds triangles: remesh them evenly; needs -a")
-            ->excludes(pFactor)
-            ->excludes(pSmooth)
-            ->excludes(pSpacing)
-            ->group(reconstruction);
+    app.add_flag(
+           "--plain", options.bPlain,
+           "Leave out the last stage, which makes the mesh sound and even; with -m remesh from cells of the "
+           "spacing, needs -a")
+        ->group(reconstruction);
+    CLI::Option* pMelt = app.add_flag("-m,--fmelt", options.bMelt,
+                                      "IN holds triangles: remesh them evenly, edges about -a long")
+                             ->excludes(pSmooth)
+                             ->excludes(pAuto)
+                             ->excludes(pSpacing)
+                             ->group(reconstruction);
     app.add_option("--feature-angle", options.featureAngle,
-                   "With -m: edges of more degrees stay sharp (10); 361 keeps none")
+                   "With -m: edges of more degrees stay sharp (found; with --plain 10); 361 keeps none")
         ->check(checkAngle)
         ->type_name("ANGLE")
         ->needs(pMelt)
         ->group(reconstruction);
-    app.add_flag("--cloud", options.bCloud, "With -m: write points on the surface instead of a mesh")
+    app.add_flag("--cloud", options.bCloud,
+                 "With -m: write points on the surface instead of a mesh; needs -a")
         ->needs(pMelt)
+        ->excludes(pFactor)
         ->group(reconstruction);
 }
 

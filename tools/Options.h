@@ -23,11 +23,14 @@ struct Options
     double spacingAbs = -1.0;   // in units of the points; counts only if above 0.0
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
+    bool bAuto = false;        // factor and smoothing are chosen from the cloud
     bool bSpacingOnly = false; // print the detected spacing and stop
+    bool bPlain = false;       // without the last stage; with bMelt: made from cells, the spacing is given
 
-    bool bMelt = false;         // IN holds triangles; the spacing is given
-    bool bCloud = false;        // only with bMelt: sample points instead of a mesh
-    double featureAngle = 10.0; // degrees above which an edge of the triangles stays sharp
+    bool bMelt = false;  // IN holds triangles; the spacing is their edge length
+    bool bCloud = false; // only with bMelt: sample points instead of a mesh; the spacing is given
+    double featureAngle =
+        -1.0; // degrees above which an edge of the triangles stays sharp; below 0: not given
 
     std::vector<Step> vSteps; // on the finished mesh, in this order
 
@@ -41,6 +44,11 @@ struct Options
     bool bJson = false;
 
     static constexpr const char* BUILT_IN_CLOUD = "artificial123.xyz";
+
+    // Whether the soup is remeshed on its own surface.
+    [[nodiscard]] bool isRemesh() const { return bMelt && !bPlain && !bCloud; }
+    // For what is made from cells.
+    [[nodiscard]] double getCellFeatureAngle() const { return featureAngle < 0.0 ? 10.0 : featureAngle; }
 
     // Reads the command line. Returns the status to end the process with, or nothing if there is a job to
     // do: help and version end with 0, wrong usage with 2 and a line on the error stream.

@@ -19,13 +19,42 @@ std::string anglesText(const TriangleAngles& angles)
            " degrees, in the mean " + rounded(angles.mean);
 }
 
-std::string spacingRemark(const Options& options)
+std::string choiceText(const TARN_ZEF::AutoReport& choice)
 {
-    if (options.spacingAbs > 0.0)
-        return " (given)";
-    if (options.spacingFactor != 1.0)
-        return " (" + textOf(options.spacingFactor) + " times the detected one)";
-    return " (detected)";
+    const auto rounded = [](double x) { return textOf(std::round(100.0 * x) / 100.0); };
+    std::string text = std::string("chosen: factor ") + textOf(choice.factor) +
+                       (choice.bSmooth ? ", smoothed" : ", not smoothed") + ": " + choice.reason + "\n";
+    if (choice.cloud.noise >= 0.0)
+        text += "cloud: evenness " + rounded(choice.cloud.evenness) + ", noise " +
+                rounded(choice.cloud.noise) + " spacings, layers at " + rounded(100.0 * choice.cloud.layers) +
+                " % of the points\n";
+    for (const TARN_ZEF::AutoTrial& trial : choice.vTrials)
+        text += "tried: factor " + textOf(trial.factor) + (trial.bSmooth ? ", smoothed" : "") + ": " +
+                std::to_string(trial.numHoles) + " holes, " + std::to_string(trial.numNonManifoldEdges) +
+                " non-manifold edges, " + std::to_string(trial.numNonManifoldVertices) + " vertices\n";
+    return text;
+}
+
+JsonLine choiceJson(const TARN_ZEF::AutoReport& choice)
+{
+    JsonLine line;
+    line.add("factor", choice.factor);
+    line.add("smooth", std::size_t{choice.bSmooth});
+    line.add("reason", choice.reason);
+    line.add("evenness", choice.cloud.evenness);
+    line.add("noise", choice.cloud.noise);
+    line.add("layers", choice.cloud.layers);
+    std::vector<JsonLine> vTrials(choice.vTrials.size());
+    for (std::size_t i = 0; i < vTrials.size(); ++i)
+    {
+        vTrials[i].add("factor", choice.vTrials[i].factor);
+        vTrials[i].add("smooth", std::size_t{choice.vTrials[i].bSmooth});
+        vTrials[i].add("holes", choice.vTrials[i].numHoles);
+        vTrials[i].add("nonManifoldEdges", choice.vTrials[i].numNonManifoldEdges);
+        vTrials[i].add("nonManifoldVertices", choice.vTrials[i].numNonManifoldVertices);
+    }
+    line.add("trials", vTrials);
+    return line;
 }
 } // namespace
 
@@ -39,6 +68,8 @@ std::string Report::getJson(const Options& options) const
     if (!options.outName.empty())
     {
         line.add("spacing", spacing);
+        if (choice)
+            line.add("auto", choiceJson(*choice));
         if (!options.bCloud)
         {
             line.add("vertices", statistics.numVertices);
@@ -51,6 +82,8 @@ std::string Report::getJson(const Options& options) const
         }
         line.add("read_s", readSeconds);
         line.add("compute", computeSeconds);
+        if (finishSeconds > 0.0)
+            line.add("finish_s", finishSeconds);
         line.add("write_s", writeSeconds);
         line.add("peak_mb", peakMegabytes);
     }
@@ -75,17 +108,21 @@ std::string Report::getSummary(const Options& options) const
                           : std::to_string(numPoints) + " points";
     if (!options.outName.empty())
     {
-        text += ", spacing " + textOf(spacing) + spacingRemark(options) + "\n" + getSteps();
+        text += ", spacing " + textOf(spacing) + getSpacingRemark(options) + "\n";
+        text += (choice ? choiceText(*choice) : "") + getSteps();
         text += options.outName + ": ";
         text += options.bCloud ? std::to_string(numPoints) + " points" : getMeshLine();
         const double stepSeconds =
             std::accumulate(vSteps.begin(), vSteps.end(), 0.0,
                             [](double sum, const StepResult& s) { return sum + s.seconds; });
         text += "\nread " + secondsText(readSeconds);
-        text += (options.bCloud  ? ", sample "
-                 : options.bMelt ? ", melt "
-                                 : ", reconstruct ") +
-                secondsText(std::max(0.0, computeSeconds - stepSeconds));
+        text += (options.bCloud       ? ", sample "
+                 : options.isRemesh() ? ", remesh "
+                 : options.bMelt      ? ", melt "
+                                      : ", reconstruct ") +
+                secondsText(std::max(0.0, computeSeconds - finishSeconds - stepSeconds));
+        if (finishSeconds > 0.0)
+            text += ", finish " + secondsText(finishSeconds);
         if (!vSteps.empty())
             text += ", post-process " + secondsText(stepSeconds);
         text += ", write " + secondsText(writeSeconds) + ", peak memory " +
@@ -118,6 +155,14 @@ std::string Report::getSteps() const
     for (const StepResult& step : vSteps)
         text += step.text + ": " + anglesText(step.angles) + ", " + secondsText(step.seconds) + "\n";
     return text;
+}
+
+std::string Report::getSpacingRemark(const Options& options) const
+{
+    if (options.spacingAbs > 0.0)
+        return " (given)";
+    const double factor = choice ? choice->factor : options.spacingFactor;
+    return factor != 1.0 ? " (" + textOf(factor) + " times the detected one)" : " (detected)";
 }
 
 std::string Report::getMeshLine() const

@@ -27,10 +27,12 @@ struct Report
     double spacing = -1.0;             // in force; the detected one if only that is asked for
     TriangleAngles anglesBefore;       // before the first step; not filled in without steps
     std::vector<StepResult> vSteps;
-    MeshStatistics statistics;                // of the mesh as it was written
-    std::optional<TARN_ZEF::MeshCheck> check; // of that mesh, if asked for
+    MeshStatistics statistics;                  // of the mesh as it was written
+    std::optional<TARN_ZEF::MeshCheck> check;   // of that mesh, if asked for
+    std::optional<TARN_ZEF::AutoReport> choice; // of factor and smoothing, if left to the library
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
+    double finishSeconds = 0.0;  // of these, the last stage of a reconstruction
     double writeSeconds = 0.0;
     double peakMegabytes = 0.0;
 
@@ -43,6 +45,7 @@ struct Report
 private:
     [[nodiscard]] std::string getSteps() const;
     [[nodiscard]] std::string getMeshLine() const;
+    [[nodiscard]] std::string getSpacingRemark(const Options& options) const;
 };
 
 } // namespace TARN_TOOL

@@ -1,6 +1,6 @@
 #include "checkMesh.h"
 
-#include "Mesh.h"
+#include "api/flatMesh.h"
 #include "judge/judgeMesh.h"
 
 namespace TARN_ZEF
@@ -13,13 +13,9 @@ MeshCheck checkMesh(const std::vector<Point3>& vPoints, const std::vector<int>& 
 
 MeshCheck checkMesh(const Mesh& mesh, const CheckOptions& options)
 {
-    std::vector<Point3*> vVertices;
-    std::vector<int> vCorners;
-    mesh.getVertexIndexData(vVertices, vCorners);
     std::vector<Point3> vPoints;
-    vPoints.reserve(vVertices.size());
-    for (const Point3* pVertex : vVertices)
-        vPoints.push_back(*pVertex);
+    std::vector<int> vCorners;
+    getFlat(mesh, vPoints, vCorners);
     return judgeMesh(vPoints, vCorners, options);
 }
 

@@ -45,6 +45,7 @@ constexpr Child DENSITY_CHILDREN[] = {{"CL_eres", 3}, {"SM_run", 3}, {"CL_creb",
 constexpr Child EDGE_FLIPS_CHILDREN[] = {{"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, {"efLoop", 10}};
 constexpr Child REDUCE_CHILDREN[] = {
     {"RM_kdeg", 3}, {"RM_redborder", 1}, {"RM_redprioq", 3}, {"RM_redprocprioq", 93}};
+constexpr Child REMESH_CHILDREN[] = {{"remesh", 1}};
 
 struct Tree
 {
@@ -55,6 +56,7 @@ constexpr Tree TREES[] = {
     {"Reconstruct", RECONSTRUCT_CHILDREN}, {"Melt", MELT_CHILDREN},
     {"ToCloud", TO_CLOUD_CHILDREN},        {"Density Estimation", DENSITY_CHILDREN},
     {"EdgeFlips", EDGE_FLIPS_CHILDREN},    {"Reduce", REDUCE_CHILDREN},
+    {"Remesh", REMESH_CHILDREN},
 };
 
 [[nodiscard]] Progress* startTree(const std::string& rootName)

@@ -4,12 +4,17 @@
 
 namespace TARN_ZEF
 {
-int zefRand() noexcept
+ZefRandom& threadRandom() noexcept
 {
     if (CallState* pState = CallScope::getState())
-        return pState->random.next();
+        return pState->random;
     thread_local ZefRandom generator;
-    return generator.next();
+    return generator;
+}
+
+int zefRand() noexcept
+{
+    return threadRandom().next();
 }
 
 } // namespace TARN_ZEF

@@ -33,6 +33,8 @@ private:
 // Next number of the call's sequence, which starts in state 1. Outside of calls, and in calls without a state of
 // their own, of the thread's: every thread starts in state 1, and nothing reseeds it.
 int zefRand() noexcept;
+// The sequence itself, to be kept and put back.
+[[nodiscard]] ZefRandom& threadRandom() noexcept;
 
 // Fisher-Yates on that sequence: element i changes places with one of 0..i, i falling.
 template <typename RandomIt>

@@ -2,6 +2,8 @@
 
 #include "text/closeWhole.h"
 
+#include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <limits>
 #include <locale>
@@ -34,14 +36,33 @@ std::vector<float> packFloats(const std::vector<const Point3*>& vPoints)
     return vXYZ;
 }
 
-bool writePlyFile(tinyply::PlyFile& file, const std::string& filename, bool bASCII)
+std::vector<double> packDoubles(const std::vector<const Point3*>& vPoints)
+{
+    std::vector<double> vXYZ;
+    vXYZ.reserve(3 * vPoints.size());
+    for (const Point3* pPoint : vPoints)
+        vXYZ.insert(vXYZ.end(), {pPoint->x(), pPoint->y(), pPoint->z()});
+    return vXYZ;
+}
+
+bool doFloatsTell(const std::vector<const Point3*>& vPoints, double distance)
+{
+    double largest = 0.0;
+    for (const Point3* pPoint : vPoints)
+        largest = std::max({largest, std::fabs(pPoint->x()), std::fabs(pPoint->y()), std::fabs(pPoint->z())});
+    const auto stored = static_cast<float>(largest);
+    const double step = std::nextafter(stored, std::numeric_limits<float>::infinity()) - stored;
+    return step <= distance; // false as well where the step is not a number
+}
+
+bool writePlyFile(tinyply::PlyFile& file, const std::string& filename, bool bASCII, int numDigits)
 {
     std::ofstream stream(filename, std::ios::binary);
     if (!stream)
         return false;
     // For a writer that formats through the stream: no loss, no commas.
     stream.imbue(std::locale::classic());
-    stream.precision(std::numeric_limits<float>::max_digits10);
+    stream.precision(numDigits);
     file.write(stream, !bASCII);
     return closeWhole(stream);
 }

@@ -5,6 +5,7 @@
 
 #include "core/Progress.h"
 #include "geometry/PointTable.h"
+#include "geometry/isFinite.h"
 #include "intake/Pixel.h"
 #include "intake/Smooth.h"
 #include "lattice/CellOrder.h"
@@ -18,11 +19,6 @@ constexpr std::size_t MIN_CHUNK = 5000;
 constexpr std::size_t TRIANGLE_CORNERS = 3;
 // With fewer neighbours a node stands at a border, where its plane says little about the cell's centre.
 constexpr std::size_t MIN_LINKS_TO_PROJECT = 8;
-
-bool isFinite(const Point3& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-}
 
 // Drops every group of groupSize consecutive points that is not finite; the result is the number of such
 // groups.

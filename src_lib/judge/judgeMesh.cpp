@@ -39,10 +39,22 @@ std::vector<int> joinEqualPoints(const std::vector<int>& vCorners, const CornerN
                    { return static_cast<int>(numbering.vNumbers[static_cast<std::size_t>(corner)]); });
     return vResult;
 }
-} // namespace
 
-MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
-                    const CheckOptions& options)
+void judgeConnections(const JudgedMesh& mesh, const std::vector<Point3>& vPoints,
+                      const std::vector<int>& vCorners, const CornerNumbering& numbering,
+                      const CheckOptions& options, MeshCheck& check, FaultList& faults)
+{
+    if (!options.bJoinEqualPoints)
+    {
+        ConnectionJudge(mesh, vCorners).run(vPoints.size(), options.maxPlaces, check, faults);
+        return;
+    }
+    const std::vector<int> vJoined = joinEqualPoints(vCorners, numbering);
+    ConnectionJudge(mesh, vJoined).run(vPoints.size(), options.maxPlaces, check, faults);
+}
+
+MeshCheck judge(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                const CheckOptions& options, bool bConnections)
 {
     refuseBadCorners(vPoints.size(), vCorners);
     const JudgedMesh mesh(vPoints, vCorners);
@@ -51,16 +63,24 @@ MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& 
     MeshCheck check;
     FaultList faults(options.maxPlaces);
     check.numTriangles = mesh.getNumTriangles();
-    if (options.bJoinEqualPoints)
-    {
-        const std::vector<int> vJoined = joinEqualPoints(vCorners, numbering);
-        ConnectionJudge(mesh, vJoined).run(vPoints.size(), options.maxPlaces, check, faults);
-    }
-    else
-        ConnectionJudge(mesh, vCorners).run(vPoints.size(), options.maxPlaces, check, faults);
+    if (bConnections)
+        judgeConnections(mesh, vPoints, vCorners, numbering, options, check, faults);
     ShapeJudge(mesh, numbering).run(frame, options, check, faults);
     check.vFaults = faults.getAll();
     return check;
+}
+} // namespace
+
+MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                    const CheckOptions& options)
+{
+    return judge(vPoints, vCorners, options, true);
+}
+
+MeshCheck judgeShapes(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                      const CheckOptions& options)
+{
+    return judge(vPoints, vCorners, options, false);
 }
 
 } // namespace TARN_ZEF

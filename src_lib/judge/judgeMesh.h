@@ -13,6 +13,10 @@ namespace TARN_ZEF
 [[nodiscard]] MeshCheck judgeMesh(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
                                   const CheckOptions& options);
 
+// Only what the shapes of triangles tell: NOT_FINITE, FLAT, DUPLICATE and INTERSECTION. All else stays 0.
+[[nodiscard]] MeshCheck judgeShapes(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
+                                    const CheckOptions& options);
+
 } // namespace TARN_ZEF
 
 #endif

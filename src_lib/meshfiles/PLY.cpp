@@ -7,6 +7,7 @@
 #include "rmesh/RTriangle.h"
 
 #include <exception>
+#include <limits>
 #include <new>
 #include <vector>
 
@@ -16,9 +17,13 @@ namespace
 {
 const char* const TAG = "PLY::writePly";
 
-void addVertices(tinyply::PlyFile& file, const std::vector<float>& vXYZ)
+// Floats must tell this share of a cell; if they do not, the coordinates are written as doubles.
+constexpr double LEAST_DETAIL = 1e-3;
+
+template <typename Number>
+void addVertices(tinyply::PlyFile& file, tinyply::Type type, const std::vector<Number>& vXYZ)
 {
-    file.add_properties_to_element("vertex", {"x", "y", "z"}, tinyply::Type::FLOAT32, vXYZ.size() / 3,
+    file.add_properties_to_element("vertex", {"x", "y", "z"}, type, vXYZ.size() / 3,
                                    reinterpret_cast<const std::uint8_t*>(vXYZ.data()), tinyply::Type::INVALID,
                                    0);
 }
@@ -49,11 +54,19 @@ bool PLY::writePly(const RMesh* pRMesh, const std::string& name, bool bASCII)
 
     try
     {
-        const std::vector<float> vXYZ = packFloats(vertices.getPoints());
+        const bool bFloat = doFloatsTell(vertices.getPoints(), LEAST_DETAIL * pRMesh->getCellSize());
+        const std::vector<float> vFloats = bFloat ? packFloats(vertices.getPoints()) : std::vector<float>();
+        const std::vector<double> vDoubles =
+            bFloat ? std::vector<double>() : packDoubles(vertices.getPoints());
         tinyply::PlyFile file;
-        addVertices(file, vXYZ);
+        if (bFloat)
+            addVertices(file, tinyply::Type::FLOAT32, vFloats);
+        else
+            addVertices(file, tinyply::Type::FLOAT64, vDoubles);
         addFaces(file, vIndices);
-        if (writePlyFile(file, name, bASCII))
+        const int numDigits =
+            bFloat ? std::numeric_limits<float>::max_digits10 : std::numeric_limits<double>::max_digits10;
+        if (writePlyFile(file, name, bASCII, numDigits))
             return true;
         errorMessage(TAG, "failed to write " + name);
     }

@@ -147,10 +147,11 @@ const FailureCase FAILURES[] = {
     {"zero spacing", "ball.xyz new.ply -a 0", 2, "above 0"},
     {"both spacings", "ball.xyz new.ply -a 1 -f 1", 2, "excludes"},
     {"target is the input", "old.ply old.ply", 2, "replace"},
-    {"triangles without -a", "box.stl new.ply -m", 2, "For an STL provide also the -a option please"},
     {"sampling to a mesh file", "box.stl new.stl -m -a 1 --cloud", 2, ".xyz"},
     {"step without a mesh", "ball.xyz --png-cloud a.png --laplace 1", 2, "--laplace"},
     {"check without a mesh", "ball.xyz --png-cloud a.png --check", 2, "--check"},
+    {"cells without a size", "box.stl old.ply -m --plain", 2, "-a"},
+    {"samples without a spacing", "box.stl new.xyz -m --cloud", 2, "-a"},
     {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
@@ -233,12 +234,28 @@ TEST_F(HostTool, figuresOfABallAreThoseOfTheWrittenMesh)
     EXPECT_NE(ply.find("element vertex " + valuesOf(result.out, "vertices")[0] + "\n"), std::string::npos);
 }
 
+TEST_F(HostTool, theChoiceIsTheMeshOfItsFactorAndIsTold)
+{
+    const Result chosen = run("ball.xyz old.ply --auto --json");
+    ASSERT_EQ(chosen.status, 0) << chosen.err;
+    EXPECT_NE(chosen.out.find("\"reason\""), std::string::npos) << chosen.out;
+    const std::string factor = valuesOf(chosen.out, "factor")[0]; // the trials tell theirs after it
+    ASSERT_EQ(run("ball.xyz given.ply -f " + factor).status, 0);
+    EXPECT_EQ(contentOf(folder / "old.ply"), contentOf(folder / "given.ply")) << chosen.out;
+    EXPECT_EQ(run("ball.xyz old.ply --auto -f 1.3").status, 2);
+    EXPECT_NE(run("ball.xyz old.ply --auto").out.find("chosen: factor " + factor), std::string::npos);
+}
+
 TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
 {
-    const Result result = run("box.stl old.ply -m -a 0.1 --feature-angle 30 --json");
-    ASSERT_EQ(result.status, 0) << result.err;
-    EXPECT_EQ(numberOf(result.out, "inputTriangles"), 12);
-    expectBall(result.out);
+    for (const char* pWay : {" -a 0.1 --plain", " -a 0.1", "", " -f 0.5"})
+    {
+        SCOPED_TRACE(pWay);
+        const Result result = run(std::string("box.stl old.ply -m --feature-angle 30 --json") + pWay);
+        ASSERT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(numberOf(result.out, "inputTriangles"), 12);
+        expectBall(result.out);
+    }
 
     const Result sampled = run("box.stl new.xyz -m -a 0.1 --cloud --json");
     ASSERT_EQ(sampled.status, 0) << sampled.err;
@@ -308,22 +325,27 @@ TEST_F(HostTool, theCheckDecidesTheStatus)
     const Result good = run("ball.xyz good.ply --laplace 300 --check");
     EXPECT_EQ(good.status, 0) << good.err;
     EXPECT_NE(good.out.find("check: sound, closed, Euler number 2"), std::string::npos) << good.out;
-    const Result bad = run("ball.xyz bad.ply -a 0.03 --check");
+    const Result bad = run("ball.xyz bad.ply -a 0.03 --plain --check");
     EXPECT_EQ(bad.status, 1);
     EXPECT_NE(bad.out.find("check: not sound"), std::string::npos) << bad.out;
     EXPECT_NE(bad.out.find("    triangle "), std::string::npos);
-    const Result json = run("ball.xyz json.ply -a 0.03 --check --json");
+    const Result json = run("ball.xyz json.ply -a 0.03 --plain --check --json");
     EXPECT_EQ(json.status, 1);
     EXPECT_NE(json.out.find("\"check\": {\"sound\": 0, "), std::string::npos) << json.out;
     EXPECT_EQ(contentOf(folder / "bad.ply"), contentOf(folder / "json.ply"));
     EXPECT_EQ(run("ball.xyz plain.ply -a 0.03").status, 0);
 }
 
-TEST_F(HostTool, lostDigitsAreTold)
+TEST_F(HostTool, farCoordinatesKeepTheirDigits)
 {
-    EXPECT_NE(run("far.xyz new.ply").err.find(".stl"), std::string::npos);
-    EXPECT_EQ(run("far.xyz new.stl").err, "");
-    EXPECT_EQ(run("ball.xyz new.ply -q").err, "");
+    EXPECT_EQ(run("far.xyz far.ply").err, "");
+    EXPECT_NE(contentOf(folder / "far.ply").find("property double x"), std::string::npos);
+    EXPECT_EQ(run("ball.xyz near.ply").err, "");
+    EXPECT_NE(contentOf(folder / "near.ply").find("property float x"), std::string::npos);
+    // What is written as double is read as double: the mesh as a soup is still there.
+    const Result again = run("far.ply again.ply -m -a 1 --cloud");
+    EXPECT_EQ(again.status, 0) << again.err;
+    EXPECT_NE(again.err.find(".xyz"), std::string::npos);
 }
 
 TEST(MeshStatistics, edgesAndPieces)

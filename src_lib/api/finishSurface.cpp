@@ -1,0 +1,32 @@
+#include "finishSurface.h"
+
+#include "api/flatMesh.h"
+#include "finish/Finisher.h"
+#include "rmesh/RMesh.h"
+
+namespace TARN_ZEF
+{
+std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const FinishOptions& options, FinishReport* pReport)
+{
+    return finishSurface(mesh, {}, options, pReport);
+}
+
+std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>& vCloud,
+                                    const FinishOptions& options, FinishReport* pReport)
+{
+    const double cellSize = mesh.getRMesh()->getCellSize();
+    FinishOptions complete = options;
+    if (options.cellSize == 0.0)
+        complete.cellSize = cellSize;
+    FinishReport report;
+    FlatMesh flat;
+    std::vector<int> vCorners;
+    getFlat(mesh, flat.vPoints, vCorners);
+    flat.vCorners.assign(vCorners.begin(), vCorners.end());
+    Finisher(flat, vCloud, complete, report).run();
+    if (pReport != nullptr)
+        *pReport = report;
+    return makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+}
+
+} // namespace TARN_ZEF

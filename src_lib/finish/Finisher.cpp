@@ -1,0 +1,277 @@
+#include "finish/Finisher.h"
+
+#include "core/definitions.h"
+#include "core/refuse.h"
+#include "finish/CreaseMaker.h"
+#include "finish/FoldRemoval.h"
+#include "finish/Relaxation.h"
+#include "finish/SheetFit.h"
+#include "finish/SheetParter.h"
+#include "finish/fillLoops.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+#include <limits>
+#include <string>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr int FIRST_ROUNDS = 4;
+constexpr int LATER_ROUNDS = 3;
+// Cosine of 20 degrees: triangles with a smaller angle collapse.
+constexpr double THIN = 0.9397;
+constexpr std::size_t LONGEST_FILLED = 12;
+
+// The triangles whose corners are others than before, or elsewhere. REQUIRES: not renumbered in between.
+FoldRemoval::Flags findChanged(const HalfEdgeMesh& before, const HalfEdgeMesh& after)
+{
+    FoldRemoval::Flags vChanged(static_cast<std::size_t>(after.endTriangles()), 0);
+    for (int t = 0; t < after.endTriangles(); ++t)
+    {
+        if (!after.isAlive(t))
+            continue;
+        bool bSame = t < before.endTriangles() && before.isAlive(t);
+        for (int h = 4 * t; h < 4 * t + 3; ++h)
+            bSame = bSame && before.from(h) == after.from(h) &&
+                    before.point(after.from(h)) == after.point(after.from(h));
+        vChanged[static_cast<std::size_t>(t)] = bSame ? 0 : 1;
+    }
+    return vChanged;
+}
+} // namespace
+
+Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
+                   FinishReport& report_)
+    : flat(flat_)
+    , vCloud(vCloud_)
+    , options(options_)
+    , report(report_)
+{
+    if (!(options.maxMove > 0.0) || !std::isfinite(options.maxMove))
+        refuse<ZefBadArgument>("options.maxMove > 0.0 && isfinite(options.maxMove)",
+                               "the farthest way of a vertex is " + std::to_string(options.maxMove) +
+                                   " cells; give a number above 0");
+    if (!(options.cellSize >= 0.0) || !std::isfinite(options.cellSize))
+        refuse<ZefBadArgument>("options.cellSize >= 0.0 && isfinite(options.cellSize)",
+                               "the cell size is " + std::to_string(options.cellSize) +
+                                   "; give a number above 0, or 0 to take that of the mesh");
+}
+
+void Finisher::run()
+{
+    scaleDown();
+    part();
+    if (flat.vCorners.empty())
+        return;
+    load();
+    improve();
+    removeFolds();
+    unload();
+}
+
+// Squares and products must not overflow: coordinates of any size are brought near 1. A power of two takes no bit
+// from them but where one is beyond all measure smaller than another.
+void Finisher::scaleDown()
+{
+    double largest = 0.0;
+    for (const Point3& p : flat.vPoints)
+        for (const double x : {p.x(), p.y(), p.z()})
+            if (std::isfinite(x))
+                largest = std::max(largest, std::fabs(x));
+    constexpr double LARGEST = 0x1p200;
+    if (largest <= LARGEST)
+        return;
+    (void)std::frexp(largest, &exponent);
+    scale(flat.vPoints, -exponent);
+    vScaledCloud = vCloud;
+    scale(vScaledCloud, -exponent);
+}
+
+void Finisher::scale(std::vector<Point3>& vPoints, int power)
+{
+    for (Point3& p : vPoints)
+        p.set(std::ldexp(p.x(), power), std::ldexp(p.y(), power), std::ldexp(p.z(), power));
+}
+
+void Finisher::part()
+{
+    PartReport parts;
+    cellSize = findCellSize();
+    SheetParter parter(flat, parts, cellSize);
+    parter.run();
+    vIsParted = parter.getParted();
+    report.numUnusableT = parts.numUnusableT;
+    report.numFlatT = parts.numFlatT;
+    report.numDuplicateT = parts.numDuplicateT;
+    report.numWrapT = parts.numWrapT;
+    report.numFinT = parts.numFinT;
+    report.numTurnedT = parts.numTurnedT;
+    report.numCutSides = parts.numCutEdges;
+    report.numDoubledVtx = parts.numDoubledVtx;
+    report.numSplitEdges = parts.numSplitEdges;
+}
+
+void Finisher::improve()
+{
+    if (options.bEvenTriangles)
+        even(FIRST_ROUNDS);
+    if (!options.bFitToPoints || vCloud.empty())
+        return;
+    fit(options.bKeepCreases);
+    if (report.numCreaseEdges > 0)
+        refineCreases();
+    if (!options.bEvenTriangles)
+        return;
+    even(LATER_ROUNDS);
+    fit(false);
+    mendThin();
+}
+
+// Where the points belong to is known only now that each side has its own triangles.
+void Finisher::refineCreases()
+{
+    if (options.bEvenTriangles)
+        mendThin();
+    fit(false);
+}
+
+void Finisher::mendThin()
+{
+    Relaxation relaxation(mesh);
+    relaxation.collapse(THIN);
+    relaxation.flip();
+    relaxation.collapse(THIN);
+}
+
+void Finisher::even(int numRounds)
+{
+    Relaxation relaxation(mesh);
+    for (int i = 0; i < numRounds; ++i)
+    {
+        relaxation.flip();
+        relaxation.smooth();
+    }
+    relaxation.flip();
+    relaxation.collapse(THIN);
+}
+
+void Finisher::fit(bool bMakeCreases)
+{
+    if (!(cellSize > 0.0) || !std::isfinite(cellSize))
+        return;
+    SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
+    sheetFit.run();
+    report.fitRadius = sheetFit.getRadius();
+    report.noise = sheetFit.getNoise();
+    if (!bMakeCreases)
+        return;
+    CreaseMaker maker(mesh, sheetFit.getPlanes(), cellSize, report.noise, report.fitRadius);
+    maker.run();
+    report.numCreaseEdges = maker.getNumCreaseEdges();
+    report.numCreaseCorners = maker.getNumCorners();
+}
+
+void Finisher::removeFolds()
+{
+    const bool bFloat = options.bRoundToFloat && areFloatsFine();
+    if (bFloat)
+        roundPoints();
+    FoldReport folds;
+    FoldRemoval(mesh, folds, bFloat).run();
+    // What was smoothed or filled is thin here and there.
+    if (options.bEvenTriangles && folds.numPairs > 0)
+    {
+        const HalfEdgeMesh before = mesh;
+        mendThin();
+        if (bFloat)
+            roundPoints();
+        FoldReport later;
+        FoldRemoval(mesh, later, bFloat).runNear(findChanged(before, mesh));
+        folds.numCollapses += later.numCollapses;
+        folds.numDroppedT += later.numDroppedT;
+        folds.numFilled += later.numFilled;
+    }
+    report.numFolds = folds.numPairs;
+    report.numFoldCollapses = folds.numCollapses;
+    report.numFoldT = folds.numDroppedT;
+    report.numFilledCuts += folds.numFilled;
+}
+
+// Whether a float tells places a thousandth of a cell apart, everywhere on the surface.
+bool Finisher::areFloatsFine() const
+{
+    double largest = 0.0;
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        for (const double x : {mesh.point(v).x(), mesh.point(v).y(), mesh.point(v).z()})
+            largest = std::max(largest, std::fabs(x));
+    const double unscaled = std::ldexp(largest, exponent);
+    return unscaled < std::numeric_limits<float>::max() && cellSize * 1e-3 > largest * FLT_EPSILON &&
+           std::ldexp(cellSize * 1e-3, exponent) > std::numeric_limits<float>::min();
+}
+
+void Finisher::roundPoints()
+{
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            mesh.setPoint(v, roundToFloat(mesh.point(v)));
+}
+
+void Finisher::load()
+{
+    const std::vector<int> vCorners(flat.vCorners.begin(), flat.vCorners.end());
+    std::vector<int> vOrigin;
+    ASSEX(mesh.build(flat.vPoints, vCorners, &vOrigin));
+    // Small holes where sheets were parted are none of the object's.
+    report.numFilledCuts =
+        fillLoops(mesh, LONGEST_FILLED,
+                  [&](int v)
+                  { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
+}
+
+void Finisher::unload()
+{
+    std::vector<int> vCorners;
+    mesh.getFlat(flat.vPoints, vCorners);
+    flat.vCorners.assign(vCorners.begin(), vCorners.end());
+    Mates vMates = getMates();
+    report.numTurnedT += faceOutward(flat, vMates);
+    scale(flat.vPoints, exponent);
+}
+
+// Of the triangles in the order of getFlat().
+Mates Finisher::getMates() const
+{
+    std::vector<FlatMesh::Index> vPlace(static_cast<std::size_t>(mesh.endTriangles()));
+    FlatMesh::Index num = 0;
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t))
+            vPlace[static_cast<std::size_t>(t)] = num++;
+    const auto toFlat = [&vPlace](int h)
+    {
+        return 3 * vPlace[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] +
+               static_cast<FlatMesh::Index>(h & 3);
+    };
+    Mates vMates;
+    vMates.reserve(3 * std::size_t{num});
+    for (int t = 0; t < mesh.endTriangles(); ++t)
+        if (mesh.isAlive(t))
+            for (int h = 4 * t; h < 4 * t + 3; ++h)
+                vMates.push_back(mesh.isBorder(h) ? FlatMesh::NONE : toFlat(mesh.partner(h)));
+    return vMates;
+}
+
+// Without one that is given: the edges of such a mesh are a little longer than its cells.
+double Finisher::findCellSize() const
+{
+    if (options.cellSize > 0.0)
+        return std::ldexp(options.cellSize, -exponent);
+    double sum = 0.0;
+    for (FlatMesh::Index h = 0; h < flat.vCorners.size(); ++h)
+        sum += (flat.vPoints[flat.to(h)] - flat.at(h)).length();
+    return flat.vCorners.empty() ? 0.0 : 0.85 * sum / static_cast<double>(flat.vCorners.size());
+}
+
+} // namespace TARN_ZEF

@@ -1,0 +1,55 @@
+#ifndef ZEF_FINISHER_H
+#define ZEF_FINISHER_H
+
+#include "finish/FlatMesh.h"
+#include "finish/fans.h"
+#include "finishSurface.h"
+#include "surface/HalfEdgeMesh.h"
+
+#include <vector>
+
+namespace TARN_ZEF
+{
+// The page of the room "finish": a mesh that may be anything comes in as flat data, with the points it was made from
+// or without; a sound one goes out. The room knows no lattice, no CMesh and no RMesh.
+//
+// Ownership:  works on the caller's mesh; keeps references to cloud, options and report.
+class Finisher
+{
+public:
+    Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
+             FinishReport& report_);
+
+    void run();
+
+private:
+    void scaleDown();
+    static void scale(std::vector<Point3>& vPoints, int power);
+    void part();
+    void improve();
+    void even(int numRounds);
+    void mendThin();
+    void fit(bool bMakeCreases);
+    void refineCreases();
+    void removeFolds();
+    [[nodiscard]] bool areFloatsFine() const;
+    void roundPoints();
+    void load();
+    void unload();
+    [[nodiscard]] Mates getMates() const;
+    [[nodiscard]] double findCellSize() const;
+
+    FlatMesh& flat;
+    const std::vector<Point3>& vCloud;
+    const FinishOptions& options;
+    FinishReport& report;
+    HalfEdgeMesh mesh;
+    double cellSize = 0.0;
+    int exponent = 0; // of the power of two by which all was divided
+    std::vector<Point3> vScaledCloud;
+    std::vector<std::uint8_t> vIsParted; // of the points of flat
+};
+
+} // namespace TARN_ZEF
+
+#endif

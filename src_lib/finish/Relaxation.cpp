@@ -1,0 +1,334 @@
+#include "finish/Relaxation.h"
+
+#include "finish/NormalTensor.h"
+#include "geometry/tools.h"
+#include "parallel/parallelFor.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+namespace TARN_ZEF
+{
+namespace
+{
+constexpr int NONE = HalfEdgeMesh::NONE;
+constexpr std::size_t MIN_CHUNK = 5'000;
+// Cosine of 30 degrees: triangles may bend that much at an edge that a flip or collapse makes.
+constexpr double MAX_BEND = 0.866;
+// Cosine of 5 degrees: the normal of a triangle with a smaller angle says nothing.
+constexpr double NEEDLE = 0.9962;
+// A flip has to gain that much of the cosine, so that none is undone.
+constexpr double MIN_GAIN = 1e-3;
+constexpr int MAX_FLIP_PASSES = 6;
+// A direction with this share of the strongest one has shape that smoothing would take away.
+constexpr double SHAPE_SHARE = 0.2;
+// A border that turns more than 60 degrees at a vertex has a corner there.
+constexpr double BORDER_CORNER = 0.5;
+// How far a vertex goes to the middle in a round.
+constexpr double STEP = 0.8;
+
+double getCosine(const Vector3& a, const Vector3& b)
+{
+    const double lengths = std::sqrt(a.sqLength() * b.sqLength());
+    return lengths > 0.0 ? a * b / lengths : 1.0;
+}
+
+Vector3 getUnit(const Vector3& v)
+{
+    const double length = v.length();
+    return length > 0.0 ? v / length : Vector3();
+}
+
+template <typename F>
+void forEachIndexMT(int num, F f)
+{
+    parallelFor(static_cast<std::size_t>(num), MIN_CHUNK,
+                [&](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        f(static_cast<int>(i));
+                });
+}
+} // namespace
+
+Relaxation::Relaxation(HalfEdgeMesh& mesh_)
+    : mesh(mesh_)
+{
+}
+
+Relaxation::Quality Relaxation::measure(const Point3& a, const Point3& b, const Point3& c)
+{
+    const Vector3 ab = b - a;
+    const Vector3 bc = c - b;
+    const Vector3 ca = a - c;
+    const double cosines = std::max({-getCosine(ca, ab), -getCosine(ab, bc), -getCosine(bc, ca)});
+    return {cosines, getUnit(crossProduct(ab, c - a))};
+}
+
+Relaxation::Quality Relaxation::measureT(int t) const
+{
+    const int h = 4 * t;
+    return measure(mesh.point(mesh.from(h)), mesh.point(mesh.to(h)), mesh.point(mesh.apex(h)));
+}
+
+// --- Flips ---
+
+bool Relaxation::isBetterFlipped(int h) const
+{
+    const int p = mesh.partner(h);
+    if (p == NONE || mesh.feature(h) != 0)
+        return false;
+    const Point3& a = mesh.point(mesh.from(h));
+    const Point3& b = mesh.point(mesh.to(h));
+    const Point3& c = mesh.point(mesh.apex(h));
+    const Point3& d = mesh.point(mesh.apex(p));
+    const Quality old0 = measure(a, b, c);
+    const Quality old1 = measure(b, a, d);
+    const double oldWorst = std::max(old0.worstCosine, old1.worstCosine);
+    const Quality new0 = measure(c, d, b);
+    const Quality new1 = measure(d, c, a);
+    if (std::max(new0.worstCosine, new1.worstCosine) > oldWorst - MIN_GAIN)
+        return false;
+    double limit = MAX_BEND;
+    for (const Quality* pOld : {&old0, &old1})
+    {
+        if (pOld->worstCosine > NEEDLE)
+            continue;
+        if (new0.normal * pOld->normal < MAX_BEND || new1.normal * pOld->normal < MAX_BEND)
+            return false;
+    }
+    if (old0.worstCosine <= NEEDLE && old1.worstCosine <= NEEDLE)
+        limit = std::min(limit, old0.normal * old1.normal);
+    return new0.normal * new1.normal >= limit;
+}
+
+std::vector<int> Relaxation::findCandidates() const
+{
+    std::vector<std::uint8_t> vIsBetter(static_cast<std::size_t>(4 * mesh.endTriangles()), 0);
+    forEachIndexMT(mesh.endTriangles(),
+                   [&](int t)
+                   {
+                       if (!mesh.isAlive(t))
+                           return;
+                       for (int h = 4 * t; h < 4 * t + 3; ++h)
+                           vIsBetter[static_cast<std::size_t>(h)] = mesh.isEdge(h) && isBetterFlipped(h);
+                   });
+    std::vector<int> vResult;
+    for (std::size_t h = 0; h < vIsBetter.size(); ++h)
+        if (vIsBetter[h] != 0)
+            vResult.push_back(static_cast<int>(h));
+    return vResult;
+}
+
+void Relaxation::flip()
+{
+    std::vector<int> vCandidates = findCandidates();
+    for (int pass = 0; pass < MAX_FLIP_PASSES && !vCandidates.empty(); ++pass)
+    {
+        std::vector<int> vNext;
+        for (const int h : vCandidates)
+        {
+            if (!isBetterFlipped(h) || !mesh.mayFlip(h))
+                continue;
+            mesh.flip(h);
+            const int p = mesh.partner(h);
+            for (const int side :
+                 {HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h), HalfEdgeMesh::next(p), HalfEdgeMesh::prev(p)})
+                vNext.push_back(side);
+        }
+        vCandidates = std::move(vNext);
+    }
+}
+
+// --- Smoothing ---
+
+Point3 Relaxation::proposeOnBorder(int v) const
+{
+    const Point3& p = mesh.point(v);
+    const int h = mesh.outgoing(v);
+    int last = h;
+    mesh.forEachOutgoing(v, [&](int g) { last = g; });
+    const Point3& after = mesh.point(mesh.to(h));
+    const Point3& before = mesh.point(mesh.apex(last));
+    if (getCosine(after - p, p - before) < BORDER_CORNER)
+        return p;
+    const Vector3 along = getUnit(after - before);
+    const Vector3 way = (after - p) * 0.5 + (before - p) * 0.5;
+    return p + along * (STEP * (way * along));
+}
+
+// Along the chord of the two neighbours on the chain, so that a straight chain stays straight.
+Point3 Relaxation::proposeOnChain(int v) const
+{
+    const Point3& p = mesh.point(v);
+    std::array<int, 2> ends = {NONE, NONE};
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             if (mesh.feature(h) != 0)
+                                 ends[ends[0] == NONE ? 0 : 1] = mesh.to(h);
+                         });
+    if (ends[1] == NONE || mesh.isBorderVertex(v))
+        return p;
+    const Vector3 after = mesh.point(ends[1]) - p;
+    const Vector3 before = mesh.point(ends[0]) - p;
+    const Vector3 along = getUnit(mesh.point(ends[1]) - mesh.point(ends[0]));
+    return p + along * (STEP * 0.5 * ((after + before) * along));
+}
+
+Point3 Relaxation::propose(int v) const
+{
+    if (!mesh.isAliveVertex(v) || mesh.kind(v) == HalfEdgeMesh::Kind::FIXED)
+        return mesh.point(v);
+    if (mesh.kind(v) == HalfEdgeMesh::Kind::CHAIN)
+        return proposeOnChain(v);
+    if (mesh.isBorderVertex(v))
+        return proposeOnBorder(v);
+    const Point3& p = mesh.point(v);
+    NormalTensor tensor;
+    Vector3 sum;
+    double sumArea = 0.0;
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             const Vector3 a = mesh.point(mesh.to(h)) - p;
+                             const Vector3 b = mesh.point(mesh.apex(h)) - p;
+                             const Vector3 normal = crossProduct(a, b);
+                             const double area = normal.length();
+                             tensor.add(normal);
+                             sum.add((a + b) * (area / 3.0));
+                             sumArea += area;
+                         });
+    if (!(sumArea > 0.0))
+        return p;
+    return p + tensor.getSmallPart(sum * (STEP / sumArea), SHAPE_SHARE);
+}
+
+// All neighbours move at once: no triangle at the vertex may turn over.
+bool Relaxation::isHarmless(int v, const std::vector<Point3>& vProposed) const
+{
+    const auto at = [&](int u) -> const Point3& { return vProposed[static_cast<std::size_t>(u)]; };
+    bool bHarmless = true;
+    mesh.forEachOutgoing(v,
+                         [&](int h)
+                         {
+                             const int b = mesh.to(h);
+                             const int c = mesh.apex(h);
+                             const Vector3 before =
+                                 crossProduct(mesh.point(b) - mesh.point(v), mesh.point(c) - mesh.point(v));
+                             const Vector3 after = crossProduct(at(b) - at(v), at(c) - at(v));
+                             const double lengths = std::sqrt(before.sqLength() * after.sqLength());
+                             bHarmless = bHarmless && (before * after > 0.7 * lengths);
+                         });
+    return bHarmless;
+}
+
+void Relaxation::smooth()
+{
+    std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
+    forEachIndexMT(mesh.endVertices(), [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
+    std::vector<std::uint8_t> vMoves(vProposed.size());
+    forEachIndexMT(
+        mesh.endVertices(), [&](int v)
+        { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v, vProposed); });
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (vMoves[static_cast<std::size_t>(v)] != 0)
+            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+}
+
+// --- Collapses ---
+
+int Relaxation::getShortestEdge(int t) const
+{
+    const auto length = [this](int h)
+    { return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))); };
+    int best = 4 * t;
+    for (int h = 4 * t + 1; h < 4 * t + 3; ++h)
+        if (length(h) < length(best))
+            best = h;
+    return best;
+}
+
+bool Relaxation::isBetterCollapsed(int h, const Point3& target, double worst) const
+{
+    bool bBetter = true;
+    for (const int centre : {mesh.from(h), mesh.to(h)})
+    {
+        const int other = centre == mesh.from(h) ? mesh.to(h) : mesh.from(h);
+        mesh.forEachOutgoing(centre,
+                             [&](int g)
+                             {
+                                 const int b = mesh.to(g);
+                                 const int c = mesh.apex(g);
+                                 if (!bBetter || b == other || c == other)
+                                     return;
+                                 const Quality before = measureT(HalfEdgeMesh::triangleOf(g));
+                                 const Quality after = measure(target, mesh.point(b), mesh.point(c));
+                                 bBetter =
+                                     after.worstCosine < worst - MIN_GAIN &&
+                                     (before.worstCosine > NEEDLE || before.normal * after.normal > MAX_BEND);
+                             });
+    }
+    return bBetter;
+}
+
+// A vertex on a crease only along it, an end or a corner of creases never.
+bool Relaxation::mayVanish(int h) const
+{
+    switch (mesh.kind(mesh.from(h)))
+    {
+    case HalfEdgeMesh::Kind::FREE:
+        return true;
+    case HalfEdgeMesh::Kind::CHAIN:
+        return mesh.feature(h) != 0;
+    case HalfEdgeMesh::Kind::FIXED:
+        return false;
+    }
+    return false;
+}
+
+bool Relaxation::tryCollapse(int h, double worst)
+{
+    const int a = mesh.from(h);
+    const int b = mesh.to(h);
+    const bool bPlain = mesh.kind(a) == HalfEdgeMesh::Kind::FREE && mesh.kind(b) == HalfEdgeMesh::Kind::FREE;
+    const bool bMiddle = bPlain && mesh.isBorderVertex(a) == mesh.isBorderVertex(b);
+    const Point3 middle = mesh.point(a) + (mesh.point(b) - mesh.point(a)) * 0.5;
+    for (int way : {h, mesh.partner(h)})
+    {
+        // A border edge has one half-edge only.
+        if (way == NONE || !mayVanish(way) || !mesh.mayCollapse(way))
+            continue;
+        if (mesh.isBorderVertex(mesh.from(way)) && !mesh.isBorderVertex(mesh.to(way)))
+            continue;
+        const Point3 target = bMiddle ? middle : mesh.point(mesh.to(way));
+        if (!isBetterCollapsed(way, target, worst))
+            continue;
+        const int kept = mesh.to(way);
+        mesh.collapse(way);
+        mesh.setPoint(kept, target);
+        return true;
+    }
+    return false;
+}
+
+std::size_t Relaxation::collapse(double maxCosine)
+{
+    std::vector<std::uint8_t> vIsThin(static_cast<std::size_t>(mesh.endTriangles()), 0);
+    forEachIndexMT(
+        mesh.endTriangles(), [&](int t)
+        { vIsThin[static_cast<std::size_t>(t)] = mesh.isAlive(t) && measureT(t).worstCosine > maxCosine; });
+    std::size_t num = 0;
+    for (int t = 0; t < static_cast<int>(vIsThin.size()); ++t)
+    {
+        if (vIsThin[static_cast<std::size_t>(t)] == 0 || !mesh.isAlive(t))
+            continue;
+        const double worst = measureT(t).worstCosine;
+        if (worst > maxCosine && tryCollapse(getShortestEdge(t), worst))
+            ++num;
+    }
+    return num;
+}
+
+} // namespace TARN_ZEF

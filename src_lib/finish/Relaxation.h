@@ -1,0 +1,56 @@
+#ifndef ZEF_FINISH_RELAXATION_H
+#define ZEF_FINISH_RELAXATION_H
+
+#include "Vector3.h"
+#include "surface/HalfEdgeMesh.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace TARN_ZEF
+{
+// Evens out the triangles of a surface without leaving it: flips edges towards larger angles, moves vertices along
+// the surface towards the middle of their triangles, and collapses what stays thin. Feature edges stay; vertices on a
+// chain of them move and collapse along it, fixed ones not at all.
+//
+// Ownership:  works on the caller's mesh.
+// Threads:    what is read only runs on the pool; edits are made in the order of numbers. The result is the same for
+//             every number of threads.
+class Relaxation
+{
+public:
+    explicit Relaxation(HalfEdgeMesh& mesh_);
+
+    // One round each; a few of them, in turn, make an even mesh.
+    void flip();
+    void smooth();
+    // Triangles with an angle below that of the given cosine lose their shortest edge, where that is better. Returns
+    // the number of collapses.
+    std::size_t collapse(double maxCosine);
+
+private:
+    struct Quality
+    {
+        double worstCosine = 1.0; // of the smallest angle: 1 for none at all
+        Vector3 normal;           // unit length; null for a triangle without area
+    };
+
+    [[nodiscard]] static Quality measure(const Point3& a, const Point3& b, const Point3& c);
+    [[nodiscard]] Quality measureT(int t) const;
+    [[nodiscard]] bool isBetterFlipped(int h) const;
+    [[nodiscard]] std::vector<int> findCandidates() const;
+    [[nodiscard]] Point3 propose(int v) const;
+    [[nodiscard]] Point3 proposeOnBorder(int v) const;
+    [[nodiscard]] Point3 proposeOnChain(int v) const;
+    [[nodiscard]] bool isHarmless(int v, const std::vector<Point3>& vProposed) const;
+    [[nodiscard]] bool tryCollapse(int h, double worst);
+    [[nodiscard]] bool mayVanish(int h) const;
+    [[nodiscard]] bool isBetterCollapsed(int h, const Point3& target, double worst) const;
+    [[nodiscard]] int getShortestEdge(int t) const;
+
+    HalfEdgeMesh& mesh;
+};
+
+} // namespace TARN_ZEF
+
+#endif

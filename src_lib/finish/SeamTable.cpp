@@ -1,0 +1,98 @@
+#include "finish/SeamTable.h"
+
+#include "finish/EdgeTable.h"
+
+#include <algorithm>
+
+namespace TARN_ZEF
+{
+SeamTable::SeamTable(const FlatMesh& mesh)
+    : vMates(mesh.vCorners.size(), FlatMesh::NONE)
+    , vSeamOf(mesh.vCorners.size(), FlatMesh::NONE)
+{
+    EdgeTable(mesh).forEach(
+        [&](auto halfEdges)
+        {
+            if (halfEdges.size() < 2)
+                return;
+            const Index g = halfEdges[0].second;
+            const Index h = halfEdges[1].second;
+            if (halfEdges.size() == 2 && mesh.from(g) != mesh.from(h))
+            {
+                vMates[g] = h;
+                vMates[h] = g;
+                return;
+            }
+            const auto seam = static_cast<Index>(vSeams.size());
+            vSeams.push_back({vSides.size(), halfEdges.size()});
+            for (const auto& [ends, side] : halfEdges)
+            {
+                vSeamOf[side] = seam;
+                vSides.push_back(side);
+            }
+        });
+}
+
+void SeamTable::removeSides(const FlatMesh& mesh, Index number, const std::vector<std::uint8_t>& vKeep)
+{
+    Seam& seam = vSeams[number];
+    const auto begin = vSides.begin() + static_cast<std::ptrdiff_t>(seam.first);
+    const auto end = std::remove_if(begin, begin + static_cast<std::ptrdiff_t>(seam.num),
+                                    [&](Index side)
+                                    {
+                                        const bool bGoes = vKeep[side / 3] == 0;
+                                        if (bGoes)
+                                            vSeamOf[side] = FlatMesh::NONE;
+                                        return bGoes;
+                                    });
+    seam.num = static_cast<std::size_t>(end - begin);
+    const bool bMates = seam.num == 2 && mesh.from(begin[0]) != mesh.from(begin[1]);
+    if (bMates)
+    {
+        vMates[begin[0]] = begin[1];
+        vMates[begin[1]] = begin[0];
+    }
+    if (!bMates && seam.num > 1)
+        return;
+    std::for_each(begin, end, [this](Index side) { vSeamOf[side] = FlatMesh::NONE; });
+    seam.num = 0;
+}
+
+void SeamTable::keepTriangles(const std::vector<std::uint8_t>& vKeep)
+{
+    std::vector<Index> vNewT(vKeep.size(), FlatMesh::NONE);
+    Index num = 0;
+    for (std::size_t t = 0; t < vKeep.size(); ++t)
+        if (vKeep[t] != 0)
+            vNewT[t] = num++;
+    const auto renumber = [&](Index h) { return h == FlatMesh::NONE ? h : 3 * vNewT[h / 3] + h % 3; };
+    for (Index h = 0; h < vMates.size(); ++h)
+    {
+        if (vKeep[h / 3] == 0)
+            continue;
+        vMates[renumber(h)] = renumber(vMates[h]);
+        vSeamOf[renumber(h)] = vSeamOf[h];
+    }
+    vMates.resize(3 * std::size_t{num});
+    vSeamOf.resize(3 * std::size_t{num});
+    for (const Seam& seam : vSeams)
+        for (std::size_t i = 0; i < seam.num; ++i)
+            vSides[seam.first + i] = renumber(vSides[seam.first + i]);
+}
+
+void SeamTable::turnTriangles(const std::vector<std::uint8_t>& vTurn)
+{
+    turnMates(vMates, vTurn);
+    for (std::size_t t = 0; t < vTurn.size(); ++t)
+        if (vTurn[t] != 0)
+            std::swap(vSeamOf[3 * t], vSeamOf[3 * t + 2]);
+    for (const Seam& seam : vSeams)
+    {
+        const auto begin = vSides.begin() + static_cast<std::ptrdiff_t>(seam.first);
+        const auto end = begin + static_cast<std::ptrdiff_t>(seam.num);
+        std::for_each(begin, end, [&](Index& side) { side = vTurn[side / 3] != 0 ? getTurned(side) : side; });
+        std::sort(begin, end);
+    }
+}
+
+} // namespace TARN_ZEF
