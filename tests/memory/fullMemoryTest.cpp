@@ -11,14 +11,21 @@
 
 #include <gtest/gtest.h>
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
+#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <functional>
+#include <future>
 #include <iterator>
 #include <new>
 #include <optional>
+#include <string>
+#include <vector>
 
 namespace TARN_ZEF
 {
@@ -38,7 +45,7 @@ class FileName
 {
 public:
     explicit FileName(const std::string& extension)
-        : name(::testing::TempDir() + "zef_memory_test" + extension)
+        : name(::testing::TempDir() + "zef_memory_test" + std::to_string(getpid()) + extension)
     {
     }
     ~FileName() { std::remove(name.c_str()); }
@@ -104,6 +111,26 @@ std::uint64_t callReduce(std::shared_ptr<Mesh> pMesh)
     return static_cast<std::uint64_t>(reduce(pMesh, 3.0, 20.0, true)) + getHash(pMesh);
 }
 
+std::uint64_t callAutoReconstruct(Points& v)
+{
+    AutoReport report;
+    const std::shared_ptr<Mesh> pMesh = autoReconstruct(v, AutoOptions(), &report);
+    return getHash(pMesh) + report.vTrials.size();
+}
+
+std::uint64_t callRemesh(Points& v)
+{
+    RemeshReport report;
+    const std::shared_ptr<Mesh> pMesh = remesh(v, RemeshOptions(), &report);
+    return getHash(pMesh) + static_cast<std::uint64_t>(report.numTriangles);
+}
+
+std::uint64_t callFinish(std::shared_ptr<Mesh> pMesh)
+{
+    const Points cloud = makeCloud(200, 0.0, 0.0);
+    return getHash(finishSurface(*pMesh)) + 31 * getHash(finishSurface(*pMesh, cloud));
+}
+
 std::uint64_t callEdgeFlips(std::shared_ptr<Mesh> pMesh)
 {
     edgeFlips(pMesh);
@@ -160,6 +187,9 @@ std::vector<Subject> getSubjects(bool bSmall)
         onPoints("reconstruct smoothed", rough, callReconstructSmooth),
         onPoints("melt", box, callMelt),
         onPoints("toCloud", box, callToCloud),
+        onPoints("autoReconstruct", rough, callAutoReconstruct),
+        onPoints("remesh", box, callRemesh),
+        onMesh("finishSurface", cube, callFinish),
         onMesh("reduce", cube, callReduce),
         onMesh("edgeFlips", cube, callEdgeFlips),
         onMesh("smoothing", cube, callSmoothing),
@@ -223,7 +253,9 @@ private:
         numThrown += result.has_value() ? 0 : 1;
         EXPECT_EQ(result.value_or(hash), hash);
         if (bForGood && !result.has_value())
+        {
             EXPECT_EQ(subject.prepare()(), hash) << "next call";
+        }
     }
 
     [[nodiscard]] static std::uint64_t measure(const Subject& subject, long& numRequests)
