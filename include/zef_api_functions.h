@@ -16,12 +16,14 @@
 //     apart on a lattice of 2^20 cells along their extent
 //   coordinates too far apart for a double                     ZefUnusablePoints
 //   spacing below about extent / 2^21                          ZefBadArgument
-//   more than 2^31 - 1 points, or cells in use                 ZefTooManyPoints
+//   more than 2^31 - 1 points, or cells in use; melt or        ZefTooManyPoints
+//     toCloud of an area of more than 2^31 - 1 cells
 //   melt or toCloud of a number of corners that 3 does not     ZefBadArgument
 //     divide
 //   melt or toCloud of degenerate triangles only               empty pointer or no points, warnings
 //   an empty mesh pointer, or a NaN argument, in               ZefBadArgument
 //     post-processing, findHoles or writeMesh_auto
+//   laplacianSmoothing with more than 10000 iterations         ZefBadArgument
 //   findHoles                                                  ZefRefusedException
 //   a file name shorter than an extension                      std::out_of_range
 //
@@ -29,7 +31,9 @@
 // the user which value is wrong and what to do; the same words go to the receiver of messages (see
 // zef_messages.h), and the failed condition is printed if there is none. A ZefBugException of no derived type
 // is a fault of the library. Either way the library stays usable, meshes stay valid, and the thread's progress
-// starts afresh with the next call. Running out of memory ends in std::bad_alloc.
+// starts afresh with the next call. Running out of memory ends in std::bad_alloc: nothing leaks, and the next
+// call works; a mesh in the middle of its post-processing may be half changed then, and is only good for its
+// destructor.
 //
 // Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //
@@ -123,7 +127,7 @@ ZEF_API void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh);
 // Moves each vertex off the border to the mean of its neighbours, numIterations times, all vertices at once.
 // Border vertices stay. Closed shapes shrink, and detail goes: 1 to 3 iterations are usual. Former
 // neighbours of edges that were flipped or collapsed before pull along. numIterations of 0 or less only
-// removes flat triangles.
+// removes flat triangles; more than 10000 are refused.
 // Cost           some tenths of a second for a million triangles and each iteration
 ZEF_API void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations);
 

@@ -22,6 +22,19 @@ namespace TARN_ZEF
 ZEF_API void setIndependentCalls(bool bIndependent);
 [[nodiscard]] ZEF_API bool areCallsIndependent();
 
+// Whether the library may end the process where it cannot go on; false at first.
+//
+// false  Such a call ends with an exception: std::bad_alloc if the memory is full, ZefBugException for the
+//        wrong use of a class inside. Nothing leaks, and the next call works.
+// true   The reason is printed and the process ends by exit(): with status 1 if a pool of records gets no
+//        memory or is set up twice, or for a space-filling curve with a wrong number of bits; with status 0 at
+//        a debugging stop. All other failures are exceptions in either case.
+//
+// Scope    the whole process, at once
+// Threads  any, at any time
+ZEF_API void setHardStops(bool bOn);
+[[nodiscard]] ZEF_API bool areHardStopsOn();
+
 } // namespace TARN_ZEF
 
 #endif

@@ -34,7 +34,8 @@ enum FileType
 // does not start with three numbers is skipped. Independent of the locale.
 [[nodiscard]] ZEF_API bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints);
 // int32 30 (or 20: no z, read as 0.0), uint64 count, then the coordinates as doubles, little-endian,
-// without padding. A file that is too short reads as 0.0 from where it ends.
+// without padding. A file that is too short reads as 0.0 from where it ends, with a warning that tells both
+// numbers of points; if it lacks more than 65536 points and more than it holds, it is refused.
 [[nodiscard]] ZEF_API bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints);
 // Triangle corners of an ASCII STL: three entries are one triangle. Binary STL is refused.
 [[nodiscard]] ZEF_API bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints);
@@ -42,7 +43,7 @@ enum FileType
 // face of n corners counts as the fan of n - 2 triangles.
 [[nodiscard]] ZEF_API bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoints);
 
-// Writers. The result is false, with one line that tells why, if the file could not be written whole.
+// Writers. Lines end in a line feed on every system. The result is false, with one line that tells why, if the file could not be written whole.
 
 // By extension. An unknown one is reported, a PLY is written under the given name, and the result is false.
 [[nodiscard]] ZEF_API bool writePoints_auto(std::string& filename, std::vector<Point3>& vPoints, bool bASCII);

@@ -4,8 +4,10 @@
 #include <cerrno>
 #include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
 #include <limits>
 
@@ -82,6 +84,24 @@ double areaOf(const std::vector<Point3>& vTriCorners)
         sum += 0.5 * std::sqrt(std::max(0.0, a.sqLength() * b.sqLength() - dot * dot));
     }
     return sum;
+}
+
+// The library would read the rest of a cut ".bin" as zeros.
+void requireWholeBin(const std::string& name)
+{
+    std::error_code ec;
+    const std::uintmax_t numBytes = std::filesystem::file_size(name, ec);
+    std::ifstream file(name, std::ios::binary);
+    std::int32_t typ = 0;
+    std::uint64_t num = 0;
+    file.read(reinterpret_cast<char*>(&typ), sizeof typ);
+    file.read(reinterpret_cast<char*>(&num), sizeof num);
+    if (ec || !file) // no regular file, or for the library to refuse
+        return;
+    const std::uint64_t numPresent = (numBytes - sizeof typ - sizeof num) / (typ == 20 ? 16 : 24);
+    if (numPresent < num)
+        throw ToolError("cannot read " + name + ": the file is cut, it counts " + std::to_string(num) +
+                        " points and holds only " + std::to_string(numPresent) + "; get the whole file");
 }
 
 bool isEmpty(const std::shared_ptr<TARN_ZEF::Mesh>& pMesh)
@@ -211,6 +231,8 @@ void Job::readPoints(std::string& name)
     if (type == TARN_ZEF::FT_UNKNOWN || type == TARN_ZEF::FT_LIST)
         throw ToolError("cannot read " + name +
                         ": unknown extension, expected .ply, .xyz, .txt, .asc or .bin");
+    if (type == TARN_ZEF::FT_BIN)
+        requireWholeBin(name);
     if (!library([&] { return TARN_ZEF::readPoints_auto(name, vPoints); }))
         throw ToolError("cannot read " + name + ": not a readable file of points; check its format");
     const std::size_t numDropped = std::erase_if(vPoints, [](const Point3& p) { return !isFinite(p); });
@@ -520,7 +542,7 @@ double Job::estimateSpacing()
 void Job::noteLostDigits()
 {
     // A mesh is written with doubles then.
-    if (!options.bCloud || TARN_ZEF::getFileType(options.outName) != TARN_ZEF::FT_PLY)
+    if (!options.bCloud || Options::typeOf(options.outName) != TARN_ZEF::FT_PLY)
         return;
     double largest = 0.0;
     const auto include = [&largest](const Point3& p) {

@@ -325,7 +325,8 @@ std::optional<int> Options::parse(int argc, char** argv)
 
 TARN_ZEF::FileType Options::typeOf(const std::string& name)
 {
-    return name.size() < 4 ? TARN_ZEF::FT_UNKNOWN : TARN_ZEF::getFileType(name);
+    // An unknown extension, where the library refuses a name that is shorter than any.
+    return TARN_ZEF::getFileType(std::string(5, '_') + name);
 }
 
 } // namespace TARN_TOOL

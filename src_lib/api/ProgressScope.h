@@ -33,7 +33,7 @@ public:
     ~ProgressScope()
     {
         if (bOwnProgress)
-            getRootProgress()->reset();
+            pRoot->reset();
     }
     ProgressScope(const ProgressScope&) = delete;
     ProgressScope& operator=(const ProgressScope&) = delete;
@@ -50,10 +50,12 @@ private:
     // The public ones delegate to it, so that the destructor also clears up after a tree made in part.
     explicit ProgressScope(bool bOwnProgress_)
         : bOwnProgress(bOwnProgress_)
+        , pRoot(getRootProgress())
     {
     }
 
     bool bOwnProgress;
+    Progress* pRoot; // of the thread; asking for it can need memory
 };
 
 } // namespace TARN_ZEF

@@ -13,6 +13,8 @@ namespace TARN_ZEF
 {
 namespace
 {
+constexpr int MAX_SMOOTHING_PASSES = 10000;
+
 RMesh* getRMesh(const std::shared_ptr<Mesh>& pMesh)
 {
     requireMesh(pMesh);
@@ -30,6 +32,17 @@ void requireNumbers(double maxEdgeLength, double maxDevAngle,
     if (isNaN(maxDevAngle))
         refuse<ZefBadArgument>(
             condition, "the maximum deviation angle is not a number; give degrees, usually 10 to 30", where);
+}
+
+// Each pass has a node of its own in the tree of progress; and no detail is left long before this many.
+void requirePasses(int numIterations, const SourceLocation& where = SourceLocation::current())
+{
+    if (numIterations > MAX_SMOOTHING_PASSES)
+        refuse<ZefBadArgument>("numIterations<=MAX_SMOOTHING_PASSES",
+                               std::to_string(numIterations) +
+                                   " smoothing iterations are too many; take 1 to " +
+                                   std::to_string(MAX_SMOOTHING_PASSES) + ", usually 1 to 3",
+                               where);
 }
 
 void flipOnce(RMesh* pRMesh)
@@ -84,6 +97,7 @@ void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations)
 {
     const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
+    requirePasses(numIterations);
     ProgressScope progress([=] { prepareProgressSmoothing(numIterations); });
     LaplacianSmoother smoother(pRMesh, true);
     smoother.run(numIterations);

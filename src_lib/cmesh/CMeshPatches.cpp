@@ -3,6 +3,7 @@
 
 #include "cmesh/CPatch.h"
 #include "cmesh/PatchFlood.h"
+#include "core/appendNew.h"
 
 #include <algorithm>
 
@@ -40,8 +41,7 @@ void CMesh::createPatches(const std::set<CEdge*, ByCreationCE>* pCuts, std::vect
     {
         if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
             continue;
-        auto* pPatch = new CPatch(this, getCalc());
-        vPatches.push_back(pPatch);
+        CPatch* const pPatch = appendNew(vPatches, this, getCalc());
         vOut.push_back(pPatch);
         vOwnME.clear();
         flood.fill(*pPatch, pSeed,
@@ -65,8 +65,7 @@ void CMesh::createCCPatches()
     {
         if (!pSeed->isAlive() || pSeed->getPatch() != nullptr)
             continue;
-        auto* pPatch = new CPatch(this, getCalc());
-        vPatches.push_back(pPatch);
+        CPatch* const pPatch = appendNew(vPatches, this, getCalc());
         flood.fill(*pPatch, pSeed);
     }
 }

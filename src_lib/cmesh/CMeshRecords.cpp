@@ -56,8 +56,10 @@ void CMeshRecords::clearRecords()
 
 std::vector<StorageBlock> CMeshRecords::releaseRecords()
 {
-    destroyEdges();
+    // Room first: nothing may fail once the edges are destroyed.
     std::vector<StorageBlock> vStorage;
+    vStorage.reserve(2);
+    destroyEdges();
     if (pTrianglePool)
         vStorage.push_back(pTrianglePool->releaseFirstBlock());
     if (pEdgePool)

@@ -300,11 +300,15 @@ Progress* getRootProgress()
     thread_local ThreadEnd threadEnd;
     Roots& roots = getRoots();
     const std::lock_guard<std::mutex> lock(roots.mtx);
-    Progress*& pRoot = roots.mIdRoot[std::this_thread::get_id()];
-    if (pRoot == nullptr)
-        pRoot = new Progress(UNUSED_NAME, 1.0, nullptr);
-    threadEnd.pRoot = pRoot;
-    return pRoot;
+    auto q_it = roots.mIdRoot.find(std::this_thread::get_id());
+    if (q_it == roots.mIdRoot.end())
+    {
+        auto pNew = std::make_unique<Progress>(UNUSED_NAME, 1.0, nullptr);
+        q_it = roots.mIdRoot.emplace(std::this_thread::get_id(), pNew.get()).first;
+        static_cast<void>(pNew.release());
+    }
+    threadEnd.pRoot = q_it->second;
+    return q_it->second;
 }
 
 bool ownsProgress()

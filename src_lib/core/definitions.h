@@ -41,8 +41,8 @@ void printErrorFailure(const std::string& text); // why the call fails; to stand
 // a caller gave is refused by refuse() (core/refuse.h) instead.
 [[noreturn]] void failAssertion(const char* file, int line, const char* signature, const char* text);
 
-// Deliberate ends of the process, for debugging only: a crash that a debugger catches at this point, and
-// an exit with status 0.
+// Deliberate stops, for debugging only: a crash that a debugger catches at this point, and a hardStop() with
+// status 0.
 void goToHell(const std::string& s);
 [[noreturn]] void deliberateExit(const std::string& s);
 

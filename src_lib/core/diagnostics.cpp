@@ -2,6 +2,7 @@
 
 #include <cstdlib>
 
+#include "core/hardStop.h"
 #include "core/messageSink.h"
 #include "core/refuse.h"
 
@@ -105,8 +106,7 @@ void goToHell(const std::string& s)
 
 void deliberateExit(const std::string& s)
 {
-    printText("\n\ndeliberateExit(" + s + ")\n");
-    std::exit(0);
+    hardStop(("\n\ndeliberateExit(" + s + ")\n").c_str(), EXIT_SUCCESS);
 }
 
 } // namespace TARN_ZEF

@@ -143,7 +143,7 @@ Visualizer3::~Visualizer3()
 void Visualizer3::openFile()
 {
     printText("Writing " + name + "\n");
-    open(name);
+    open(name, std::ios::out | std::ios::binary);
     bOpen = is_open();
     if (!bOpen)
     {

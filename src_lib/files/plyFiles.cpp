@@ -8,6 +8,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <stdexcept>
 
 namespace TARN_ZEF
@@ -161,12 +162,20 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
     {
         return file.request_properties_from_element("face", {"vertex_indices"}, LIST_SIZE_HINT);
     }
+    catch (const std::bad_alloc&)
+    {
+        throw;
+    }
     catch (const std::exception&)
     {
         try
         {
             // The other name in use.
             return file.request_properties_from_element("face", {"vertex_index"}, LIST_SIZE_HINT);
+        }
+        catch (const std::bad_alloc&)
+        {
+            throw;
         }
         catch (const std::exception&)
         {
@@ -213,6 +222,10 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
             vPoints.insert(vPoints.end(), vRead.begin(), vRead.end());
         return true;
     }
+    catch (const std::bad_alloc&)
+    {
+        throw;
+    }
     catch (const std::exception& e)
     {
         errorMessage(TAG, std::string(filename) + " is unreadable, " + e.what());
@@ -233,6 +246,10 @@ bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, b
         if (writePlyFile(file, filename, bASCII))
             return true;
         printErrorFailure("Can't write " + filename + "\n");
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
     }
     catch (const std::exception& e)
     {

@@ -57,7 +57,7 @@ bool doFloatsTell(const std::vector<const Point3*>& vPoints, double distance)
 
 bool writePlyFile(tinyply::PlyFile& file, const std::string& filename, bool bASCII, int numDigits)
 {
-    std::ofstream stream(filename, bASCII ? std::ios::out : std::ios::out | std::ios::binary);
+    std::ofstream stream(filename, std::ios::binary);
     if (!stream)
         return false;
     // For a writer that formats through the stream: no loss, no commas.

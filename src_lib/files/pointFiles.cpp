@@ -11,6 +11,7 @@
 #include <algorithm>
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <stdexcept>
 #include <type_traits>
 
@@ -22,8 +23,9 @@ namespace
 constexpr std::int32_t TYP_3D = 30;
 constexpr std::int32_t TYP_2D = 20;
 constexpr u64 MAX_POINTS = 0x7FFFFFFF;
-// A file that is short by more than this is damaged; its zeros would only fill the memory.
-constexpr u64 MAX_MISSING_POINTS = u64{1} << 26;
+// A file that is short by more than this and more than it holds is no cut one: its zeros would only fill the
+// memory.
+constexpr u64 MAX_MISSING_POINTS = u64{1} << 16;
 
 // Digits that give back every double.
 constexpr int PRECISION = 18;
@@ -62,19 +64,25 @@ template <class T>
     return value;
 }
 
+// Says that a file is cut; throws if its count is not to be believed.
+void requireMostOf(const char* filename, u64 num, u64 numPresent)
+{
+    const std::string counts =
+        "the file counts " + std::to_string(num) + " points and holds only " + std::to_string(numPresent);
+    if (num - numPresent > std::max(numPresent, MAX_MISSING_POINTS))
+        throw std::runtime_error(counts);
+    warningMessage("readPoints_BIN", std::string(filename) + " is cut: " + counts +
+                                         "; the coordinates from there on are read as 0.0");
+}
+
 // Points of numCoords coordinates each, as far as whole doubles are there; 0.0 from there on.
-void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<Point3>& vPoints)
+void appendBinaryPoints(const char* filename, ByteSource& source, int numCoords, u64 num,
+                        std::vector<Point3>& vPoints)
 {
     const std::size_t pointBytes = static_cast<std::size_t>(numCoords) * sizeof(double);
     u64 numLeft = num;
     if (const auto numBytes = source.getRemaining())
-    {
-        const u64 numPresent = std::min(num, *numBytes / pointBytes);
-        if (num - numPresent > MAX_MISSING_POINTS)
-            throw std::runtime_error("the file counts " + std::to_string(num) + " points and holds only " +
-                                     std::to_string(numPresent));
-        vPoints.reserve(vPoints.size() + static_cast<std::size_t>(num));
-    }
+        vPoints.reserve(vPoints.size() + static_cast<std::size_t>(std::min(num, *numBytes / pointBytes)));
     for (; numLeft > 0 && source.need(pointBytes); --numLeft)
     {
         double aXYZ[3] = {0.0, 0.0, 0.0};
@@ -84,8 +92,7 @@ void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<
     }
     if (numLeft == 0)
         return;
-    if (numLeft > MAX_MISSING_POINTS)
-        throw std::runtime_error("the file ends " + std::to_string(numLeft) + " points early");
+    requireMostOf(filename, num, num - numLeft);
     double aXYZ[3] = {0.0, 0.0, 0.0};
     std::memcpy(aXYZ, source.getData(), source.getAvailable() / sizeof(double) * sizeof(double));
     vPoints.emplace_back(aXYZ[0], aXYZ[1], aXYZ[2]);
@@ -152,6 +159,10 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
                 vPoints.push_back(point);
         }
     }
+    catch (const std::bad_alloc&)
+    {
+        throw;
+    }
     catch (const std::exception& e)
     {
         printFailure(std::string(filename) + " is unreadable, " + e.what() + "\n");
@@ -183,7 +194,11 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
         const auto num = takeValue<u64>(source);
         if (num > MAX_POINTS)
             throw std::runtime_error("the file counts " + std::to_string(num) + " points");
-        appendBinaryPoints(source, typ == TYP_3D ? 3 : 2, num, vPoints);
+        appendBinaryPoints(filename, source, typ == TYP_3D ? 3 : 2, num, vPoints);
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
     }
     catch (const std::exception& e)
     {
@@ -219,7 +234,7 @@ bool writePoints_auto(std::string& filename, std::vector<Point3>& vPoints, bool 
 
 bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
 {
-    std::ofstream file(filename);
+    std::ofstream file(filename, std::ios::binary);
     if (!file)
     {
         printFailure(std::string(filename) + " can't be written\n");

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <fstream>
+#include <new>
 #include <stdexcept>
 
 namespace TARN_ZEF
@@ -147,6 +148,10 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
         StlParser(source).run(vCorners);
         vPoints.insert(vPoints.end(), vCorners.begin(), vCorners.end());
         return true;
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
     }
     catch (const std::exception& e)
     {

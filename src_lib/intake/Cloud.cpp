@@ -214,6 +214,7 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
         return;
     estimateResolution();
     createCalc();
+    requireArea();
     std::vector<Point3> vPixels;
     {
         // Refers to the points of the soup.

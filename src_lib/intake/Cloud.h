@@ -111,6 +111,7 @@ private:
     using Place = SourceLocation;
     void requireTriangles(std::size_t num, const Place& where = Place::current()) const;
     void requireCells(std::size_t num, const Place& where = Place::current()) const;
+    void requireArea(const Place& where = Place::current()) const; // of a soup, in cells
     [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;
     [[noreturn]] void refuseCrowd(const char* condition, const Place& where = Place::current()) const;
     [[noreturn]] void refuseSpacing(const char* condition, const Place& where = Place::current()) const;

@@ -1,10 +1,12 @@
 // The part of Cloud that refuses what it cannot work with, in words for the user.
 #include "intake/Cloud.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "core/numbers.h"
 #include "core/refuse.h"
+#include "geometry/tools.h"
 
 namespace TARN_ZEF
 {
@@ -42,6 +44,22 @@ void Cloud::requireCells(std::size_t num, const SourceLocation& where) const
                                      std::to_string(MAX_POINTS) +
                                      " can be worked with; take a larger spacing",
                                  where);
+}
+
+// Before the first cell is filled: there is about one for each unit of area, and no memory for so many.
+void Cloud::requireArea(const SourceLocation& where) const
+{
+    const auto inCells = [this](const Vector3& v)
+    { return Vector3(v.x() / cellEdge, v.y() / cellEdge, v.z() / cellEdge); };
+    double area = 0.0;
+    for (std::size_t i = 0; i + 2 < vPoints.size(); i += TRIANGLE_CORNERS)
+    {
+        const Vector3 a = inCells(vPoints[i + 1] - vPoints[i]);
+        const Vector3 b = inCells(vPoints[i + 2] - vPoints[i]);
+        area += 0.5 * std::sqrt(crossProduct(a, b).sqLength());
+    }
+    constexpr double MAX_COUNTED = 1e18;
+    requireCells(static_cast<std::size_t>(std::min(area, MAX_COUNTED)), where);
 }
 
 void Cloud::refuseExtent(const char* condition, const SourceLocation& where) const

@@ -8,6 +8,7 @@
 
 #include <exception>
 #include <limits>
+#include <new>
 #include <vector>
 
 namespace TARN_ZEF
@@ -68,6 +69,10 @@ bool PLY::writePly(const RMesh* pRMesh, const std::string& name, bool bASCII)
         if (writePlyFile(file, name, bASCII, numDigits))
             return true;
         errorMessage(TAG, "failed to write " + name);
+    }
+    catch (const std::bad_alloc&)
+    {
+        throw;
     }
     catch (const std::exception& e)
     {

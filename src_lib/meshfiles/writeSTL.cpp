@@ -36,7 +36,7 @@ void writeFacet(TextWriter& out, const RTriangle& triangle)
 
 bool writeSTL(const RMesh* pRMesh, const std::string& name)
 {
-    std::ofstream file(name);
+    std::ofstream file(name, std::ios::binary);
     if (!file)
     {
         errorMessage("writeSTL", "Failed to open " + name);

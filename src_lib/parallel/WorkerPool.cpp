@@ -4,7 +4,7 @@
 #include <charconv>
 #include <condition_variable>
 #include <cstdlib>
-#include <deque>
+#include <list>
 #include <string_view>
 #include <system_error>
 #include <utility>
@@ -79,7 +79,7 @@ struct WorkerPool::Shared
 
     void runWorker(int index, const std::atomic<bool>& bStop);
 
-    std::deque<std::unique_ptr<Job>> queue;
+    std::list<std::unique_ptr<Job>> queue;
     std::mutex queueMtx;
     std::atomic<bool> bFinish{false};
     std::atomic<bool> bEnd{false};
@@ -121,7 +121,16 @@ void WorkerPool::Shared::runWorker(int index, const std::atomic<bool>& bStop)
 WorkerPool::WorkerPool(int numThreads)
     : pShared(std::make_shared<Shared>())
 {
-    resize(numThreads);
+    try
+    {
+        resize(numThreads);
+    }
+    catch (...)
+    {
+        // No memory for more threads, and the ones that run must not be left alone.
+        stop(true);
+        throw;
+    }
 }
 
 WorkerPool::~WorkerPool()
@@ -143,7 +152,7 @@ std::future<void> WorkerPool::push(Job job)
 
 void WorkerPool::stop(bool bWait)
 {
-    std::deque<std::unique_ptr<Job>> dropped;
+    std::list<std::unique_ptr<Job>> dropped;
     std::vector<std::thread> vEnding;
     {
         const std::lock_guard<std::mutex> lock(threadsMtx);

@@ -75,8 +75,13 @@ void TopMelt::finalize2(const std::vector<std::pair<u64, u64>>& vFeatures)
     flipFeatures();
     closeChainsKillT();
     std::vector<CPatch*> vPatches;
+    const auto deleteAll = [](const std::vector<CPatch*>* pvPatches)
+    {
+        for (const CPatch* pPatch : *pvPatches)
+            delete pPatch;
+    };
+    const std::unique_ptr<std::vector<CPatch*>, decltype(deleteAll)> pOwner(&vPatches, deleteAll);
     createPatchesOrient(state.pCMesh->getAllT(), vPatches);
-    const std::vector<std::unique_ptr<CPatch>> vOwned(vPatches.begin(), vPatches.end());
     writeScene("finalFatMesh.list");
 }
 

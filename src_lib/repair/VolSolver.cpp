@@ -1,6 +1,7 @@
 #include "repair/VolSolver.h"
 
 #include "cmesh/CMesh.h"
+#include "core/appendNew.h"
 #include "geometry/tools.h"
 
 #include <algorithm>
@@ -89,8 +90,7 @@ void VolSolver::createPatches(const EdgeSet& sWalls, const std::vector<CTriangle
     {
         if (!pSeed->bVisited)
             continue;
-        auto* pPatch = new CPatch(pCMesh, pCalc);
-        vPatches.push_back(pPatch);
+        CPatch* const pPatch = appendNew(vPatches, pCMesh, pCalc);
         fillPatch(pPatch, pSeed, sWalls, mOppVCD2Patch, vBorderME);
     }
     sortUnique(vBorderME);

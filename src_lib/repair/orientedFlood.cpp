@@ -2,6 +2,7 @@
 
 #include "cmesh/CMesh.h"
 #include "cmesh/CPatch.h"
+#include "core/appendNew.h"
 
 #include <cstddef>
 
@@ -47,11 +48,11 @@ void createPatchesOrient(CMesh* pCMesh, Calc* pCalc, const std::vector<CTriangle
     {
         if (!pSeed->isAlive() || pSeed->bVisited)
             continue;
-        vPatches.push_back(new CPatch(pCMesh, pCalc));
+        CPatch* const pPatch = appendNew(vPatches, pCMesh, pCalc);
         vFlood.clear();
         floodOriented(pSeed, vFlood);
         for (CTriangle* pCT : vFlood)
-            vPatches.back()->addT(pCT);
+            pPatch->addT(pCT);
     }
 }
 

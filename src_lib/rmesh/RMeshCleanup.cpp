@@ -4,6 +4,7 @@
 #include "cmesh/PointSum.h"
 #include "cmesh/uniteAcrossEdges.h"
 #include "core/Progress.h"
+#include "core/appendNew.h"
 #include "core/zefRand.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
@@ -228,7 +229,7 @@ int RMesh::createPatchesOrient()
         const TriangleUnion::Found found = turns.find(pRT->getNumber());
         if (found.root == pRT->getNumber())
         {
-            vRP.push_back(new RPatch(this));
+            appendNew(vRP, this);
             if (std::binary_search(vTwisted.begin(), vTwisted.end(), found.root))
             {
                 growPatch(pRT, vRP.back(), pProgress);
@@ -253,7 +254,7 @@ void RMesh::createPatches(int maxT)
     {
         if (!pStart->isAlive() || pStart->bVisited)
             continue;
-        vRP.push_back(new RPatch(this));
+        appendNew(vRP, this);
         int num = 1;
         std::vector<RTriangle*> vWorkspace{pStart};
         for (std::size_t head = 0; head < vWorkspace.size(); ++head)

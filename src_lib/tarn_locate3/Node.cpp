@@ -2,6 +2,8 @@
 
 #include "tarn_locate3/RTree.h"
 
+#include <utility>
+
 namespace TARN_LOCATE3
 {
 Node::Node(const RTree* pTree_, std::size_t fromIdx_, std::size_t toIdx_)
@@ -13,8 +15,8 @@ Node::Node(const RTree* pTree_, std::size_t fromIdx_, std::size_t toIdx_)
         box.include(pTree->getItem(i).box);
 }
 
-Node::Node(const RTree* pTree_, Node* const* ppFirst, std::size_t numChildren)
-    : vChildNodes(ppFirst, ppFirst + numChildren)
+Node::Node(const RTree* pTree_, std::vector<Node*> vChildNodes_) noexcept
+    : vChildNodes(std::move(vChildNodes_))
     , pTree(pTree_)
 {
     for (Node* pChild : vChildNodes)

@@ -23,7 +23,7 @@ public:
     // A leaf over the items [fromIdx_, toIdx_) of the tree.
     Node(const RTree* pTree_, std::size_t fromIdx_, std::size_t toIdx_);
     // An inner node over up to maxChildren nodes of pTree_, at least one.
-    Node(const RTree* pTree_, Node* const* ppFirst, std::size_t numChildren);
+    Node(const RTree* pTree_, std::vector<Node*> vChildNodes_) noexcept;
     Node(const Node&) = delete;
     Node& operator=(const Node&) = delete;
 

@@ -1,10 +1,12 @@
 #include "tarn_locate3/RTree.h"
 
 #include <algorithm>
-#include <cstdlib>
+#include <cstddef>
 #include <new>
+#include <utility>
 
 #include "core/definitions.h"
+#include "core/hardStop.h"
 #include "tarn_tools/HilbertSort3.h"
 
 namespace TARN_LOCATE3
@@ -25,10 +27,7 @@ RTree::RTree(int numBits_)
     : numBits(numBits_)
 {
     if (numBits < 3 || numBits >= 33 || numBits % 3 != 0)
-    {
-        TARN_ZEF::printFailure("RTree::RTree(..): invalid bitlength\n");
-        std::exit(1);
-    }
+        TARN_ZEF::hardStop("RTree::RTree(..): invalid bitlength\n");
 }
 
 RTree::~RTree()
@@ -108,7 +107,10 @@ std::vector<Node*> RTree::createLevelAbove(const std::vector<Node*>& vCurrentNod
     for (std::size_t from = 0; from < vCurrentNodeSet.size(); from += Node::maxChildren)
     {
         const std::size_t num = std::min(Node::maxChildren, vCurrentNodeSet.size() - from);
-        vNodes.push_back(new (nodePool.getNext()) Node(this, vCurrentNodeSet.data() + from, num));
+        const auto first = vCurrentNodeSet.begin() + static_cast<std::ptrdiff_t>(from);
+        // Before the slot: one that is handed out must hold a node.
+        std::vector<Node*> vChildren(first, first + static_cast<std::ptrdiff_t>(num));
+        vNodes.push_back(new (nodePool.getNext()) Node(this, std::move(vChildren)));
     }
     return vNodes;
 }

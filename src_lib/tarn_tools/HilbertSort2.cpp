@@ -1,8 +1,6 @@
 #include "tarn_tools/HilbertSort2.h"
 
-#include <cstdlib>
-
-#include "core/definitions.h"
+#include "core/hardStop.h"
 #include "tarn_tools/hilbertTables.h"
 
 namespace TARN_ZEF
@@ -21,10 +19,7 @@ HilbertSort2::HilbertSort2(double minX_, double minY_, double maxX_, double maxY
     , rangeY(maxY_ - minY_)
 {
     if (numBits < 2 || numBits >= 33 || numBits % 2 != 0)
-    {
-        printFailure("HilbertSort2::HilbertSort2(..): invalid parameters\n");
-        std::exit(1);
-    }
+        hardStop("HilbertSort2::HilbertSort2(..): invalid parameters\n");
 }
 
 unsigned int HilbertSort2::getIndex(double x, double y) const

@@ -1,8 +1,6 @@
 #include "tarn_tools/HilbertSort3.h"
 
-#include <cstdlib>
-
-#include "core/definitions.h"
+#include "core/hardStop.h"
 #include "tarn_tools/hilbertTables.h"
 
 namespace TARN_ZEF
@@ -24,10 +22,7 @@ HilbertSort3::HilbertSort3(double minX_, double minY_, double minZ_, double maxX
     , rangeZ(maxZ_ - minZ_)
 {
     if (numBits < 3 || numBits >= 33 || numBits % 3 != 0)
-    {
-        printFailure("HilbertSort3::HilbertSort3(..): invalid parameters\n");
-        std::exit(1);
-    }
+        hardStop("HilbertSort3::HilbertSort3(..): invalid parameters\n");
 }
 
 unsigned int HilbertSort3::getIndex(double x, double y, double z) const

@@ -2,13 +2,16 @@
 #define ZEF_SIMPLEPOOL_H
 
 #include "core/definitions.h"
+#include "core/hardStop.h"
 #include "tarn_tools/PageWarmer.h"
 #include "tarn_tools/StorageBlock.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <new>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace TARN_ZEF
@@ -22,7 +25,8 @@ namespace TARN_ZEF
 //             follow each other in the order of getNext().
 // Threads:    one at a time.
 // Cost:       getNext() is a comparison and an addition; a general allocation once a block.
-// Errors:     a second init() and a failed allocation print and end the process with status 1.
+// Errors:     a failed allocation throws std::bad_alloc and changes nothing; a second init() is a hard stop
+//             (core/hardStop.h), and with setHardStops(true) both are.
 template <typename T>
 class SimplePool
 {
@@ -75,15 +79,20 @@ public:
 private:
     // n < 0 derives the size from the last block.
     void addBlock(std::ptrdiff_t n);
-    void appendBlock(void* pBlock, std::ptrdiff_t num);
+    void appendBlock(StorageBlock block, std::ptrdiff_t num);
     void enterBlock(std::size_t i) noexcept;
     void extendSize();
     [[nodiscard]] std::ptrdiff_t deriveSize() const;
     [[nodiscard]] T* getNextBeyond();
-    [[noreturn]] static void endProcess(const char* text);
+    void sayIfMany() const noexcept;
 
-    std::vector<T*> vContainers;
-    std::vector<std::ptrdiff_t> vSizes;
+    struct Container
+    {
+        T* pFirst;
+        std::ptrdiff_t size; // slots
+    };
+
+    std::vector<Container> vContainers;
     std::size_t currentBlock = 0;
     T* pCurrent = nullptr;
     std::ptrdiff_t currentIdx = -1;
@@ -99,13 +108,27 @@ private:
 template <typename T>
 SimplePool<T>::~SimplePool()
 {
-    // Many blocks are the sign of a badly chosen first size.
-    if (vContainers.size() > 50)
+    sayIfMany();
+    warmer.finish();
+    for (const Container& container : vContainers)
+        std::free(static_cast<void*>(container.pFirst));
+}
+
+// Many blocks are the sign of a badly chosen first size.
+template <typename T>
+void SimplePool<T>::sayIfMany() const noexcept
+{
+    if (vContainers.size() <= 50)
+        return;
+    try
+    {
         printText("SimplePool::~SimplePool: Number of containers to release:" +
                   std::to_string(vContainers.size()) + "\n");
-    warmer.finish();
-    for (T* pBlock : vContainers)
-        std::free(static_cast<void*>(pBlock));
+    }
+    catch (const std::bad_alloc&)
+    {
+        // Not worth the end of the process.
+    }
 }
 
 template <typename T>
@@ -119,7 +142,7 @@ void SimplePool<T>::init(int initialSize_, int increaseSize_, StorageBlock block
 {
     constexpr std::ptrdiff_t maxBlockBytes = 100'000'000;
     if (initialized)
-        endProcess("SimplePool::init(..), ERROR: This pool is already initialized");
+        hardStop("SimplePool::init(..), ERROR: This pool is already initialized\n");
     increaseLimit = maxBlockBytes / static_cast<std::ptrdiff_t>(sizeof(T));
     if (increaseLimit == 0)
     {
@@ -130,7 +153,7 @@ void SimplePool<T>::init(int initialSize_, int increaseSize_, StorageBlock block
     increaseSize = increaseSize_;
     const auto numAdopted = static_cast<std::ptrdiff_t>(block.size() / sizeof(T));
     if (numAdopted > 0)
-        appendBlock(block.release(), numAdopted);
+        appendBlock(std::move(block), numAdopted);
     else
         addBlock(initialSize);
     initialized = true;
@@ -142,8 +165,8 @@ StorageBlock SimplePool<T>::releaseFirstBlock() noexcept
     if (vContainers.empty())
         return {};
     warmer.finish();
-    return {std::exchange(vContainers.front(), nullptr),
-            static_cast<std::size_t>(vSizes.front()) * sizeof(T)};
+    Container& first = vContainers.front();
+    return {std::exchange(first.pFirst, nullptr), static_cast<std::size_t>(first.size) * sizeof(T)};
 }
 
 template <typename T>
@@ -151,7 +174,7 @@ std::size_t SimplePool<T>::size() const
 {
     std::ptrdiff_t num = currentIdx + 1;
     for (std::size_t i = 0; i < currentBlock; ++i)
-        num += vSizes[i];
+        num += vContainers[i].size;
     return static_cast<std::size_t>(num);
 }
 
@@ -176,9 +199,9 @@ void SimplePool<T>::forEach(std::size_t from, std::size_t to, F f) const
     std::size_t first = 0; // slot of the block
     for (std::size_t i = 0; i < vContainers.size() && first < to; ++i)
     {
-        const std::size_t end = first + static_cast<std::size_t>(vSizes[i]);
+        const std::size_t end = first + static_cast<std::size_t>(vContainers[i].size);
         for (std::size_t k = std::max(from, first); k < std::min(to, end); ++k)
-            f(vContainers[i] + (k - first));
+            f(vContainers[i].pFirst + (k - first));
         first = end;
     }
 }
@@ -186,9 +209,9 @@ void SimplePool<T>::forEach(std::size_t from, std::size_t to, F f) const
 template <typename T>
 std::ptrdiff_t SimplePool<T>::deriveSize() const
 {
-    ASSEX(!vSizes.empty());
-    ASSEX(vSizes.back() > 0);
-    const std::ptrdiff_t last = vSizes.back();
+    ASSEX_TEXT(!vContainers.empty(), "!vSizes.empty()");
+    const std::ptrdiff_t last = vContainers.back().size;
+    ASSEX_TEXT(last > 0, "vSizes.back()>0");
     const std::ptrdiff_t half = last / 2 == 0 ? last : last / 2;
     return std::min(bFirstBlock ? half : 2 * last, increaseLimit);
 }
@@ -197,20 +220,21 @@ template <typename T>
 void SimplePool<T>::addBlock(std::ptrdiff_t n)
 {
     const std::ptrdiff_t num = n < 0 ? deriveSize() : n;
-    void* const pBlock = std::malloc(static_cast<std::size_t>(num) * sizeof(T));
+    const std::size_t numBytes = static_cast<std::size_t>(num) * sizeof(T);
+    void* const pBlock = std::malloc(numBytes);
     // An empty block may be a null pointer.
     if (pBlock == nullptr && num > 0)
-        endProcess("SimplePool::alloc(..), ERROR: Out of memory, sorry");
-    appendBlock(pBlock, num);
-    warmer.begin(pBlock, static_cast<std::size_t>(num) * sizeof(T));
+        stopForMemory("SimplePool::alloc(..), ERROR: Out of memory, sorry\n");
+    appendBlock({pBlock, numBytes}, num);
+    warmer.begin(pBlock, numBytes);
     extendSize();
 }
 
 template <typename T>
-void SimplePool<T>::appendBlock(void* pBlock, std::ptrdiff_t num)
+void SimplePool<T>::appendBlock(StorageBlock block, std::ptrdiff_t num)
 {
-    vSizes.push_back(num);
-    vContainers.push_back(static_cast<T*>(pBlock));
+    vContainers.push_back({nullptr, num});
+    vContainers.back().pFirst = static_cast<T*>(block.release());
     enterBlock(vContainers.size() - 1);
 }
 
@@ -218,16 +242,17 @@ template <typename T>
 void SimplePool<T>::enterBlock(std::size_t i) noexcept
 {
     currentBlock = i;
-    pCurrent = vContainers[i];
+    pCurrent = vContainers[i].pFirst;
     currentIdx = -1;
-    currentSize = vSizes[i];
+    currentSize = vContainers[i].size;
 }
 
 // As far as the pages of a fresh block are being mapped; whole slots only.
 template <typename T>
 void SimplePool<T>::extendSize()
 {
-    currentSize = std::min(static_cast<std::ptrdiff_t>(warmer.advance() / sizeof(T)), vSizes[currentBlock]);
+    currentSize =
+        std::min(static_cast<std::ptrdiff_t>(warmer.advance() / sizeof(T)), vContainers[currentBlock].size);
 }
 
 template <typename T>
@@ -235,7 +260,7 @@ T* SimplePool<T>::getNextBeyond()
 {
     ASSEX(initialized);
     ASSEX(increaseSize != 0);
-    while (currentIdx + 1 >= currentSize && currentSize < vSizes[currentBlock])
+    while (currentIdx + 1 >= currentSize && currentSize < vContainers[currentBlock].size)
         extendSize();
     if (currentIdx + 1 < currentSize)
         return pCurrent + ++currentIdx;
@@ -248,13 +273,6 @@ T* SimplePool<T>::getNextBeyond()
     }
     currentIdx = 0;
     return pCurrent;
-}
-
-template <typename T>
-void SimplePool<T>::endProcess(const char* text)
-{
-    printFailure(std::string(text) + "\n");
-    std::exit(1);
 }
 
 } // namespace TARN_ZEF

@@ -126,6 +126,12 @@ std::vector<Refusal> getRefusals()
          "!bMelt || v.size() % TRIANGLE_CORNERS == 0"},
         {"corners of samples", [] { sample(34, 0.1); }, badArgument, "34 triangle corners are not",
          "!bMelt || v.size() % TRIANGLE_CORNERS == 0"},
+        {"area of a soup", [] { remesh(36, 1e-5); }, typeid(ZefTooManyPoints), "the surface passes through",
+         "num <= MAX_POINTS"},
+        {"area of samples", [] { sample(36, 1e-5); }, typeid(ZefTooManyPoints), "the surface passes through",
+         "num <= MAX_POINTS"},
+        {"smoothing without end", [] { laplacianSmoothing(makeCube(), 20'000'000); }, badArgument,
+         "20000000 smoothing iterations", "numIterations<=MAX_SMOOTHING_PASSES"},
         {"one point",
          [] {
              reconstruct({{1, 2, 3}}, 1.0);

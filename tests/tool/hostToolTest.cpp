@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -62,6 +63,10 @@ protected:
         write("nan.ply", plyPoints + "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
                                      "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n");
         write("cloud.foo", "0 0 0\n");
+        write("abc", "0 0 0\n");
+        const std::uint64_t num = 3;
+        write("cut.bin", std::string("\x1E\0\0\0", 4) + std::string(reinterpret_cast<const char*>(&num), 8) +
+                             std::string(30, '\0'));
         write("old.ply", "precious");
         writeBox("box.stl", 1.0);
         writeBox("line.stl", 0.0);
@@ -152,6 +157,9 @@ const FailureCase FAILURES[] = {
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
     {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
     {"broken input", "cut.ply new.ply", 1, "cut.ply"},
+    {"short name, read", "abc old.ply", 1, "extension"},
+    {"short name, written", "ball.xyz abcd", 2, "extension"},
+    {"cut binary input", "cut.bin old.ply", 1, "counts 3 points and holds only 1"},
     {"empty input", "empty.xyz old.ply", 1, "no points"},
     {"no finite point", "nan.xyz old.ply", 1, "no points"},
     {"too few points", "two.xyz old.ply", 1, "only 2"},
