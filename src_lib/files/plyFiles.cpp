@@ -1,6 +1,7 @@
 // Points and triangles in PLY files.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "files/plyOutput.h"
 
@@ -215,6 +216,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         errorMessage(TAG, std::string(filename) + " is unreadable, " + e.what());
         return false;
     }
@@ -236,6 +238,7 @@ bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, b
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         errorMessage("writePointsPly", filename + " can't be written, " + e.what());
     }
     return false;

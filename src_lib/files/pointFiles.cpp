@@ -1,11 +1,13 @@
 // Point clouds in text and binary files, and the choice by extension.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "files/Visualizer3.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
 #include "text/TextWriter.h"
+#include "text/UnfinishedFile.h"
 #include "text/closeWhole.h"
 
 #include <algorithm>
@@ -94,6 +96,7 @@ void appendBinaryPoints(ByteSource& source, int numCoords, u64 num, std::vector<
 
 [[nodiscard]] bool writeScene(const std::string& filename, const std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     Visualizer3 scene(filename, nullptr, true);
     if (!scene.isOpen())
         return false;
@@ -154,6 +157,7 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure(std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }
@@ -187,6 +191,7 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure(std::string(filename) + " can't be read, " + e.what() + "\n");
         return false;
     }
@@ -219,6 +224,7 @@ bool writePoints_auto(std::string& filename, std::vector<Point3>& vPoints, bool 
 
 bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     std::ofstream file(filename);
     if (!file)
     {
@@ -235,6 +241,7 @@ bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
 
 bool writePoints_BIN(const char* filename, std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     std::ofstream file(filename, std::ios::binary);
     if (!file)
     {

@@ -1,6 +1,7 @@
 // Triangles out of ASCII STL files.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
@@ -150,6 +151,7 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure("readSTL(): " + std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }

@@ -25,6 +25,7 @@ void parallelFor(std::size_t n, std::size_t minChunk, F f)
     const std::size_t chunk = std::max({minChunk, (n + wanted - 1) / wanted, std::size_t{1}});
     if (n <= chunk || numThreads < 2 || isWorkerThread())
     {
+        checkCancelled();
         if (n > 0)
             f(std::size_t{0}, n);
         return;
