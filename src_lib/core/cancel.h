@@ -41,7 +41,17 @@ inline void checkCancelledAt(std::size_t step)
         checkCancelled();
 }
 
-// A job of another thread's call, for the time of the job.
+// The same for a loop that has no number at hand.
+class CancelStride
+{
+public:
+    void step() { checkCancelledAt(++num); }
+
+private:
+    std::size_t num = 0;
+};
+
+// A job of another thread's call, for the time of the job; with a null pointer, work that nobody can cancel.
 class CancelAdoption
 {
 public:

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "geometry/PointTable.h"
 #include "geometry/isFinite.h"
 #include "intake/Pixel.h"
@@ -152,8 +153,12 @@ void Cloud::createBundles(Smooth* pSmooth)
     pProgress->increment(5);
     initPool(bundlePool, vPoints0.size());
     initPool(pointPool, vPoints0.size());
+    CancelStride cancel;
     for (const CellPoint& cellPoint : vPoints0)
+    {
+        cancel.step();
         makeBundle(new (pointPool.getNext()) Point3(cellPoint.point), cellPoint.ccd);
+    }
     pProgress->increment();
     pProgress->setFinished(true);
 }

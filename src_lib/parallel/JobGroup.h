@@ -55,6 +55,7 @@ public:
             if (handle.valid())
                 handle.get();
         }
+        checkCancelled();
     }
 
 private:

@@ -4,6 +4,7 @@
 #include "cmesh/PointSum.h"
 #include "cmesh/uniteAcrossEdges.h"
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "core/zefRand.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
@@ -310,6 +311,7 @@ std::size_t RMesh::killDegenerate(bool bKeepTopology)
     std::vector<RTriangle*> vWork;
     for (std::size_t i = getAllT().size(); i-- > 0;)
     {
+        checkCancelledAt(i);
         vWork.push_back(getAllT()[i]);
         while (!vWork.empty())
         {

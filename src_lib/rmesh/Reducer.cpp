@@ -1,6 +1,7 @@
 #include "rmesh/Reducer.h"
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "core/prefetch.h"
 #include "geometry/tools.h"
 #include "parallel/JobGroup.h"
@@ -69,8 +70,10 @@ int Reducer::run()
     prepareQueue();
     const auto todo = static_cast<u64>(1.5 * static_cast<double>(queue.size()));
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
+    CancelStride cancel;
     while (!queue.empty())
     {
+        cancel.step(); // the mesh is whole between two collapses
         fetchAhead();
         RECandidate candidate = queue.front();
         queue.pop();
@@ -189,6 +192,7 @@ void Reducer::evaluateVertices(const std::vector<Point3*>& vVtx, std::size_t fro
     Buffers buffers;
     for (std::size_t i = from; i < to; ++i)
     {
+        checkCancelledAt(i);
         if ((i - from) % NUM_VERTICES_AHEAD == 0)
             fetchFansOf(vVtx, i, std::min(i + NUM_VERTICES_AHEAD, to), buffers);
         collectEdgesAt(vVtx[i], buffers.vRE);

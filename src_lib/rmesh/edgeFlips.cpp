@@ -2,6 +2,7 @@
 
 #include "core/Progress.h"
 #include "core/StableQueue.h"
+#include "core/cancel.h"
 #include "core/zefRand.h"
 #include "rmesh/REdgeEnergy.h"
 #include "rmesh/RMesh.h"
@@ -60,8 +61,10 @@ int flipGreedily(RMesh* pRMesh)
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("efLoop", 3 * vMeshRE.size());
     REdgeEnergy energy(pRMesh, nullptr);
     int numFlips = 0;
+    CancelStride cancel;
     while (!queue.empty())
     {
+        cancel.step(); // the mesh is whole between two flips
         const auto [savedImprovement, pRE] = queue.front();
         queue.pop();
         ASSEX(savedImprovement > LOWEST_DBL);
@@ -91,9 +94,13 @@ void edgeFlipsSimA(RMesh* pRMesh, double temperature)
     pRMesh->getEdgeFlipCandidates_MT(pRMesh->getAllRE(), 0.0, temperature, vImpRE);
     zefShuffle(vImpRE.begin(), vImpRE.end());
     REdgeEnergy energy(pRMesh, nullptr);
+    CancelStride cancel;
     for (const auto& [savedImprovement, pRE] : vImpRE)
+    {
+        cancel.step();
         if (pRE->isInner() && getFreshImprovement(energy, pRE) != LOWEST_DBL)
             pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
+    }
 }
 
 std::vector<double> getAnnealingTemperatures()
