@@ -31,6 +31,8 @@
 // is a fault of the library. Either way the library stays usable, meshes stay valid, and the thread's progress
 // starts afresh with the next call. Running out of memory ends in std::bad_alloc.
 //
+// A host can stop the calls of a thread from another one: CancelToken.h. They end with ZefCancelledException.
+//
 // Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //
 // Calls are independent: what a call returns does not depend on the calls before it, in this thread or another,

@@ -34,6 +34,7 @@ void forEachValue(tinyply::PlyData& data, Take take)
     const std::size_t num = data.buffer.size_bytes() / sizeof(T);
     for (std::size_t i = 0; i < num; ++i)
     {
+        checkCancelledAt(i);
         T value;
         std::memcpy(&value, pBytes + i * sizeof(T), sizeof(T));
         take(value);
@@ -130,6 +131,7 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
     const std::vector<unsigned int> vIndices = getIndices(faces);
     for (std::size_t i = 0; i < vIndices.size(); ++i)
     {
+        checkCancelledAt(i);
         if (vIndices[i] >= vVertices.size())
             throw std::runtime_error("entry " + std::to_string(i) + " of the faces names vertex " +
                                      std::to_string(vIndices[i]) + " of " + std::to_string(vVertices.size()));
@@ -146,6 +148,7 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
     std::size_t first = 0;
     for (const std::uint32_t count : vCounts)
     {
+        checkCancelledAt(first / 3);
         for (std::size_t i = 2; i < count; ++i)
         {
             vCorners.push_back(vVertices[vIndices[first]]);

@@ -146,7 +146,10 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
             throw std::runtime_error("binary STL is not supported");
         std::vector<Point3> vCorners;
         StlParser(source).run(vCorners);
-        vPoints.insert(vPoints.end(), vCorners.begin(), vCorners.end());
+        if (vPoints.empty())
+            vPoints.swap(vCorners);
+        else
+            vPoints.insert(vPoints.end(), vCorners.begin(), vCorners.end());
         return true;
     }
     catch (const std::exception& e)

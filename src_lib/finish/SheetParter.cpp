@@ -1,5 +1,6 @@
 #include "finish/SheetParter.h"
 
+#include "core/cancel.h"
 #include "finish/FinRemoval.h"
 #include "finish/SeamPairing.h"
 #include "finish/WrapRemoval.h"
@@ -41,12 +42,18 @@ void SheetParter::run()
 {
     dropUnusable();
     dropDuplicates();
+    checkCancelled();
     SeamTable seams(mesh);
+    checkCancelled();
     report.numWrapT += WrapRemoval(mesh, seams, cellSize).run();
+    checkCancelled();
     report.numFinT += FinRemoval(mesh, seams).run();
     pairTriangles(seams);
+    checkCancelled();
     giveFansVertices();
+    checkCancelled();
     splitTwinEdges();
+    checkCancelled();
     report.numTurnedT += faceOutward(mesh, vMates);
     vIsParted.resize(mesh.vPoints.size(), 0);
 }

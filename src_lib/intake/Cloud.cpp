@@ -227,8 +227,12 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
     }
     vPoints = std::move(vPixels);
     initPool(bundlePool, vPoints.size());
+    CancelStride cancel;
     for (Point3& p : vPoints)
+    {
+        cancel.step();
         makeBundle(&p, pCalc->getCCD(p));
+    }
 }
 
 // The corners, where those with the same coordinates share the first of them.
@@ -237,8 +241,10 @@ std::vector<Point3*> Cloud::weld()
     std::vector<Point3*> vCorners;
     vCorners.reserve(vPoints.size());
     PointTable table;
+    CancelStride cancel;
     for (Point3& p : vPoints)
     {
+        cancel.step();
         Point3* pFirst = table.find(p);
         if (pFirst == nullptr)
         {

@@ -89,7 +89,7 @@ void RMesh::getEdgeFlipCandidates_MT_priv(const std::vector<REdge*>& vInRE, doub
     REdgeEnergy ee(this, nullptr);
     for (std::size_t i = from; i < to; ++i)
     {
-        checkCancelledAt(i);
+        checkCancelled();
         REdge* pRE = vInRE[i];
         if (!pRE->isInner())
             continue;
@@ -104,10 +104,9 @@ void RMesh::computePostponedFlips(double minImprovement, double temperature,
                                   std::vector<std::pair<double, REdge*>>& vImpRE)
 {
     REdgeEnergy ee(this, nullptr);
-    CancelStride cancel;
     for (auto& [improvement, pRE] : vImpRE)
     {
-        cancel.step();
+        checkCancelled();
         if (pRE == nullptr || !isNaN(improvement))
             continue;
         improvement = ee.getImprovement(pRE);

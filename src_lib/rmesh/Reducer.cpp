@@ -70,10 +70,9 @@ int Reducer::run()
     prepareQueue();
     const auto todo = static_cast<u64>(1.5 * static_cast<double>(queue.size()));
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
-    CancelStride cancel;
     while (!queue.empty())
     {
-        cancel.step(); // the mesh is whole between two collapses
+        checkCancelled(); // the mesh is whole between two collapses
         fetchAhead();
         RECandidate candidate = queue.front();
         queue.pop();
@@ -180,6 +179,10 @@ void Reducer::evaluateCandidates_MT(const std::vector<Point3*>& vVtx)
         vIsInBatch[numberOf(pVtx)] = 0;
 
     std::vector<RECandidate> vPenaltyRE;
+    std::size_t numFound = 0;
+    for (const std::vector<RECandidate>& vFound : vvFound)
+        numFound += vFound.size();
+    vPenaltyRE.reserve(numFound);
     for (const std::vector<RECandidate>& vFound : vvFound)
         vPenaltyRE.insert(vPenaltyRE.end(), vFound.begin(), vFound.end());
     sortMT(vPenaltyRE.begin(), vPenaltyRE.end(), ByPenalty());

@@ -61,10 +61,9 @@ int flipGreedily(RMesh* pRMesh)
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("efLoop", 3 * vMeshRE.size());
     REdgeEnergy energy(pRMesh, nullptr);
     int numFlips = 0;
-    CancelStride cancel;
     while (!queue.empty())
     {
-        cancel.step(); // the mesh is whole between two flips
+        checkCancelled(); // the mesh is whole between two flips
         const auto [savedImprovement, pRE] = queue.front();
         queue.pop();
         ASSEX(savedImprovement > LOWEST_DBL);
@@ -94,10 +93,9 @@ void edgeFlipsSimA(RMesh* pRMesh, double temperature)
     pRMesh->getEdgeFlipCandidates_MT(pRMesh->getAllRE(), 0.0, temperature, vImpRE);
     zefShuffle(vImpRE.begin(), vImpRE.end());
     REdgeEnergy energy(pRMesh, nullptr);
-    CancelStride cancel;
     for (const auto& [savedImprovement, pRE] : vImpRE)
     {
-        cancel.step();
+        checkCancelled();
         if (pRE->isInner() && getFreshImprovement(energy, pRE) != LOWEST_DBL)
             pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
     }

@@ -37,9 +37,18 @@ struct Subject
     std::function<std::uint64_t()> run;
 };
 
+// Without a tree of progress, whose end would be one more place to be stopped at.
+std::shared_ptr<Mesh> makeMesh(const RMeshSource& source)
+{
+    auto pRMesh = std::make_unique<RMesh>(source);
+    auto pMesh = std::make_shared<Mesh>(pRMesh.get());
+    static_cast<void>(pRMesh.release());
+    return pMesh;
+}
+
 std::uint64_t improve(const RMeshSource& source, const std::function<void(std::shared_ptr<Mesh>)>& call)
 {
-    const std::shared_ptr<Mesh> pMesh = makeFinished(source);
+    const std::shared_ptr<Mesh> pMesh = makeMesh(source);
     call(pMesh);
     return getHash(pMesh);
 }
@@ -65,12 +74,11 @@ std::vector<Subject> getSubjects()
         {"autoReconstruct", withBall([](Points& v) { return autoReconstruct(v); })},
         {"estimateAvgSpacing",
          withBall([](Points& v) { return Points{Point3(estimateAvgSpacing(v), 0.0, 0.0)}; })},
-        {"finishSurface", withBall([](Points& v) { return finishSurface(*makeFinished(rough), v); })},
+        {"finishSurface", withBall([](Points& v) { return finishSurface(*makeMesh(rough), v); })},
         {"checkMesh",
          withBall(
-             [](Points&) {
-                 return Points{Point3(static_cast<double>(checkMesh(*makeFinished(rough)).numEdges), 0, 0)};
-             })},
+             [](Points&)
+             { return Points{Point3(static_cast<double>(checkMesh(*makeMesh(rough)).numEdges), 0, 0)}; })},
         {"melt",
          []
          {
@@ -133,7 +141,7 @@ TEST_F(Cancel, aCallThatIsUnwantedBeforehandThrowsAtOnceAndTouchesNothing)
     const TempFile old(".stl", "what was there");
     Points cloud(3);
     std::vector<Subject> vSubjects = getSubjects();
-    const std::shared_ptr<Mesh> pMesh = makeFinished(torusSource(12, 6));
+    const std::shared_ptr<Mesh> pMesh = makeMesh(torusSource(12, 6));
     const auto reads = [&](auto read)
     { return [&, read] { return std::uint64_t{read(cloudFile.c_str(), cloud)}; }; };
     vSubjects.push_back({"readPoints_ASCII", reads(readPoints_ASCII)});
@@ -236,7 +244,7 @@ TEST_F(Cancel, aMeshInHandStaysWholeAndCanBeWorkedOn)
         for (int when = 1; when < 200; when += 23)
         {
             SCOPED_TRACE(std::string(name) + ", update " + std::to_string(when));
-            const std::shared_ptr<Mesh> pMesh = makeFinished(rough);
+            const std::shared_ptr<Mesh> pMesh = makeMesh(rough);
             const Topology before(*pMesh->getRMesh());
             const CancelToken token;
             interrupter.numUpdates = 0;
@@ -269,7 +277,7 @@ TEST_F(Cancel, smoothingEndsBetweenIterations)
     Interrupter interrupter;
     for (int when = 1; when < 60; ++when)
     {
-        const std::shared_ptr<Mesh> pMesh = makeFinished(rough);
+        const std::shared_ptr<Mesh> pMesh = makeMesh(rough);
         const CancelToken token;
         const CancelScope scope(token);
         interrupter.numUpdates = 0;
