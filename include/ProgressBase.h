@@ -11,7 +11,8 @@ namespace TARN_ZEF
 //
 // Ownership:  the library keeps a plain pointer and forgets it when the receiver is destroyed. The receiver
 //             must not be destroyed while a call that it watches is running.
-// Threads:    update() runs on the thread that made the library call, with an internal lock held.
+// Threads:    update() runs on the thread that made the library call. The library holds no lock meanwhile, so it may
+//             wait for other threads, whatever these do with receivers of their own.
 class ZEF_API ProgressBase
 {
 public:
@@ -23,7 +24,8 @@ public:
     // name      the running call: "Reconstruct", "Melt", "ToCloud", "Density Estimation", "EdgeFlips",
     //           "EdgeFlipsS", "Smoothing", "Reduce" or "Remesh"
     // fraction  0.0 to 1.0, about 200 calls for a whole run
-    // Must not call back into the library and must not throw.
+    // Must not call back into the library. What it throws passes through the call to the host as it is, with the
+    // promises of a cancelled call (CancelToken.h); to stop a call from another thread, cancel its token.
     virtual void update(const std::string& name, double fraction) = 0;
 };
 

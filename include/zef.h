@@ -2,11 +2,13 @@
 #ifndef ZEF_ZEF_H
 #define ZEF_ZEF_H
 
+#include "CancelToken.h"
 #include "Mesh.h"
 #include "Point3.h"
 #include "ProgressBase.h"
 #include "Vector3.h"
 #include "ZefBugException.h"
+#include "ZefCancelledException.h"
 #include "ZefRefusedException.h"
 #include "autoReconstruct.h"
 #include "checkMesh.h"

@@ -35,6 +35,8 @@
 // call works; a mesh in the middle of its post-processing may be half changed then, and is only good for its
 // destructor.
 //
+// A host can stop the calls of a thread from another one: CancelToken.h. They end with ZefCancelledException.
+//
 // Points with a NaN or infinite coordinate are left out, with one warning that tells their number.
 //
 // Calls are independent: what a call returns does not depend on the calls before it, in this thread or another,

@@ -1,6 +1,7 @@
 #include "checkMesh.h"
 
 #include "api/flatMesh.h"
+#include "core/CallScope.h"
 #include "judge/judgeMesh.h"
 
 namespace TARN_ZEF
@@ -8,11 +9,13 @@ namespace TARN_ZEF
 MeshCheck checkMesh(const std::vector<Point3>& vPoints, const std::vector<int>& vTriangleCorners,
                     const CheckOptions& options)
 {
+    const CallScope call;
     return judgeMesh(vPoints, vTriangleCorners, options);
 }
 
 MeshCheck checkMesh(const Mesh& mesh, const CheckOptions& options)
 {
+    const CallScope call;
     std::vector<Point3> vPoints;
     std::vector<int> vCorners;
     getFlat(mesh, vPoints, vCorners);

@@ -1,6 +1,7 @@
 #include "finishSurface.h"
 
 #include "api/flatMesh.h"
+#include "core/CallScope.h"
 #include "finish/Finisher.h"
 #include "rmesh/RMesh.h"
 
@@ -14,6 +15,7 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const FinishOptions& optio
 std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>& vCloud,
                                     const FinishOptions& options, FinishReport* pReport)
 {
+    const CallScope call;
     const double cellSize = mesh.getRMesh()->getCellSize();
     FinishOptions complete = options;
     if (options.cellSize == 0.0)
@@ -24,9 +26,10 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>&
     getFlat(mesh, flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
     Finisher(flat, vCloud, complete, report).run();
+    std::shared_ptr<Mesh> pMesh = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
     if (pReport != nullptr)
         *pReport = report;
-    return makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+    return pMesh;
 }
 
 } // namespace TARN_ZEF

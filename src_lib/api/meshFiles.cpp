@@ -7,6 +7,7 @@
 #include "meshfiles/writeSTL.h"
 #include "rmesh/RMesh.h"
 #include "rmesh/RTriangle.h"
+#include "text/UnfinishedFile.h"
 #include "zef_api_functions.h"
 
 namespace TARN_ZEF
@@ -30,6 +31,7 @@ bool Mesh::writeStl_ASCII(const std::string& name) const
 
 bool Mesh::writeGeomview_ASCII(const std::string& name) const
 {
+    const UnfinishedFile unfinished(name);
     Visualizer3 scene(name, nullptr, true);
     if (!scene.isOpen())
         return false;

@@ -2,6 +2,7 @@
 
 #include "api/ProgressScope.h"
 #include "api/flatMesh.h"
+#include "core/CallScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "remesh/SoupRemesh.h"
@@ -41,6 +42,7 @@ std::string RemeshOptions::getFault() const
 std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const RemeshOptions& options,
                              RemeshReport* pReport)
 {
+    const CallScope call;
     const std::string fault = options.getFault();
     if (!fault.empty())
         refuse<ZefBadArgument>("options.getFault().empty()", fault);
@@ -60,17 +62,17 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
     };
     SoupRemesh soupRemesh(options);
     const bool bAny = soupRemesh.run(vTriCorners, tell);
+    progress.finish();
+    std::shared_ptr<Mesh> pMesh;
+    const FlatSoup& flat = soupRemesh.getResult();
+    if (bAny)
+        pMesh = makeMesh(flat.vPoints, {flat.vCorners.begin(), flat.vCorners.end()},
+                         soupRemesh.getReport().length);
+    else
+        warningMessage("remesh", "no triangle has a height");
     if (pReport != nullptr)
         *pReport = soupRemesh.getReport();
-    progress.finish();
-    if (!bAny)
-    {
-        warningMessage("remesh", "no triangle has a height");
-        return nullptr;
-    }
-    const FlatSoup& flat = soupRemesh.getResult();
-    return makeMesh(flat.vPoints, {flat.vCorners.begin(), flat.vCorners.end()},
-                    soupRemesh.getReport().length);
+    return pMesh;
 }
 
 } // namespace TARN_ZEF

@@ -58,10 +58,10 @@ void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double feature
     Hal hal(&cloudMgr);
     std::vector<Point3*> vPoints;
     hal.toCloud(vPoints);
+    progress.finish();
     vResult.reserve(vResult.size() + vPoints.size());
     for (const Point3* pPoint : vPoints)
         vResult.push_back(*pPoint);
-    progress.finish();
 }
 
 double estimateAvgSpacing(std::vector<Point3>& vPoints)

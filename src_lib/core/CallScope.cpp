@@ -1,5 +1,6 @@
 #include "core/CallScope.h"
 
+#include "core/cancel.h"
 #include "zef_calls.h"
 
 #include <atomic>
@@ -26,6 +27,7 @@ bool areCallsIndependent()
 CallScope::CallScope()
     : pOuter(pCurrent)
 {
+    checkCancelled();
     pCurrent = areCallsIndependent() ? &state : nullptr;
 }
 

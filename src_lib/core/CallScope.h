@@ -19,6 +19,7 @@ struct CallState
 // Invariant:  when the scope ends, by return or exception, the state of the call around it is in force again.
 // Threads:    each thread has its own calls. Workers of the pool have none: what depends on the state
 //             happens on the thread of the call, or no result could be the same for every number of threads.
+// Errors:     a host that wants the call no longer ends it here: ZefCancelledException.
 // Settings:   with setIndependentCalls(false), scopes have no state; that of the thread or the process holds.
 class CallScope
 {

@@ -1,5 +1,7 @@
 #include "core/Progress.h"
 
+#include "core/cancel.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -123,22 +125,19 @@ Progress::Progress(const std::string& name_, double weight_, Progress* pParent_)
 
 void Progress::subscribe(ProgressBase* pProgress)
 {
-    const std::lock_guard<std::recursive_mutex> lock(mtx);
     ASSEX(pProgress != 0);
     pSubscriber = pProgress;
 }
 
 void Progress::unsubscribe()
 {
-    const std::lock_guard<std::recursive_mutex> lock(mtx);
     pSubscriber = nullptr;
 }
 
-void Progress::unsubscribe(const ProgressBase* pProgress)
+void Progress::unsubscribe(ProgressBase* pProgress)
 {
-    const std::lock_guard<std::recursive_mutex> lock(mtx);
-    if (pSubscriber == pProgress)
-        pSubscriber = nullptr;
+    ProgressBase* pExpected = pProgress;
+    pSubscriber.compare_exchange_strong(pExpected, nullptr);
 }
 
 void Progress::createChild(const std::string& childName, double childWeight)
@@ -286,13 +285,19 @@ void Progress::notify()
         pParent->notify();
         return;
     }
-    const std::lock_guard<std::recursive_mutex> lock(mtx);
-    const double fraction = getProgress();
-    if (fraction == lastFraction)
-        return;
-    lastFraction = fraction;
-    if (pSubscriber != nullptr)
-        pSubscriber->update(name, fraction);
+    checkCancelled();
+    std::string rootName;
+    double fraction = 0.0;
+    {
+        const std::lock_guard<std::recursive_mutex> lock(mtx);
+        fraction = getProgress();
+        if (fraction == lastFraction)
+            return;
+        lastFraction = fraction;
+        rootName = name;
+    }
+    if (ProgressBase* const pReceiver = pSubscriber)
+        pReceiver->update(rootName, fraction);
 }
 
 Progress* getRootProgress()

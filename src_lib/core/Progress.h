@@ -5,6 +5,7 @@
 #include "core/Timer.h"
 #include "core/definitions.h"
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -23,8 +24,10 @@ namespace TARN_ZEF
 // Ownership:  a node owns its children. A pointer to a child is good until the root is reset.
 // Invariant:  a leaf's fraction is steps done over steps to do, at most 1.0; an inner node's is the mean of
 //             its children by weight. All nodes together notify about 200 times in a run.
-// Threads:    a tree belongs to one thread; only that thread steps it. Tree and notification are locked,
-//             a plain step is not.
+// Threads:    a tree belongs to one thread; only that thread steps it. The tree is locked, a plain step is not. No
+//             lock is held while the receiver runs, or it could wait for a thread that waits for the lock.
+// Cancelling: what is about to notify looks first whether the call is cancelled. So a step may throw, as it may if
+//             the receiver does, and belongs where what the caller handed in is whole.
 // Cost:       a step is two additions and two comparisons, but for one in some reportEvery.
 class Progress
 {
@@ -36,7 +39,7 @@ public:
     // For the root: makes pProgress the receiver, in place of an earlier one. It survives reset().
     void subscribe(ProgressBase* pProgress);
     void unsubscribe();
-    void unsubscribe(const ProgressBase* pProgress); // if that is the receiver
+    void unsubscribe(ProgressBase* pProgress); // if that is the receiver
 
     // weight is the share among the children of this node. A tag that exists keeps its first weight. Asserts
     // that the node has a name other than "empty".
@@ -95,7 +98,7 @@ private:
     std::map<std::string, std::unique_ptr<Progress>> mNameKids;
     std::string name;
     double weight;
-    ProgressBase* pSubscriber = nullptr;
+    std::atomic<ProgressBase*> pSubscriber = nullptr;
     Progress* pParent;
     mutable std::recursive_mutex mtx;
     u64 numTodo = 1;

@@ -2,6 +2,7 @@
 
 #include "cmesh/CMesh.h"
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "extraction/ExtractionRenewal.h"
 #include "lattice/CubeWalk.h"
 #include "occupancy/RemoveDecider.h"
@@ -181,9 +182,11 @@ void Voro::createUnlessThere(CVertex* pA, CVertex* pB, CVertex* pC, const Origin
 
 void Voro::solveAmbiguousT(const AmbiguousLists& vAmbiguousT)
 {
+    CancelStride cancel;
     for (const std::vector<Ambiguous>& vPart : vAmbiguousT)
         for (const Ambiguous& entry : vPart)
         {
+            cancel.step();
             Square square;
             for (std::size_t i = 0; i < square.size(); ++i)
                 square[i] = pCMesh->getPreparedCorner(entry.aRank[i]);

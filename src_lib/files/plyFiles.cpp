@@ -1,6 +1,7 @@
 // Points and triangles in PLY files.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "files/plyOutput.h"
 
@@ -34,6 +35,7 @@ void forEachValue(tinyply::PlyData& data, Take take)
     const std::size_t num = data.buffer.size_bytes() / sizeof(T);
     for (std::size_t i = 0; i < num; ++i)
     {
+        checkCancelledAt(i);
         T value;
         std::memcpy(&value, pBytes + i * sizeof(T), sizeof(T));
         take(value);
@@ -130,6 +132,7 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
     const std::vector<unsigned int> vIndices = getIndices(faces);
     for (std::size_t i = 0; i < vIndices.size(); ++i)
     {
+        checkCancelledAt(i);
         if (vIndices[i] >= vVertices.size())
             throw std::runtime_error("entry " + std::to_string(i) + " of the faces names vertex " +
                                      std::to_string(vIndices[i]) + " of " + std::to_string(vVertices.size()));
@@ -146,6 +149,7 @@ void appendTriangles(tinyply::PlyData& faces, const std::vector<Point3>& vVertic
     std::size_t first = 0;
     for (const std::uint32_t count : vCounts)
     {
+        checkCancelledAt(first / 3);
         for (std::size_t i = 2; i < count; ++i)
         {
             vCorners.push_back(vVertices[vIndices[first]]);
@@ -228,6 +232,7 @@ bool readPly(const char* filename, bool bPointsOnly, std::vector<Point3>& vPoint
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         errorMessage(TAG, std::string(filename) + " is unreadable, " + e.what());
         return false;
     }
@@ -253,6 +258,7 @@ bool writePointsPly(const std::string& filename, std::vector<Point3>& vPoints, b
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         errorMessage("writePointsPly", filename + " can't be written, " + e.what());
     }
     return false;

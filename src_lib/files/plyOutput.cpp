@@ -1,5 +1,6 @@
 #include "files/plyOutput.h"
 
+#include "text/UnfinishedFile.h"
 #include "text/closeWhole.h"
 
 #include <algorithm>
@@ -57,6 +58,7 @@ bool doFloatsTell(const std::vector<const Point3*>& vPoints, double distance)
 
 bool writePlyFile(tinyply::PlyFile& file, const std::string& filename, bool bASCII, int numDigits)
 {
+    const UnfinishedFile unfinished(filename);
     std::ofstream stream(filename, std::ios::binary);
     if (!stream)
         return false;

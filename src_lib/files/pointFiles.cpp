@@ -1,11 +1,13 @@
 // Point clouds in text and binary files, and the choice by extension.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "files/Visualizer3.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
 #include "text/TextWriter.h"
+#include "text/UnfinishedFile.h"
 #include "text/closeWhole.h"
 
 #include <algorithm>
@@ -101,6 +103,7 @@ void appendBinaryPoints(const char* filename, ByteSource& source, int numCoords,
 
 [[nodiscard]] bool writeScene(const std::string& filename, const std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     Visualizer3 scene(filename, nullptr, true);
     if (!scene.isOpen())
         return false;
@@ -165,6 +168,7 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure(std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }
@@ -202,6 +206,7 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure(std::string(filename) + " can't be read, " + e.what() + "\n");
         return false;
     }
@@ -234,6 +239,7 @@ bool writePoints_auto(std::string& filename, std::vector<Point3>& vPoints, bool 
 
 bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     std::ofstream file(filename, std::ios::binary);
     if (!file)
     {
@@ -250,6 +256,7 @@ bool writePoints_ASCII(const char* filename, const std::vector<Point3>& vPoints)
 
 bool writePoints_BIN(const char* filename, std::vector<Point3>& vPoints)
 {
+    const UnfinishedFile unfinished(filename);
     std::ofstream file(filename, std::ios::binary);
     if (!file)
     {

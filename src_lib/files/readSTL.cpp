@@ -1,6 +1,7 @@
 // Triangles out of ASCII STL files.
 #include "zef_files.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
@@ -146,7 +147,10 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
             throw std::runtime_error("binary STL is not supported");
         std::vector<Point3> vCorners;
         StlParser(source).run(vCorners);
-        vPoints.insert(vPoints.end(), vCorners.begin(), vCorners.end());
+        if (vPoints.empty())
+            vPoints.swap(vCorners);
+        else
+            vPoints.insert(vPoints.end(), vCorners.begin(), vCorners.end());
         return true;
     }
     catch (const std::bad_alloc&)
@@ -155,6 +159,7 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         printFailure("readSTL(): " + std::string(filename) + " is unreadable, " + e.what() + "\n");
         return false;
     }

@@ -1,5 +1,6 @@
 #include "finish/Finisher.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "finish/BorderEvening.h"
@@ -55,8 +56,10 @@ void Finisher::run()
     if (flat.vCorners.empty())
         return;
     load();
+    checkCancelled();
     improve();
     removeFolds();
+    checkCancelled();
     unload();
 }
 

@@ -1,5 +1,6 @@
 #include "finish/SheetParter.h"
 
+#include "core/cancel.h"
 #include "finish/FinRemoval.h"
 #include "finish/SeamPairing.h"
 #include "finish/WrapRemoval.h"
@@ -41,13 +42,19 @@ void SheetParter::run()
 {
     dropUnusable();
     dropDuplicates();
+    checkCancelled();
     SeamTable seams(mesh);
+    checkCancelled();
     WrapRemoval wraps(mesh, seams, cellSize);
     report.numWrapT += wraps.run();
+    checkCancelled();
     report.numFinT += FinRemoval(mesh, seams).run();
     pairTriangles(seams);
+    checkCancelled();
     giveFansVertices();
+    checkCancelled();
     splitTwinEdges();
+    checkCancelled();
     report.numTurnedT += faceOutward(mesh, vMates);
     vIsParted.resize(mesh.vPoints.size(), 0);
     for (std::size_t v = 0; v < wraps.getTouched().size(); ++v)

@@ -4,6 +4,7 @@
 #include <new>
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "geometry/PointTable.h"
 #include "geometry/isFinite.h"
 #include "intake/Pixel.h"
@@ -152,8 +153,12 @@ void Cloud::createBundles(Smooth* pSmooth)
     pProgress->increment(5);
     initPool(bundlePool, vPoints0.size());
     initPool(pointPool, vPoints0.size());
+    CancelStride cancel;
     for (const CellPoint& cellPoint : vPoints0)
+    {
+        cancel.step();
         makeBundle(new (pointPool.getNext()) Point3(cellPoint.point), cellPoint.ccd);
+    }
     pProgress->increment();
     pProgress->setFinished(true);
 }
@@ -223,8 +228,12 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
     }
     vPoints = std::move(vPixels);
     initPool(bundlePool, vPoints.size());
+    CancelStride cancel;
     for (Point3& p : vPoints)
+    {
+        cancel.step();
         makeBundle(&p, pCalc->getCCD(p));
+    }
 }
 
 // The corners, where those with the same coordinates share the first of them.
@@ -233,8 +242,10 @@ std::vector<Point3*> Cloud::weld()
     std::vector<Point3*> vCorners;
     vCorners.reserve(vPoints.size());
     PointTable table;
+    CancelStride cancel;
     for (Point3& p : vPoints)
     {
+        cancel.step();
         Point3* pFirst = table.find(p);
         if (pFirst == nullptr)
         {

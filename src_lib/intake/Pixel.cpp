@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "geometry/tools.h"
 #include "lattice/CellSet.h"
 #include "parallel/sortMT2.h"
@@ -48,6 +49,7 @@ public:
     }
     void step()
     {
+        cancel.step();
         if (++numVisited < stride)
             return;
         pProgress->increment(numVisited);
@@ -58,6 +60,7 @@ private:
     Progress* pProgress;
     u64 stride;
     u64 numVisited = 0;
+    CancelStride cancel;
 };
 
 // One coordinate of a walk along a segment.
@@ -207,8 +210,10 @@ void Pixel::run(std::vector<Point3>& vPixels, CCDPairs& vFeatures, CCDPairs& vBo
 
     CellSet sUsedRCD(vEdgePixels.size());
     Progress* const pEdges = getRootProgress()->getChildProgressSetTodo("mandiffe", vEdgePixels.size());
+    CancelStride cancel;
     for (const auto& [rcd, point] : vEdgePixels)
     {
+        cancel.step();
         if (sUsedRCD.insert(rcd))
             vPixels.push_back(point);
         pEdges->increment();
@@ -238,8 +243,10 @@ void Pixel::linkEdge2T(const std::vector<Point3*>& vTriangleCorners)
     vTri.reserve(vTriangleCorners.size() / 3 + 1);
     vEdge2Tri.reserve(vTriangleCorners.size() + 1);
     std::size_t skip = 0;
+    CancelStride cancel;
     for (std::size_t i = 0; i < vTriangleCorners.size(); i += 3)
     {
+        cancel.step();
         Point3* corners[3] = {vTriangleCorners[i], vTriangleCorners[i + 1], vTriangleCorners[i + 2]};
         bool bOK = isUsable(corners[0], corners[1], corners[2]);
         std::sort(corners, corners + 3, isLower);
@@ -286,6 +293,7 @@ std::vector<std::uint32_t> Pixel::findEdgeGroups() const
     std::size_t begin = 0;
     for (std::size_t k = 0; k < vEdge2Tri.size(); ++k)
     {
+        checkCancelledAt(k);
         const auto& [edge, tri] = vEdge2Tri[k];
         if (edge != vEdge2Tri[begin].first)
             begin = k;
@@ -312,6 +320,7 @@ void Pixel::bfsSort()
         vOrder.push_back(static_cast<std::uint32_t>(seed));
         for (; front < vOrder.size(); ++front)
         {
+            checkCancelledAt(front);
             const std::size_t firstEdge = std::size_t{3} * vOrder[front];
             for (std::size_t i = firstEdge; i < firstEdge + 3; ++i)
             {
@@ -334,8 +343,10 @@ void Pixel::renumber(const std::vector<std::uint32_t>& vOrder)
     std::vector<Tri> vSorted;
     vSorted.reserve(vTri.size());
     std::vector<std::uint32_t> vNewPlaces(vTri.size());
+    CancelStride cancel;
     for (const std::uint32_t old : vOrder)
     {
+        cancel.step();
         vNewPlaces[old] = static_cast<std::uint32_t>(vSorted.size());
         vSorted.push_back(vTri[old]);
     }
@@ -359,8 +370,10 @@ void Pixel::pixelAllEdges(double featureAngle, std::vector<RCDPoint>& vPixelRCD,
 
     std::vector<RCDPoint> vRaster;
     Progress* const pFeature = getRootProgress()->getChildProgressSetTodo("feate", vFeatureEdges.size());
+    CancelStride cancel;
     for (const auto& [maxDih, ends] : vFeatureEdges)
     {
+        cancel.step();
         vRaster.clear();
         rasterizeEdge(*ends.first, *ends.second, vRaster);
         for (const RCDPoint& pixel : vRaster)
@@ -376,6 +389,7 @@ void Pixel::pixelAllEdges(double featureAngle, std::vector<RCDPoint>& vPixelRCD,
     Progress* const pFlat = getRootProgress()->getChildProgressSetTodo("nfeate", vFlatEdges.size());
     for (const std::size_t group : vFlatEdges)
     {
+        cancel.step();
         const auto [a, b] = getEnds(vEdge2Tri[group].first);
         const Plane plane(*a, vTri[vEdge2Tri[group].second].getNNV(a, b));
         vRaster.clear();
@@ -396,8 +410,10 @@ void Pixel::sortOutEdges(double featureAngle, FeatureList& vFeatureEdges,
                          std::vector<std::size_t>& vFlatEdges)
 {
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("dih2e", vEdge2Tri.size());
+    CancelStride cancel;
     for (std::size_t begin = 0, end = 0; begin < vEdge2Tri.size(); begin = end)
     {
+        cancel.step();
         end = getGroupEnd(begin);
         const bool bBorder = end - begin == 1;
         const double maxDih = bBorder ? FeatureEdge::BORDER_DIH : getMaxDih(begin, end);
@@ -450,6 +466,7 @@ void Pixel::rasterizeEdge(const Point3& p0, const Point3& p1, std::vector<RCDPoi
     for (u64 pass = 0;; ++pass)
     {
         ASSEX(pass < maxPasses);
+        checkCancelledAt(static_cast<std::size_t>(pass));
         walk.findWall();
         const Point3 middle = walk.getMiddle();
         const RCD rcd = pCalc->getRCD(middle);
@@ -513,8 +530,10 @@ Point3 Pixel::getMidOfCutPlane(RCD rcd, const Plane& plane, bool& bOK) const
 void Pixel::pixelAllTriangles(std::vector<RCDPoint>& vPixelRCD) const
 {
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("ar4", vTri.size());
+    CancelStride cancel;
     for (const Tri& tri : vTri)
     {
+        cancel.step();
         const std::ptrdiff_t numOld = static_cast<std::ptrdiff_t>(vPixelRCD.size());
         rasterizeTriangle(tri.getP0(), tri.getP1(), tri.getP2(), vPixelRCD);
         // Neighbouring rows hit the same cells; what goes here need not be sorted with all the others.
@@ -553,8 +572,12 @@ void Pixel::rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* 
     const double lift1 = spacingAbs / std::sin(angle1 * DEGREES_TO_RAD) * ROW_STEP;
     const double lift2 = spacingAbs / std::sin(angle2 * DEGREES_TO_RAD) * ROW_STEP;
     const double numRows = std::ceil((*p0 - *p1).length() / lift1);
+    CancelStride cancel;
     for (double i = 0.0; i < numRows; i += 1.0)
+    {
+        cancel.step();
         rasterizePlane(plane, *p1 + vec10 * (i * lift1), *p2 + vec20 * (i * lift2), vPixelRCD);
+    }
 }
 
 // The row's first cell is left to its neighbours.
@@ -570,8 +593,10 @@ void Pixel::rasterizePlane(const Plane& plane, const Point3& a, const Point3& b,
     v.mul(spacingAbs * ROW_STEP / maxComponent);
     const double num = std::ceil(len / v.length());
     RCD lastRCD = pCalc->getRCD(a);
+    CancelStride cancel;
     for (double i = 0.0; i < num; i += 1.0)
     {
+        cancel.step();
         const Point3 onRow = a + v * i;
         const RCD rcd = pCalc->getRCD(onRow);
         if (rcd == lastRCD)

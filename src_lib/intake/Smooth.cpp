@@ -5,6 +5,7 @@
 
 #include "core/CallScope.h"
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "lattice/CellOrder.h"
 #include "occupancy/SheetGaps.h"
 #include "parallel/parallelFor.h"
@@ -163,6 +164,7 @@ void Smooth::addNodes(std::vector<SNode> vNew)
     vNodes.resize(to);
     while (!vNew.empty())
     {
+        checkCancelledAt(to);
         if (from > 0 && vNew.back().getRCD() < vNodes[from - 1].getRCD())
         {
             vNodes[--to] = vNodes[--from];

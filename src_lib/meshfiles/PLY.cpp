@@ -1,5 +1,6 @@
 #include "meshfiles/PLY.h"
 
+#include "core/cancel.h"
 #include "core/definitions.h"
 #include "files/PointNumbering.h"
 #include "files/plyOutput.h"
@@ -76,6 +77,7 @@ bool PLY::writePly(const RMesh* pRMesh, const std::string& name, bool bASCII)
     }
     catch (const std::exception& e)
     {
+        checkCancelled(); // which is no fault of the file
         errorMessage(TAG, "failed to write " + name + ", " + e.what());
     }
     return false;

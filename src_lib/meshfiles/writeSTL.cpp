@@ -5,6 +5,7 @@
 #include "rmesh/RMesh.h"
 #include "rmesh/RTriangle.h"
 #include "text/TextWriter.h"
+#include "text/UnfinishedFile.h"
 #include "text/closeWhole.h"
 
 #include <fstream>
@@ -36,6 +37,7 @@ void writeFacet(TextWriter& out, const RTriangle& triangle)
 
 bool writeSTL(const RMesh* pRMesh, const std::string& name)
 {
+    const UnfinishedFile unfinished(name);
     std::ofstream file(name, std::ios::binary);
     if (!file)
     {

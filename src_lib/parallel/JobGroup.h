@@ -1,6 +1,7 @@
 #ifndef ZEF_JOBGROUP_H
 #define ZEF_JOBGROUP_H
 
+#include "core/cancel.h"
 #include "parallel/WorkerPool.h"
 
 #include <cstddef>
@@ -13,6 +14,8 @@ namespace TARN_ZEF
 // The jobs that one caller has in the process's pool at a time.
 //
 // Invariant:  no job outlives the group, so jobs may refer to the caller's locals that were made before it.
+// Cancelling: jobs stand under the token of the caller's call; those that have not begun when it is cancelled end at
+//             once with its exception.
 // Threads:    one caller; never inside a job.
 class JobGroup
 {
@@ -31,7 +34,13 @@ public:
     {
         // The place first: a future that finds none would lose its job out of sight.
         std::future<void>& handle = vHandles.emplace_back();
-        handle = getWorkerPool().push([f = std::move(f)](int) mutable { f(); });
+        handle = getWorkerPool().push(
+            [f = std::move(f), pScope = pCancelScope](int) mutable
+            {
+                const CancelAdoption adoption(pScope);
+                checkCancelled();
+                f();
+            });
     }
 
     // Waits for every job, then rethrows the exception of the first one in order of push() that failed. The
@@ -46,6 +55,7 @@ public:
             if (handle.valid())
                 handle.get();
         }
+        checkCancelled();
     }
 
 private:

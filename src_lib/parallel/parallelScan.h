@@ -14,16 +14,19 @@ namespace TARN_ZEF
 // it, and fill(chunk, first) follows at once on the same thread, while the chunk is in its cache, with the number
 // of things in all chunks before. Returns the number of all. The same for every number of threads.
 //
-// Both may run on any worker of the pool, count() of one chunk beside calls for others. They must not throw.
+// Both may run on any worker of the pool, count() of one chunk beside calls for others. They must not throw, and do
+// not stand under the token of the call: a cancelled one passes over the chunks that are left, and throws at the end.
 template <typename Count, typename Fill>
 std::size_t parallelScan(std::size_t numChunks, Count count, Fill fill)
 {
+    checkCancelled();
     const auto numThreads = static_cast<std::size_t>(getNumThreads());
     if (numChunks < 2 || numThreads < 2 || isWorkerThread())
     {
         std::size_t num = 0;
         for (std::size_t chunk = 0; chunk < numChunks; ++chunk)
         {
+            checkCancelled();
             const std::size_t first = num;
             num += count(chunk);
             fill(chunk, first);
@@ -36,22 +39,27 @@ std::size_t parallelScan(std::size_t numChunks, Count count, Fill fill)
         vBefore[chunk].store(unknown, std::memory_order_relaxed);
     // Chunks are taken in order, and the lowest one under way waits for nobody.
     std::atomic<std::size_t> next = 0;
+    const CancelScope* const pScope = pCancelScope;
     const auto work = [&]() noexcept
     {
+        const CancelAdoption adoption(nullptr);
         for (std::size_t chunk = next++; chunk < numChunks; chunk = next++)
         {
-            const std::uint64_t num = count(chunk);
+            const bool bCancelled = CancelCheck::isCancelled(pScope);
+            const std::uint64_t num = bCancelled ? 0 : count(chunk);
             vBefore[chunk].wait(unknown, std::memory_order_acquire);
             const std::uint64_t first = vBefore[chunk].load(std::memory_order_acquire);
             vBefore[chunk + 1].store(first + num, std::memory_order_release);
             vBefore[chunk + 1].notify_one();
-            fill(chunk, static_cast<std::size_t>(first));
+            if (!bCancelled)
+                fill(chunk, static_cast<std::size_t>(first));
         }
     };
     JobGroup jobs;
     for (std::size_t i = 0; i < numThreads; ++i)
         jobs.push(work);
     jobs.finish();
+    checkCancelled();
     return static_cast<std::size_t>(vBefore[numChunks].load(std::memory_order_acquire));
 }
 

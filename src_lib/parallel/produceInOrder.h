@@ -23,6 +23,7 @@ void produceInOrder(std::vector<Slot>& vSlots, std::size_t num, Produce produce,
     {
         for (std::size_t i = 0; i < num; ++i)
         {
+            checkCancelled();
             produce(vSlots.front(), i);
             consume(vSlots.front());
         }
@@ -38,6 +39,7 @@ void produceInOrder(std::vector<Slot>& vSlots, std::size_t num, Produce produce,
         start(i);
     for (std::size_t i = 0; i < num; ++i)
     {
+        checkCancelled();
         vJobs[i % vSlots.size()].finish();
         consume(vSlots[i % vSlots.size()]);
         if (i + vSlots.size() < num)

@@ -155,7 +155,10 @@ void quickSort(Iterator first, Iterator last, Compare cmp)
         return;
     }
     std::vector<Level> vvFromTo = {{{0, vectorSize}}};
-    while (vvFromTo.back().size() < numThreads)
+    // A sort that may be cancelled is cut smaller, since nobody looks within a range.
+    const std::size_t numRanges =
+        pCancelScope == nullptr ? numThreads : std::max(numThreads, std::size_t{16});
+    while (vvFromTo.back().size() < numRanges)
         vvFromTo.push_back(makeNextLevel(first, vvFromTo.back(), cmp));
     sortRanges(first, vvFromTo.back(), vectorSize, cmp);
 }

@@ -1,5 +1,6 @@
 #include "remesh/BodyParter.h"
 
+#include "core/cancel.h"
 #include "geometry/tools.h"
 #include "remesh/SoupEdgeTable.h"
 #include "remesh/triangles.h"
@@ -192,8 +193,10 @@ void BodyParter::findFacing(const FlatSoup& soup, TurnedSets& sets)
     vFacing.assign(soup.numTriangles(), 0);
     std::vector<double> vVolume(soup.numTriangles(), 0.0);
     std::vector<double> vArea(soup.numTriangles(), 0.0);
+    CancelStride cancel;
     for (int t = 0; t < soup.numTriangles(); ++t)
     {
+        cancel.step();
         const TurnedSets::Place place = sets.find(t);
         const Point3& base = soup.pointOf(3 * place.set);
         const Vector3 a = soup.pointOf(3 * t) - base;

@@ -1,5 +1,6 @@
 #include "remesh/EdgeCollapser.h"
 
+#include "core/cancel.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -43,6 +44,7 @@ void EdgeCollapser::collapseShort()
 
 bool EdgeCollapser::tryCollapse(int h, double longest)
 {
+    checkCancelled();
     if (!keepsShape(h, longest) || !keepsDistance(h) || !mesh.mayCollapse(h))
         return false;
     mesh.collapse(h);

@@ -1,5 +1,6 @@
 #include "remesh/EdgeFlipper.h"
 
+#include "core/cancel.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -34,8 +35,10 @@ void EdgeFlipper::flipFrom(std::vector<int> vQueue, Aim aim)
     for (int pass = 0; pass < MAX_PASSES && !vQueue.empty(); ++pass)
     {
         std::vector<int> vNext;
+        CancelStride cancel;
         for (const int h : vQueue)
         {
+            cancel.step();
             vQueued[h] = 0;
             if (mesh.feature(h) == 0 && !mesh.isBorder(h) && wantsFlip(h, aim) && mesh.mayFlip(h) &&
                 keepsSurface(h))

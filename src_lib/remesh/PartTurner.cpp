@@ -1,5 +1,6 @@
 #include "remesh/PartTurner.h"
 
+#include "core/cancel.h"
 #include "geometry/tools.h"
 #include "remesh/SoupEdgeTable.h"
 
@@ -71,8 +72,10 @@ void PartTurner::run()
 
 void PartTurner::measure()
 {
+    CancelStride cancel;
     for (int t = 0; t < soup.numTriangles(); ++t)
     {
+        cancel.step();
         Part& part = vParts[vPart[t]];
         if (part.vTriangles.empty())
             part.low = part.high = soup.pointOf(3 * t);
@@ -131,6 +134,7 @@ int PartTurner::countAround(const Part& inner) const
 // Well inside: on the surface the winding is a half.
 bool PartTurner::isInside(const Point3& p, const Part& outer) const
 {
+    checkCancelled();
     double winding = 0.0;
     for (const int t : outer.vTriangles)
         winding +=

@@ -1,5 +1,6 @@
 #include "remesh/PatchWalker.h"
 
+#include "core/cancel.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -15,6 +16,7 @@ constexpr double WIDER = 4.0;
 
 SurfacePlace PatchWalker::walk(const Point3& p, int startTriangle) const
 {
+    checkCancelled();
     SurfacePlace place{startTriangle, mesh.point(mesh.from(4 * startTriangle)), DBL_MAX};
     int edge = -1;
     int corner = -1;

@@ -1,5 +1,6 @@
 #include "remesh/SoupEdgeTable.h"
 
+#include "core/cancel.h"
 #include "remesh/FlatSoup.h"
 
 #include <algorithm>
@@ -24,6 +25,7 @@ SoupEdgeTable::SoupEdgeTable(std::size_t numVertices, const std::vector<int>& vC
     vCornerOf.reserve(vCorners.size());
     for (std::size_t v = 0; v < numVertices; ++v)
     {
+        checkCancelledAt(v);
         std::sort(vHigh.begin() + vStart[v], vHigh.begin() + vStart[v + 1]);
         for (int i = vStart[v]; i < vStart[v + 1]; ++i)
         {

@@ -1,6 +1,8 @@
 #ifndef ZEF_SOUPEDGETABLE_H
 #define ZEF_SOUPEDGETABLE_H
 
+#include "core/cancel.h"
+
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -20,8 +22,10 @@ public:
     template <typename F>
     void forEachEdge(F f) const
     {
+        CancelStride cancel;
         for (std::size_t from = 0; from < vCornerOf.size();)
         {
+            cancel.step();
             std::size_t to = from + 1;
             while (to < vCornerOf.size() && vKey[to] == vKey[from])
                 ++to;

@@ -1,5 +1,6 @@
 #include "remesh/SoupWelder.h"
 
+#include "core/cancel.h"
 #include "geometry/tools.h"
 #include "remesh/SoupEdgeTable.h"
 #include "tarn_locate3/RTree.h"
@@ -90,8 +91,10 @@ int filterTriangles(FlatSoup& soup, F keep)
 {
     std::size_t out = 0;
     const int num = soup.numTriangles();
+    CancelStride cancel;
     for (int t = 0; t < num; ++t)
     {
+        cancel.step();
         if (!keep(t))
             continue;
         for (int k = 0; k < 3; ++k)
@@ -400,8 +403,10 @@ void SoupWelder::weldEqual(const std::vector<Point3>& vTriCorners)
     const auto same = [this](const Point3& p, int v) { return soup.vPoints[v] == p; };
     NumberTable table(vTriCorners.size(), hashOf, same);
     soup.vCorners.reserve(vTriCorners.size());
+    CancelStride cancel;
     for (const Point3& corner : vTriCorners)
     {
+        cancel.step();
         const Point3 p(corner.x() + 0.0, corner.y() + 0.0, corner.z() + 0.0); // one zero for both signs
         const int next = static_cast<int>(soup.vPoints.size());
         const int v = table.find(p, next);
@@ -419,8 +424,10 @@ void SoupWelder::weldNear()
         return;
     NearGrid grid(soup.vPoints, tolerance);
     std::vector<int> vTarget(soup.vPoints.size());
+    CancelStride cancel;
     for (int v = 0; v < static_cast<int>(vTarget.size()); ++v)
     {
+        cancel.step();
         vTarget[v] = grid.findFirst(v);
         numWelded += vTarget[v] == v ? 0 : 1;
     }
@@ -494,8 +501,10 @@ bool SoupWelder::splitJoints()
     std::vector<bool> vSplit(soup.numTriangles(), false);
     bool bAny = false;
     std::sort(vOpen.begin(), vOpen.end());
+    CancelStride cancel;
     for (const int c : vOpen)
     {
+        cancel.step();
         if (vSplit[c / 3])
             continue;
         const std::vector<int> vOnEdge = finder.verticesOn(c);

@@ -1,5 +1,6 @@
 #include "remesh/SourceSurface.h"
 
+#include "core/cancel.h"
 #include "remesh/TurnedSets.h"
 #include "remesh/triangles.h"
 
@@ -295,8 +296,10 @@ bool SourceSurface::isTip(int v, double length, double tolerance) const
 
 void SourceSurface::findKinds(double length, double tolerance)
 {
+    CancelStride cancel;
     for (int v = 0; v < mesh.endVertices(); ++v)
     {
+        cancel.step();
         std::vector<Vector3> vAway;
         forEachFeatureAt(mesh, v, [&](int u, int) { vAway.push_back(mesh.point(u) - mesh.point(v)); });
         if (vAway.empty())

@@ -1,5 +1,6 @@
 #include "remesh/VertexRelaxer.h"
 
+#include "core/cancel.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -21,6 +22,7 @@ void VertexRelaxer::relax(bool bOnlyBetter)
 
 bool VertexRelaxer::relaxVertex(int v, bool bOnlyBetter)
 {
+    checkCancelled();
     if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
         return false;
     const int t = HalfEdgeMesh::triangleOf(mesh.outgoing(v));

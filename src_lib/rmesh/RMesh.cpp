@@ -1,6 +1,7 @@
 #include "rmesh/RMesh.h"
 
 #include "cmesh/CMesh.h"
+#include "core/cancel.h"
 #include "lattice/Bundle.h"
 #include "lattice/BundleMap.h"
 #include "lattice/CellIndex.h"
@@ -95,11 +96,18 @@ RMesh::RMesh(const RMeshSource& source, std::vector<StorageBlock> vStorage)
     initPools(numPoints, numTriangles, vStorage);
     std::vector<Point3*> vVertices;
     vVertices.reserve(numPoints);
+    CancelStride cancel;
     for (const Point3& point : source.vPoints)
+    {
+        cancel.step();
         vVertices.push_back(makeVertex(point));
+    }
     for (std::size_t i = 0; i < source.vCorners.size(); i += 3)
+    {
+        cancel.step();
         createT(vVertices[source.vCorners[i]], vVertices[source.vCorners[i + 1]],
                 vVertices[source.vCorners[i + 2]]);
+    }
 }
 
 RMesh::~RMesh()

@@ -5,6 +5,7 @@
 #include "cmesh/uniteAcrossEdges.h"
 #include "core/Progress.h"
 #include "core/appendNew.h"
+#include "core/cancel.h"
 #include "core/zefRand.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
@@ -311,6 +312,7 @@ std::size_t RMesh::killDegenerate(bool bKeepTopology)
     std::vector<RTriangle*> vWork;
     for (std::size_t i = getAllT().size(); i-- > 0;)
     {
+        checkCancelledAt(i);
         vWork.push_back(getAllT()[i]);
         while (!vWork.empty())
         {

@@ -2,6 +2,7 @@
 #include "rmesh/RMesh.h"
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "core/zefRand.h"
 #include "geometry/tools.h"
 #include "parallel/JobGroup.h"
@@ -88,6 +89,7 @@ void RMesh::getEdgeFlipCandidates_MT_priv(const std::vector<REdge*>& vInRE, doub
     REdgeEnergy ee(this, nullptr);
     for (std::size_t i = from; i < to; ++i)
     {
+        checkCancelled();
         REdge* pRE = vInRE[i];
         if (!pRE->isInner())
             continue;
@@ -104,6 +106,7 @@ void RMesh::computePostponedFlips(double minImprovement, double temperature,
     REdgeEnergy ee(this, nullptr);
     for (auto& [improvement, pRE] : vImpRE)
     {
+        checkCancelled();
         if (pRE == nullptr || !isNaN(improvement))
             continue;
         improvement = ee.getImprovement(pRE);

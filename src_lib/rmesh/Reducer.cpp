@@ -1,6 +1,7 @@
 #include "rmesh/Reducer.h"
 
 #include "core/Progress.h"
+#include "core/cancel.h"
 #include "core/prefetch.h"
 #include "geometry/tools.h"
 #include "parallel/JobGroup.h"
@@ -71,6 +72,7 @@ int Reducer::run()
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("RM_redprocprioq", todo);
     while (!queue.empty())
     {
+        checkCancelled(); // the mesh is whole between two collapses
         fetchAhead();
         RECandidate candidate = queue.front();
         queue.pop();
@@ -177,6 +179,10 @@ void Reducer::evaluateCandidates_MT(const std::vector<Point3*>& vVtx)
         vIsInBatch[numberOf(pVtx)] = 0;
 
     std::vector<RECandidate> vPenaltyRE;
+    std::size_t numFound = 0;
+    for (const std::vector<RECandidate>& vFound : vvFound)
+        numFound += vFound.size();
+    vPenaltyRE.reserve(numFound);
     for (const std::vector<RECandidate>& vFound : vvFound)
         vPenaltyRE.insert(vPenaltyRE.end(), vFound.begin(), vFound.end());
     sortMT(vPenaltyRE.begin(), vPenaltyRE.end(), ByPenalty());
@@ -189,6 +195,7 @@ void Reducer::evaluateVertices(const std::vector<Point3*>& vVtx, std::size_t fro
     Buffers buffers;
     for (std::size_t i = from; i < to; ++i)
     {
+        checkCancelledAt(i);
         if ((i - from) % NUM_VERTICES_AHEAD == 0)
             fetchFansOf(vVtx, i, std::min(i + NUM_VERTICES_AHEAD, to), buffers);
         collectEdgesAt(vVtx[i], buffers.vRE);

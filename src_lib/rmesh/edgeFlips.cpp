@@ -2,6 +2,7 @@
 
 #include "core/Progress.h"
 #include "core/StableQueue.h"
+#include "core/cancel.h"
 #include "core/zefRand.h"
 #include "rmesh/REdgeEnergy.h"
 #include "rmesh/RMesh.h"
@@ -62,6 +63,7 @@ int flipGreedily(RMesh* pRMesh)
     int numFlips = 0;
     while (!queue.empty())
     {
+        checkCancelled(); // the mesh is whole between two flips
         const auto [savedImprovement, pRE] = queue.front();
         queue.pop();
         ASSEX(savedImprovement > LOWEST_DBL);
@@ -92,8 +94,11 @@ void edgeFlipsSimA(RMesh* pRMesh, double temperature)
     zefShuffle(vImpRE.begin(), vImpRE.end());
     REdgeEnergy energy(pRMesh, nullptr);
     for (const auto& [savedImprovement, pRE] : vImpRE)
+    {
+        checkCancelled();
         if (pRE->isInner() && getFreshImprovement(energy, pRE) != LOWEST_DBL)
             pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
+    }
 }
 
 std::vector<double> getAnnealingTemperatures()

@@ -3,6 +3,8 @@
 
 #include "Point3.h"
 
+#include "core/cancel.h"
+
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -96,11 +98,15 @@ public:
     template <typename F>
     void forEachEdge(F f) const
     {
+        CancelStride cancel;
         for (int t = 0; t < endTriangles(); ++t)
+        {
+            cancel.step();
             if (isAlive(t))
                 for (int h = 4 * t; h < 4 * t + 3; ++h)
                     if (isEdge(h))
                         f(h);
+        }
     }
     [[nodiscard]] int findHalfEdge(int a, int b) const; // from a to b; NONE if there is none
     [[nodiscard]] bool hasEdge(int a, int b) const;     // in either direction

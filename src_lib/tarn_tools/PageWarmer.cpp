@@ -36,7 +36,8 @@ void mapPages(char*, std::size_t) {}
 
 void PageWarmer::begin(void* pMemory, std::size_t numBytes_)
 {
-    finish();
+    const CancelAdoption never(nullptr);
+    jobs.finish();
     pBlock = static_cast<char*>(pMemory);
     numBytes = numBytes_;
     const bool bWorth = CAN_MAP_AHEAD && numBytes >= MIN_BLOCK && getNumThreads() > 1 && !isWorkerThread();
@@ -46,6 +47,7 @@ void PageWarmer::begin(void* pMemory, std::size_t numBytes_)
 
 std::size_t PageWarmer::advance()
 {
+    const CancelAdoption never(nullptr);
     released = std::min(released + STEP, numBytes);
     const std::size_t wanted = std::min(released + NUM_STEPS_AHEAD * STEP, numBytes);
     while (ordered < wanted)
@@ -55,6 +57,12 @@ std::size_t PageWarmer::advance()
         ordered += num;
     }
     return released;
+}
+
+void PageWarmer::finish()
+{
+    const CancelAdoption never(nullptr);
+    jobs.finish();
 }
 
 } // namespace TARN_ZEF

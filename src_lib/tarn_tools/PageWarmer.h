@@ -16,6 +16,7 @@ namespace TARN_ZEF
 //
 // Ownership:  none; the block must live until finish() or the end of the warmer.
 // Threads:    one caller.
+// Cancelling: never ends a job, as blocks are asked for within steps that must not be left half done.
 // Cost:       a job for each 4 MB; nothing with one thread, inside a job, for small blocks, and where the system
 //             has no call for it. Memory in use grows by at most 20 MB before its time.
 class PageWarmer
@@ -26,7 +27,7 @@ public:
     // How many bytes from the start of the block the caller may fill before it asks again: more at each call,
     // in the end the whole block. Lets the workers go ahead of that.
     [[nodiscard]] std::size_t advance();
-    void finish() { jobs.finish(); } // waits for what is under way
+    void finish(); // waits for what is under way
 
 private:
     JobGroup jobs;

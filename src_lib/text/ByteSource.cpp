@@ -1,5 +1,7 @@
 #include "text/ByteSource.h"
 
+#include "core/cancel.h"
+
 #include <cstring>
 #include <istream>
 #include <stdexcept>
@@ -32,6 +34,7 @@ ByteSource::ByteSource(std::istream& stream_)
 
 bool ByteSource::readMore()
 {
+    checkCancelled();
     if (first > 0)
     {
         std::memmove(vBuffer.data(), getData(), getAvailable());

@@ -1,5 +1,7 @@
 #include "text/TextWriter.h"
 
+#include "core/cancel.h"
+
 #include <cstring>
 #include <ostream>
 
@@ -21,7 +23,7 @@ TextWriter::TextWriter(std::ostream& stream_, int precision_)
 
 TextWriter::~TextWriter()
 {
-    flush();
+    writeOut();
 }
 
 void TextWriter::text(std::string_view s)
@@ -40,6 +42,12 @@ void TextWriter::text(std::string_view s)
 }
 
 void TextWriter::flush()
+{
+    checkCancelled();
+    writeOut();
+}
+
+void TextWriter::writeOut()
 {
     stream.write(pBuffer.get(), pNext - pBuffer.get());
     pNext = pBuffer.get();

@@ -15,7 +15,8 @@ namespace TARN_ZEF
 // the stream itself would print in its default notation.
 //
 // Ownership:  refers to the stream, which must outlive it. What is not flushed yet goes out with the writer.
-// Errors:     none of its own; they stand in the state of the stream (see closeWhole).
+// Errors:     none of its own but that of a cancelled call, from all members that write; others stand in the state of
+//             the stream (see closeWhole).
 class TextWriter
 {
 public:
@@ -51,6 +52,7 @@ public:
     void flush();
 
 private:
+    void writeOut();
     void ensureRoom()
     {
         if (pEnd - pNext < LONGEST_NUMBER)

@@ -1,0 +1,253 @@
+// How long each public call goes on after it was cancelled.
+//
+//     zef_cancel_latency [points [cancels a call [first letters of the calls]]]   1,000,000 and 15 if not given
+//
+// Each call runs once to its end and then again and again, cancelled at a random time of its run. Printed: the time
+// of the whole call, and how long after cancel() the exception arrived, in the median and at worst. The machine should
+// be idle: a thread that gets no processor cannot look. At the end the reconstruction runs once more; its
+// triangles must be those of the first one.
+#include "zef.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <functional>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+using namespace TARN_ZEF;
+
+namespace
+{
+using Clock = std::chrono::steady_clock;
+using Points = std::vector<Point3>;
+
+double getSeconds(Clock::time_point from, Clock::time_point to)
+{
+    return std::chrono::duration<double>(to - from).count();
+}
+
+// prepare is not timed: it makes what the call changes.
+struct Subject
+{
+    std::string name;
+    std::function<void()> prepare;
+    std::function<void()> run;
+};
+
+// Seconds from cancel() to the exception; below 0 if the call was through before.
+double cancelAfter(const Subject& subject, double delay)
+{
+    subject.prepare();
+    const CancelToken token;
+    const CancelScope scope(token);
+    Clock::time_point cancelled;
+    std::thread canceller(
+        [&]
+        {
+            std::this_thread::sleep_for(std::chrono::duration<double>(delay));
+            cancelled = Clock::now();
+            token.cancel();
+        });
+    bool bThrown = false;
+    try
+    {
+        subject.run();
+    }
+    catch (const ZefCancelledException&)
+    {
+        bThrown = true;
+    }
+    const Clock::time_point end = Clock::now();
+    canceller.join();
+    return bThrown ? getSeconds(cancelled, end) : -1.0;
+}
+
+void measure(const Subject& subject, int numCancels, double& worst)
+{
+    subject.prepare();
+    const Clock::time_point start = Clock::now();
+    subject.run();
+    const double whole = getSeconds(start, Clock::now());
+    std::vector<double> vLatencies;
+    std::mt19937 random(1);
+    for (int i = 0; i < numCancels; ++i)
+    {
+        const double delay = whole * (i + std::generate_canonical<double, 32>(random)) / numCancels;
+        const double latency = cancelAfter(subject, delay);
+        if (latency >= 0.0)
+            vLatencies.push_back(latency);
+    }
+    std::sort(vLatencies.begin(), vLatencies.end());
+    const bool bAny = !vLatencies.empty();
+    std::printf("%-24s %8.2f s %4zu %8.0f ms %8.0f ms\n", subject.name.c_str(), whole, vLatencies.size(),
+                bAny ? 1e3 * vLatencies[vLatencies.size() / 2] : 0.0, bAny ? 1e3 * vLatencies.back() : 0.0);
+    std::fflush(stdout);
+    worst = bAny ? std::max(worst, vLatencies.back()) : worst;
+}
+
+Points getCornersOf(const Mesh& mesh)
+{
+    std::vector<Point3*> vCorners;
+    mesh.getTriangles(vCorners);
+    Points corners;
+    corners.reserve(vCorners.size());
+    for (const Point3* pCorner : vCorners)
+        corners.push_back(*pCorner);
+    return corners;
+}
+
+class Bench
+{
+public:
+    explicit Bench(std::size_t num)
+    {
+        generateSampleSurface(num, 1, cloud);
+        pFirst = reconstruct_auto(cloud, false, 1.0);
+        soup = getCornersOf(*pFirst);
+        edge = pFirst->getAverageEdgeLength();
+        folder = (std::filesystem::temp_directory_path() / "zef_cancel_latency").string();
+        std::filesystem::create_directories(folder);
+        std::string name = folder + "/cloud.ply";
+        bool bWritten = writePoints_auto(name, cloud, true);
+        bWritten = writePoints_ASCII((folder + "/cloud.xyz").c_str(), cloud) && bWritten;
+        bWritten = writePoints_BIN((folder + "/cloud.bin").c_str(), cloud) && bWritten;
+        bWritten = pFirst->writeStl_ASCII(folder + "/mesh.stl") && bWritten;
+        bWritten = pFirst->writePly_BIN(folder + "/mesh.ply") && bWritten; // text, see there
+        if (!bWritten)
+            std::exit(1);
+    }
+    ~Bench() { std::filesystem::remove_all(folder); }
+    Bench(const Bench&) = delete;
+    Bench& operator=(const Bench&) = delete;
+
+    std::vector<Subject> getSubjects()
+    {
+        std::vector<Subject> v;
+        addMakers(v);
+        addImprovers(v);
+        addReaders(v);
+        addWriters(v);
+        return v;
+    }
+
+    [[nodiscard]] bool isAsBefore()
+    {
+        const Points again = getCornersOf(*reconstruct_auto(cloud, false, 1.0));
+        return std::equal(again.begin(), again.end(), soup.begin(), soup.end());
+    }
+
+private:
+    void add(std::vector<Subject>& v, const char* name, std::function<void()> run)
+    {
+        v.push_back({name, [this] { pMesh.reset(); }, std::move(run)});
+    }
+
+    void addMakers(std::vector<Subject>& v)
+    {
+        add(v, "reconstruct_auto", [this] { pMesh = reconstruct_auto(cloud, false, 1.0); });
+        add(v, "reconstruct_auto smooth", [this] { pMesh = reconstruct_auto(cloud, true, 1.0); });
+        add(v, "autoReconstruct", [this] { pMesh = autoReconstruct(cloud); });
+        add(v, "estimateAvgSpacing", [this] { static_cast<void>(estimateAvgSpacing(cloud)); });
+        add(v, "melt", [this] { pMesh = melt(soup, edge, 30.0); });
+        add(v, "toCloud",
+            [this]
+            {
+                Points samples;
+                toCloud(soup, edge, 30.0, samples);
+            });
+        add(v, "remesh", [this] { pMesh = remesh(soup); });
+        add(v, "checkMesh", [this] { static_cast<void>(checkMesh(*pFirst)); });
+        add(v, "finishSurface", [this] { pMesh = finishSurface(*pFirst, cloud); });
+    }
+
+    void addImprover(std::vector<Subject>& v, const char* name, std::function<void()> run)
+    {
+        v.push_back({name, [this] { pMesh = reconstruct_auto(cloud, false, 1.0); }, std::move(run)});
+    }
+
+    void addImprovers(std::vector<Subject>& v)
+    {
+        addImprover(v, "reduce", [this] { reduce(pMesh, 3.0 * edge, 40.0, true); });
+        addImprover(v, "edgeFlips", [this] { edgeFlips(pMesh); });
+        addImprover(v, "laplacianSmoothing", [this] { laplacianSmoothing(pMesh, 3); });
+        addImprover(v, "edgeFlipsSimA", [this] { edgeFlipsSimA(pMesh); });
+    }
+
+    // read: bool(const char* name, Points&)
+    template <typename Read>
+    void addReader(std::vector<Subject>& v, const char* label, const char* name, Read read)
+    {
+        add(v, label,
+            [this, name, read]
+            {
+                Points points;
+                if (!read((folder + name).c_str(), points))
+                    std::exit(1);
+            });
+    }
+
+    void addReaders(std::vector<Subject>& v)
+    {
+        addReader(v, "read text", "/cloud.xyz", readPoints_ASCII);
+        addReader(v, "read binary", "/cloud.bin", readPoints_BIN);
+        addReader(v, "read PLY points", "/cloud.ply",
+                  [](const char* name, Points& points) { return readPly(name, true, points); });
+        addReader(v, "read PLY triangles", "/mesh.ply",
+                  [](const char* name, Points& points) { return readPly(name, false, points); });
+        addReader(v, "read STL", "/mesh.stl", readSTL_ASCII);
+    }
+
+    void addWriters(std::vector<Subject>& v)
+    {
+        const auto addWriter = [&](const char* label, const char* extension, auto write)
+        {
+            add(v, label,
+                [this, extension, write]
+                {
+                    if (!write(folder + "/out" + extension))
+                        std::exit(1);
+                });
+        };
+        addWriter("write points, text", ".xyz",
+                  [this](const std::string& name) { return writePoints_ASCII(name.c_str(), cloud); });
+        addWriter("write points, binary", ".bin",
+                  [this](const std::string& name) { return writePoints_BIN(name.c_str(), cloud); });
+        addWriter("write mesh, PLY text", ".ply",
+                  [this](const std::string& name) { return pFirst->writePly_BIN(name); });
+        addWriter("write mesh, PLY binary", ".ply",
+                  [this](const std::string& name) { return pFirst->writePly_ASCII(name); });
+        addWriter("write mesh, STL", ".stl",
+                  [this](const std::string& name) { return pFirst->writeStl_ASCII(name); });
+        addWriter("write mesh, scene", ".list",
+                  [this](const std::string& name) { return pFirst->writeGeomview_ASCII(name); });
+    }
+
+    Points cloud;
+    Points soup;
+    double edge = 0.0;
+    std::string folder;
+    std::shared_ptr<Mesh> pFirst;
+    std::shared_ptr<Mesh> pMesh; // what the call in hand makes or changes
+};
+} // namespace
+
+int main(int argc, char** argv)
+{
+    setMessageReceiver([](const Message&) {});
+    Bench bench(argc > 1 ? std::strtoul(argv[1], nullptr, 10) : 1'000'000);
+    const int numCancels = argc > 2 ? std::atoi(argv[2]) : 15;
+    std::printf("call                     to its end    n      median       worst\n");
+    double worst = 0.0;
+    for (const Subject& subject : bench.getSubjects())
+        if (argc <= 3 || subject.name.rfind(argv[3], 0) == 0)
+            measure(subject, numCancels, worst);
+    const bool bSame = bench.isAsBefore();
+    std::printf("worst of all: %.0f ms; the next call gives %s\n", 1e3 * worst,
+                bSame ? "the same mesh" : "ANOTHER MESH");
+    return bSame ? 0 : 1;
+}
