@@ -3,14 +3,12 @@
 #include "core/cancel.h"
 
 #include <exception>
-#include <filesystem>
 #include <system_error>
-#include <utility>
 
 namespace TARN_ZEF
 {
-UnfinishedFile::UnfinishedFile(std::string name_)
-    : name(std::move(name_))
+UnfinishedFile::UnfinishedFile(const std::string& name)
+    : path(name)
     , numExceptions(std::uncaught_exceptions())
 {
     checkCancelled();
@@ -21,8 +19,8 @@ UnfinishedFile::~UnfinishedFile()
     if (std::uncaught_exceptions() == numExceptions)
         return;
     std::error_code error; // of a file that could not even be made
-    if (std::filesystem::is_regular_file(name, error))
-        std::filesystem::remove(name, error);
+    if (std::filesystem::is_regular_file(path, error))
+        std::filesystem::remove(path, error);
 }
 
 } // namespace TARN_ZEF

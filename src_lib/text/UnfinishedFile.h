@@ -1,6 +1,7 @@
 #ifndef ZEF_UNFINISHEDFILE_H
 #define ZEF_UNFINISHEDFILE_H
 
+#include <filesystem>
 #include <string>
 
 namespace TARN_ZEF
@@ -12,14 +13,14 @@ namespace TARN_ZEF
 class UnfinishedFile
 {
 public:
-    explicit UnfinishedFile(std::string name_);
+    explicit UnfinishedFile(const std::string& name);
     ~UnfinishedFile();
     UnfinishedFile(const UnfinishedFile&) = delete;
     UnfinishedFile& operator=(const UnfinishedFile&) = delete;
 
 private:
-    std::string name;
-    int numExceptions; // under way at the start
+    std::filesystem::path path; // made at the start: the end may come from a full memory
+    int numExceptions;          // under way at the start
 };
 
 } // namespace TARN_ZEF
