@@ -11,6 +11,7 @@ namespace
 constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr double COS_SPLIT = 0.5;   // between the normals of a triangle before and after
 constexpr double SIZE_SLOPE = 0.35; // of sizes, in units of the distance
+constexpr double SQ_HALF = 0.7;     // longest half of an edge that was split, squared
 } // namespace
 
 WorkSurface::WorkSurface(const SourceSurface& source_, const RemeshSettings& settings_)
@@ -34,11 +35,6 @@ Vector3 WorkSurface::normalOf(int t) const
 double WorkSurface::lengthOf(int h) const
 {
     return (mesh.point(mesh.to(h)) - mesh.point(mesh.from(h))).length();
-}
-
-double WorkSurface::sizeOf(int h) const
-{
-    return 0.5 * (vSize[mesh.from(h)] + vSize[mesh.to(h)]);
 }
 
 Point3 WorkSurface::onPatch(const Point3& p, int t, double far, int* pTriangle) const
@@ -85,6 +81,9 @@ int WorkSurface::splitInMiddle(int h)
     const Point3& b = mesh.point(mesh.to(h));
     int place = NONE;
     const Point3 m = onPatch(middle(a, b), t, lengthOf(h), &place);
+    const double sqMost = SQ_HALF * sqDistance(a, b);
+    if (sqDistance(a, m) > sqMost || sqDistance(m, b) > sqMost)
+        return NONE;
     for (const int side : {h, g})
     {
         const Point3& c = mesh.point(mesh.apex(side));
