@@ -11,7 +11,6 @@ namespace
 constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr double COS_SPLIT = 0.5;   // between the normals of a triangle before and after
 constexpr double SIZE_SLOPE = 0.35; // of sizes, in units of the distance
-constexpr double SQ_HALF = 0.7;     // longest half of an edge that was split, squared
 } // namespace
 
 WorkSurface::WorkSurface(const SourceSurface& source_, const RemeshSettings& settings_)
@@ -81,9 +80,6 @@ int WorkSurface::splitInMiddle(int h)
     const Point3& b = mesh.point(mesh.to(h));
     int place = NONE;
     const Point3 m = onPatch(middle(a, b), t, lengthOf(h), &place);
-    const double sqMost = SQ_HALF * sqDistance(a, b);
-    if (sqDistance(a, m) > sqMost || sqDistance(m, b) > sqMost)
-        return NONE;
     for (const int side : {h, g})
     {
         const Point3& c = mesh.point(mesh.apex(side));
