@@ -11,7 +11,7 @@ namespace
 {
 constexpr double NODES_PER_LENGTH = 4.0;
 // Pieces beside a strip may be this much longer than it is wide; and they never get shorter than a part of the length.
-constexpr double PIECE_PER_ROOM = 1.3;
+constexpr double PIECE_PER_ROOM = 2.0;
 constexpr double LEAST_PIECE = 0.08;
 // What lies farther to the side than this, in cosines against the chain, is beside it, not before it.
 constexpr double BESIDE = 0.7;

@@ -61,12 +61,10 @@ void DistanceKeeper::run()
     VertexRelaxer relaxer(work);
     vNear = findNear(work);
     vKnown.clear();
-    vProofs.assign(work.source.getMesh().endTriangles(), {});
-    vWitnesses.clear();
     for (int round = 0; round < MAX_ROUNDS; ++round)
     {
         sqFarthest = 0.0;
-        std::vector<int> vFar = findBelowSource(); // before what changed is known again
+        std::vector<int> vFar = findBelowSource();
         const std::vector<int> vAbove = findFarTriangles();
         vFar.insert(vFar.end(), vAbove.begin(), vAbove.end());
         std::sort(vFar.begin(), vFar.end());
@@ -120,7 +118,7 @@ void DistanceKeeper::relaxAround(std::vector<int> vVertices, VertexRelaxer& rela
     for (int pass = 0; pass < RELAX_PASSES; ++pass)
         for (const int v : vVertices)
             if (relaxer.relaxVertex(v, true))
-                mesh.forEachOutgoing(v, [this](int h) { forget(HalfEdgeMesh::triangleOf(h)); });
+                forgetAround(v);
 }
 
 // The longest edge; if that cannot be split, another one that is not short. Returns the new vertex, or NONE.
@@ -140,75 +138,93 @@ int DistanceKeeper::splitTriangle(int t)
     return NONE;
 }
 
-bool DistanceKeeper::isKnown(int t) const
+bool DistanceKeeper::isKnown(int h) const
 {
-    return t < static_cast<int>(vKnown.size()) &&
-           vKnown[t] == std::array<int, 3>{mesh.from(4 * t), mesh.from(4 * t + 1), mesh.from(4 * t + 2)};
+    return h < static_cast<int>(vKnown.size()) && vKnown[h] == std::pair(mesh.from(h), mesh.to(h));
 }
 
-void DistanceKeeper::know(int t)
+void DistanceKeeper::know(int h)
 {
-    if (t >= static_cast<int>(vKnown.size()))
-        vKnown.resize(mesh.endTriangles(), {NONE, NONE, NONE});
-    vKnown[t] = {mesh.from(4 * t), mesh.from(4 * t + 1), mesh.from(4 * t + 2)};
+    vKnown[h] = {mesh.from(h), mesh.to(h)};
 }
 
-void DistanceKeeper::forget(int t)
+// What is known of the edges at a vertex that moved, and of those opposite.
+void DistanceKeeper::forgetAround(int v)
 {
-    if (t < static_cast<int>(vKnown.size()))
-        vKnown[t] = {NONE, NONE, NONE};
+    mesh.forEachOutgoing(v,
+                         [this](int h)
+                         {
+                             for (const int g : {h, HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h)})
+                             {
+                                 const int edge = mesh.isEdge(g) ? g : mesh.partner(g);
+                                 if (edge < static_cast<int>(vKnown.size()))
+                                     vKnown[edge] = {NONE, NONE};
+                             }
+                         });
 }
 
+// A triangle of each edge that is too far off; edges of features are followed by the chains.
 std::vector<int> DistanceKeeper::findFarTriangles()
 {
+    vKnown.resize(4 * static_cast<std::size_t>(mesh.endTriangles()), {NONE, NONE});
     std::vector<int> vFar;
-    NearnessProof proof(work.walker, work.settings.tolerance);
-    for (int t = 0; t < mesh.endTriangles(); ++t)
-    {
-        if (!mesh.isAlive(t) || work.patchOf(t).bFlat || isKnown(t))
-            continue;
-        if (proof.run(cornersOf(mesh, t), work.vHint[t]))
+    mesh.forEachEdge(
+        [&](int h)
         {
-            know(t);
-            continue;
-        }
-        vFar.push_back(t);
-        sqFarthest = std::max(sqFarthest, proof.getFarthest().sqDist);
-    }
+            const int t = HalfEdgeMesh::triangleOf(h);
+            if (mesh.feature(h) != 0 || work.patchOf(t).bFlat || isKnown(h))
+                return;
+            if (isEdgeFar(h))
+                vFar.push_back(t);
+            else
+                know(h);
+        });
     return vFar;
 }
 
-bool DistanceKeeper::isStillProven(int s) const
+bool DistanceKeeper::isEdgeFar(int h)
 {
-    const auto& [from, to] = vProofs[s];
-    return from < to && std::all_of(vWitnesses.begin() + from, vWitnesses.begin() + to,
-                                    [this](int t) { return isKnown(t); });
+    const int t = HalfEdgeMesh::triangleOf(h);
+    const int u = HalfEdgeMesh::triangleOf(mesh.partner(h));
+    const Point3& a = mesh.point(mesh.from(h));
+    const EdgeTrace::End end = trace.follow(work.walker.walk(a, work.vHint[t]), a, mesh.point(mesh.to(h)),
+                                            work.normalOf(t) + work.normalOf(u));
+    if (end == EdgeTrace::End::LOST)
+        return isTriangleFar(t) || isTriangleFar(u);
+    if (end == EdgeTrace::End::FAR)
+        sqFarthest = std::max(sqFarthest, trace.getFarthest().sqDist);
+    return end == EdgeTrace::End::FAR;
 }
 
-// The other way. Returns triangles of the result: those that are nearest to what is far.
+bool DistanceKeeper::isTriangleFar(int t)
+{
+    if (proof.run(cornersOf(mesh, t), work.vHint[t]))
+        return false;
+    sqFarthest = std::max(sqFarthest, proof.getFarthest().sqDist);
+    return true;
+}
+
+// The other way, for the vertices of the source; those on features are followed by the chains. Returns triangles of the
+// result: those that are nearest to what is far.
 std::vector<int> DistanceKeeper::findBelowSource()
 {
     const HalfEdgeMesh& from = work.source.getMesh();
+    const double sqTolerance = work.settings.tolerance * work.settings.tolerance;
     const PatchWalker walker(mesh);
-    NearnessProof proof(walker, work.settings.tolerance, &vWitnesses);
     std::vector<int> vBelow;
-    for (int s = 0; s < from.endTriangles(); ++s)
+    for (int v = 0; v < from.endVertices(); ++v)
     {
+        const int s = HalfEdgeMesh::triangleOf(from.outgoing(v));
         const bool bGone = vNear[s] == NONE; // nothing of its patch is left
-        if (bGone || work.source.getPatches()[from.label(s)].bFlat || isStillProven(s))
+        if (bGone || from.kind(v) != HalfEdgeMesh::Kind::FREE ||
+            work.source.getPatches()[from.label(s)].bFlat)
             continue;
-        const auto begin = static_cast<std::ptrdiff_t>(vWitnesses.size());
-        if (proof.run(cornersOf(from, s), vNear[s]))
-        {
-            vProofs[s] = {begin, static_cast<std::ptrdiff_t>(vWitnesses.size())};
-            vNear[s] = proof.getHint();
+        const SurfacePlace place = walker.nearest(from.point(v), vNear[s], work.settings.length);
+        vNear[s] = place.triangle;
+        if (place.sqDist <= sqTolerance)
             continue;
-        }
-        vWitnesses.resize(begin);
-        vProofs[s] = {0, 0};
-        vNear[s] = proof.getHint();
-        vBelow.push_back(proof.getFarthest().triangle);
-        sqFarthest = std::max(sqFarthest, proof.getFarthest().sqDist);
+        vBelow.push_back(place.triangle);
+        sqFarthest = std::max(sqFarthest, place.sqDist);
     }
     return vBelow;
 }

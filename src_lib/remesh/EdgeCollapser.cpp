@@ -38,7 +38,7 @@ void EdgeCollapser::collapseShort()
     for (const double limit : {0.5 * TOO_SHORT, TOO_SHORT})
         for (int t = 0; t < mesh.endTriangles(); ++t)
             for (int h = 4 * t; h < 4 * t + 3 && mesh.isAlive(t); ++h)
-                if (mesh.kind(mesh.from(h)) == Kind::FREE && work.lengthOf(h) < limit * work.sizeOf(h))
+                if (mesh.kind(mesh.from(h)) == Kind::FREE && work.isShorter(h, limit * work.sizeOf(h)))
                     static_cast<void>(tryCollapse(h, TOO_LONG));
 }
 

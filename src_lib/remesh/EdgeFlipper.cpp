@@ -26,7 +26,7 @@ void EdgeFlipper::flipAll(Aim aim)
     flipFrom(std::move(vQueue), aim);
 }
 
-void EdgeFlipper::flipFrom(std::vector<int> vQueue, Aim aim)
+void EdgeFlipper::flipFrom(std::vector<int> vQueue, Aim aim, std::vector<int>* pFlipped)
 {
     vValence.clear();
     if (aim == Aim::VALENCE)
@@ -42,7 +42,11 @@ void EdgeFlipper::flipFrom(std::vector<int> vQueue, Aim aim)
             vQueued[h] = 0;
             if (mesh.feature(h) == 0 && !mesh.isBorder(h) && wantsFlip(h, aim) && mesh.mayFlip(h) &&
                 keepsSurface(h))
+            {
                 flip(h, vNext);
+                if (pFlipped != nullptr)
+                    pFlipped->push_back(h);
+            }
         }
         vQueue = std::move(vNext);
     }

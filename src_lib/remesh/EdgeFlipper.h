@@ -24,7 +24,8 @@ public:
     };
 
     void flipAll(Aim aim);
-    void flipFrom(std::vector<int> vQueue, Aim aim);
+    // pFlipped, if not null, is appended what was flipped.
+    void flipFrom(std::vector<int> vQueue, Aim aim, std::vector<int>* pFlipped = nullptr);
 
 private:
     void countValences();

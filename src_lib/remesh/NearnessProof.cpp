@@ -28,7 +28,6 @@ bool NearnessProof::run(const std::array<Point3, 3>& corners, int hint)
     const Corner a = look(corners[0], hint);
     const Corner b = look(corners[1], a.place.triangle);
     const Corner c = look(corners[2], b.place.triangle);
-    hintOfFirst = a.place.triangle;
     return prove({a, b, c}, 0);
 }
 
@@ -45,27 +44,19 @@ bool NearnessProof::isWithin(const Point3& p, int triangle) const
     return walker.sqDistanceTo(p, triangle) <= tolerance * tolerance;
 }
 
-void NearnessProof::addWitness(int t)
-{
-    if (pWitnesses != nullptr)
-        pWitnesses->push_back(t);
-}
-
-bool NearnessProof::hasWitness(const Piece& piece)
+bool NearnessProof::hasWitness(const Piece& piece) const
 {
     for (std::size_t i = 0; i < piece.size(); ++i)
     {
         const int t = piece[i].place.triangle;
-        if (!isWithin(piece[(i + 1) % 3].point, t) || !isWithin(piece[(i + 2) % 3].point, t))
-            continue;
-        addWitness(t);
-        return true;
+        if (isWithin(piece[(i + 1) % 3].point, t) && isWithin(piece[(i + 2) % 3].point, t))
+            return true;
     }
     return false;
 }
 
 // Seen along one of the normals distances are larger than across, by the cosine at most.
-bool NearnessProof::isNearPlanes(const Piece& piece)
+bool NearnessProof::isNearPlanes(const Piece& piece) const
 {
     const std::array<int, 3> triangles = {piece[0].place.triangle, piece[1].place.triangle,
                                           piece[2].place.triangle};
@@ -84,8 +75,6 @@ bool NearnessProof::isNearPlanes(const Piece& piece)
         if (!(normals[i] * normals[(i + 1) % 3] > COS_FALL) ||
             !shareVertex(mesh, triangles[i], triangles[(i + 1) % 3]))
             return false;
-    for (const int t : triangles)
-        addWitness(t);
     return true;
 }
 
@@ -93,14 +82,8 @@ bool NearnessProof::prove(const Piece& piece, int depth)
 {
     if (farthest.sqDist > tolerance * tolerance)
         return false;
-    if (hasWitness(piece) || isNearPlanes(piece))
+    if (depth == MAX_DEPTH || hasWitness(piece) || isNearPlanes(piece))
         return true;
-    if (depth == MAX_DEPTH)
-    {
-        for (const Corner& corner : piece)
-            addWitness(corner.place.triangle);
-        return true;
-    }
     std::array<Corner, 3> middles;
     for (std::size_t i = 0; i < piece.size(); ++i)
         middles[i] = look(middle(piece[i].point, piece[(i + 1) % 3].point), piece[i].place.triangle);

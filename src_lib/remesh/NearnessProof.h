@@ -4,7 +4,6 @@
 #include "remesh/PatchWalker.h"
 
 #include <array>
-#include <vector>
 
 namespace TARN_ZEF
 {
@@ -19,12 +18,10 @@ namespace TARN_ZEF
 class NearnessProof
 {
 public:
-    // pWitnesses, if not null, gets the triangles of the patch that the proof rests on.
-    NearnessProof(const PatchWalker& walker_, double tolerance_, std::vector<int>* pWitnesses_ = nullptr)
+    NearnessProof(const PatchWalker& walker_, double tolerance_)
         : walker(walker_)
         , mesh(walker_.getMesh())
         , tolerance(tolerance_)
-        , pWitnesses(pWitnesses_)
     {
     }
 
@@ -33,8 +30,6 @@ public:
 
     // Of the last run that failed: the place that is farthest of those looked at, as the patch sees it.
     [[nodiscard]] const SurfacePlace& getFarthest() const { return farthest; }
-    // Of the last run: the patch's triangle near the first corner.
-    [[nodiscard]] int getHint() const { return hintOfFirst; }
 
 private:
     struct Corner
@@ -46,17 +41,14 @@ private:
 
     [[nodiscard]] Corner look(const Point3& p, int hint);
     [[nodiscard]] bool prove(const Piece& piece, int depth);
-    void addWitness(int t);
-    [[nodiscard]] bool hasWitness(const Piece& piece);
-    [[nodiscard]] bool isNearPlanes(const Piece& piece);
+    [[nodiscard]] bool hasWitness(const Piece& piece) const;
+    [[nodiscard]] bool isNearPlanes(const Piece& piece) const;
     [[nodiscard]] bool isWithin(const Point3& p, int triangle) const;
 
     const PatchWalker& walker;
     const HalfEdgeMesh& mesh; // the walker's
     double tolerance;
-    std::vector<int>* pWitnesses;
     SurfacePlace farthest;
-    int hintOfFirst = HalfEdgeMesh::NONE;
 };
 
 } // namespace TARN_ZEF

@@ -3,10 +3,10 @@
 #include "remesh/ChainSampler.h"
 #include "remesh/DistanceKeeper.h"
 #include "remesh/EdgeCollapser.h"
+#include "remesh/EdgeSplitter.h"
 #include "remesh/SizeField.h"
 #include "remesh/VertexRelaxer.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace TARN_ZEF
@@ -16,11 +16,9 @@ namespace
 using Aim = EdgeFlipper::Aim;
 constexpr int NONE = HalfEdgeMesh::NONE;
 
-constexpr double TOO_LONG = 4.0 / 3.0; // in wanted lengths
-constexpr double CHORD_ERROR = 0.6;    // of chains, in tolerances
+constexpr double CHORD_ERROR = 0.6; // of chains, in tolerances
 constexpr int NUM_ROUNDS = 6;
 constexpr int NUM_SHAPE_ROUNDS = 3;
-constexpr int MAX_SPLIT_PASSES = 40;
 } // namespace
 
 Remesher::Remesher(const SourceSurface& source, const RemeshSettings& settings)
@@ -31,6 +29,7 @@ Remesher::Remesher(const SourceSurface& source, const RemeshSettings& settings)
 
 bool Remesher::run(const std::function<void(double)>& progress)
 {
+    EdgeSplitter splitter(work, flipper);
     EdgeCollapser collapser(work);
     VertexRelaxer relaxer(work);
     SizeField sizes(work);
@@ -46,7 +45,7 @@ bool Remesher::run(const std::function<void(double)>& progress)
     tell();
     for (int round = 0; round < NUM_ROUNDS; ++round)
     {
-        splitLong();
+        splitter.splitLong();
         if (work.isFull())
             return false;
         tell();
@@ -112,49 +111,6 @@ void Remesher::cutChain(const CreaseChain& chain, const std::vector<ChainSample>
         work.mesh.setKind(v, HalfEdgeMesh::Kind::FIXED);
         work.vSize[v] = s.size;
     }
-}
-
-// Flips between the passes keep the pieces from getting thin.
-void Remesher::splitLong()
-{
-    for (int pass = 0; pass < MAX_SPLIT_PASSES && !work.isFull(); ++pass)
-    {
-        std::vector<int> vQueue;
-        for (const int v : splitLongOnce())
-            work.mesh.forEachOutgoing(v,
-                                      [&](int h)
-                                      {
-                                          vQueue.push_back(h);
-                                          vQueue.push_back(HalfEdgeMesh::next(h));
-                                      });
-        if (vQueue.empty())
-            return;
-        flipper.flipFrom(std::move(vQueue), EdgeFlipper::Aim::SHAPE);
-    }
-}
-
-// The longest first. Returns the new vertices.
-std::vector<int> Remesher::splitLongOnce()
-{
-    std::vector<std::pair<double, int>> vLong;
-    work.mesh.forEachEdge(
-        [&](int h)
-        {
-            const double ratio = work.mesh.feature(h) != 0 ? 0.0 : work.lengthOf(h) / work.sizeOf(h);
-            if (ratio > TOO_LONG)
-                vLong.emplace_back(-ratio, h);
-        });
-    std::sort(vLong.begin(), vLong.end());
-    std::vector<int> vNew;
-    for (const auto& entry : vLong)
-    {
-        if (work.isFull())
-            break;
-        const int v = work.splitInMiddle(entry.second);
-        if (v != NONE)
-            vNew.push_back(v);
-    }
-    return vNew;
 }
 
 } // namespace TARN_ZEF

@@ -37,8 +37,6 @@ private:
     void cutChains();
     void cutChain(const CreaseChain& chain, const std::vector<ChainSample>& vSamples);
     [[nodiscard]] int edgeBetween(int a, int b) const;
-    void splitLong();
-    [[nodiscard]] std::vector<int> splitLongOnce();
 
     WorkSurface work;
     EdgeFlipper flipper;

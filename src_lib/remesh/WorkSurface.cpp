@@ -36,11 +36,6 @@ double WorkSurface::lengthOf(int h) const
     return (mesh.point(mesh.to(h)) - mesh.point(mesh.from(h))).length();
 }
 
-double WorkSurface::sizeOf(int h) const
-{
-    return 0.5 * (vSize[mesh.from(h)] + vSize[mesh.to(h)]);
-}
-
 Point3 WorkSurface::onPatch(const Point3& p, int t, double far, int* pTriangle) const
 {
     const Patch& patch = patchOf(t);

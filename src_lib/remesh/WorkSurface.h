@@ -1,6 +1,7 @@
 #ifndef ZEF_WORKSURFACE_H
 #define ZEF_WORKSURFACE_H
 
+#include "geometry/tools.h"
 #include "remesh/PatchWalker.h"
 #include "remesh/SourceSurface.h"
 #include "surface/HalfEdgeMesh.h"
@@ -31,7 +32,11 @@ public:
     [[nodiscard]] const Patch& patchOf(int t) const { return source.getPatches()[mesh.label(t)]; }
     [[nodiscard]] Vector3 normalOf(int t) const;
     [[nodiscard]] double lengthOf(int h) const;
-    [[nodiscard]] double sizeOf(int h) const;
+    [[nodiscard]] bool isShorter(int h, double length) const
+    {
+        return sqDistance(mesh.point(mesh.from(h)), mesh.point(mesh.to(h))) < length * length;
+    }
+    [[nodiscard]] double sizeOf(int h) const { return 0.5 * (vSize[mesh.from(h)] + vSize[mesh.to(h)]); }
     // Whether there are so many triangles that no collapse will bring them back to those asked for at most.
     [[nodiscard]] bool isFull() const
     {

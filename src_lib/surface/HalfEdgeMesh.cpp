@@ -203,11 +203,19 @@ int HalfEdgeMesh::findHalfEdge(int a, int b) const
     return found;
 }
 
+// Round both ends at once: where one of them has many neighbours the other one often has few.
 bool HalfEdgeMesh::hasEdge(int a, int b) const
 {
-    bool bFound = false;
-    forEachNeighbour(a, [&](int u) { bFound = bFound || u == b; });
-    return bFound;
+    int h = vOutgoing[a];
+    int g = vOutgoing[b];
+    while (to(h) != b && apex(h) != b && to(g) != a && apex(g) != a)
+    {
+        h = rotateLeft(h);
+        g = rotateLeft(g);
+        if (h == NONE || h == vOutgoing[a] || g == NONE || g == vOutgoing[b])
+            return false;
+    }
+    return true;
 }
 
 int HalfEdgeMesh::valence(int v) const
