@@ -75,6 +75,7 @@ private:
     {
         std::vector<int> vSeeds; // triangles at the vertex from which its points are reached
         std::vector<Reached> vReached;
+        std::vector<Vector3> vWays; // from the vertex to the points in reach, which are in the unit ball
         std::vector<std::uint32_t> vStamps;
         std::uint32_t stamp = 0;
     };
@@ -93,6 +94,9 @@ private:
     [[nodiscard]] Fit fitBest(int v, const Vector3& normal, Scratch& scratch, double& firstResidual) const;
     [[nodiscard]] Fit fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
     [[nodiscard]] Fit fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
+    // To the points in reach, over the surface.
+    void reachPoints(int v, const Vector3& normal, double reach, Scratch& scratch) const;
+    [[nodiscard]] Fit fitReached(const Vector3& normal, double radiusInCells, const Scratch& scratch) const;
     void reachTriangles(int v, const Vector3& normal, double reach, Scratch& scratch) const; // from the seeds
     [[nodiscard]] Reached reachAcross(int h, const Reached& near, const Point3& centre) const;
     [[nodiscard]] bool faces(int t, const Vector3& normal) const;
