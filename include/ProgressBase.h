@@ -21,7 +21,7 @@ public:
     virtual ~ProgressBase();
 
     // name      the running call: "Reconstruct", "Melt", "ToCloud", "Density Estimation", "EdgeFlips",
-    //           "EdgeFlipsS", "Smoothing", "Reduce" or "Remesh"
+    //           "EdgeFlipsS", "Smoothing", "Reduce", "Remesh" or "Finish"
     // fraction  0.0 to 1.0, about 200 calls for a whole run
     // Must not call back into the library and must not throw.
     virtual void update(const std::string& name, double fraction) = 0;

@@ -1,5 +1,6 @@
 #include "finishSurface.h"
 
+#include "api/ProgressScope.h"
 #include "api/flatMesh.h"
 #include "finish/Finisher.h"
 #include "rmesh/RMesh.h"
@@ -14,6 +15,7 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const FinishOptions& optio
 std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>& vCloud,
                                     const FinishOptions& options, FinishReport* pReport)
 {
+    ProgressScope progress([] { prepareProgress("Finish"); });
     const double cellSize = mesh.getRMesh()->getCellSize();
     FinishOptions complete = options;
     if (options.cellSize == 0.0)
@@ -26,7 +28,11 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>&
     Finisher(flat, vCloud, complete, report).run();
     if (pReport != nullptr)
         *pReport = report;
-    return makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+    Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("FI_out", 1);
+    std::shared_ptr<Mesh> pResult = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+    pProgress->setFinished(true);
+    progress.finish();
+    return pResult;
 }
 
 } // namespace TARN_ZEF

@@ -1,9 +1,11 @@
 #include "finish/SheetFit.h"
 
+#include "core/Progress.h"
 #include "finish/NormalTensor.h"
 #include "finish/QuadricSums.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
+#include "parallel/produceInOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -58,31 +60,40 @@ SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, doubl
 {
 }
 
-void SheetFit::run(bool bKeepPlanes)
+void SheetFit::run(bool bKeepPlanes, Progress& progress)
 {
     fillNormals();
     fillFacings();
     chooseRadius();
     std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
     vPlanes.assign(bKeepPlanes ? vProposed.size() : 0, LocalPlane());
-    propose(vProposed);
+    propose(vProposed, progress);
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (mesh.isAliveVertex(v))
             mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
 }
 
-void SheetFit::propose(std::vector<Point3>& vProposed)
+void SheetFit::propose(std::vector<Point3>& vProposed, Progress& progress)
 {
-    parallelFor(vProposed.size(), MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    Scratch scratch;
-                    LocalPlane forgotten;
-                    for (std::size_t v = from; v < to; ++v)
-                        if (mesh.isAliveVertex(static_cast<int>(v)))
-                            vProposed[v] = propose(static_cast<int>(v), scratch,
-                                                   vPlanes.empty() ? forgotten : vPlanes[v]);
-                });
+    struct Part
+    {
+        Scratch scratch;
+        std::size_t num = 0;
+    };
+    // Some ten milliseconds of work.
+    constexpr std::size_t perPart = 4096;
+    produceRangesInOrder<Part>(
+        vProposed.size(), perPart,
+        [&](Part& part, std::size_t from, std::size_t to)
+        {
+            LocalPlane forgotten;
+            part.num = to - from;
+            for (std::size_t v = from; v < to; ++v)
+                if (mesh.isAliveVertex(static_cast<int>(v)))
+                    vProposed[v] =
+                        propose(static_cast<int>(v), part.scratch, vPlanes.empty() ? forgotten : vPlanes[v]);
+        },
+        [&](const Part& part) { progress.increment(part.num); });
 }
 
 Vector3 SheetFit::getRawNormal(int v) const
