@@ -22,7 +22,7 @@ public:
     virtual ~ProgressBase();
 
     // name      the running call: "Reconstruct", "Melt", "ToCloud", "Density Estimation", "EdgeFlips",
-    //           "EdgeFlipsS", "Smoothing", "Reduce" or "Remesh"
+    //           "EdgeFlipsS", "Smoothing", "Reduce", "Remesh" or "Finish"
     // fraction  0.0 to 1.0, about 200 calls for a whole run
     // Must not call back into the library. What it throws passes through the call to the host as it is, with the
     // promises of a cancelled call (CancelToken.h); to stop a call from another thread, cancel its token.

@@ -71,7 +71,7 @@ struct FinishReport
 // pReport  filled in if given
 // Returns  a new mesh of the caller's, in units of the points; it can be without triangles
 // Throws   ZefBadArgument if an option is out of its range, or not a number
-// Threads  runs on the pool; the result is the same for every number of threads. Reports no progress
+// Threads  runs on the pool; the result is the same for every number of threads. Reports progress as "Finish"
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> finishSurface(const Mesh& mesh,
                                                           const FinishOptions& options = FinishOptions(),
                                                           FinishReport* pReport = nullptr);

@@ -1,5 +1,6 @@
 #include "finishSurface.h"
 
+#include "api/ProgressScope.h"
 #include "api/flatMesh.h"
 #include "core/CallScope.h"
 #include "finish/Finisher.h"
@@ -16,6 +17,7 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>&
                                     const FinishOptions& options, FinishReport* pReport)
 {
     const CallScope call;
+    ProgressScope progress([] { prepareProgress("Finish"); });
     const double cellSize = mesh.getRMesh()->getCellSize();
     FinishOptions complete = options;
     if (options.cellSize == 0.0)
@@ -26,10 +28,13 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>&
     getFlat(mesh, flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
     Finisher(flat, vCloud, complete, report).run();
-    std::shared_ptr<Mesh> pMesh = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+    Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("FI_out", 1);
+    std::shared_ptr<Mesh> pResult = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
+    pProgress->setFinished(true);
+    progress.finish();
     if (pReport != nullptr)
         *pReport = report;
-    return pMesh;
+    return pResult;
 }
 
 } // namespace TARN_ZEF

@@ -48,6 +48,10 @@ constexpr Child EDGE_FLIPS_CHILDREN[] = {{"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, 
 constexpr Child REDUCE_CHILDREN[] = {
     {"RM_kdeg", 3}, {"RM_redborder", 1}, {"RM_redprioq", 3}, {"RM_redprocprioq", 93}};
 constexpr Child REMESH_CHILDREN[] = {{"remesh", 1}};
+// About the time of each step.
+constexpr Child FINISH_CHILDREN[] = {
+    {"FI_part", 10}, {"FI_load", 4}, {"FI_even", 30}, {"FI_fit", 60}, {"FI_folds", 12}, {"FI_out", 8},
+};
 
 struct Tree
 {
@@ -58,7 +62,7 @@ constexpr Tree TREES[] = {
     {"Reconstruct", RECONSTRUCT_CHILDREN}, {"Melt", MELT_CHILDREN},
     {"ToCloud", TO_CLOUD_CHILDREN},        {"Density Estimation", DENSITY_CHILDREN},
     {"EdgeFlips", EDGE_FLIPS_CHILDREN},    {"Reduce", REDUCE_CHILDREN},
-    {"Remesh", REMESH_CHILDREN},
+    {"Remesh", REMESH_CHILDREN},           {"Finish", FINISH_CHILDREN},
 };
 
 [[nodiscard]] Progress* startTree(const std::string& rootName)

@@ -121,7 +121,7 @@ private:
 [[nodiscard]] bool ownsProgress();
 
 // Resets the root, names it and creates the children of that call: "Reconstruct", "Melt", "ToCloud",
-// "Density Estimation", "EdgeFlips", "Reduce" or "Remesh". Asserts that the name is one of these.
+// "Density Estimation", "EdgeFlips", "Reduce", "Remesh" or "Finish". Asserts that the name is one of these.
 void prepareProgress(const std::string& rootName);
 // "EdgeFlipsS", with one child for each temperature of the annealing schedule.
 void prepareProgressSimA(const std::vector<double>& vTemperatures);

@@ -1,5 +1,6 @@
 #include "finish/Finisher.h"
 
+#include "core/Progress.h"
 #include "core/cancel.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
@@ -53,14 +54,22 @@ void Finisher::run()
 {
     scaleDown();
     part();
+    tellDone("FI_part");
     if (flat.vCorners.empty())
         return;
     load();
     checkCancelled();
+    tellDone("FI_load");
     improve();
     removeFolds();
     checkCancelled();
+    tellDone("FI_folds");
     unload();
+}
+
+void Finisher::tellDone(const char* step)
+{
+    getRootProgress()->getChildProgressSetTodo(step, 1)->setFinished(true);
 }
 
 // Squares and products must not overflow: coordinates of any size are brought near 1. A power of two takes no bit
@@ -111,12 +120,17 @@ void Finisher::part()
 
 void Finisher::improve()
 {
+    const bool bFit = options.bFitToPoints && !vCloud.empty();
+    pEvenProgress = getRootProgress()->getChildProgressSetTodo("FI_even", bFit ? FIRST_ROUNDS + LATER_ROUNDS
+                                                                               : FIRST_ROUNDS);
+    pFitProgress =
+        getRootProgress()->getChildProgressSetTodo("FI_fit", 2 * static_cast<u64>(mesh.endVertices()));
     if (options.bEvenTriangles)
     {
         even(FIRST_ROUNDS);
         evenBorders();
     }
-    if (!options.bFitToPoints || vCloud.empty())
+    if (!bFit)
         return;
     fit(options.bKeepCreases);
     if (report.numCreaseEdges > 0)
@@ -154,6 +168,7 @@ void Finisher::even(int numRounds)
     {
         relaxation.flip();
         relaxation.smooth();
+        pEvenProgress->increment();
     }
     relaxation.flip();
     relaxation.collapse(THIN);
@@ -175,7 +190,7 @@ void Finisher::fit(bool bMakeCreases)
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
     SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
-    sheetFit.run(bMakeCreases);
+    sheetFit.run(bMakeCreases, *pFitProgress);
     report.fitRadius = sheetFit.getRadius();
     report.noise = sheetFit.getNoise();
     if (!bMakeCreases)

@@ -11,6 +11,8 @@
 
 namespace TARN_ZEF
 {
+class Progress;
+
 // The page of the room "finish": a mesh that may be anything comes in as flat data, with the points it was made from
 // or without; a sound one goes out. The room knows no lattice, no CMesh and no RMesh.
 //
@@ -26,6 +28,7 @@ public:
 private:
     void scaleDown();
     static void scale(std::vector<Point3>& vPoints, int power);
+    static void tellDone(const char* step);
     void part();
     void improve();
     void evenBorders();
@@ -46,6 +49,8 @@ private:
     const FinishOptions& options;
     FinishReport& report;
     HalfEdgeMesh mesh;
+    Progress* pEvenProgress = nullptr; // a step a round; not owned
+    Progress* pFitProgress = nullptr;  // a step a vertex; not owned
     double cellSize = 0.0;
     int exponent = 0; // of the power of two by which all was divided
     std::vector<Point3> vScaledCloud;

@@ -13,7 +13,19 @@ class NormalTensor
 {
 public:
     // v: normal of any length; counts with its length.
-    void add(const Vector3& v) noexcept;
+    void add(const Vector3& v) noexcept { add(v, v.length()); }
+    void add(const Vector3& v, double length) noexcept
+    {
+        if (!(length > 0.0))
+            return;
+        const double share = 1.0 / length;
+        xx += v.x() * v.x() * share;
+        xy += v.x() * v.y() * share;
+        xz += v.x() * v.z() * share;
+        yy += v.y() * v.y() * share;
+        yz += v.y() * v.z() * share;
+        zz += v.z() * v.z() * share;
+    }
     // What remains of v without the directions that hold more than the given share of the strongest one.
     [[nodiscard]] Vector3 getSmallPart(const Vector3& v, double share) const noexcept;
     // The shortest x with (sum of n n^T) x = right; directions below that share of the strongest one count as empty.
@@ -21,10 +33,19 @@ public:
 
 private:
     using Matrix = std::array<std::array<double, 3>, 3>;
-    // Turns m into its eigenvalues on the diagonal; the columns of axes are the eigenvectors.
-    static void diagonalize(Matrix& m, Matrix& axes) noexcept;
+    [[nodiscard]] NormalTensor getScaled(double factor) const noexcept;
+    [[nodiscard]] NormalTensor getSquare() const noexcept;
+    [[nodiscard]] Vector3 apply(const Vector3& v) const noexcept;
+    [[nodiscard]] double getTrace() const noexcept { return xx + yy + zz; }
+    // The eigenvalues end on the diagonal of the first; the columns of the second are the eigenvectors.
+    void diagonalize(Matrix& values, Matrix& axes) const noexcept;
 
-    Matrix m = {};
+    double xx = 0.0;
+    double xy = 0.0;
+    double xz = 0.0;
+    double yy = 0.0;
+    double yz = 0.0;
+    double zz = 0.0;
 };
 
 } // namespace TARN_ZEF

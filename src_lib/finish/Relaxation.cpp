@@ -28,6 +28,8 @@ constexpr int MAX_FLIP_PASSES = 6;
 constexpr double SHAPE_SHARE = 0.2;
 // A border that turns more than 60 degrees at a vertex has a corner there.
 constexpr double BORDER_CORNER = 0.5;
+// Cosine of the angle by which a triangle may turn when its corners move.
+constexpr double SAME_SIDE = 0.7;
 // How far a vertex goes to the middle in a round.
 constexpr double STEP = 0.8;
 
@@ -225,7 +227,7 @@ Point3 Relaxation::propose(int v) const
                              const Vector3 b = mesh.point(mesh.apex(h)) - p;
                              const Vector3 normal = crossProduct(a, b);
                              const double area = normal.length();
-                             tensor.add(normal);
+                             tensor.add(normal, area);
                              sum.add((a + b) * (area / 3.0));
                              sumArea += area;
                          });
@@ -234,35 +236,41 @@ Point3 Relaxation::propose(int v) const
     return p + tensor.getSmallPart(sum * (STEP / sumArea), SHAPE_SHARE);
 }
 
-// All neighbours move at once: no triangle at the vertex may turn over.
-bool Relaxation::isHarmless(int v) const
+// Whether the triangle would turn over or nearly, if its corners moved as proposed.
+bool Relaxation::turns(int t) const
 {
+    const int a = mesh.from(4 * t);
+    const int b = mesh.to(4 * t);
+    const int c = mesh.apex(4 * t);
     const auto at = [&](int u) -> const Point3& { return vProposed[static_cast<std::size_t>(u)]; };
-    bool bHarmless = true;
-    mesh.forEachOutgoing(v,
-                         [&](int h)
-                         {
-                             const int b = mesh.to(h);
-                             const int c = mesh.apex(h);
-                             const Vector3 before =
-                                 crossProduct(mesh.point(b) - mesh.point(v), mesh.point(c) - mesh.point(v));
-                             const Vector3 after = crossProduct(at(b) - at(v), at(c) - at(v));
-                             const double lengths = std::sqrt(before.sqLength() * after.sqLength());
-                             bHarmless = bHarmless && (before * after > 0.7 * lengths);
-                         });
-    return bHarmless;
+    const Vector3 before = crossProduct(mesh.point(b) - mesh.point(a), mesh.point(c) - mesh.point(a));
+    const Vector3 after = crossProduct(at(b) - at(a), at(c) - at(a));
+    return !(before * after > SAME_SIDE * std::sqrt(before.sqLength() * after.sqLength()));
 }
 
+// All neighbours move at once: corners of triangles that would turn over stay.
 void Relaxation::smooth()
 {
     vProposed.resize(static_cast<std::size_t>(mesh.endVertices()));
     forEachIndexMT(mesh.endVertices(), [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
-    vMoves.resize(vProposed.size());
-    forEachIndexMT(mesh.endVertices(), [&](int v)
-                   { vMoves[static_cast<std::size_t>(v)] = mesh.isAliveVertex(v) && isHarmless(v); });
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        if (vMoves[static_cast<std::size_t>(v)] != 0)
-            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+    vTurns.resize(static_cast<std::size_t>(mesh.endTriangles()));
+    forEachIndexMT(mesh.endTriangles(),
+                   [&](int t) { vTurns[static_cast<std::size_t>(t)] = mesh.isAlive(t) && turns(t); });
+    forEachIndexMT(mesh.endVertices(),
+                   [&](int v)
+                   {
+                       if (mesh.isAliveVertex(v) && isHarmless(v))
+                           mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+                   });
+}
+
+bool Relaxation::isHarmless(int v) const
+{
+    bool bHarmless = true;
+    mesh.forEachOutgoing(
+        v, [&](int h)
+        { bHarmless = bHarmless && vTurns[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))] == 0; });
+    return bHarmless;
 }
 
 // --- Collapses ---

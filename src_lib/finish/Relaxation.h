@@ -50,6 +50,7 @@ private:
     [[nodiscard]] Point3 propose(int v) const;
     [[nodiscard]] Point3 proposeOnBorder(int v) const;
     [[nodiscard]] Point3 proposeOnChain(int v) const;
+    [[nodiscard]] bool turns(int t) const;
     [[nodiscard]] bool isHarmless(int v) const;
     [[nodiscard]] bool tryCollapse(int h, double worst);
     [[nodiscard]] bool mayVanish(int h) const;
@@ -63,7 +64,7 @@ private:
     // Kept from one round to the next, as large memory is dear to get.
     std::vector<Quality> vQualities; // of the triangles
     std::vector<Point3> vProposed;   // for the vertices
-    Flags vMoves;
+    Flags vTurns;                    // triangles that would turn over
 };
 
 } // namespace TARN_ZEF

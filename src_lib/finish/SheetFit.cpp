@@ -1,9 +1,11 @@
 #include "finish/SheetFit.h"
 
+#include "core/Progress.h"
 #include "finish/NormalTensor.h"
 #include "finish/QuadricSums.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
+#include "parallel/produceInOrder.h"
 
 #include <algorithm>
 #include <array>
@@ -28,6 +30,8 @@ constexpr int NUM_SAMPLES = 2000;
 constexpr double VARIANCE_FACTOR = 4.0;
 // Fits whose normal turned by less than this cosine are not made again.
 constexpr double SAME_NORMAL = 0.9998;
+// Those whose normal turned by less than 10 degrees are made with the same points.
+constexpr double SAME_REACH = 0.985;
 constexpr std::size_t MIN_POINTS = 4;
 // Sides of a crease that meet under about 10 degrees or less do not say where along their normals' difference.
 constexpr double MEETING_SHARE = 0.008;
@@ -56,31 +60,40 @@ SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, doubl
 {
 }
 
-void SheetFit::run(bool bKeepPlanes)
+void SheetFit::run(bool bKeepPlanes, Progress& progress)
 {
     fillNormals();
     fillFacings();
     chooseRadius();
     std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
     vPlanes.assign(bKeepPlanes ? vProposed.size() : 0, LocalPlane());
-    propose(vProposed);
+    propose(vProposed, progress);
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (mesh.isAliveVertex(v))
             mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
 }
 
-void SheetFit::propose(std::vector<Point3>& vProposed)
+void SheetFit::propose(std::vector<Point3>& vProposed, Progress& progress)
 {
-    parallelFor(vProposed.size(), MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    Scratch scratch;
-                    LocalPlane forgotten;
-                    for (std::size_t v = from; v < to; ++v)
-                        if (mesh.isAliveVertex(static_cast<int>(v)))
-                            vProposed[v] = propose(static_cast<int>(v), scratch,
-                                                   vPlanes.empty() ? forgotten : vPlanes[v]);
-                });
+    struct Part
+    {
+        Scratch scratch;
+        std::size_t num = 0;
+    };
+    // Some ten milliseconds of work.
+    constexpr std::size_t perPart = 4096;
+    produceRangesInOrder<Part>(
+        vProposed.size(), perPart,
+        [&](Part& part, std::size_t from, std::size_t to)
+        {
+            LocalPlane forgotten;
+            part.num = to - from;
+            for (std::size_t v = from; v < to; ++v)
+                if (mesh.isAliveVertex(static_cast<int>(v)))
+                    vProposed[v] =
+                        propose(static_cast<int>(v), part.scratch, vPlanes.empty() ? forgotten : vPlanes[v]);
+        },
+        [&](const Part& part) { progress.increment(part.num); });
 }
 
 Vector3 SheetFit::getRawNormal(int v) const
@@ -298,12 +311,14 @@ SheetFit::Fit SheetFit::fitBest(int v, const Vector3& normal, Scratch& scratch, 
     return best;
 }
 
+// Whether points belong to the sheet hardly depends on a small turn of the normal.
 SheetFit::Fit SheetFit::fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
 {
     const Fit first = fit(v, normal, radiusInCells, scratch);
     if (!first.bUsable || first.normal * normal > SAME_NORMAL)
         return first;
-    const Fit second = fit(v, first.normal, radiusInCells, scratch);
+    const Fit second = first.normal * normal > SAME_REACH ? fitReached(first.normal, radiusInCells, scratch)
+                                                          : fit(v, first.normal, radiusInCells, scratch);
     return second.bUsable ? second : first;
 }
 
@@ -364,16 +379,11 @@ SheetFit::Reached SheetFit::reachAcross(int h, const Reached& near, const Point3
     return result;
 }
 
-SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
+void SheetFit::reachPoints(int v, const Vector3& normal, double reach, Scratch& scratch) const
 {
-    Fit result;
-    const double reach = radiusInCells * cellSize;
     reachTriangles(v, normal, reach, scratch);
-    const Vector3 axis = std::fabs(normal.x()) < 0.6 ? Vector3(1.0, 0.0, 0.0) : Vector3(0.0, 1.0, 0.0);
-    const Vector3 xAxis = getUnit(crossProduct(axis, normal));
-    const Vector3 yAxis = crossProduct(normal, xAxis);
+    scratch.vWays.clear();
     const Point3& centre = mesh.point(v);
-    QuadricSums sums;
     // Beyond all doubt too far, whatever the divisions below round to.
     const double farthest = reach * reach * (1.0 + 1e-9);
     for (const Reached& reached : scratch.vReached)
@@ -385,9 +395,27 @@ SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, 
                 continue;
             const Vector3 d = way / reach;
             if (d.sqLength() < 1.0)
-                sums.add(d * xAxis, d * yAxis, d * normal);
+                scratch.vWays.push_back(d);
         }
     }
+}
+
+SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
+{
+    reachPoints(v, normal, radiusInCells * cellSize, scratch);
+    return fitReached(normal, radiusInCells, scratch);
+}
+
+SheetFit::Fit SheetFit::fitReached(const Vector3& normal, double radiusInCells, const Scratch& scratch) const
+{
+    Fit result;
+    const double reach = radiusInCells * cellSize;
+    const Vector3 axis = std::fabs(normal.x()) < 0.6 ? Vector3(1.0, 0.0, 0.0) : Vector3(0.0, 1.0, 0.0);
+    const Vector3 xAxis = getUnit(crossProduct(axis, normal));
+    const Vector3 yAxis = crossProduct(normal, xAxis);
+    QuadricSums sums;
+    for (const Vector3& d : scratch.vWays)
+        sums.add(d * xAxis, d * yAxis, d * normal);
     result.numPoints = sums.size();
     if (sums.size() < MIN_POINTS || !sums.solve())
         return result;

@@ -10,6 +10,8 @@
 
 namespace TARN_ZEF
 {
+class Progress;
+
 // Moves the vertices of a surface onto its points: each along its normal onto a quadric through the points of its own
 // sheet around it. Own are the points whose triangles can be reached over the surface without a sharp turn, so that
 // a sheet close by does not pull.
@@ -38,13 +40,14 @@ public:
     SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, double cellSize_, double maxMove_);
 
     // bKeepPlanes: whether getPlanes() is asked afterwards.
-    void run(bool bKeepPlanes = true);
+    // progress: one step a vertex.
+    void run(bool bKeepPlanes, Progress& progress);
 
     // Of the quadrics, in cells. 0 before run().
     [[nodiscard]] double getRadius() const noexcept { return radius; }
     // What the points usually leave the quadrics by, in cells: an estimate of their noise.
     [[nodiscard]] double getNoise() const noexcept { return noise; }
-    // A vertex each, after run(true); none for those on creases.
+    // A vertex each, if run() kept them; none for those on creases.
     [[nodiscard]] const std::vector<LocalPlane>& getPlanes() const noexcept { return vPlanes; }
 
 private:
@@ -75,6 +78,7 @@ private:
     {
         std::vector<int> vSeeds; // triangles at the vertex from which its points are reached
         std::vector<Reached> vReached;
+        std::vector<Vector3> vWays; // from the vertex to the points in reach, which are in the unit ball
         std::vector<std::uint32_t> vStamps;
         std::uint32_t stamp = 0;
     };
@@ -83,7 +87,7 @@ private:
     void fillFacings();
     void chooseRadius();
     [[nodiscard]] std::vector<int> chooseSamples() const;
-    void propose(std::vector<Point3>& vProposed);
+    void propose(std::vector<Point3>& vProposed, Progress& progress);
     [[nodiscard]] Vector3 getRawNormal(int v) const;
     [[nodiscard]] Point3 propose(int v, Scratch& scratch, LocalPlane& plane) const;
     [[nodiscard]] Point3 proposeOnCrease(int v, Scratch& scratch) const;
@@ -93,6 +97,9 @@ private:
     [[nodiscard]] Fit fitBest(int v, const Vector3& normal, Scratch& scratch, double& firstResidual) const;
     [[nodiscard]] Fit fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
     [[nodiscard]] Fit fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const;
+    // To the points in reach, over the surface.
+    void reachPoints(int v, const Vector3& normal, double reach, Scratch& scratch) const;
+    [[nodiscard]] Fit fitReached(const Vector3& normal, double radiusInCells, const Scratch& scratch) const;
     void reachTriangles(int v, const Vector3& normal, double reach, Scratch& scratch) const; // from the seeds
     [[nodiscard]] Reached reachAcross(int h, const Reached& near, const Point3& centre) const;
     [[nodiscard]] bool faces(int t, const Vector3& normal) const;

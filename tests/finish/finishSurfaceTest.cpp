@@ -1,6 +1,8 @@
 #include "finishSurface.h"
 
+#include "ProgressBase.h"
 #include "checkMesh.h"
+#include "core/Progress.h"
 #include "finish/Finisher.h"
 #include "geometry/tools.h"
 #include "helpers/evenBall.h"
@@ -10,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -88,7 +91,9 @@ TEST(FinishSurface, hostileMeshesEndSound)
                 vCloud.push_back(makePoint());
             FinishReport report;
             const FinishOptions options;
+            prepareProgress("Finish");
             Finisher(mesh, vCloud, options, report).run();
+            finishProgress();
             EXPECT_TRUE(check(mesh).isSound());
         }
     }
@@ -152,6 +157,30 @@ TEST(FinishSurface, noiseIsAveragedTheSameOnEveryNumberOfThreads)
     setNumThreads(before);
     EXPECT_LT(getMeanError(*pOne), 0.5 * getMeanError(*pPlain));
     EXPECT_EQ(getCorners(*pOne), getCorners(*pThree));
+}
+
+// Often enough for a bar, never backwards, up to the end.
+TEST(FinishSurface, progressRisesToOne)
+{
+    struct Recorder : ProgressBase
+    {
+        void update(const std::string& name, double fraction) override
+        {
+            EXPECT_EQ(name, "Finish");
+            vFractions.push_back(fraction);
+        }
+        std::vector<double> vFractions;
+    };
+    std::vector<Point3> vPoints = makeBall(6000, 0.0);
+    const std::shared_ptr<Mesh> pPlain = reconstruct_auto(vPoints, false, 1.0);
+    Recorder recorder;
+    subscribe(&recorder);
+    EXPECT_TRUE(checkMesh(*finishSurface(*pPlain, vPoints)).isSound());
+    EXPECT_GT(recorder.vFractions.size(), 10U);
+    EXPECT_LT(recorder.vFractions.front(), 0.2);
+    EXPECT_TRUE(std::is_sorted(recorder.vFractions.begin(), recorder.vFractions.end()));
+    EXPECT_EQ(recorder.vFractions.back(), 1.0);
+    EXPECT_TRUE(ownsProgress());
 }
 
 TEST(FinishSurface, optionsOutOfRangeAreRefused)
