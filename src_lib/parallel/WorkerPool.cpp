@@ -5,9 +5,14 @@
 #include <condition_variable>
 #include <cstdlib>
 #include <list>
+#include <new>
 #include <string_view>
 #include <system_error>
 #include <utility>
+
+#if defined(__unix__) || defined(__APPLE__)
+#include <pthread.h>
+#endif
 
 namespace TARN_ZEF
 {
@@ -238,10 +243,55 @@ void WorkerPool::growTo(std::size_t num)
     }
 }
 
+namespace
+{
+// Holds the pool of the process, and gives a forked child one of its own.
+//
+// Threads:  any.
+class PoolOfProcess
+{
+public:
+    PoolOfProcess()
+    {
+#if defined(__unix__) || defined(__APPLE__)
+        // Without memory for the handler the process has no pool either: the next call tries again.
+        if (pthread_atfork(nullptr, nullptr, leaveToParent) != 0)
+            throw std::bad_alloc();
+#endif
+    }
+    ~PoolOfProcess()
+    {
+        delete pPool.exchange(nullptr);
+    }
+    PoolOfProcess(const PoolOfProcess&) = delete;
+    PoolOfProcess& operator=(const PoolOfProcess&) = delete;
+
+    // No lock, which another thread could hold at the moment of a fork.
+    [[nodiscard]] WorkerPool& get()
+    {
+        WorkerPool* pFound = pPool;
+        if (pFound != nullptr)
+            return *pFound;
+        auto pNew = std::make_unique<WorkerPool>(getNumThreads());
+        return pPool.compare_exchange_strong(pFound, pNew.get()) ? *pNew.release() : *pFound;
+    }
+
+private:
+    // The child has none of the threads, so neither may it wait for them: the old pool is kept as it is, for good.
+    static void leaveToParent() noexcept
+    {
+        pParents = pPool.exchange(nullptr);
+    }
+
+    static inline std::atomic<WorkerPool*> pPool{nullptr};
+    static inline WorkerPool* pParents = nullptr;
+};
+} // namespace
+
 WorkerPool& getWorkerPool()
 {
-    static WorkerPool pool(getNumThreads());
-    return pool;
+    static PoolOfProcess holder;
+    return holder.get();
 }
 
 bool isWorkerThread()

@@ -1,0 +1,177 @@
+// Whatever comes in, a call ends in a sound mesh, in nothing with a reason, or in a refusal that says why; and none
+// changes what the next one gives.
+#include "zef.h"
+
+#include "helpers/meshHash.h"
+#include "helpers/oddInput.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <numeric>
+#include <random>
+
+namespace TARN_ZEF
+{
+namespace
+{
+using Points = std::vector<Point3>;
+
+std::string describe(const MeshCheck& check)
+{
+    return std::to_string(check.numTriangles) + " triangles, flat " + std::to_string(check.numFlat) +
+           ", not finite " + std::to_string(check.numNotFinite) + ", copies " +
+           std::to_string(check.numDuplicates) + ", edges " + std::to_string(check.numNonManifoldEdges) +
+           ", vertices " + std::to_string(check.numNonManifoldVertices) + ", facing " +
+           std::to_string(check.numDisagreeingEdges) + ", intersections " +
+           std::to_string(check.numIntersections);
+}
+
+// Counts what the library has to say for the time of a test.
+class OddInputCalls : public ::testing::Test
+{
+protected:
+    OddInputCalls()
+    {
+        setMessageReceiver([this](const Message&) { ++numMessages; });
+    }
+    ~OddInputCalls() override { setMessageReceiver(nullptr); }
+
+    // A hash of the result; 0 for a refusal.
+    std::uint64_t run(const char* what, const std::function<std::shared_ptr<Mesh>()>& call,
+                      const std::function<void(const std::shared_ptr<Mesh>&)>& use)
+    {
+        SCOPED_TRACE(what);
+        const int numBefore = numMessages;
+        try
+        {
+            const std::shared_ptr<Mesh> pMesh = call();
+            const std::uint64_t hash = getHash(pMesh);
+            if (pMesh == nullptr)
+                EXPECT_GT(numMessages, numBefore) << "nothing, and no reason";
+            else
+                use(pMesh);
+            return hash * 31 + getHash(pMesh);
+        }
+        catch (const ZefRefusedException& e)
+        {
+            EXPECT_GT(std::string(e.what()).size(), 10U);
+        }
+        catch (const std::exception& e)
+        {
+            ADD_FAILURE() << e.what();
+        }
+        return 0;
+    }
+
+    static void expectSound(const std::shared_ptr<Mesh>& pMesh)
+    {
+        const MeshCheck check = checkMesh(*pMesh);
+        EXPECT_TRUE(check.isSound()) << describe(check);
+    }
+
+    // A surface without faults of its connections; it crosses itself where the soup does, until it is finished.
+    static void expectManifold(const std::shared_ptr<Mesh>& pMesh)
+    {
+        const MeshCheck check = checkMesh(*pMesh);
+        EXPECT_TRUE(check.isManifold() && check.isOriented()) << describe(check);
+        EXPECT_EQ(check.numNotFinite + check.numFlat + check.numDuplicates, 0U) << describe(check);
+        if (const std::shared_ptr<Mesh> pDone = finishSurface(*pMesh))
+            expectSound(pDone);
+    }
+
+    // Sound once finished, and still after the improvements, which must do with the unfinished mesh.
+    static void finishAndImprove(const std::shared_ptr<Mesh>& pMesh, const Points& cloud)
+    {
+        const auto finish = [&]
+        {
+            if (const std::shared_ptr<Mesh> pDone = finishSurface(*pMesh, cloud))
+                expectSound(pDone);
+        };
+        finish();
+        edgeFlips(pMesh);
+        static_cast<void>(reduce(pMesh, 2.0 * pMesh->getAverageEdgeLength(), 20.0, true));
+        laplacianSmoothing(pMesh, 2);
+        finish();
+    }
+
+    std::uint64_t runCloud(const Points& points)
+    {
+        Points v = points;
+        const auto finish = [&](const std::shared_ptr<Mesh>& pMesh) { finishAndImprove(pMesh, points); };
+        std::uint64_t hash = run(
+            "reconstruct", [&] { return reconstruct_auto(v, false, 1.2); }, finish);
+        hash = 31 * hash + run(
+                               "smoothed", [&] { return reconstruct_auto(v, true, 1.5); }, finish);
+        return hash;
+    }
+
+    std::uint64_t runSoup(const Points& soup)
+    {
+        Points v = soup;
+        const double spacing = getSpacing(soup);
+        const auto finish = [](const std::shared_ptr<Mesh>& pMesh) { finishAndImprove(pMesh, {}); };
+        std::uint64_t hash = run(
+            "melt", [&] { return melt(v, spacing, 30.0); }, finish);
+        RemeshOptions options;
+        options.maxTriangles = 4000;
+        hash = 31 * hash + run(
+                               "remesh", [&] { return remesh(soup, options); }, expectManifold);
+        return hash;
+    }
+
+    // Twice in an order of chance: the same each time.
+    template <typename F>
+    void runAll(const std::vector<OddInput>& vInputs, const F& f)
+    {
+        std::map<std::string, std::uint64_t> mFirst;
+        std::vector<std::size_t> vOrder(vInputs.size());
+        std::iota(vOrder.begin(), vOrder.end(), std::size_t{0});
+        std::mt19937 rng(11);
+        for (int pass = 0; pass < 2; ++pass)
+        {
+            for (const std::size_t i : vOrder)
+            {
+                SCOPED_TRACE(vInputs[i].name);
+                const std::uint64_t hash = f(vInputs[i].vPoints);
+                EXPECT_EQ(mFirst.emplace(vInputs[i].name, hash).first->second, hash);
+            }
+            std::shuffle(vOrder.begin(), vOrder.end(), rng);
+        }
+        EXPECT_EQ(mFirst.size(), vInputs.size()) << "two of one name";
+    }
+
+private:
+    // A sixteenth of the extent of what is finite.
+    static double getSpacing(const Points& soup)
+    {
+        double largest = 0.0;
+        for (const Point3& p : soup)
+            for (const double c : {p.x(), p.y(), p.z()})
+                if (std::isfinite(c))
+                    largest = std::max(largest, std::fabs(c));
+        return largest > 0.0 ? largest / 16.0 : 1.0;
+    }
+
+    int numMessages = 0;
+};
+
+TEST_F(OddInputCalls, oddCloudsEndWell)
+{
+    const std::vector<OddInput> vClouds = makeOddClouds();
+    EXPECT_GE(vClouds.size(), 60U);
+    runAll(vClouds, [this](const Points& v) { return runCloud(v); });
+}
+
+TEST_F(OddInputCalls, oddSoupsEndWell)
+{
+    const std::vector<OddInput> vSoups = makeOddSoups();
+    EXPECT_GE(vSoups.size(), 40U);
+    runAll(vSoups, [this](const Points& v) { return runSoup(v); });
+}
+
+} // namespace
+} // namespace TARN_ZEF
