@@ -13,6 +13,7 @@
 #include "autoReconstruct.h"
 #include "checkMesh.h"
 #include "finishSurface.h"
+#include "meshHoles.h"
 #include "remesh.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
