@@ -46,6 +46,8 @@ constexpr Child EDGE_FLIPS_CHILDREN[] = {{"RM_kdeg", 10}, {"RM_gEfCandMT", 10}, 
 constexpr Child REDUCE_CHILDREN[] = {
     {"RM_kdeg", 3}, {"RM_redborder", 1}, {"RM_redprioq", 3}, {"RM_redprocprioq", 93}};
 constexpr Child REMESH_CHILDREN[] = {{"remesh", 1}};
+constexpr Child READ_CHILDREN[] = {{"Read", 1}};
+constexpr Child WRITE_CHILDREN[] = {{"Write", 1}};
 
 struct Tree
 {
@@ -57,6 +59,8 @@ constexpr Tree TREES[] = {
     {"ToCloud", TO_CLOUD_CHILDREN},        {"Density Estimation", DENSITY_CHILDREN},
     {"EdgeFlips", EDGE_FLIPS_CHILDREN},    {"Reduce", REDUCE_CHILDREN},
     {"Remesh", REMESH_CHILDREN},
+    {"Read", READ_CHILDREN},
+    {"Write", WRITE_CHILDREN},
 };
 
 [[nodiscard]] Progress* startTree(const std::string& rootName)
