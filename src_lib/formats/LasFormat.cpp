@@ -28,6 +28,7 @@ constexpr std::array<PointForm, 11> FORMS = {{{20, 0},
                                               {59, 0},
                                               {67, 30}}};
 constexpr int FIRST_NEW_FORM = 6; // from here on returns and classes take more bits
+constexpr std::size_t COORDINATE_BYTES = 12;
 constexpr std::size_t HEADER_BYTES = 227;
 constexpr std::size_t HEADER_BYTES_1_4 = 375;
 
@@ -53,8 +54,10 @@ public:
         data.vPoints.reserve(num);
         data.vIntensities.reserve(num);
         data.vColors.reserve(FORMS[form].colorOffset == 0 ? 0 : num);
-        for (u64 i = 0; i < numPoints; ++i)
+        for (u64 i = 0; i + 1 < numPoints; ++i)
             takeRecord(file.take(recordBytes, "a point"));
+        if (numPoints > 0)
+            takeLastRecord();
         if (data.numSkipped > 0)
             data.vNotes.push_back("points left out by return or class: " + std::to_string(data.numSkipped) +
                                   " of " + std::to_string(numPoints));
@@ -142,6 +145,22 @@ private:
             return;
         for (std::size_t k = 0; k < 3; ++k)
             vWideColors.push_back(loadValue<std::uint16_t>(p + colorOffset + 2 * k));
+    }
+
+    // Some programs cut it behind what they fill in.
+    void takeLastRecord()
+    {
+        const u64 left = file.getBytes().getRemaining().value_or(0);
+        if (left < COORDINATE_BYTES || left >= recordBytes)
+        {
+            takeRecord(file.take(recordBytes, "a point"));
+            return;
+        }
+        std::string record(file.take(static_cast<std::size_t>(left), "a point"),
+                           static_cast<std::size_t>(left));
+        record.resize(recordBytes, '\0');
+        takeRecord(record.data());
+        data.vNotes.push_back("the file ends within the last point, of which only the coordinates are sure");
     }
 
     // The format wants 16 bits, but some programs write 8.

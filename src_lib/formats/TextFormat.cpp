@@ -248,12 +248,19 @@ void readText(InputFile& file, const ReadOptions& options, PointData& data)
     TextReader(file, options, data).run();
 }
 
+constexpr std::size_t PTS_COLUMNS = 7;
+
 // PTS: a row count stands before the rows of each scan.
 void readPts(InputFile& file, const ReadOptions& options, PointData& data)
 {
     const std::vector<std::string_view> vLines = contentLines(file.getHead());
     const u64 count = vLines.empty() ? 0 : asCount(vLines[0]).value_or(0);
-    readText(file, options, data);
+    double aRow[PTS_COLUMNS];
+    ReadOptions ptsOptions = options;
+    if (options.columns.empty() && vLines.size() > 1 &&
+        takeNumbers(vLines[1], aRow, PTS_COLUMNS) == PTS_COLUMNS)
+        ptsOptions.columns = "x,y,z,i,r,g,b";
+    readText(file, ptsOptions, data);
     const u64 numRows = data.vPoints.size() + data.numSkipped;
     if (count > numRows)
         file.failHere("the file counts " + std::to_string(count) + " points and holds " +
@@ -282,7 +289,7 @@ void writeRows(OutputFile& file, const PointData& data, std::string_view separat
             put(static_cast<unsigned int>(data.vColors[i][k]));
         if (!bIntensityFirst && !data.vIntensities.empty())
             put(data.vIntensities[i]);
-        if (!data.vNormals.empty())
+        if (!bIntensityFirst && !data.vNormals.empty())
         {
             put(data.vNormals[i].x());
             put(data.vNormals[i].y());
