@@ -52,6 +52,8 @@ constexpr Child REMESH_CHILDREN[] = {{"remesh", 1}};
 constexpr Child FINISH_CHILDREN[] = {
     {"FI_part", 10}, {"FI_load", 4}, {"FI_even", 30}, {"FI_fit", 60}, {"FI_folds", 12}, {"FI_out", 8},
 };
+constexpr Child READ_CHILDREN[] = {{"Read", 1}};
+constexpr Child WRITE_CHILDREN[] = {{"Write", 1}};
 
 struct Tree
 {
@@ -59,10 +61,16 @@ struct Tree
     std::span<const Child> children;
 };
 constexpr Tree TREES[] = {
-    {"Reconstruct", RECONSTRUCT_CHILDREN}, {"Melt", MELT_CHILDREN},
-    {"ToCloud", TO_CLOUD_CHILDREN},        {"Density Estimation", DENSITY_CHILDREN},
-    {"EdgeFlips", EDGE_FLIPS_CHILDREN},    {"Reduce", REDUCE_CHILDREN},
-    {"Remesh", REMESH_CHILDREN},           {"Finish", FINISH_CHILDREN},
+    {"Reconstruct", RECONSTRUCT_CHILDREN},
+    {"Melt", MELT_CHILDREN},
+    {"ToCloud", TO_CLOUD_CHILDREN},
+    {"Density Estimation", DENSITY_CHILDREN},
+    {"EdgeFlips", EDGE_FLIPS_CHILDREN},
+    {"Reduce", REDUCE_CHILDREN},
+    {"Remesh", REMESH_CHILDREN},
+    {"Finish", FINISH_CHILDREN},
+    {"Read", READ_CHILDREN},
+    {"Write", WRITE_CHILDREN},
 };
 
 [[nodiscard]] Progress* startTree(const std::string& rootName)
