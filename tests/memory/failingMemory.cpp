@@ -30,6 +30,11 @@ void* operator new(std::size_t numBytes)
     return pMemory;
 }
 
+void* operator new(std::size_t numBytes, const std::nothrow_t&) noexcept
+{
+    return std::malloc(numBytes > 0 ? numBytes : 1);
+}
+
 void operator delete(void* pMemory) noexcept
 {
     std::free(pMemory);
