@@ -205,9 +205,7 @@ TEST(Formats, PointsComeBackAsTheyWereWritten)
                 EXPECT_TRUE(!bAttributes || read.vIntensities.empty() ||
                             read.vIntensities == data.vIntensities);
                 const std::set<std::string_view> keepNormals = {"PLY", "PCD", "OFF", "text"};
-                EXPECT_EQ(!read.vNormals.empty(),
-                          bAttributes && (keepNormals.count(pFormat->name) > 0 || pFormat == &OFF_FORMAT ||
-                                          pFormat == &PTS_FORMAT));
+                EXPECT_EQ(!read.vNormals.empty(), bAttributes && keepNormals.count(pFormat->name) > 0);
                 EXPECT_EQ(!read.vColors.empty(), bAttributes && pFormat != &BIN_FORMAT);
             }
         }
