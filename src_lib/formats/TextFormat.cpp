@@ -96,7 +96,7 @@ private:
             takeSample(line);
         else if (!bColumns && vSamples.empty())
             takeHeader(line);
-        else if (!isComment(line))
+        else if (!isComment(line) && !asCount(line))
             skip(line, file.getLines().getLineNumber());
     }
 
