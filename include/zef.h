@@ -18,6 +18,7 @@
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
 #include "zef_calls.h"
+#include "zef_formats.h"
 #include "zef_messages.h"
 
 #endif
