@@ -14,7 +14,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr double TOO_LONG = 4.0 / 3.0; // in wanted lengths
 constexpr double TOO_NEAR = 0.5;       // of a new vertex to another one, in wanted lengths
 constexpr int MOST_ROUNDS = 14;        // each halves the longest edges
