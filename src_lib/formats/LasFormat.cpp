@@ -160,7 +160,8 @@ private:
                            static_cast<std::size_t>(left));
         record.resize(recordBytes, '\0');
         takeRecord(record.data());
-        data.vNotes.push_back("the file ends within the last point, of which only the coordinates are sure");
+        data.vNotes.emplace_back(
+            "the file ends within the last point, of which only the coordinates are sure");
     }
 
     // The format wants 16 bits, but some programs write 8.

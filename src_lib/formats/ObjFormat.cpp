@@ -35,7 +35,8 @@ int sniffObj(std::string_view head, u64)
 
 [[nodiscard]] std::uint8_t toByte(double share) noexcept
 {
-    return std::isfinite(share) ? static_cast<std::uint8_t>(std::clamp(share, 0.0, 1.0) * 255.0 + 0.5) : 0;
+    return std::isfinite(share) ? static_cast<std::uint8_t>(std::lround(std::clamp(share, 0.0, 1.0) * 255.0))
+                                : 0;
 }
 
 class ObjReader

@@ -71,7 +71,7 @@ PointData readPoints(const std::string& path, const ReadOptions& options)
                     noteName(file, format, data);
                     format.readPoints(file, options, data);
                     if (data.vPoints.empty())
-                        data.vNotes.push_back("the file holds no points");
+                        data.vNotes.emplace_back("the file holds no points");
                 });
     return data;
 }
@@ -87,7 +87,7 @@ TriangleData readTriangles(const std::string& path)
                     noteName(file, format, data);
                     format.readTriangles(file, data);
                     if (data.vCorners.empty())
-                        data.vNotes.push_back("the file holds no triangles");
+                        data.vNotes.emplace_back("the file holds no triangles");
                 });
     return data;
 }
