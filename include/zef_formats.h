@@ -102,7 +102,8 @@ ZEF_API void writeMesh(const std::string& path, const Mesh& mesh, const WriteOpt
 
 // A finished mesh of the triangles, for post-processing and judging; corners at one place become one vertex.
 // Triangles with a corner that is not finite, or two at one place, are left out. An empty pointer if none is
-// left.
+// left. Nothing is repaired: where more than two triangles meet, finishSurface() parts them.
+// Throws ZefBadArgument if the number of corners is no multiple of 3, or a corner is no index of a point.
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> makeMesh(const TriangleData& data);
 
 // What an extension stands for.

@@ -1,11 +1,11 @@
 #include "autoReconstruct.h"
 
-#include "api/ProgressScope.h"
 #include "api/flatMesh.h"
 #include "choice/CloudMeasure.h"
 #include "choice/FactorLadder.h"
 #include "choice/countTrialFaults.h"
 #include "core/CallScope.h"
+#include "core/ProgressScope.h"
 #include "core/zefRand.h"
 #include "geometry/isFinite.h"
 #include "intake/Cloud.h"

@@ -1,8 +1,8 @@
 #include "finishSurface.h"
 
-#include "api/ProgressScope.h"
 #include "api/flatMesh.h"
 #include "core/CallScope.h"
+#include "core/ProgressScope.h"
 #include "finish/Finisher.h"
 #include "rmesh/RMesh.h"
 

@@ -1,20 +1,16 @@
 // Finished meshes to files of every format, and back.
 #include "api/flatMesh.h"
 #include "geometry/PointTable.h"
+#include "geometry/isFinite.h"
+#include "geometry/requireTriangles.h"
 #include "zef_formats.h"
 
-#include <cmath>
 #include <utility>
 
 namespace TARN_ZEF
 {
 namespace
 {
-[[nodiscard]] bool isFinite(const Point3& p)
-{
-    return std::isfinite(p.x()) && std::isfinite(p.y()) && std::isfinite(p.z());
-}
-
 // The mean edge of the triangles, for the lengths of post-processing.
 [[nodiscard]] double meanEdge(const std::vector<Point3>& vPoints, const std::vector<std::uint32_t>& vCorners)
 {
@@ -39,6 +35,7 @@ void writeMesh(const std::string& path, const Mesh& mesh, const WriteOptions& op
 
 std::shared_ptr<Mesh> makeMesh(const TriangleData& data)
 {
+    requireTriangles(data.vPoints.size(), data.vCorners);
     std::vector<Point3> vVertices;
     vVertices.reserve(data.vPoints.size()); // the table keeps pointers
     PointTable table;
@@ -53,7 +50,7 @@ std::shared_ptr<Mesh> makeMesh(const TriangleData& data)
     };
     std::vector<std::uint32_t> vCorners;
     vCorners.reserve(data.vCorners.size());
-    for (std::size_t i = 0; i + 2 < data.vCorners.size(); i += 3)
+    for (std::size_t i = 0; i < data.vCorners.size(); i += 3)
     {
         const Point3& a = data.vPoints[data.vCorners[i]];
         const Point3& b = data.vPoints[data.vCorners[i + 1]];

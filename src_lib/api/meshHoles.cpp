@@ -5,35 +5,18 @@
 #include "closing/HoleCloser.h"
 #include "closing/LoopFinder.h"
 #include "core/CallScope.h"
-#include "core/refuse.h"
+#include "geometry/requireTriangles.h"
 #include "rmesh/RMesh.h"
 
-#include <string>
 #include <utility>
 
 namespace TARN_ZEF
 {
-namespace
-{
-void requireIndices(std::size_t numPoints, const std::vector<int>& vCorners)
-{
-    if (vCorners.size() % 3 != 0)
-        refuse<ZefBadArgument>("three corners for each triangle",
-                               std::to_string(vCorners.size()) +
-                                   " triangle corners are not a multiple of 3; give three for each triangle");
-    for (const int corner : vCorners)
-        if (corner < 0 || static_cast<std::size_t>(corner) >= numPoints)
-            refuse<ZefBadArgument>("each corner is the index of a point",
-                                   "corner index " + std::to_string(corner) + " is none of one of the " +
-                                       std::to_string(numPoints) + " points");
-}
-} // namespace
-
 std::vector<BorderLoop> findBorderLoops(const std::vector<Point3>& vPoints,
                                         const std::vector<int>& vTriangleCorners)
 {
     const CallScope call;
-    requireIndices(vPoints.size(), vTriangleCorners);
+    requireTriangles(vPoints.size(), vTriangleCorners);
     const EdgeMates mates(vTriangleCorners);
     return LoopFinder(vPoints, vTriangleCorners, mates).run();
 }

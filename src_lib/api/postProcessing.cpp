@@ -1,9 +1,9 @@
 // The public calls that improve a finished mesh.
 #include "zef_api_functions.h"
 
-#include "api/ProgressScope.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
+#include "core/ProgressScope.h"
 #include "core/numbers.h"
 #include "rmesh/LaplacianSmoother.h"
 #include "rmesh/RMesh.h"

@@ -1,8 +1,8 @@
 #include "remesh.h"
 
-#include "api/ProgressScope.h"
 #include "api/flatMesh.h"
 #include "core/CallScope.h"
+#include "core/ProgressScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
 #include "remesh/SoupRemesh.h"

@@ -1,9 +1,9 @@
 #include "zef_api_functions.h"
 
 #include "api/Hal.h"
-#include "api/ProgressScope.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
+#include "core/ProgressScope.h"
 #include "files/Visualizer3.h"
 #include "intake/CloudMgr.h"
 #include "rmesh/RMesh.h"

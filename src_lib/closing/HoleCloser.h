@@ -13,7 +13,8 @@
 namespace TARN_ZEF
 {
 // Closes loops of a mesh. The contract is that of fillHoles(): a patch that would intersect anything, or hold a flat
-// triangle, is made again without vertices of its own, then of the least area that there is, and if that is no better, left out.
+// triangle, is made again without vertices of its own, then of the least area that there is, and if that is
+// no better, left out.
 class HoleCloser
 {
 public:

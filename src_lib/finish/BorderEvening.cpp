@@ -1,5 +1,6 @@
 #include "finish/BorderEvening.h"
 
+#include "finish/directions.h"
 #include "geometry/tools.h"
 
 #include <algorithm>
@@ -27,12 +28,6 @@ constexpr double UNSHRINK_STEP = -0.53;
 constexpr double CORNER = -0.5;
 // Cosine of 37 degrees: no triangle tilts more as its vertex moves.
 constexpr double MAX_TILT = 0.8;
-
-double getCosine(const Vector3& a, const Vector3& b)
-{
-    const double lengths = std::sqrt(a.sqLength() * b.sqLength());
-    return lengths > 0.0 ? a * b / lengths : 1.0;
-}
 
 double getTurn(const Point3& a, const Point3& b, const Point3& c)
 {

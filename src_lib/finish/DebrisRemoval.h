@@ -23,8 +23,8 @@ public:
 
     static constexpr int LARGE = 1;
 
-    // Of each point of a mesh, whether it is in a large piece: one of at least a hundred triangles that hang together at
-    // their corners.
+    // Of each point of a mesh, whether it is in a large piece: one of at least a hundred triangles that hang
+    // together at their corners.
     [[nodiscard]] static Flags findLarge(const FlatMesh& mesh);
 
     explicit DebrisRemoval(HalfEdgeMesh& mesh_);

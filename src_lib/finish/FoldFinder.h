@@ -11,8 +11,8 @@
 namespace TARN_ZEF
 {
 // Finds what is wrong with the shape of a surface, exactly as the judge sees it: pairs of triangles that intersect or
-// lie on the same corners, and triangles without area; beyond that triangles that have next to none. After the first search only the neighbourhood of what was
-// touched is searched.
+// lie on the same corners, and triangles without area; beyond that triangles that have next to none. After
+// the first search only the neighbourhood of what was touched is searched.
 class FoldFinder
 {
 public:

@@ -1,6 +1,7 @@
 #include "finish/Relaxation.h"
 
 #include "finish/NormalTensor.h"
+#include "finish/directions.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
 #include "parallel/parallelFor.h"
@@ -32,18 +33,6 @@ constexpr double BORDER_CORNER = 0.5;
 constexpr double SAME_SIDE = 0.7;
 // How far a vertex goes to the middle in a round.
 constexpr double STEP = 0.8;
-
-double getCosine(const Vector3& a, const Vector3& b)
-{
-    const double lengths = std::sqrt(a.sqLength() * b.sqLength());
-    return lengths > 0.0 ? a * b / lengths : 1.0;
-}
-
-Vector3 getUnit(const Vector3& v)
-{
-    const double length = v.length();
-    return length > 0.0 ? v / length : Vector3();
-}
 
 Vector3 getTriangleNormal(const Point3& a, const Point3& b, const Point3& c)
 {

@@ -29,7 +29,8 @@ public:
     // Triangles with an angle below that of the given cosine lose their shortest edge, where that is better. Returns
     // the number of collapses.
     std::size_t collapse(double maxCosine);
-    // Border edges shorter than that vanish where no triangle gets an angle below 25 degrees.
+    // Border edges shorter than minLength, in units of the mesh, vanish where no triangle gets an angle below 25 degrees.
+    // Returns their number.
     std::size_t collapseBorder(double minLength);
 
     // Of the triangles: which ones flips and collapses changed so far. Some of them may be dead.

@@ -1,5 +1,6 @@
 #include "finish/SeamPairing.h"
 
+#include "finish/directions.h"
 #include "geometry/tools.h"
 
 #include <algorithm>
@@ -19,12 +20,6 @@ double getTurn(double x, double y)
     if (x < 0.0)
         return 2.0 - part;
     return part < 0.0 ? 4.0 + part : part;
-}
-
-Vector3 getUnit(const Vector3& v)
-{
-    const double length = v.length();
-    return length > 0.0 ? v / length : Vector3();
 }
 
 // A unit vector at right angles on the unit vector v.

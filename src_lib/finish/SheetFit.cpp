@@ -3,6 +3,7 @@
 #include "core/Progress.h"
 #include "finish/NormalTensor.h"
 #include "finish/QuadricSums.h"
+#include "finish/directions.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
 #include "parallel/produceInOrder.h"
@@ -35,12 +36,6 @@ constexpr double SAME_REACH = 0.985;
 constexpr std::size_t MIN_POINTS = 4;
 // Sides of a crease that meet under about 10 degrees or less do not say where along their normals' difference.
 constexpr double MEETING_SHARE = 0.008;
-
-Vector3 getUnit(const Vector3& v)
-{
-    const double length = v.length();
-    return length > 0.0 ? v / length : Vector3();
-}
 
 double getMedian(std::vector<double> vValues)
 {

@@ -15,8 +15,9 @@
 namespace TARN_ZEF
 {
 // Parts a mesh into sheets: afterwards each edge has one or two triangles, which face the same way, and each vertex
-// one fan. Thin wraps become one sheet. Where more than two triangles meet, fins and doubled layers are dropped, the others are paired by facing
-// and flatness, and what finds no partner becomes a border, drawn back a little from the sheet it hung on.
+// one fan. Thin wraps become one sheet. Where more than two triangles meet, fins and doubled layers are
+// dropped, the others are paired by facing and flatness, and what finds no partner becomes a border, drawn
+// back a little from the sheet it hung on.
 //
 // Ownership:  works on the caller's mesh, which may hold anything. Indices must be in range.
 // Cost:       a sort of the half-edges and one of the triangles; what follows goes by the number of sides at seams.
@@ -63,7 +64,8 @@ private:
     std::vector<Index> vSources; // of these
 };
 
-// Turns the closed pieces of a mesh so that they face outward. The mates follow. Returns the number of triangles turned.
+// Turns the closed pieces of a mesh so that they face outward. The mates follow. Returns the number of
+// triangles turned.
 std::size_t faceOutward(FlatMesh& mesh, Mates& vMates);
 
 } // namespace TARN_ZEF

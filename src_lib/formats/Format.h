@@ -51,6 +51,17 @@ extern const Format TEXT_FORMAT;
 // In the order in which contents are tried.
 [[nodiscard]] std::span<const Format* const> getFormats();
 
+// The extensions of the formats for which can(format) is true, with a blank between them.
+template <class Can>
+[[nodiscard]] std::string listExtensions(Can can)
+{
+    std::string list;
+    for (const Format* pFormat : getFormats())
+        if (can(*pFormat))
+            list.append(pFormat->extensions);
+    return list.substr(0, list.rfind(' '));
+}
+
 // In small letters, with its point; empty without one.
 [[nodiscard]] std::string getExtension(const std::string& path);
 // By extension; null if it is not known.

@@ -180,10 +180,7 @@ void readObjTriangles(InputFile& file, TriangleData& data)
     reader.cutFaces(data.vCorners);
     data.vPoints = std::move(reader.vPoints);
     data.vColors = std::move(reader.vColors);
-    data.numSkipped = reader.numSmallFaces;
-    if (data.numSkipped > 0)
-        data.vNotes.push_back("faces of fewer than three corners left out: " +
-                              std::to_string(data.numSkipped));
+    noteSmallFaces(data, reader.numSmallFaces);
 }
 
 void writeVertices(OutputFile& file, const std::vector<Point3>& vPoints,

@@ -200,10 +200,7 @@ void readOffTriangles(InputFile& file, TriangleData& data)
     reader.readFaces(data.vCorners);
     data.vPoints = std::move(reader.vPoints);
     data.vColors = std::move(reader.vColors);
-    data.numSkipped = reader.numSmallFaces;
-    if (data.numSkipped > 0)
-        data.vNotes.push_back("faces of fewer than three corners left out: " +
-                              std::to_string(data.numSkipped));
+    noteSmallFaces(data, reader.numSmallFaces);
 }
 
 void writeHead(OutputFile& file, bool bNormals, bool bColors, std::size_t numVertices, std::size_t numFaces)

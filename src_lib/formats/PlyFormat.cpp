@@ -244,9 +244,7 @@ void readPlyTriangles(InputFile& file, TriangleData& data)
             if (requests.pColors)
                 data.vColors = toColors(*requests.pColors);
             appendFaces(*pFaces, data);
-            if (data.numSkipped > 0)
-                data.vNotes.push_back("faces of fewer than three corners left out: " +
-                                      std::to_string(data.numSkipped));
+            noteSmallFaces(data, data.numSkipped);
         });
 }
 

@@ -146,4 +146,11 @@ void appendPolygon(const std::vector<Point3>& vPoints, std::span<const std::uint
         vCorners.insert(vCorners.end(), {polygon[0], polygon[i - 1], polygon[i]});
 }
 
+void noteSmallFaces(TriangleData& data, std::uint64_t num)
+{
+    data.numSkipped = num;
+    if (num > 0)
+        data.vNotes.push_back("faces of fewer than three corners left out: " + std::to_string(num));
+}
+
 } // namespace TARN_ZEF

@@ -2,7 +2,7 @@
 #ifndef ZEF_POLYGONS_H
 #define ZEF_POLYGONS_H
 
-#include "Point3.h"
+#include "zef_formats.h"
 
 #include <cstdint>
 #include <span>
@@ -18,6 +18,9 @@ namespace TARN_ZEF
 // Cost     of a convex face linear, of a concave one at most cubic; past MAX_EARS corners always the fan
 void appendPolygon(const std::vector<Point3>& vPoints, std::span<const std::uint32_t> polygon,
                    std::vector<std::uint32_t>& vCorners);
+
+// Tells in data that so many faces of fewer than three corners were left out.
+void noteSmallFaces(TriangleData& data, std::uint64_t num);
 
 inline constexpr std::size_t MAX_EARS = 2000;
 

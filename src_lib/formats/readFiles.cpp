@@ -6,20 +6,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-// What the formats that could do it are called.
-template <class Can>
-[[nodiscard]] std::string listExtensions(Can can)
-{
-    std::string list;
-    for (const Format* pFormat : getFormats())
-    {
-        if (can(*pFormat))
-            list.append(pFormat->extensions);
-    }
-    list.pop_back();
-    return list;
-}
-
 // By what the file holds, or where that tells nothing by its name.
 template <class Can>
 [[nodiscard]] const Format& chooseFormat(const InputFile& file, const char* what, Can can)

@@ -12,13 +12,8 @@ namespace
 template <class Writer>
 [[nodiscard]] Writer chooseWriter(const std::string& path, Writer Format::*member, const char* what)
 {
-    std::string list;
-    for (const Format* pFormat : getFormats())
-    {
-        if (pFormat->*member != nullptr)
-            list.append(pFormat->extensions);
-    }
-    list = list.substr(0, list.rfind(' '));
+    const std::string list =
+        listExtensions([member](const Format& format) { return format.*member != nullptr; });
     const Format* pFormat = findFormat(path);
     if (pFormat == nullptr)
         throw FileError("its extension tells no known format; for " + std::string(what) +

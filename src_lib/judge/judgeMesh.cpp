@@ -1,6 +1,7 @@
 #include "judge/judgeMesh.h"
 
 #include "core/refuse.h"
+#include "geometry/requireTriangles.h"
 #include "judge/ConnectionJudge.h"
 #include "judge/CornerNumbering.h"
 #include "judge/FaultList.h"
@@ -15,22 +16,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-void refuseBadCorners(std::size_t numPoints, const std::vector<int>& vCorners)
-{
-    if (vCorners.size() % 3 != 0)
-        refuse<ZefBadArgument>("three corners for each triangle",
-                               std::to_string(vCorners.size()) +
-                                   " triangle corners are not a multiple of 3; give three for each triangle");
-    const auto isNoIndex = [numPoints](int corner)
-    { return corner < 0 || static_cast<std::size_t>(corner) >= numPoints; };
-    const auto it = std::find_if(vCorners.begin(), vCorners.end(), isNoIndex);
-    if (it != vCorners.end())
-        refuse<ZefBadArgument>("each corner is the index of a point",
-                               "corner " + std::to_string(it - vCorners.begin()) + " is " +
-                                   std::to_string(*it) + ", which is no index of one of the " +
-                                   std::to_string(numPoints) + " points");
-}
-
 std::vector<int> joinEqualPoints(const std::vector<int>& vCorners, const CornerNumbering& numbering)
 {
     std::vector<int> vResult(vCorners.size());
@@ -56,7 +41,7 @@ void judgeConnections(const JudgedMesh& mesh, const std::vector<Point3>& vPoints
 MeshCheck judge(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners,
                 const CheckOptions& options, bool bConnections)
 {
-    refuseBadCorners(vPoints.size(), vCorners);
+    requireTriangles(vPoints.size(), vCorners);
     const JudgedMesh mesh(vPoints, vCorners);
     const UnitFrame frame(vPoints);
     const CornerNumbering numbering(vPoints, frame);

@@ -14,11 +14,11 @@ namespace TARN_ZEF
 class EdgeFlipper;
 class VertexRelaxer;
 
-// The last step: sees to it that result and source are within the tolerance of one another, both ways, and splits triangles
-// where they are not. Seen from above, the edges of both part the surface into pieces over which both are plane, so
-// the distance is largest at corners of pieces: where edges cross (EdgeTrace follows those of the result), and at vertices of the
-// source; those of the result lie on it. Where an edge cannot be followed, NearnessProof looks at its triangles. Flat
-// patches need none of this.
+// The last step: sees to it that result and source are within the tolerance of one another, both ways, and
+// splits triangles where they are not. Seen from above, the edges of both part the surface into pieces over
+// which both are plane, so the distance is largest at corners of pieces: where edges cross (EdgeTrace follows
+// those of the result), and at vertices of the source; those of the result lie on it. Where an edge cannot be
+// followed, NearnessProof looks at its triangles. Flat patches need none of this.
 class DistanceKeeper
 {
 public:

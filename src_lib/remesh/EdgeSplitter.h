@@ -10,9 +10,9 @@ namespace TARN_ZEF
 {
 class EdgeFlipper;
 
-// Splits edges that are too long for their sizes, longer ones first: in classes of a square root of two. After each class
-// diagonals are flipped round the new vertices, so that the pieces do not get thin; what is long among the new edges comes
-// into its class in turn.
+// Splits edges that are too long for their sizes, longer ones first: in classes of a square root of two.
+// After each class diagonals are flipped round the new vertices, so that the pieces do not get thin; what is
+// long among the new edges comes into its class in turn.
 class EdgeSplitter
 {
 public:

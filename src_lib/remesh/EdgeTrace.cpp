@@ -41,8 +41,8 @@ EdgeTrace::End EdgeTrace::follow(const SurfacePlace& start, const Point3& a, con
     return End::LOST;
 }
 
-// The half-edge over which the line leaves t: from its right to its left, where what lies on it counts as left. There is one
-// of these or none.
+// The half-edge over which the line leaves t: from its right to its left, where what lies on it counts as
+// left. There is one of these or none.
 int EdgeTrace::exitOf(const Line& line, int t) const
 {
     bool bLeft[3];

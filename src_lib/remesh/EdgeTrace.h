@@ -6,9 +6,9 @@
 
 namespace TARN_ZEF
 {
-// Follows a straight line over a patch of a surface, from triangle to triangle, and looks how far the two are apart where
-// the line passes the edges of the patch: between two of these places both are straight, so they are nowhere
-// farther apart.
+// Follows a straight line over a patch of a surface, from triangle to triangle, and looks how far the two are
+// apart where the line passes the edges of the patch: between two of these places both are straight, so they
+// are nowhere farther apart.
 //
 // Threads:  none; the last place belongs to the object.
 class EdgeTrace

@@ -7,12 +7,13 @@
 
 namespace TARN_ZEF
 {
-// Shows, as far as it can, that a whole triangle lies within a tolerance of a patch, not only some places on it: the distance from one
-// triangle is a convex function, so it is largest at corners. A piece all of whose corners are within the tolerance of
-// one triangle of the patch is within it. So is one whose corners lie beside triangles that share a vertex and fall little
-// towards one another, if all corners are near the planes of all of these: the surface between them is nowhere higher
-// than the highest plane nor lower than the lowest. Other pieces are cut in four, four times
-// at most; what is left then counts as near by its corners: places a sixteenth of the triangle apart.
+// Shows, as far as it can, that a whole triangle lies within a tolerance of a patch, not only some places on
+// it: the distance from one triangle is a convex function, so it is largest at corners. A piece all of whose
+// corners are within the tolerance of one triangle of the patch is within it. So is one whose corners lie
+// beside triangles that share a vertex and fall little towards one another, if all corners are near the
+// planes of all of these: the surface between them is nowhere higher than the highest plane nor lower than
+// the lowest. Other pieces are cut in four, four times at most; what is left then counts as near by its
+// corners: places a sixteenth of the triangle apart.
 //
 // Threads:    none.
 class NearnessProof

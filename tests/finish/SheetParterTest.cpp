@@ -197,8 +197,8 @@ TEST(SheetParter, thinWrapsBecomeOneSheet)
     }
 }
 
-// A sheet whose side from (12, 0) to (12, 12) goes on twice: above and below a hollow of the given thickness, three cells
-// wide, that tapers to nothing at both ends.
+// A sheet whose side from (12, 0) to (12, 12) goes on twice: above and below a hollow of the given thickness,
+// three cells wide, that tapers to nothing at both ends.
 FlatMesh makeSheetWithDoubledRim(double thickness)
 {
     FlatMesh mesh;

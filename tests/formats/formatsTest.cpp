@@ -263,8 +263,12 @@ TEST(Formats, FilesCutAnywhereAreRefusedOrRead)
                             static_cast<void>(readPoints(cut.path));
                     });
                 const bool bLines = pFormat == &OBJ_FORMAT || pFormat == &TEXT_FORMAT;
+                const bool bCounted =
+                    pFormat == &OFF_FORMAT || pFormat == &PTS_FORMAT || pFormat == &PTX_FORMAT;
                 const bool bInLastLine = content.find('\n', size) >= content.size() - 1;
-                EXPECT_TRUE(bLines || bInLastLine || !refusal.empty());
+                // A record of LAS begins with the coordinates, and other programs cut the rest of the last one.
+                const bool bInLastRecord = pFormat == &LAS_FORMAT && content.size() - size <= 14;
+                EXPECT_TRUE(bLines || (bCounted && bInLastLine) || bInLastRecord || !refusal.empty());
                 EXPECT_TRUE(refusal.empty() || refusal.starts_with(cut.path + ": ")) << refusal;
             }
         }
