@@ -6,6 +6,7 @@
 #include "Silence.h"
 #include "api/flatMesh.h"
 #include "core/Progress.h"
+#include "finish/BorderEvening.h"
 #include "finish/CreaseMaker.h"
 #include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
@@ -107,6 +108,13 @@ private:
             time("smooth", [&] { relaxation.smooth(); });
         }
         time("collapse", [&] { (void)relaxation.collapse(0.94); });
+        BorderEvening borders(mesh);
+        time("borders",
+             [&]
+             {
+                 borders.trim();
+                 borders.smooth();
+             });
     }
 
     void fit(bool bCreases)
