@@ -62,9 +62,7 @@ public:
         prepareProgress("Finish");
         part();
         even(4);
-        fit(true);
-        even(3);
-        fit(false);
+        fit();
         FoldReport report;
         time("folds", [&] { FoldRemoval(mesh, report, true).run(); });
         finishProgress();
@@ -117,15 +115,15 @@ private:
              });
     }
 
-    void fit(bool bCreases)
+    void fit()
     {
-        std::unique_ptr<SheetFit> pFit;
-        time("owners", [&] { pFit = std::make_unique<SheetFit>(mesh, sample.vPoints, cellSize, 0.75); });
-        time("fit", [&] { pFit->run(bCreases, *getRootProgress()->getChildProgressSetTodo("FI_fit", 1)); });
-        if (!bCreases)
-            return;
-        CreaseMaker maker(mesh, pFit->getPlanes(), cellSize, pFit->getNoise(), pFit->getRadius());
+        SheetFit sheetFit(mesh, sample.vPoints, cellSize, 0.75);
+        Progress& progress = *getRootProgress()->getChildProgressSetTodo("FI_fit", 1);
+        time("fit", [&] { sheetFit.run(progress); });
+        CreaseMaker maker(mesh, sheetFit.getSurfaces(), cellSize, sheetFit.getNoise(), sheetFit.getRadius());
         time("crease", [&] { maker.run(); });
+        even(3);
+        time("refit", [&] { sheetFit.repeat(progress); });
     }
 
     const Sample& sample;

@@ -337,7 +337,7 @@ void Job::finish()
     // The PLY that is written holds floats.
     TARN_ZEF::FinishOptions finishOptions;
     finishOptions.bRoundToFloat = true;
-    pMesh = library([&] { return TARN_ZEF::finishSurface(*pMesh, vPoints, finishOptions); });
+    pMesh = library([&] { return TARN_ZEF::finishSurface(std::move(pMesh), vPoints, finishOptions); });
     report.finishSeconds = stopwatch.getSeconds();
     report.computeSeconds += report.finishSeconds;
     if (isEmpty(pMesh))

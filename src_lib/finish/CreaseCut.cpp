@@ -37,7 +37,7 @@ void CreaseCut::putOnSides()
     {
         for (const int v : {crossing.a, crossing.b})
         {
-            const SheetFit::LocalPlane& plane = sides.planeOf(v);
+            const TangentPlane plane = sides.planeOf(v);
             const Point3& p = mesh.point(v);
             mesh.setPoint(v, p + plane.normal * ((plane.point - p) * plane.normal));
         }
@@ -95,7 +95,7 @@ void CreaseCut::makeCorner(const CreaseCrossings::Passage& passage)
     Vector3 right;
     for (const int v : passage.vertices)
     {
-        const SheetFit::LocalPlane& plane = sides.planeOf(v);
+        const TangentPlane plane = sides.planeOf(v);
         tensor.add(plane.normal);
         right.add(plane.normal * ((plane.point - middle) * plane.normal));
     }

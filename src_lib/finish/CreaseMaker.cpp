@@ -9,11 +9,11 @@ namespace TARN_ZEF
 {
 using Kind = HalfEdgeMesh::Kind;
 
-CreaseMaker::CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Planes& vPlanes_, double cellSize_,
+CreaseMaker::CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Surfaces& vSurfaces_, double cellSize_,
                          double noise_, double radius_)
     : mesh(mesh_)
     , cellSize(cellSize_)
-    , sides(mesh_, vPlanes_, cellSize_, noise_, radius_)
+    , sides(mesh_, vSurfaces_, cellSize_, noise_, radius_)
 {
 }
 

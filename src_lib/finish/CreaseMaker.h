@@ -19,7 +19,7 @@ class CreaseMaker
 {
 public:
     // Lengths in units of the points but for noise and radius, which are in cells.
-    CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Planes& vPlanes_, double cellSize_, double noise_,
+    CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Surfaces& vSurfaces_, double cellSize_, double noise_,
                 double radius_);
 
     void run();

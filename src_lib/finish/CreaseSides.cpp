@@ -36,10 +36,10 @@ constexpr double FARTHEST = 0.9;
 constexpr double FARTHEST_OFF = 0.6;
 } // namespace
 
-CreaseSides::CreaseSides(const HalfEdgeMesh& mesh_, const Planes& vPlanes_, double cellSize_, double noise_,
-                         double radius_)
+CreaseSides::CreaseSides(const HalfEdgeMesh& mesh_, const Surfaces& vSurfaces_, double cellSize_,
+                         double noise_, double radius_)
     : mesh(mesh_)
-    , vPlanes(vPlanes_)
+    , vSurfaces(vSurfaces_)
     , cellSize(cellSize_)
     , noise(noise_)
     , radius(radius_)
@@ -55,19 +55,19 @@ void CreaseSides::run()
 
 bool CreaseSides::isGood(int v) const
 {
-    const SheetFit::LocalPlane& plane = vPlanes[static_cast<std::size_t>(v)];
-    return plane.bUsable && plane.residual <= std::max(GOOD * noise, GOOD_CELLS);
+    const LocalSurface& surface = vSurfaces[static_cast<std::size_t>(v)];
+    return surface.isUsable() && surface.residual <= std::max(GOOD * noise, GOOD_CELLS);
 }
 
 void CreaseSides::choose()
 {
-    vSide.assign(vPlanes.size(), NONE);
+    vSide.assign(vSurfaces.size(), NONE);
     parallelFor(vSide.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     std::vector<int> vNear;
                     for (std::size_t v = from; v < to; ++v)
-                        if (mesh.isAliveVertex(static_cast<int>(v)) && vPlanes[v].bUsable)
+                        if (mesh.isAliveVertex(static_cast<int>(v)) && vSurfaces[v].isUsable())
                             vSide[v] = findSide(static_cast<int>(v), vNear);
                 });
 }
@@ -75,10 +75,11 @@ void CreaseSides::choose()
 // How badly a plane goes with a vertex, in cells.
 double CreaseSides::getCost(int v, int side) const
 {
-    const SheetFit::LocalPlane& plane = vPlanes[static_cast<std::size_t>(side)];
+    const LocalSurface& surface = vSurfaces[static_cast<std::size_t>(side)];
+    const TangentPlane plane = surface.getPlane();
     const Vector3 way = plane.point - mesh.point(v);
     return (std::fabs(way * plane.normal) + DISTANCE_COST * way.length()) / cellSize +
-           RESIDUAL_COST * plane.residual;
+           RESIDUAL_COST * surface.residual;
 }
 
 // The plane of a vertex in the neighbourhood that fits its points and passes nearest.
@@ -86,7 +87,7 @@ int CreaseSides::findSide(int v, std::vector<int>& vNear) const
 {
     if (isGood(v))
         return v;
-    const double own = vPlanes[static_cast<std::size_t>(v)].residual;
+    const double own = vSurfaces[static_cast<std::size_t>(v)].residual;
     const double limit = std::max({GOOD * noise, GOOD_CELLS, BETTER * own});
     const double reach = cellSize * std::max(REACH_CELLS, REACH_RADII * radius);
     int best = NONE;
@@ -97,8 +98,8 @@ int CreaseSides::findSide(int v, std::vector<int>& vNear) const
             std::find(vNear.begin(), vNear.end(), u) != vNear.end())
             return;
         vNear.push_back(u);
-        const SheetFit::LocalPlane& plane = vPlanes[static_cast<std::size_t>(u)];
-        if (!plane.bUsable || plane.residual > limit)
+        const LocalSurface& surface = vSurfaces[static_cast<std::size_t>(u)];
+        if (!surface.isUsable() || surface.residual > limit)
             return;
         const double cost = getCost(v, u);
         if (cost < leastCost || (cost == leastCost && u < best))
@@ -115,9 +116,8 @@ int CreaseSides::findSide(int v, std::vector<int>& vNear) const
 
 bool CreaseSides::agree(int side, int otherSide) const
 {
-    return vPlanes[static_cast<std::size_t>(side)].normal *
-               vPlanes[static_cast<std::size_t>(otherSide)].normal >
-           FLATTEST;
+    const auto normalOf = [this](int v) { return vSurfaces[static_cast<std::size_t>(v)].getNormal(); };
+    return side == otherSide || normalOf(side) * normalOf(otherSide) > FLATTEST;
 }
 
 // Vertices near a crease go with their neighbours, unless the points say much else: a crease is no zigzag.
@@ -166,14 +166,14 @@ void CreaseSides::vote()
 // Where the planes of both sides meet, next to the middle of the edge.
 bool CreaseSides::meet(int a, int b, Point3& point) const
 {
-    const SheetFit::LocalPlane& planeA = planeOf(a);
-    const SheetFit::LocalPlane& planeB = planeOf(b);
+    const TangentPlane planeA = planeOf(a);
+    const TangentPlane planeB = planeOf(b);
     const double cosine = planeA.normal * planeB.normal;
     if (!(cosine < FLATTEST && cosine > SHARPEST))
         return false;
-    const auto isFarOff = [this](int v)
-    { return std::fabs((mesh.point(v) - planeOf(v).point) * planeOf(v).normal) > FARTHEST_OFF * cellSize; };
-    if (isFarOff(a) || isFarOff(b))
+    const auto isFarOff = [this](int v, const TangentPlane& plane)
+    { return std::fabs((mesh.point(v) - plane.point) * plane.normal) > FARTHEST_OFF * cellSize; };
+    if (isFarOff(a, planeA) || isFarOff(b, planeB))
         return false;
     const Vector3 edge = mesh.point(b) - mesh.point(a);
     const Point3 middle = mesh.point(a) + edge * 0.5;
@@ -190,9 +190,9 @@ bool CreaseSides::meet(int a, int b, Point3& point) const
 // Whether the fits over an edge are far worse than those of its sides: else the surface is round there.
 bool CreaseSides::isBroken(int a, int b) const
 {
-    const auto residual = [this](int v) { return vPlanes[static_cast<std::size_t>(v)].residual; };
+    const auto residual = [this](int v) -> double { return vSurfaces[static_cast<std::size_t>(v)].residual; };
     return std::max(residual(a), residual(b)) >
-           BROKEN * std::max({planeOf(a).residual, planeOf(b).residual, noise});
+           BROKEN * std::max({residual(get(a)), residual(get(b)), noise});
 }
 
 } // namespace TARN_ZEF

@@ -1,7 +1,7 @@
 #ifndef ZEF_FINISH_CREASESIDES_H
 #define ZEF_FINISH_CREASESIDES_H
 
-#include "finish/SheetFit.h"
+#include "finish/LocalSurface.h"
 #include "surface/HalfEdgeMesh.h"
 
 #include <vector>
@@ -11,15 +11,15 @@ namespace TARN_ZEF
 // Which side of a crease each vertex lies on. Around a crease no single fit holds, but those a little farther off on
 // either side do: each vertex takes the plane of one that holds, for most of them their own.
 //
-// Ownership:  keeps references to mesh and planes.
+// Ownership:  keeps references to mesh and surfaces.
 // Threads:    the choice runs on the pool; the result is the same for every number of threads.
 class CreaseSides
 {
 public:
-    using Planes = std::vector<SheetFit::LocalPlane>;
+    using Surfaces = std::vector<LocalSurface>;
 
     // Lengths in units of the points but for noise and radius, which are in cells.
-    CreaseSides(const HalfEdgeMesh& mesh_, const Planes& vPlanes_, double cellSize_, double noise_,
+    CreaseSides(const HalfEdgeMesh& mesh_, const Surfaces& vSurfaces_, double cellSize_, double noise_,
                 double radius_);
 
     void run();
@@ -30,10 +30,11 @@ public:
     // The vertex whose plane v takes, or NONE. REQUIRES: knows(v).
     [[nodiscard]] int get(int v) const noexcept { return vSide[static_cast<std::size_t>(v)]; }
     // REQUIRES: has(v).
-    [[nodiscard]] const SheetFit::LocalPlane& planeOf(int v) const noexcept
+    [[nodiscard]] const LocalSurface& surfaceOf(int v) const noexcept
     {
-        return vPlanes[static_cast<std::size_t>(get(v))];
+        return vSurfaces[static_cast<std::size_t>(get(v))];
     }
+    [[nodiscard]] TangentPlane planeOf(int v) const { return surfaceOf(v).getPlane(); }
     // Whether two sides, by their vertices, are one.
     [[nodiscard]] bool agree(int side, int otherSide) const;
     // Where the planes of the ends of an edge meet, next to its middle; false if no crease is there.
@@ -50,7 +51,7 @@ private:
     [[nodiscard]] bool isGood(int v) const;
 
     const HalfEdgeMesh& mesh;
-    const Planes& vPlanes;
+    const Surfaces& vSurfaces;
     double cellSize;
     double noise;
     double radius;

@@ -9,7 +9,6 @@
 #include "finish/DebrisRemoval.h"
 #include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
-#include "finish/SheetFit.h"
 #include "finish/SheetParter.h"
 #include "finish/fillLoops.h"
 
@@ -132,14 +131,14 @@ void Finisher::improve()
     }
     if (!bFit)
         return;
-    fit(options.bKeepCreases);
+    fit();
     if (report.numCreaseEdges > 0)
         refineCreases();
     if (!options.bEvenTriangles)
         return;
     even(LATER_ROUNDS);
     evenBorders();
-    fit(false);
+    fit();
     (void)mendThin();
 }
 
@@ -148,7 +147,7 @@ void Finisher::refineCreases()
 {
     if (options.bEvenTriangles)
         (void)mendThin();
-    fit(false);
+    fit();
 }
 
 // Returns which triangles are others than before.
@@ -185,17 +184,26 @@ void Finisher::evenBorders()
         Relaxation(mesh).collapseBorder(SHORT * cellSize);
 }
 
-void Finisher::fit(bool bMakeCreases)
+void Finisher::fit()
 {
     if (!(cellSize > 0.0) || !std::isfinite(cellSize))
         return;
-    SheetFit sheetFit(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
-    sheetFit.run(bMakeCreases, *pFitProgress);
-    report.fitRadius = sheetFit.getRadius();
-    report.noise = sheetFit.getNoise();
-    if (!bMakeCreases)
+    if (oFit)
+    {
+        oFit->repeat(*pFitProgress);
         return;
-    CreaseMaker maker(mesh, sheetFit.getPlanes(), cellSize, report.noise, report.fitRadius);
+    }
+    oFit.emplace(mesh, exponent == 0 ? vCloud : vScaledCloud, cellSize, options.maxMove);
+    oFit->run(*pFitProgress);
+    report.fitRadius = oFit->getRadius();
+    report.noise = oFit->getNoise();
+    if (options.bKeepCreases)
+        makeCreases();
+}
+
+void Finisher::makeCreases()
+{
+    CreaseMaker maker(mesh, oFit->getSurfaces(), cellSize, report.noise, report.fitRadius);
     maker.run();
     report.numCreaseEdges = maker.getNumCreaseEdges();
     report.numCreaseCorners = maker.getNumCorners();

@@ -3,10 +3,12 @@
 
 #include "finish/FlatMesh.h"
 #include "finish/Relaxation.h"
+#include "finish/SheetFit.h"
 #include "finish/fans.h"
 #include "finishSurface.h"
 #include "surface/HalfEdgeMesh.h"
 
+#include <optional>
 #include <vector>
 
 namespace TARN_ZEF
@@ -34,7 +36,8 @@ private:
     void evenBorders();
     void even(int numRounds);
     Relaxation::Flags mendThin();
-    void fit(bool bMakeCreases);
+    void fit();
+    void makeCreases();
     void refineCreases();
     void removeFolds();
     [[nodiscard]] bool areFloatsFine() const;
@@ -49,6 +52,7 @@ private:
     const FinishOptions& options;
     FinishReport& report;
     HalfEdgeMesh mesh;
+    std::optional<SheetFit> oFit;      // from the first fit on
     Progress* pEvenProgress = nullptr; // a step a round; not owned
     Progress* pFitProgress = nullptr;  // a step a vertex; not owned
     double cellSize = 0.0;

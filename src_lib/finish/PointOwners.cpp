@@ -18,7 +18,7 @@ constexpr std::size_t MIN_CHUNK = 5'000;
 // Cells of the grid along an axis; the frame leaves room for a neighbour on each side.
 constexpr double MAX_CELLS = 2'000'000.0;
 // The triangles around so many of the nearest vertices are looked at.
-constexpr std::size_t NUM_NEAREST = 3;
+constexpr std::size_t NUM_NEAREST = 3; // findOwner() knows
 
 double getSqDistance(const Point3& p, const Point3& a, const Point3& b, const Point3& c)
 {
@@ -66,11 +66,46 @@ struct PointOwners::Scratch
     std::vector<double> vSqDistances;
 };
 
-PointOwners::PointOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud, double cellSize_)
+PointOwners::PointOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud, double cellSize_,
+                         double maxReach, const std::vector<int>& vAsked)
     : cellSize(2.0 * cellSize_)
 {
     chooseFrame(mesh);
-    collect(vCloud, findOwners(mesh, vCloud), static_cast<std::size_t>(mesh.endTriangles()));
+    collect(vCloud, findOwners(mesh, vCloud, findAskedCells(mesh, maxReach, vAsked)),
+            static_cast<std::size_t>(mesh.endTriangles()));
+}
+
+// All cells if no vertices are named. The stretches come in order and do not overlap.
+std::vector<PointOwners::Stretch> PointOwners::findAskedCells(const HalfEdgeMesh& mesh, double maxReach,
+                                                              const std::vector<int>& vAsked) const
+{
+    if (vAsked.empty())
+        return {{1, ~u64{0}}};
+    std::vector<u64> vCells;
+    vCells.reserve(vAsked.size());
+    for (const int v : vAsked)
+        vCells.push_back(getCell(mesh.point(v)));
+    std::sort(vCells.begin(), vCells.end());
+    vCells.erase(std::unique(vCells.begin(), vCells.end()), vCells.end());
+    // A reach beyond the frame, which has room for two neighbours only, ends in cells without points.
+    const auto range = static_cast<u64>(std::ceil(maxReach / cellSize));
+    std::vector<Stretch> vStretches;
+    vStretches.reserve(vCells.size() * (2 * range + 1) * (2 * range + 1));
+    for (const u64 cell : vCells)
+        for (u64 i = 0; i <= 2 * range; ++i)
+            for (u64 k = 0; k <= 2 * range; ++k)
+            {
+                const u64 middle = cell + ((i - range) << shifts[0]) + ((k - range) << shifts[1]);
+                vStretches.emplace_back(middle - range, middle + range);
+            }
+    std::sort(vStretches.begin(), vStretches.end());
+    std::vector<Stretch> vResult;
+    for (const Stretch& stretch : vStretches)
+        if (vResult.empty() || stretch.first > vResult.back().second)
+            vResult.push_back(stretch);
+        else
+            vResult.back().second = std::max(vResult.back().second, stretch.second);
+    return vResult;
 }
 
 // Cells of vertices start at 3 on each axis.
@@ -147,25 +182,36 @@ std::vector<PointOwners::Entry> PointOwners::sortCloud(const std::vector<Point3>
 }
 
 // Points of one cell share the vertices of the cells around.
-std::vector<int> PointOwners::findOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud) const
+std::vector<int> PointOwners::findOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud,
+                                         const std::vector<Stretch>& vAskedCells) const
 {
     std::vector<int> vOwner(vCloud.size(), HalfEdgeMesh::NONE);
     const std::vector<Entry> vVertices = sortVertices(mesh);
     const std::vector<Entry> vSorted = sortCloud(vCloud);
+    const auto isAsked = [&](u64 cell)
+    {
+        const auto it = std::lower_bound(vAskedCells.begin(), vAskedCells.end(), cell,
+                                         [](const Stretch& s, u64 c) { return s.second < c; });
+        return it != vAskedCells.end() && it->first <= cell;
+    };
     parallelFor(vSorted.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     Scratch scratch;
-                    u64 gathered = 0;
+                    u64 seen = 0;
+                    bool bAsked = false;
                     for (std::size_t i = from; i < to; ++i)
                     {
                         const auto [cell, point] = vSorted[i];
-                        if (cell == 0)
-                            continue;
-                        if (cell != gathered)
-                            gatherNear(mesh, vVertices, cell, scratch);
-                        gathered = cell;
-                        vOwner[point] = findOwner(mesh, vCloud[point], scratch);
+                        if (cell != seen)
+                        {
+                            seen = cell;
+                            bAsked = isAsked(cell);
+                            if (bAsked)
+                                gatherNear(mesh, vVertices, cell, scratch);
+                        }
+                        if (bAsked)
+                            vOwner[point] = findOwner(mesh, vCloud[point], scratch);
                     }
                 });
     return vOwner;
@@ -214,13 +260,17 @@ int PointOwners::findOwner(const HalfEdgeMesh& mesh, const Point3& p, Scratch& s
     }
     int owner = HalfEdgeMesh::NONE;
     double best = DBL_MAX;
-    for (const auto& [sqDist, v] : nearest)
+    for (std::size_t i = 0; i < NUM_NEAREST && nearest[i].second != HalfEdgeMesh::NONE; ++i)
     {
-        if (v == HalfEdgeMesh::NONE)
-            continue;
+        const int v = nearest[i].second;
+        // Triangles of nearer vertices have been looked at.
+        const auto isSeen = [&](int u)
+        { return (i > 0 && u == nearest[0].second) || (i > 1 && u == nearest[1].second); };
         mesh.forEachOutgoing(v,
                              [&](int h)
                              {
+                                 if (isSeen(mesh.to(h)) || isSeen(mesh.apex(h)))
+                                     return;
                                  const double d =
                                      getSqDistance(p, mesh.point(mesh.from(h)), mesh.point(mesh.to(h)),
                                                    mesh.point(mesh.apex(h)));

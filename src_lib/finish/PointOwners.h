@@ -22,7 +22,9 @@ namespace TARN_ZEF
 class PointOwners
 {
 public:
-    PointOwners(const HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud_, double cellSize_);
+    // vAsked: vertices; where they are not empty, only points within about maxReach of them get an owner.
+    PointOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud, double cellSize_,
+                double maxReach, const std::vector<int>& vAsked);
 
     // The points of a triangle, in their order in the cloud.
     [[nodiscard]] std::span<const Point3> getPoints(int t) const noexcept
@@ -33,6 +35,7 @@ public:
 
 private:
     using Entry = std::pair<u64, std::uint32_t>; // cell; vertex or point
+    using Stretch = std::pair<u64, u64>;         // of cells, the last one included
     // What one worker uses again for each cell: the vertices around it.
     struct Scratch;
 
@@ -40,8 +43,10 @@ private:
     [[nodiscard]] u64 getCell(const Point3& p) const noexcept;
     [[nodiscard]] std::vector<Entry> sortVertices(const HalfEdgeMesh& mesh) const;
     [[nodiscard]] std::vector<Entry> sortCloud(const std::vector<Point3>& vCloud) const;
-    [[nodiscard]] std::vector<int> findOwners(const HalfEdgeMesh& mesh,
-                                              const std::vector<Point3>& vCloud) const;
+    [[nodiscard]] std::vector<Stretch> findAskedCells(const HalfEdgeMesh& mesh, double maxReach,
+                                                      const std::vector<int>& vAsked) const;
+    [[nodiscard]] std::vector<int> findOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud,
+                                              const std::vector<Stretch>& vAskedCells) const;
     void gatherNear(const HalfEdgeMesh& mesh, const std::vector<Entry>& vVertices, u64 cell,
                     Scratch& scratch) const;
     [[nodiscard]] static int findOwner(const HalfEdgeMesh& mesh, const Point3& p, Scratch& scratch);

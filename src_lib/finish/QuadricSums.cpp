@@ -13,13 +13,16 @@ constexpr double ONE_SIDED = 0.18;
 // Pivots below this share of the weight say that the points do not determine a term.
 constexpr double SMALLEST_PIVOT = 1e-6;
 constexpr std::size_t PLANE_TERMS = 3;
+// Which moment is the sum over the product of two terms; the lower half.
+constexpr std::array<std::array<std::size_t, 6>, 6> MOMENT_OF = {
+    {{0}, {1, 3}, {2, 4, 5}, {3, 6, 7, 10}, {4, 7, 8, 11, 12}, {5, 8, 9, 12, 13, 14}}};
 } // namespace
 
 bool QuadricSums::isOneSided() const noexcept
 {
-    const double x = matrix[1][0];
-    const double y = matrix[2][0];
-    return x * x + y * y > ONE_SIDED * ONE_SIDED * matrix[0][0] * matrix[0][0];
+    const double x = moments[1];
+    const double y = moments[2];
+    return x * x + y * y > ONE_SIDED * ONE_SIDED * moments[0] * moments[0];
 }
 
 bool QuadricSums::solve() noexcept
@@ -37,12 +40,12 @@ bool QuadricSums::solveTerms(std::size_t numUsed) noexcept
     {
         for (std::size_t k = 0; k <= i; ++k)
         {
-            double sum = matrix[i][k];
+            double sum = moments[MOMENT_OF[i][k]];
             for (std::size_t j = 0; j < k; ++j)
                 sum -= low[i][j] * low[k][j];
             if (i != k)
                 low[i][k] = sum / low[k][k];
-            else if (sum > SMALLEST_PIVOT * matrix[0][0])
+            else if (sum > SMALLEST_PIVOT * moments[0])
                 low[i][i] = std::sqrt(sum);
             else
                 return false;
@@ -63,8 +66,8 @@ bool QuadricSums::solveTerms(std::size_t numUsed) noexcept
     }
     // Each term takes away the share of a point's noise that points of equal weight would leave it.
     constexpr double leastSpare = 0.1;
-    const double taken = static_cast<double>(numUsed) * sumSqWeights / (matrix[0][0] * matrix[0][0]);
-    residual = std::sqrt(std::max(0.0, left) / (matrix[0][0] * std::max(leastSpare, 1.0 - taken)));
+    const double taken = static_cast<double>(numUsed) * sumSqWeights / (moments[0] * moments[0]);
+    residual = std::sqrt(std::max(0.0, left) / (moments[0] * std::max(leastSpare, 1.0 - taken)));
     return true;
 }
 

@@ -13,21 +13,26 @@ class QuadricSums
 public:
     // Fewer points get a plane.
     static constexpr std::size_t minPoints = 9;
+    static constexpr std::size_t numTerms = 6;
 
     void add(double x, double y, double z) noexcept
     {
-        const double fade = 1.0 - x * x - y * y;
+        const double xx = x * x;
+        const double yy = y * y;
+        const double fade = 1.0 - xx - yy;
         const double weight = fade > 0.0 ? fade * fade : 0.0;
-        const std::array<double, numTerms> terms = {1.0, x, y, x * x, x * y, y * y};
-        // Whole rows: longer than needed, but of a length that the compiler knows.
+        const double xy = x * y;
+        const std::array<double, numTerms> terms = {1.0, x, y, xx, xy, yy};
+        // All products of two terms are among these.
+        const std::array<double, numMoments> products = {1.0,     x,       y,       xx,      xy,
+                                                         yy,      xx * x,  xx * y,  x * yy,  yy * y,
+                                                         xx * xx, xx * xy, xx * yy, xy * yy, yy * yy};
+        for (std::size_t i = 0; i < numMoments; ++i)
+            moments[i] += weight * products[i];
+        const double weighted = weight * z;
         for (std::size_t i = 0; i < numTerms; ++i)
-        {
-            const double weighted = weight * terms[i];
-            for (std::size_t k = 0; k < numTerms; ++k)
-                matrix[i][k] += weighted * terms[k];
-            right[i] += weighted * z;
-        }
-        sumSquares += weight * z * z;
+            right[i] += weighted * terms[i];
+        sumSquares += weighted * z;
         sumSqWeights += weight * weight;
         ++num;
     }
@@ -35,20 +40,18 @@ public:
     [[nodiscard]] bool solve() noexcept;
 
     [[nodiscard]] std::size_t size() const noexcept { return num; }
-    // After solve().
-    [[nodiscard]] double getHeight() const noexcept { return solution[0]; }
-    [[nodiscard]] double getSlopeX() const noexcept { return solution[1]; }
-    [[nodiscard]] double getSlopeY() const noexcept { return solution[2]; }
+    // After solve(): a to f.
+    [[nodiscard]] const std::array<double, numTerms>& getTerms() const noexcept { return solution; }
     // Root of the weighted mean square, corrected for the number of terms.
     [[nodiscard]] double getResidual() const noexcept { return residual; }
 
 private:
-    static constexpr std::size_t numTerms = 6;
+    static constexpr std::size_t numMoments = 15;
 
     [[nodiscard]] bool isOneSided() const noexcept;
     [[nodiscard]] bool solveTerms(std::size_t numUsed) noexcept;
 
-    std::array<std::array<double, numTerms>, numTerms> matrix = {}; // its lower half counts
+    std::array<double, numMoments> moments = {}; // sums of weight x^i y^k, by degree and falling i
     std::array<double, numTerms> right = {};
     std::array<double, numTerms> solution = {};
     double sumSquares = 0.0;

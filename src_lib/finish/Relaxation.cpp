@@ -39,14 +39,40 @@ Vector3 getTriangleNormal(const Point3& a, const Point3& b, const Point3& c)
     return getUnit(crossProduct(b - a, c - a));
 }
 
-// Whether an angle of the triangle has a cosine above the limit.
-bool hasCosineAbove(const Point3& a, const Point3& b, const Point3& c, double limit)
+// The smallest angle of a triangle, which lies opposite its shortest side, by its two legs.
+struct SmallestAngle
 {
-    const Vector3 ab = b - a;
-    const Vector3 bc = c - b;
-    const Vector3 ca = a - c;
-    return -getCosine(ca, ab) > limit || -getCosine(ab, bc) > limit || -getCosine(bc, ca) > limit;
-}
+    SmallestAngle(const Point3& a, const Point3& b, const Point3& c)
+    {
+        const Vector3 ab = b - a;
+        const Vector3 bc = c - b;
+        const Vector3 ca = a - c;
+        const double sqAB = ab.sqLength();
+        const double sqBC = bc.sqLength();
+        const double sqCA = ca.sqLength();
+        if (sqAB <= sqBC && sqAB <= sqCA)
+            set(bc, ca, sqBC * sqCA);
+        else if (sqBC <= sqCA)
+            set(ca, ab, sqCA * sqAB);
+        else
+            set(ab, bc, sqAB * sqBC);
+    }
+    void set(const Vector3& leg, const Vector3& nextLeg, double sqLegs_)
+    {
+        product = -(leg * nextLeg);
+        sqLegs = sqLegs_;
+    }
+    // 1 for a triangle without extent.
+    [[nodiscard]] double getCosine() const { return sqLegs > 0.0 ? product / std::sqrt(sqLegs) : 1.0; }
+    // REQUIRES: limit >= 0.
+    [[nodiscard]] bool hasCosineAbove(double limit) const
+    {
+        return product > 0.0 ? product * product > limit * limit * sqLegs : limit < 1.0 && sqLegs == 0.0;
+    }
+
+    double product = 0.0; // of the legs
+    double sqLegs = 0.0;  // product of their squared lengths
+};
 
 template <typename F>
 void forEachIndexMT(int num, F f)
@@ -68,11 +94,7 @@ Relaxation::Relaxation(HalfEdgeMesh& mesh_)
 
 Relaxation::Quality Relaxation::measure(const Point3& a, const Point3& b, const Point3& c)
 {
-    const Vector3 ab = b - a;
-    const Vector3 bc = c - b;
-    const Vector3 ca = a - c;
-    const double cosines = std::max({-getCosine(ca, ab), -getCosine(ab, bc), -getCosine(bc, ca)});
-    return {cosines, getTriangleNormal(a, b, c)};
+    return {SmallestAngle(a, b, c).getCosine(), getTriangleNormal(a, b, c)};
 }
 
 Relaxation::Quality Relaxation::measureT(int t) const
@@ -83,13 +105,6 @@ Relaxation::Quality Relaxation::measureT(int t) const
 
 // --- Flips ---
 
-bool Relaxation::isBetterFlipped(int h) const
-{
-    const int p = mesh.partner(h);
-    return p != NONE && mesh.feature(h) == 0 &&
-           isBetterFlipped(h, measureT(HalfEdgeMesh::triangleOf(h)), measureT(HalfEdgeMesh::triangleOf(p)));
-}
-
 // Most edges are told by the angles of the first new triangle.
 bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1) const
 {
@@ -98,7 +113,8 @@ bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1
     const Point3& c = mesh.point(mesh.apex(h));
     const Point3& d = mesh.point(mesh.apex(mesh.partner(h)));
     const double mostCosine = std::max(old0.worstCosine, old1.worstCosine) - MIN_GAIN;
-    if (hasCosineAbove(c, d, b, mostCosine) || hasCosineAbove(d, c, a, mostCosine))
+    if (SmallestAngle(c, d, b).hasCosineAbove(mostCosine) ||
+        SmallestAngle(d, c, a).hasCosineAbove(mostCosine))
         return false;
     const Vector3 new0 = getTriangleNormal(c, d, b);
     const Vector3 new1 = getTriangleNormal(d, c, a);
@@ -139,23 +155,29 @@ std::vector<int> Relaxation::findCandidates()
                                });
 }
 
+// What was measured for the candidates is kept up to date, as each flip changes but two triangles.
 void Relaxation::flip()
 {
     std::vector<int> vCandidates = findCandidates();
+    const auto qualityAt = [this](int h) -> Quality&
+    { return vQualities[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
     for (int pass = 0; pass < MAX_FLIP_PASSES && !vCandidates.empty(); ++pass)
     {
         std::vector<int> vNext;
         for (const int h : vCandidates)
         {
-            if (!isBetterFlipped(h) || !mesh.mayFlip(h))
+            const int p = mesh.partner(h);
+            if (p == NONE || mesh.feature(h) != 0 || !isBetterFlipped(h, qualityAt(h), qualityAt(p)) ||
+                !mesh.mayFlip(h))
                 continue;
             mesh.flip(h);
-            const int p = mesh.partner(h);
-            touch(h);
-            touch(p);
-            for (const int side :
-                 {HalfEdgeMesh::next(h), HalfEdgeMesh::prev(h), HalfEdgeMesh::next(p), HalfEdgeMesh::prev(p)})
-                vNext.push_back(side);
+            for (const int side : {h, p})
+            {
+                touch(side);
+                qualityAt(side) = measureT(HalfEdgeMesh::triangleOf(side));
+                vNext.push_back(HalfEdgeMesh::next(side));
+                vNext.push_back(HalfEdgeMesh::prev(side));
+            }
         }
         vCandidates = std::move(vNext);
     }

@@ -45,7 +45,6 @@ private:
 
     [[nodiscard]] static Quality measure(const Point3& a, const Point3& b, const Point3& c);
     [[nodiscard]] Quality measureT(int t) const;
-    [[nodiscard]] bool isBetterFlipped(int h) const;
     [[nodiscard]] bool isBetterFlipped(int h, const Quality& old0, const Quality& old1) const;
     [[nodiscard]] std::vector<int> findCandidates();
     [[nodiscard]] Point3 propose(int v) const;

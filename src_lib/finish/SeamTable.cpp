@@ -1,6 +1,6 @@
 #include "finish/SeamTable.h"
 
-#include "finish/EdgeTable.h"
+#include "parallel/collectInOrder.h"
 
 #include <algorithm>
 
@@ -10,27 +10,45 @@ SeamTable::SeamTable(const FlatMesh& mesh)
     : vMates(mesh.vCorners.size(), FlatMesh::NONE)
     , vSeamOf(mesh.vCorners.size(), FlatMesh::NONE)
 {
-    EdgeTable(mesh).forEach(
-        [&](auto halfEdges)
+    const EdgeTable edges(mesh);
+    struct Side
+    {
+        Index h;
+        bool bFirst; // of its seam
+    };
+    const std::vector<Side> vFound = collectInOrder<Side>(
+        edges.getNumVertices(),
+        [&](std::size_t from, std::size_t to, std::vector<Side>& vSidesHere)
         {
-            if (halfEdges.size() < 2)
-                return;
-            const Index g = halfEdges[0].second;
-            const Index h = halfEdges[1].second;
-            if (halfEdges.size() == 2 && mesh.from(g) != mesh.from(h))
-            {
-                vMates[g] = h;
-                vMates[h] = g;
-                return;
-            }
-            const auto seam = static_cast<Index>(vSeams.size());
-            vSeams.push_back({vSides.size(), halfEdges.size()});
-            for (const auto& [ends, side] : halfEdges)
-            {
-                vSeamOf[side] = seam;
-                vSides.push_back(side);
-            }
+            edges.forEachEdge(from, to,
+                              [&](std::span<const EdgeTable::Entry> halfEdges)
+                              {
+                                  if (halfEdges.size() < 2 || mateTwo(mesh, halfEdges))
+                                      return;
+                                  for (const EdgeTable::Entry& side : halfEdges)
+                                      vSidesHere.push_back({side.h, &side == &halfEdges.front()});
+                              });
         });
+    for (const Side& side : vFound)
+    {
+        if (side.bFirst)
+            vSeams.push_back({vSides.size(), 0});
+        vSeamOf[side.h] = static_cast<Index>(vSeams.size() - 1);
+        ++vSeams.back().num;
+        vSides.push_back(side.h);
+    }
+}
+
+// False if they are not two that face alike.
+bool SeamTable::mateTwo(const FlatMesh& mesh, std::span<const EdgeTable::Entry> halfEdges)
+{
+    const Index g = halfEdges[0].h;
+    const Index h = halfEdges[1].h;
+    if (halfEdges.size() != 2 || mesh.from(g) == mesh.from(h))
+        return false;
+    vMates[g] = h;
+    vMates[h] = g;
+    return true;
 }
 
 void SeamTable::removeSides(const FlatMesh& mesh, Index number, const std::vector<std::uint8_t>& vKeep)

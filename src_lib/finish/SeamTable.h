@@ -1,6 +1,7 @@
 #ifndef ZEF_FINISH_SEAMTABLE_H
 #define ZEF_FINISH_SEAMTABLE_H
 
+#include "finish/EdgeTable.h"
 #include "finish/FlatMesh.h"
 #include "finish/fans.h"
 
@@ -52,6 +53,8 @@ private:
         std::size_t first;
         std::size_t num;
     };
+
+    [[nodiscard]] bool mateTwo(const FlatMesh& mesh, std::span<const EdgeTable::Entry> halfEdges);
 
     Mates vMates;
     std::vector<Index> vSeamOf; // of each half-edge

@@ -2,30 +2,28 @@
 
 #include "core/Progress.h"
 #include "finish/NormalTensor.h"
-#include "finish/QuadricSums.h"
-#include "finish/directions.h"
 #include "geometry/tools.h"
+#include "parallel/collectInOrder.h"
 #include "parallel/parallelFor.h"
 #include "parallel/produceInOrder.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 
 namespace TARN_ZEF
 {
 namespace
 {
 constexpr int NONE = HalfEdgeMesh::NONE;
-constexpr std::size_t MIN_CHUNK = 500;
+constexpr std::size_t MIN_CHUNK = 2'000;
 constexpr std::size_t MIN_SAMPLES = 100;
 // Radii of the quadrics in cells; the first is that of clean clouds.
 constexpr std::array<double, 3> RADII = {2.3, 3.2, 4.5};
 constexpr double SMALL_RADIUS = 1.5;
 // A place where points leave the quadric by so many times the usual gets the small radius.
 constexpr double SHARP = 2.5;
-// Cosine: the surface around a vertex is followed as long as it faces the same way within 66 degrees.
-constexpr double SAME_SHEET = 0.4;
 constexpr int NUM_SAMPLES = 2000;
 // Variance of a quadric's height in the middle of its points, times their number, over that of one point.
 constexpr double VARIANCE_FACTOR = 4.0;
@@ -34,6 +32,12 @@ constexpr double SAME_NORMAL = 0.9998;
 // Those whose normal turned by less than 10 degrees are made with the same points.
 constexpr double SAME_REACH = 0.985;
 constexpr std::size_t MIN_POINTS = 4;
+// Vertices so close to one that face the same way share its look at the points around, in cells.
+constexpr double GROUP_REACH = 1.6;
+// A surface holds for a vertex that strayed no farther from its middle, in cells.
+constexpr double HOLDS = 0.6;
+// Rings of vertices that a cell may take.
+constexpr double RINGS_PER_CELL = 1.5;
 // Sides of a crease that meet under about 10 degrees or less do not say where along their normals' difference.
 constexpr double MEETING_SHARE = 0.008;
 
@@ -47,115 +51,214 @@ double getMedian(std::vector<double> vValues)
 }
 } // namespace
 
-SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, double cellSize_, double maxMove_)
+SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud_, double cellSize_, double maxMove_)
     : mesh(mesh_)
-    , owners(mesh_, vCloud, cellSize_)
+    , vCloud(vCloud_)
     , cellSize(cellSize_)
     , maxMove(maxMove_)
 {
 }
 
-void SheetFit::run(bool bKeepPlanes, Progress& progress)
+LocalSurface SheetFit::Fit::toSurface(const Point3& p, double firstResidual) const
 {
-    fillNormals();
-    fillFacings();
-    chooseRadius();
-    std::vector<Point3> vProposed(static_cast<std::size_t>(mesh.endVertices()));
-    vPlanes.assign(bKeepPlanes ? vProposed.size() : 0, LocalPlane());
-    propose(vProposed, progress);
-    for (int v = 0; v < mesh.endVertices(); ++v)
-        if (mesh.isAliveVertex(v))
-            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+    LocalSurface result;
+    result.origin = p;
+    result.reach = reach;
+    const auto round = [](const Vector3& v) -> std::array<float, 3> {
+        return {static_cast<float>(v.x()), static_cast<float>(v.y()), static_cast<float>(v.z())};
+    };
+    result.way = round(way);
+    result.normal = round(normal);
+    for (std::size_t i = 0; i < terms.size(); ++i)
+        result.terms[i] = static_cast<float>(terms[i]);
+    result.residual = static_cast<float>(residual);
+    result.firstResidual = static_cast<float>(firstResidual);
+    return result;
 }
 
-void SheetFit::propose(std::vector<Point3>& vProposed, Progress& progress)
+void SheetFit::run(Progress& progress)
+{
+    const SheetReach reach(mesh, vCloud, cellSize, 0.0, {});
+    chooseRadius(reach);
+    vSurfaces.assign(static_cast<std::size_t>(mesh.endVertices()), LocalSurface());
+    propose(reach, findAlive(), progress);
+    moveAll();
+}
+
+void SheetFit::repeat(Progress& progress)
+{
+    vSurfaces.resize(static_cast<std::size_t>(mesh.endVertices()));
+    projectAll();
+    const std::vector<int> vOutdated = findOutdated();
+    if (!vOutdated.empty())
+    {
+        const SheetReach reach(mesh, vCloud, cellSize, (radius + GROUP_REACH) * cellSize, vOutdated);
+        propose(reach, vOutdated, progress);
+    }
+    moveAll();
+    progress.increment(static_cast<u64>(mesh.endVertices()) - vOutdated.size());
+}
+
+std::vector<int> SheetFit::findAlive() const
+{
+    std::vector<int> vResult;
+    vResult.reserve(static_cast<std::size_t>(mesh.getNumVertices()));
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            vResult.push_back(v);
+    return vResult;
+}
+
+// What has a surface, but strayed from it, what has none, and what is so close to a crease that its surface
+// may be of a time before that.
+std::vector<int> SheetFit::findOutdated() const
+{
+    const Flags vIsNearCrease = findNearCreases();
+    return collectInOrder<int>(static_cast<std::size_t>(mesh.endVertices()),
+                               [&](std::size_t from, std::size_t to, std::vector<int>& vFound)
+                               {
+                                   for (std::size_t i = from; i < to; ++i)
+                                   {
+                                       const int v = static_cast<int>(i);
+                                       if (mesh.isAliveVertex(v) && (vIsNearCrease[i] != 0 || !holds(v)))
+                                           vFound.push_back(v);
+                                   }
+                               });
+}
+
+bool SheetFit::holds(int v) const
+{
+    const LocalSurface& surface = vSurfaces[static_cast<std::size_t>(v)];
+    const double limit = HOLDS * cellSize;
+    return surface.isUsable() && sqDistance(surface.getPoint(), mesh.point(v)) <= limit * limit;
+}
+
+SheetFit::Flags SheetFit::findNearCreases() const
+{
+    Flags vIsNear(static_cast<std::size_t>(mesh.endVertices()), 0);
+    std::vector<int> vRing;
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v) && mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
+            vRing.push_back(v);
+    const int numRings = static_cast<int>(std::ceil(RINGS_PER_CELL * radius));
+    for (int i = 0; i <= numRings; ++i)
+    {
+        std::vector<int> vNext;
+        for (const int v : vRing)
+        {
+            if (std::exchange(vIsNear[static_cast<std::size_t>(v)], std::uint8_t{1}) == 0)
+                mesh.forEachNeighbour(v, [&](int u) { vNext.push_back(u); });
+        }
+        vRing = std::move(vNext);
+    }
+    return vIsNear;
+}
+
+// Vertices come in order of their numbers.
+void SheetFit::propose(const SheetReach& reach, const std::vector<int>& vVertices, Progress& progress)
 {
     struct Part
     {
         Scratch scratch;
         std::size_t num = 0;
     };
+    vProposed.resize(static_cast<std::size_t>(mesh.endVertices()));
+    vIsPending.assign(vProposed.size(), 0);
+    for (const int v : vVertices)
+        vIsPending[static_cast<std::size_t>(v)] = 1;
     // Some ten milliseconds of work.
-    constexpr std::size_t perPart = 4096;
+    constexpr std::size_t perPart = 8192;
     produceRangesInOrder<Part>(
-        vProposed.size(), perPart,
+        vVertices.size(), perPart,
         [&](Part& part, std::size_t from, std::size_t to)
         {
-            LocalPlane forgotten;
             part.num = to - from;
-            for (std::size_t v = from; v < to; ++v)
-                if (mesh.isAliveVertex(static_cast<int>(v)))
-                    vProposed[v] =
-                        propose(static_cast<int>(v), part.scratch, vPlanes.empty() ? forgotten : vPlanes[v]);
+            proposeRange(reach, vVertices[from], vVertices[to - 1] + 1, part.scratch);
         },
         [&](const Part& part) { progress.increment(part.num); });
 }
 
-Vector3 SheetFit::getRawNormal(int v) const
+// The vertices of a range that are pending, in groups.
+void SheetFit::proposeRange(const SheetReach& reach, int from, int to, Scratch& scratch)
 {
-    Vector3 sum;
-    mesh.forEachOutgoing(v,
-                         [&](int h)
-                         {
-                             const Point3& p = mesh.point(mesh.from(h));
-                             sum.add(crossProduct(mesh.point(mesh.to(h)) - p, mesh.point(mesh.apex(h)) - p));
-                         });
-    return getUnit(sum);
-}
-
-// Area-weighted, then once over the neighbours: single triangles of a noisy mesh say little. Vertices on creases have
-// none: what they would give is neither side's.
-void SheetFit::fillNormals()
-{
-    const auto num = static_cast<std::size_t>(mesh.endVertices());
-    std::vector<Vector3> vRaw(num);
-    vNormals.assign(num, Vector3());
-    const auto isPlain = [this](std::size_t v)
+    for (int v = from; v < to; ++v)
     {
-        return mesh.isAliveVertex(static_cast<int>(v)) &&
-               mesh.kind(static_cast<int>(v)) == HalfEdgeMesh::Kind::FREE;
-    };
-    parallelFor(num, MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t v = from; v < to; ++v)
-                        if (isPlain(v))
-                            vRaw[v] = getRawNormal(static_cast<int>(v));
-                });
-    parallelFor(num, MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t v = from; v < to; ++v)
-                    {
-                        if (!isPlain(v))
-                            continue;
-                        Vector3 sum = vRaw[v];
-                        mesh.forEachNeighbour(static_cast<int>(v), [&](int u)
-                                              { sum.add(vRaw[static_cast<std::size_t>(u)] * 0.5); });
-                        vNormals[v] = getUnit(sum);
-                    }
-                });
+        if (vIsPending[static_cast<std::size_t>(v)] == 0)
+            continue;
+        if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
+        {
+            vProposed[static_cast<std::size_t>(v)] = proposeOnCrease(reach, v, scratch);
+            continue;
+        }
+        collectGroup(reach, v, from, to, scratch);
+        proposeGroup(reach, scratch);
+    }
 }
 
-void SheetFit::fillFacings()
+// The first one, and others of the range around it that have the same points in reach.
+void SheetFit::collectGroup(const SheetReach& reach, int first, int from, int to, Scratch& scratch)
 {
-    vFacings.resize(static_cast<std::size_t>(mesh.endTriangles()));
-    parallelFor(vFacings.size(), MIN_CHUNK,
+    const double limit = GROUP_REACH * cellSize;
+    std::vector<int>& vGroup = scratch.vGroup;
+    vGroup.assign(1, first);
+    vIsPending[static_cast<std::size_t>(first)] = 0;
+    for (std::size_t i = 0; i < vGroup.size(); ++i)
+        mesh.forEachNeighbour(vGroup[i],
+                              [&](int u)
+                              {
+                                  // Others than those of the range may be at work on another thread.
+                                  if (u < from || u >= to || vIsPending[static_cast<std::size_t>(u)] == 0 ||
+                                      mesh.kind(u) != HalfEdgeMesh::Kind::FREE ||
+                                      !(sqDistance(mesh.point(u), mesh.point(first)) < limit * limit) ||
+                                      !(reach.getNormal(u) * reach.getNormal(first) > SAME_REACH))
+                                      return;
+                                  vIsPending[static_cast<std::size_t>(u)] = 0;
+                                  vGroup.push_back(u);
+                              });
+}
+
+void SheetFit::proposeGroup(const SheetReach& reach, Scratch& scratch)
+{
+    const int first = scratch.vGroup.front();
+    const Point3& centre = mesh.point(first);
+    double farthest = 0.0;
+    for (const int v : scratch.vGroup)
+        farthest = std::max(farthest, sqDistance(mesh.point(v), centre));
+    seedAll(first, scratch);
+    reach.gather(centre, reach.getNormal(first), radius * cellSize + std::sqrt(farthest), scratch.reach,
+                 scratch.shared);
+    for (const int v : scratch.vGroup)
+        vProposed[static_cast<std::size_t>(v)] =
+            proposeFree(reach, {v, scratch.shared, mesh.point(v) - centre}, scratch);
+}
+
+// Onto the surfaces that they have.
+void SheetFit::projectAll()
+{
+    const double limit = maxMove * cellSize;
+    vProposed.resize(static_cast<std::size_t>(mesh.endVertices()));
+    parallelFor(vProposed.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {
                     for (std::size_t i = from; i < to; ++i)
                     {
-                        const int t = static_cast<int>(i);
-                        if (!mesh.isAlive(t))
+                        const Point3& p = mesh.point(static_cast<int>(i));
+                        vProposed[i] = p;
+                        if (!vSurfaces[i].isUsable())
                             continue;
-                        Vector3 sum;
-                        for (int h = 4 * t; h < 4 * t + 3; ++h)
-                            sum.add(vNormals[static_cast<std::size_t>(mesh.from(h))]);
-                        if (sum.sqLength() == 0.0)
-                            sum = getSideNormal({t});
-                        vFacings[i] = {sum, sum.sqLength()};
+                        const Vector3 step = vSurfaces[i].getStep(p);
+                        const double length = step.length();
+                        if (length > 0.0 && std::isfinite(length))
+                            vProposed[i] = p + step * std::min(1.0, limit / length);
                     }
                 });
+}
+
+void SheetFit::moveAll()
+{
+    for (int v = 0; v < mesh.endVertices(); ++v)
+        if (mesh.isAliveVertex(v))
+            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
 }
 
 std::vector<int> SheetFit::chooseSamples() const
@@ -170,7 +273,7 @@ std::vector<int> SheetFit::chooseSamples() const
 
 // The error of a fit is told from samples: what is left of the noise by averaging, and what a larger radius adds to
 // the residual, which is shape.
-void SheetFit::chooseRadius()
+void SheetFit::chooseRadius(const SheetReach& reach)
 {
     const std::vector<int> vSamples = chooseSamples();
     std::vector<Fit> vFits(vSamples.size());
@@ -184,9 +287,9 @@ void SheetFit::chooseRadius()
                         Scratch scratch;
                         for (std::size_t i = from; i < to; ++i)
                         {
-                            seedAll(vSamples[i], scratch);
-                            vFits[i] = fit(vSamples[i], vNormals[static_cast<std::size_t>(vSamples[i])],
-                                           candidate, scratch);
+                            const int v = vSamples[i];
+                            seedAll(v, scratch);
+                            vFits[i] = gatherAndFit(reach, v, reach.getNormal(v), candidate, scratch);
                         }
                     });
         std::vector<double> vResiduals;
@@ -213,23 +316,18 @@ void SheetFit::chooseRadius()
     }
 }
 
-Point3 SheetFit::propose(int v, Scratch& scratch, LocalPlane& plane) const
+Point3 SheetFit::proposeFree(const SheetReach& reach, const Place& place, Scratch& scratch)
 {
-    if (mesh.kind(v) != HalfEdgeMesh::Kind::FREE)
-        return proposeOnCrease(v, scratch);
-    const Point3& p = mesh.point(v);
-    seedAll(v, scratch);
-    const Fit best = fitBest(v, vNormals[static_cast<std::size_t>(v)], scratch, plane.firstResidual);
+    const Point3& p = mesh.point(place.v);
+    double firstResidual = 0.0;
+    const Fit best = fitBest(reach, place, reach.getNormal(place.v), scratch, firstResidual);
     if (!best.bUsable)
         return p;
     const double limit = maxMove * cellSize;
-    const Point3 result = p + best.way * std::clamp(best.height, -limit, limit);
+    const Point3 result = p + best.way * std::clamp(best.getHeight(), -limit, limit);
     if (!std::isfinite(result.x() + result.y() + result.z()))
         return p;
-    plane.point = p + best.way * best.height;
-    plane.normal = best.normal;
-    plane.residual = best.residual;
-    plane.bUsable = true;
+    vSurfaces[static_cast<std::size_t>(place.v)] = best.toSurface(p, firstResidual);
     return result;
 }
 
@@ -253,32 +351,23 @@ std::vector<std::vector<int>> SheetFit::getSides(int v) const
     return vSides;
 }
 
-Vector3 SheetFit::getSideNormal(const std::vector<int>& vSide) const
-{
-    Vector3 sum;
-    for (const int t : vSide)
-    {
-        const Point3& p = mesh.point(mesh.from(4 * t));
-        sum.add(crossProduct(mesh.point(mesh.to(4 * t)) - p, mesh.point(mesh.apex(4 * t)) - p));
-    }
-    return getUnit(sum);
-}
-
 // The least move onto the planes of all sides.
-Point3 SheetFit::proposeOnCrease(int v, Scratch& scratch) const
+Point3 SheetFit::proposeOnCrease(const SheetReach& reach, int v, Scratch& scratch) const
 {
     const Point3& p = mesh.point(v);
     NormalTensor tensor;
     Vector3 right;
     for (const std::vector<int>& vSide : getSides(v))
     {
-        scratch.vSeeds = vSide;
+        scratch.reach.vSeeds = vSide;
+        const Vector3 normal = reach.getSideNormal(vSide);
+        reach.gather(p, normal, radius * cellSize, scratch.reach, scratch.shared);
         double firstResidual = 0.0;
-        const Fit side = fitBest(v, getSideNormal(vSide), scratch, firstResidual);
+        const Fit side = fitBest(reach, {v, scratch.shared, Vector3()}, normal, scratch, firstResidual);
         if (!side.bUsable)
             return p;
         tensor.add(side.normal);
-        right.add(side.normal * (side.way * side.normal * side.height));
+        right.add(side.normal * (side.way * side.normal * side.getHeight()));
     }
     const Vector3 move = tensor.solve(right, MEETING_SHARE);
     const double length = move.length();
@@ -289,136 +378,62 @@ Point3 SheetFit::proposeOnCrease(int v, Scratch& scratch) const
 
 void SheetFit::seedAll(int v, Scratch& scratch) const
 {
-    scratch.vSeeds.clear();
-    mesh.forEachOutgoing(v, [&](int h) { scratch.vSeeds.push_back(HalfEdgeMesh::triangleOf(h)); });
+    scratch.reach.vSeeds.clear();
+    mesh.forEachOutgoing(v, [&](int h) { scratch.reach.vSeeds.push_back(HalfEdgeMesh::triangleOf(h)); });
 }
 
-SheetFit::Fit SheetFit::fitBest(int v, const Vector3& normal, Scratch& scratch, double& firstResidual) const
+SheetFit::Fit SheetFit::fitBest(const SheetReach& reach, const Place& place, const Vector3& normal,
+                                Scratch& scratch, double& firstResidual) const
 {
-    Fit best = fitTwice(v, normal, radius, scratch);
+    Fit best = fitTwice(reach, place, normal, radius, scratch);
     firstResidual = best.residual;
     if (best.bUsable && best.residual > SHARP * noise)
     {
-        const Fit small = fitTwice(v, normal, SMALL_RADIUS, scratch);
+        const Fit small = fitTwice(reach, place, normal, SMALL_RADIUS, scratch);
         if (small.bUsable && small.residual < best.residual)
-            best = small;
+            return small;
     }
     return best;
 }
 
 // Whether points belong to the sheet hardly depends on a small turn of the normal.
-SheetFit::Fit SheetFit::fitTwice(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
+SheetFit::Fit SheetFit::fitTwice(const SheetReach& reach, const Place& place, const Vector3& normal,
+                                 double radiusInCells, Scratch& scratch) const
 {
-    const Fit first = fit(v, normal, radiusInCells, scratch);
+    const Fit first = fit(place, normal, radiusInCells);
     if (!first.bUsable || first.normal * normal > SAME_NORMAL)
         return first;
-    const Fit second = first.normal * normal > SAME_REACH ? fitReached(first.normal, radiusInCells, scratch)
-                                                          : fit(v, first.normal, radiusInCells, scratch);
+    const Fit second = first.normal * normal > SAME_REACH
+                           ? fit(place, first.normal, radiusInCells)
+                           : gatherAndFit(reach, place.v, first.normal, radiusInCells, scratch);
     return second.bUsable ? second : first;
 }
 
-bool SheetFit::faces(int t, const Vector3& normal) const
+// From the seeds that the scratch holds.
+SheetFit::Fit SheetFit::gatherAndFit(const SheetReach& reach, int v, const Vector3& normal,
+                                     double radiusInCells, Scratch& scratch) const
 {
-    const Facing& facing = vFacings[static_cast<std::size_t>(t)];
-    const double product = facing.sum * normal;
-    return product > 0.0 && product * product > SAME_SHEET * SAME_SHEET * facing.sqLength;
+    reach.gather(mesh.point(v), normal, radiusInCells * cellSize, scratch.reach, scratch.own);
+    return fit({v, scratch.own, Vector3()}, normal, radiusInCells);
 }
 
-void SheetFit::reachTriangles(int v, const Vector3& normal, double reach, Scratch& scratch) const
-{
-    scratch.vStamps.resize(static_cast<std::size_t>(mesh.endTriangles()), 0);
-    ++scratch.stamp;
-    scratch.vReached.clear();
-    const Point3& centre = mesh.point(v);
-    const auto stampOf = [&scratch](int t) -> std::uint32_t&
-    { return scratch.vStamps[static_cast<std::size_t>(t)]; };
-    for (const int t : scratch.vSeeds)
-    {
-        if (stampOf(t) == scratch.stamp)
-            continue;
-        stampOf(t) = scratch.stamp;
-        const auto sqDistanceOf = [&](int h) { return sqDistance(centre, mesh.point(mesh.from(h))); };
-        scratch.vReached.push_back(
-            {t, {sqDistanceOf(4 * t), sqDistanceOf(4 * t + 1), sqDistanceOf(4 * t + 2)}});
-    }
-    for (std::size_t i = 0; i < scratch.vReached.size(); ++i)
-    {
-        const Reached near = scratch.vReached[i];
-        for (std::size_t k = 0; k < 3; ++k)
-        {
-            const int h = 4 * near.t + static_cast<int>(k);
-            const int other = mesh.partner(h);
-            // The nearer end of the edge stands for the triangle beyond it.
-            if (other == NONE ||
-                !(std::min(near.sqDistances[k], near.sqDistances[(k + 1) % 3]) < reach * reach))
-                continue;
-            const int t = HalfEdgeMesh::triangleOf(other);
-            if (stampOf(t) == scratch.stamp || mesh.feature(h) != 0 || !faces(t, normal))
-                continue;
-            stampOf(t) = scratch.stamp;
-            scratch.vReached.push_back(reachAcross(h, near, centre));
-        }
-    }
-}
-
-// The triangle beyond h has two corners of the near one.
-SheetFit::Reached SheetFit::reachAcross(int h, const Reached& near, const Point3& centre) const
-{
-    const int other = mesh.partner(h);
-    const auto nearCorner = static_cast<std::size_t>(h & 3);
-    const auto corner = static_cast<std::size_t>(other & 3);
-    Reached result = {HalfEdgeMesh::triangleOf(other), {}};
-    result.sqDistances[corner] = near.sqDistances[(nearCorner + 1) % 3];
-    result.sqDistances[(corner + 1) % 3] = near.sqDistances[nearCorner];
-    result.sqDistances[(corner + 2) % 3] = sqDistance(centre, mesh.point(mesh.apex(other)));
-    return result;
-}
-
-void SheetFit::reachPoints(int v, const Vector3& normal, double reach, Scratch& scratch) const
-{
-    reachTriangles(v, normal, reach, scratch);
-    scratch.vWays.clear();
-    const Point3& centre = mesh.point(v);
-    // Beyond all doubt too far, whatever the divisions below round to.
-    const double farthest = reach * reach * (1.0 + 1e-9);
-    for (const Reached& reached : scratch.vReached)
-    {
-        for (const Point3& p : owners.getPoints(reached.t))
-        {
-            const Vector3 way = p - centre;
-            if (way.sqLength() > farthest)
-                continue;
-            const Vector3 d = way / reach;
-            if (d.sqLength() < 1.0)
-                scratch.vWays.push_back(d);
-        }
-    }
-}
-
-SheetFit::Fit SheetFit::fit(int v, const Vector3& normal, double radiusInCells, Scratch& scratch) const
-{
-    reachPoints(v, normal, radiusInCells * cellSize, scratch);
-    return fitReached(normal, radiusInCells, scratch);
-}
-
-SheetFit::Fit SheetFit::fitReached(const Vector3& normal, double radiusInCells, const Scratch& scratch) const
+SheetFit::Fit SheetFit::fit(const Place& place, const Vector3& normal, double radiusInCells) const
 {
     Fit result;
-    const double reach = radiusInCells * cellSize;
-    const Vector3 axis = std::fabs(normal.x()) < 0.6 ? Vector3(1.0, 0.0, 0.0) : Vector3(0.0, 1.0, 0.0);
-    const Vector3 xAxis = getUnit(crossProduct(axis, normal));
-    const Vector3 yAxis = crossProduct(normal, xAxis);
+    result.reach = radiusInCells * cellSize;
+    result.way = normal;
+    const SurfaceFrame frame(normal);
     QuadricSums sums;
-    for (const Vector3& d : scratch.vWays)
-        sums.add(d * xAxis, d * yAxis, d * normal);
+    place.points.forEachNear(place.offset, result.reach,
+                             [&](const Vector3& d)
+                             { sums.add(d * frame.xAxis, d * frame.yAxis, d * normal); });
     result.numPoints = sums.size();
     if (sums.size() < MIN_POINTS || !sums.solve())
         return result;
-    result.way = normal;
-    result.height = sums.getHeight() * reach;
-    result.normal = getUnit(normal + xAxis * -sums.getSlopeX() + yAxis * -sums.getSlopeY());
+    result.terms = sums.getTerms();
+    result.normal = getUnit(frame.toWorld(-result.terms[1], -result.terms[2], 1.0));
     result.residual = sums.getResidual() * radiusInCells;
-    result.bUsable = std::isfinite(result.height) && std::isfinite(result.residual);
+    result.bUsable = std::isfinite(result.getHeight()) && std::isfinite(result.residual);
     return result;
 }
 

@@ -1,6 +1,7 @@
 #include "finishSurface.h"
 
 #include "ProgressBase.h"
+#include "ZefRefusedException.h"
 #include "checkMesh.h"
 #include "core/Progress.h"
 #include "finish/Finisher.h"
@@ -160,6 +161,19 @@ TEST(FinishSurface, noiseIsAveragedTheSameOnEveryNumberOfThreads)
 }
 
 // Often enough for a bar, never backwards, up to the end.
+TEST(FinishSurface, aMeshHandedOverIsFreedAndFinishedAlike)
+{
+    std::vector<Point3> vPoints = makeBall(2000, 0.0);
+    std::shared_ptr<Mesh> pMesh = reconstruct_auto(vPoints, false, 1.0);
+    ASSERT_NE(pMesh, nullptr);
+    const std::weak_ptr<Mesh> pOld = pMesh;
+    const std::shared_ptr<Mesh> pKept = finishSurface(*pMesh, vPoints);
+    const std::shared_ptr<Mesh> pFinished = finishSurface(std::move(pMesh), vPoints);
+    EXPECT_TRUE(pOld.expired());
+    EXPECT_EQ(getCorners(*pKept), getCorners(*pFinished));
+    EXPECT_THROW((void)finishSurface(std::shared_ptr<Mesh>(), vPoints), ZefBadArgument);
+}
+
 TEST(FinishSurface, progressRisesToOne)
 {
     struct Recorder : ProgressBase
