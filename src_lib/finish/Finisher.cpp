@@ -7,7 +7,7 @@
 #include "finish/BorderEvening.h"
 #include "finish/CreaseMaker.h"
 #include "finish/DebrisRemoval.h"
-#include "finish/FoldRemoval.h"
+#include "finish/NeedleRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetParter.h"
 #include "finish/fillLoops.h"
@@ -24,6 +24,9 @@ namespace
 {
 constexpr int FIRST_ROUNDS = 4;
 constexpr int LATER_ROUNDS = 3;
+constexpr int NEEDLE_ROUNDS = 6;
+// In which only the vertices of needles move, not those around them.
+constexpr int GENTLE_ROUNDS = 3;
 // Cosine of 20 degrees: triangles with a smaller angle collapse.
 constexpr double THIN = 0.9397;
 constexpr std::size_t LONGEST_FILLED = 12;
@@ -224,15 +227,33 @@ void Finisher::removeFolds()
             roundPoints();
         FoldReport later;
         FoldRemoval(mesh, later, bFloat).runNear(vTouched);
-        folds.numCollapses += later.numCollapses;
-        folds.numDroppedT += later.numDroppedT;
-        folds.numFilled += later.numFilled;
+        folds.add(later);
     }
+    if (options.bEvenTriangles)
+        removeNeedles(folds, bFloat);
     report.numFolds = folds.numPairs;
     report.numFoldCollapses = folds.numCollapses;
     report.numFoldT = folds.numDroppedT;
     report.numFilledCuts += folds.numFilled;
     report.numDebrisT += DebrisRemoval(mesh).run();
+}
+
+// What is taken out of folds can leave thin triangles again.
+void Finisher::removeNeedles(FoldReport& folds, bool bFloat)
+{
+    for (int round = 0; round < NEEDLE_ROUNDS; ++round)
+    {
+        NeedleRemoval needles(mesh);
+        if (needles.run() == 0 && needles.getStubborn().empty())
+            return;
+        if (bFloat)
+            roundPoints();
+        FoldReport later;
+        FoldRemoval(mesh, later, bFloat)
+            .runNear(needles.getTouched(), needles.getStubborn(), round < GENTLE_ROUNDS ? 0 : 1,
+                     needles.getLeaving());
+        folds.add(later);
+    }
 }
 
 // Whether a float tells places a thousandth of a cell apart, everywhere on the surface.

@@ -2,6 +2,7 @@
 #define ZEF_FINISHER_H
 
 #include "finish/FlatMesh.h"
+#include "finish/FoldRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetFit.h"
 #include "finish/fans.h"
@@ -40,6 +41,7 @@ private:
     void makeCreases();
     void refineCreases();
     void removeFolds();
+    void removeNeedles(FoldReport& folds, bool bFloat);
     [[nodiscard]] bool areFloatsFine() const;
     void roundPoints();
     void load();

@@ -20,6 +20,7 @@ constexpr int BORDER_ROUNDS = 5;
 constexpr int COLLAPSE_ROUNDS = 7;
 constexpr int FILLING_ROUNDS = 9;
 constexpr int SMOOTHING_STEPS = 4;
+constexpr int GENTLE_STEPS = 2;
 constexpr double SMOOTHING = 0.6;
 // How far vertices at one place go towards the middle of their neighbours.
 constexpr double PART_SHARE = 0.05;
@@ -66,6 +67,19 @@ void FoldRemoval::runNear(const Flags& vChanged)
     remove(FoldFinder(mesh).findNear(vChanged));
 }
 
+void FoldRemoval::runNear(const Flags& vChanged, const std::vector<int>& vBad, int numRings,
+                          const Flags& vDrop)
+{
+    vTouched = vChanged;
+    Pairs vPairs;
+    for (const int t : vBad)
+        vPairs.emplace_back(t, t);
+    smooth(vPairs, numRings, GENTLE_STEPS);
+    if (std::find(vDrop.begin(), vDrop.end(), 1) != vDrop.end())
+        drop(vDrop, false);
+    remove(FoldFinder(mesh).findNear(vTouched));
+}
+
 void FoldRemoval::remove(Pairs vPairs)
 {
     report.numPairs = vPairs.size();
@@ -76,7 +90,7 @@ void FoldRemoval::remove(Pairs vPairs)
         for (const auto& [a, b] : vPairs)
             vTouched[static_cast<std::size_t>(a)] = vTouched[static_cast<std::size_t>(b)] = 1;
         if (round < SMOOTHING_ROUNDS)
-            smooth(vPairs, SMOOTHING_STEPS);
+            smooth(vPairs, 1, SMOOTHING_STEPS);
         else if (round < BORDER_ROUNDS)
             dropBorders(vPairs);
         else if (round < COLLAPSE_ROUNDS)
@@ -169,9 +183,9 @@ void FoldRemoval::touchAround(int v)
 }
 
 // Each vertex to the mean of its neighbours, on a border of those on it; all at once, a few times.
-void FoldRemoval::smooth(const Pairs& vPairs, int numIterations)
+void FoldRemoval::smooth(const Pairs& vPairs, int numRings, int numIterations)
 {
-    const std::vector<int> vVertices = getVertices(vPairs, 1);
+    const std::vector<int> vVertices = getVertices(vPairs, numRings);
     std::vector<Point3> vProposed(vVertices.size());
     for (int i = 0; i < numIterations; ++i)
     {

@@ -17,6 +17,14 @@ struct FoldReport
     std::size_t numDroppedT = 0;  // triangles that went
     std::size_t numCollapses = 0; // edges
     std::size_t numFilled = 0;    // cuts that were filled again
+
+    // What a later search had to do; its pairs came up on the way.
+    void add(const FoldReport& later)
+    {
+        numDroppedT += later.numDroppedT;
+        numCollapses += later.numCollapses;
+        numFilled += later.numFilled;
+    }
 };
 
 // Takes all folds out of a surface: at the end no two triangles intersect. The mildest means come first: smoothing
@@ -37,12 +45,15 @@ public:
     // On the whole surface, or near the triangles t with vChanged[t] != 0, as the rest is known to be without.
     void run();
     void runNear(const Flags& vChanged);
+    // The same after triangles were changed; those of vBad are smoothed first, with so many rings of vertices around
+    // them, and those with vDrop[t] != 0 taken out.
+    void runNear(const Flags& vChanged, const std::vector<int>& vBad, int numRings, const Flags& vDrop);
 
 private:
     using Pairs = std::vector<FoldFinder::Pair>;
 
     void remove(Pairs vPairs);
-    void smooth(const Pairs& vPairs, int numIterations);
+    void smooth(const Pairs& vPairs, int numRings, int numIterations);
     void collapse(const Pairs& vPairs);
     void dropBorders(const Pairs& vPairs);
     void cut(const Pairs& vPairs, bool bFill);

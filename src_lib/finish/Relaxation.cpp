@@ -18,8 +18,6 @@ constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr std::size_t MIN_CHUNK = 5'000;
 // Cosine of 30 degrees: triangles may bend that much at an edge that a flip or collapse makes.
 constexpr double MAX_BEND = 0.866;
-// Cosine of 5 degrees: the normal of a triangle with a smaller angle says nothing.
-constexpr double NEEDLE = 0.9962;
 // Cosine of 25 degrees.
 constexpr double WELL_SHAPED = 0.9063;
 // A flip has to gain that much of the cosine, so that none is undone.
@@ -39,41 +37,6 @@ Vector3 getTriangleNormal(const Point3& a, const Point3& b, const Point3& c)
     return getUnit(crossProduct(b - a, c - a));
 }
 
-// The smallest angle of a triangle, which lies opposite its shortest side, by its two legs.
-struct SmallestAngle
-{
-    SmallestAngle(const Point3& a, const Point3& b, const Point3& c)
-    {
-        const Vector3 ab = b - a;
-        const Vector3 bc = c - b;
-        const Vector3 ca = a - c;
-        const double sqAB = ab.sqLength();
-        const double sqBC = bc.sqLength();
-        const double sqCA = ca.sqLength();
-        if (sqAB <= sqBC && sqAB <= sqCA)
-            set(bc, ca, sqBC * sqCA);
-        else if (sqBC <= sqCA)
-            set(ca, ab, sqCA * sqAB);
-        else
-            set(ab, bc, sqAB * sqBC);
-    }
-    void set(const Vector3& leg, const Vector3& nextLeg, double sqLegs_)
-    {
-        product = -(leg * nextLeg);
-        sqLegs = sqLegs_;
-    }
-    // 1 for a triangle without extent.
-    [[nodiscard]] double getCosine() const { return sqLegs > 0.0 ? product / std::sqrt(sqLegs) : 1.0; }
-    // REQUIRES: limit >= 0.
-    [[nodiscard]] bool hasCosineAbove(double limit) const
-    {
-        return product > 0.0 ? product * product > limit * limit * sqLegs : limit < 1.0 && sqLegs == 0.0;
-    }
-
-    double product = 0.0; // of the legs
-    double sqLegs = 0.0;  // product of their squared lengths
-};
-
 template <typename F>
 void forEachIndexMT(int num, F f)
 {
@@ -92,21 +55,16 @@ Relaxation::Relaxation(HalfEdgeMesh& mesh_)
 {
 }
 
-Relaxation::Quality Relaxation::measure(const Point3& a, const Point3& b, const Point3& c)
-{
-    return {SmallestAngle(a, b, c).getCosine(), getTriangleNormal(a, b, c)};
-}
-
-Relaxation::Quality Relaxation::measureT(int t) const
+TriangleShape Relaxation::measureT(int t) const
 {
     const int h = 4 * t;
-    return measure(mesh.point(mesh.from(h)), mesh.point(mesh.to(h)), mesh.point(mesh.apex(h)));
+    return {mesh.point(mesh.from(h)), mesh.point(mesh.to(h)), mesh.point(mesh.apex(h))};
 }
 
 // --- Flips ---
 
 // Most edges are told by the angles of the first new triangle.
-bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1) const
+bool Relaxation::isBetterFlipped(int h, const TriangleShape& old0, const TriangleShape& old1) const
 {
     const Point3& a = mesh.point(mesh.from(h));
     const Point3& b = mesh.point(mesh.to(h));
@@ -119,14 +77,14 @@ bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1
     const Vector3 new0 = getTriangleNormal(c, d, b);
     const Vector3 new1 = getTriangleNormal(d, c, a);
     double limit = MAX_BEND;
-    for (const Quality* pOld : {&old0, &old1})
+    for (const TriangleShape* pOld : {&old0, &old1})
     {
-        if (pOld->worstCosine > NEEDLE)
+        if (pOld->isNeedle())
             continue;
         if (new0 * pOld->normal < MAX_BEND || new1 * pOld->normal < MAX_BEND)
             return false;
     }
-    if (old0.worstCosine <= NEEDLE && old1.worstCosine <= NEEDLE)
+    if (!old0.isNeedle() && !old1.isNeedle())
         limit = std::min(limit, old0.normal * old1.normal);
     return new0 * new1 >= limit;
 }
@@ -134,15 +92,15 @@ bool Relaxation::isBetterFlipped(int h, const Quality& old0, const Quality& old1
 // All triangles are measured once, as each is looked at from three edges.
 std::vector<int> Relaxation::findCandidates()
 {
-    vQualities.resize(static_cast<std::size_t>(mesh.endTriangles()));
+    vShapes.resize(static_cast<std::size_t>(mesh.endTriangles()));
     forEachIndexMT(mesh.endTriangles(),
                    [&](int t)
                    {
                        if (mesh.isAlive(t))
-                           vQualities[static_cast<std::size_t>(t)] = measureT(t);
+                           vShapes[static_cast<std::size_t>(t)] = measureT(t);
                    });
-    const auto qualityAt = [&](int h) -> const Quality&
-    { return vQualities[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
+    const auto shapeAt = [&](int h) -> const TriangleShape&
+    { return vShapes[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
     return collectInOrder<int>(static_cast<std::size_t>(mesh.endTriangles()),
                                [&](std::size_t from, std::size_t to, std::vector<int>& vFound)
                                {
@@ -150,7 +108,7 @@ std::vector<int> Relaxation::findCandidates()
                                    for (int h = 4 * static_cast<int>(from); h < end; ++h)
                                        if ((h & 3) != 3 && mesh.isAlive(HalfEdgeMesh::triangleOf(h)) &&
                                            h < mesh.partner(h) && mesh.feature(h) == 0 &&
-                                           isBetterFlipped(h, qualityAt(h), qualityAt(mesh.partner(h))))
+                                           isBetterFlipped(h, shapeAt(h), shapeAt(mesh.partner(h))))
                                            vFound.push_back(h);
                                });
 }
@@ -159,22 +117,22 @@ std::vector<int> Relaxation::findCandidates()
 void Relaxation::flip()
 {
     std::vector<int> vCandidates = findCandidates();
-    const auto qualityAt = [this](int h) -> Quality&
-    { return vQualities[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
+    const auto shapeAt = [this](int h) -> TriangleShape&
+    { return vShapes[static_cast<std::size_t>(HalfEdgeMesh::triangleOf(h))]; };
     for (int pass = 0; pass < MAX_FLIP_PASSES && !vCandidates.empty(); ++pass)
     {
         std::vector<int> vNext;
         for (const int h : vCandidates)
         {
             const int p = mesh.partner(h);
-            if (p == NONE || mesh.feature(h) != 0 || !isBetterFlipped(h, qualityAt(h), qualityAt(p)) ||
+            if (p == NONE || mesh.feature(h) != 0 || !isBetterFlipped(h, shapeAt(h), shapeAt(p)) ||
                 !mesh.mayFlip(h))
                 continue;
             mesh.flip(h);
             for (const int side : {h, p})
             {
                 touch(side);
-                qualityAt(side) = measureT(HalfEdgeMesh::triangleOf(side));
+                shapeAt(side) = measureT(HalfEdgeMesh::triangleOf(side));
                 vNext.push_back(HalfEdgeMesh::next(side));
                 vNext.push_back(HalfEdgeMesh::prev(side));
             }
@@ -310,11 +268,10 @@ bool Relaxation::isBetterCollapsed(int h, const Point3& target, double worst) co
                                  const int c = mesh.apex(g);
                                  if (!bBetter || b == other || c == other)
                                      return;
-                                 const Quality before = measureT(HalfEdgeMesh::triangleOf(g));
-                                 const Quality after = measure(target, mesh.point(b), mesh.point(c));
-                                 bBetter =
-                                     after.worstCosine < worst - MIN_GAIN &&
-                                     (before.worstCosine > NEEDLE || before.normal * after.normal > MAX_BEND);
+                                 const TriangleShape before = measureT(HalfEdgeMesh::triangleOf(g));
+                                 const TriangleShape after(target, mesh.point(b), mesh.point(c));
+                                 bBetter = after.worstCosine < worst - MIN_GAIN &&
+                                           (before.isNeedle() || before.normal * after.normal > MAX_BEND);
                              });
     }
     return bBetter;

@@ -1,7 +1,7 @@
 #ifndef ZEF_FINISH_RELAXATION_H
 #define ZEF_FINISH_RELAXATION_H
 
-#include "Vector3.h"
+#include "finish/TriangleShape.h"
 #include "surface/HalfEdgeMesh.h"
 
 #include <cstdint>
@@ -37,15 +37,8 @@ public:
     [[nodiscard]] const Flags& getTouched() const noexcept { return vTouched; }
 
 private:
-    struct Quality
-    {
-        double worstCosine = 1.0; // of the smallest angle: 1 for none at all
-        Vector3 normal;           // unit length; null for a triangle without area
-    };
-
-    [[nodiscard]] static Quality measure(const Point3& a, const Point3& b, const Point3& c);
-    [[nodiscard]] Quality measureT(int t) const;
-    [[nodiscard]] bool isBetterFlipped(int h, const Quality& old0, const Quality& old1) const;
+    [[nodiscard]] TriangleShape measureT(int t) const;
+    [[nodiscard]] bool isBetterFlipped(int h, const TriangleShape& old0, const TriangleShape& old1) const;
     [[nodiscard]] std::vector<int> findCandidates();
     [[nodiscard]] Point3 propose(int v) const;
     [[nodiscard]] Point3 proposeOnBorder(int v) const;
@@ -62,9 +55,9 @@ private:
     HalfEdgeMesh& mesh;
     Flags vTouched;
     // Kept from one round to the next, as large memory is dear to get.
-    std::vector<Quality> vQualities; // of the triangles
-    std::vector<Point3> vProposed;   // for the vertices
-    Flags vTurns;                    // triangles that would turn over
+    std::vector<TriangleShape> vShapes; // of the triangles
+    std::vector<Point3> vProposed;      // for the vertices
+    Flags vTurns;                       // triangles that would turn over
 };
 
 } // namespace TARN_ZEF
