@@ -38,6 +38,13 @@ struct ZEF_API RemeshOptions
     // thin. Else they get smaller towards such places.
     bool bCoarse = false;
 
+    // Whether only the outer hull is wanted: one closed surface around all that is there, facing outward. Holes are
+    // closed, crossing and touching parts become one, what lies within goes.
+    bool bOuter = false;
+    // With bOuter: the widest gap that counts as closed, in cells, of which two are a length; from 0 to 100. What is as
+    // narrow and leads into a wider room is closed, too. Above 0 a lattice decides about the whole surface.
+    int numBridgedCells = 0;
+
     // Empty if all values can be used together, else what is wrong with the first that cannot.
     [[nodiscard]] std::string getFault() const;
 };
@@ -61,6 +68,10 @@ struct RemeshReport
     int numParts = 0;
     int numClosed = 0;   // parts without border
     int numCavities = 0; // closed parts that face inward
+    // With bOuter: borders that were closed, and whether the hull had to be found on a lattice, as sheets cross, touch or
+    // cannot be closed one by one.
+    int numSealed = 0;
+    bool bFromLattice = false;
 
     // The result.
     int numTriangles = 0;

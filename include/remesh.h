@@ -13,7 +13,7 @@ namespace TARN_ZEF
 {
 // Remeshes a triangle soup on its own surface: sharp edges, corners and borders stay where they are, the faces between
 // them get even triangles, and each part of the soup becomes one manifold that faces outward. Parts, handles and cavities
-// stay as they are. melt() makes another mesh of the same soup, from cells of a lattice.
+// stay as they are; or, with bOuter, the hull of all parts comes out alone. melt() makes another mesh of the same soup, from cells of a lattice.
 //
 // vTriCorners  three consecutive entries are one triangle, in any order and turned in any way. Read, never changed
 // pReport      if not null, gets what was found and done

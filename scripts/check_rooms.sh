@@ -8,7 +8,7 @@ lane="rooms"
 cd "$tree"
 
 # From the ground up. docs/architecture.md tells what each is about.
-rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface closing finish remesh text lattice tinyply files formats
+rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface closing finish remesh outer text lattice tinyply files formats
        occupancy intake cmesh extraction holes repair rmesh meshfiles choice api"
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.

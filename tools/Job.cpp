@@ -387,6 +387,8 @@ void Job::remesh()
     remeshOptions.lengthFactor = options.spacingFactor;
     if (options.featureAngle >= 0.0)
         remeshOptions.featureAngle = options.featureAngle;
+    remeshOptions.bOuter = options.bOuter;
+    remeshOptions.numBridgedCells = options.numBridgedCells;
     TARN_ZEF::RemeshReport remeshReport;
     const Stopwatch stopwatch;
     try
@@ -409,6 +411,9 @@ void Job::noteRemesh(const TARN_ZEF::RemeshReport& found)
 {
     if (found.numParted != 0)
         note("edges of more than two triangles, parted: " + std::to_string(found.numParted));
+    if (options.bOuter)
+        note("outer hull " + std::string(found.bFromLattice ? "from a lattice" : "of the parts as they are") +
+             ", borders closed: " + std::to_string(found.numSealed));
     if (found.numFarPlaces != 0)
         note("places farther off the triangles than the tolerance: " + std::to_string(found.numFarPlaces));
 }

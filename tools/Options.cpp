@@ -30,6 +30,7 @@ Examples:
   zef scan.ply --spacing                    print the detected spacing
   zef scan.ply mesh.ply --png mesh.png      draw the mesh
   zef part.stl mesh.ply -m -a 0.5           remesh triangles evenly, edges about 0.5 long
+  zef part.stl mesh.ply -m --outer          one closed surface around all parts
   zef scan.ply mesh.ply --reduce 3c --flips thin flat regions, then even out the triangles
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
@@ -96,6 +97,9 @@ void checkMelt(const Options& options)
     if (type != TARN_ZEF::FT_STL && type != TARN_ZEF::FT_PLY)
         throw CLI::ValidationError("--fmelt",
                                    "reads triangles from .stl or .ply, not from " + options.inName);
+    if (options.bOuter && !options.isRemesh())
+        throw CLI::ValidationError("--outer", "remeshes triangles on their own surface; leave out " +
+                                                  std::string(options.bCloud ? "--cloud" : "--plain"));
     if (options.spacingAbs <= 0.0 && !options.isRemesh())
         throw CLI::ValidationError("--fmelt", "For an STL provide also the -a option please");
     if (!options.bCloud)
@@ -189,6 +193,16 @@ void defineReconstruction(CLI::App& app, Options& options)
         ->check(checkAngle)
         ->type_name("ANGLE")
         ->needs(pMelt)
+        ->group(reconstruction);
+    CLI::Option* pOuter = app.add_flag("--outer", options.bOuter,
+                                       "With -m: the outer hull alone, closed, of all parts together")
+                              ->needs(pMelt)
+                              ->group(reconstruction);
+    app.add_option("--bridge", options.numBridgedCells,
+                   "With --outer: close gaps of up to N cells, two of them a length (0)")
+        ->check(CLI::Range(0, 100))
+        ->type_name("N")
+        ->needs(pOuter)
         ->group(reconstruction);
     app.add_flag("--cloud", options.bCloud,
                  "With -m: write points on the surface instead of a mesh; needs -a")

@@ -27,8 +27,10 @@ struct Options
     bool bSpacingOnly = false; // print the detected spacing and stop
     bool bPlain = false;       // without the last stage; with bMelt: made from cells, the spacing is given
 
-    bool bMelt = false;  // IN holds triangles; the spacing is their edge length
-    bool bCloud = false; // only with bMelt: sample points instead of a mesh; the spacing is given
+    bool bMelt = false;      // IN holds triangles; the spacing is their edge length
+    bool bOuter = false;     // only with bMelt: the outer hull alone
+    int numBridgedCells = 0; // only with bOuter
+    bool bCloud = false;     // only with bMelt: sample points instead of a mesh; the spacing is given
     double featureAngle =
         -1.0; // degrees above which an edge of the triangles stays sharp; below 0: not given
 

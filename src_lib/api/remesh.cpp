@@ -5,6 +5,7 @@
 #include "core/ProgressScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "outer/OuterHull.h"
 #include "remesh/SoupRemesh.h"
 
 #include <algorithm>
@@ -19,6 +20,7 @@ constexpr int NUM_STEPS = 200; // of progress
 constexpr std::size_t MAX_TRIANGLES = std::size_t{1} << 29;
 constexpr int FEWEST_MAX_TRIANGLES = 100;
 constexpr double LARGEST_WELD_TOLERANCE = 0.1;
+constexpr int MOST_BRIDGED = 100;
 } // namespace
 
 std::string RemeshOptions::getFault() const
@@ -36,6 +38,10 @@ std::string RemeshOptions::getFault() const
         return "the tolerance must be above 0 and at most 1";
     if (!(weldTolerance >= 0.0) || weldTolerance > LARGEST_WELD_TOLERANCE)
         return "the weld tolerance must be from 0 to 0.1";
+    if (numBridgedCells < 0 || numBridgedCells > MOST_BRIDGED)
+        return "the number of bridged cells must be from 0 to 100";
+    if (numBridgedCells > 0 && !bOuter)
+        return "gaps are bridged for the outer hull only";
     return {};
 }
 
@@ -61,7 +67,16 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         numTold = std::max(num, numTold);
     };
     SoupRemesh soupRemesh(options);
-    const bool bAny = soupRemesh.run(vTriCorners, tell);
+    RemeshReport hullReport;
+    const auto takeHull = [&](FlatSoup& soup, double length)
+    {
+        OuterHull hull(length, options.numBridgedCells);
+        hull.run(soup);
+        hullReport.numSealed = hull.getNumSealed();
+        hullReport.bFromLattice = hull.isFromLattice();
+    };
+    const bool bAny =
+        soupRemesh.run(vTriCorners, tell, options.bOuter ? SoupRemesh::Reshape(takeHull) : nullptr);
     progress.finish();
     std::shared_ptr<Mesh> pMesh;
     const FlatSoup& flat = soupRemesh.getResult();
@@ -71,7 +86,11 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
     else
         warningMessage("remesh", "no triangle has a height");
     if (pReport != nullptr)
+    {
         *pReport = soupRemesh.getReport();
+        pReport->numSealed = hullReport.numSealed;
+        pReport->bFromLattice = hullReport.bFromLattice;
+    }
     return pMesh;
 }
 

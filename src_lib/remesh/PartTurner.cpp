@@ -3,6 +3,7 @@
 #include "core/cancel.h"
 #include "geometry/tools.h"
 #include "remesh/SoupEdgeTable.h"
+#include "remesh/triangles.h"
 
 #include <algorithm>
 #include <cmath>
@@ -109,6 +110,12 @@ void PartTurner::findOpen()
                 if (num == 1)
                     vParts[vPart[pCorners[0] / 3]].bClosed = false;
             });
+}
+
+bool PartTurner::isSolid(int part) const
+{
+    return vParts[part].bClosed &&
+           enclosesSpace(std::fabs(vParts[part].volume) / 6.0, 0.5 * vParts[part].area);
 }
 
 int PartTurner::countAround(const Part& inner) const

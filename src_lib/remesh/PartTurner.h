@@ -20,6 +20,9 @@ public:
 
     [[nodiscard]] int getNumClosed() const { return numClosed; }
     [[nodiscard]] int getNumCavities() const { return numCavities; }
+    // Of a part, after run(): whether it is closed round some space, and whether a closed one surrounds it.
+    [[nodiscard]] bool isSolid(int part) const;
+    [[nodiscard]] bool isWithinOther(int part) const { return countAround(vParts[part]) > 0; }
 
 private:
     struct Part

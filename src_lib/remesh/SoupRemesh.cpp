@@ -66,7 +66,8 @@ double quantile(std::vector<double>& values, double part)
 
 // All is worked out at extents of about 1, and brought back in the end: neither volumes nor fourth powers of lengths
 // leave the range of numbers then. The factor is a power of two, so nothing is rounded.
-bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function<void(double)>& progress)
+bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function<void(double)>& progress,
+                     const Reshape& reshape)
 {
     std::vector<Point3> vFinite = takeFinite(vTriCorners);
     const double extent = vFinite.empty() ? 0.0 : extentOf(vFinite);
@@ -79,7 +80,7 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
     scale(vFinite, std::ldexp(1.0, -exponent));
     if (options.length != RemeshOptions::FOUND)
         options.length = std::clamp(options.length * std::ldexp(1.0, -exponent), DBL_MIN, MOST_EXTENT);
-    if (!runAtUnit(vFinite, progress))
+    if (!runAtUnit(vFinite, progress, reshape))
         return false;
     scale(result.vPoints, std::ldexp(1.0, exponent));
     report.length *= std::ldexp(1.0, exponent);
@@ -89,7 +90,7 @@ bool SoupRemesh::run(const std::vector<Point3>& vTriCorners, const std::function
 }
 
 bool SoupRemesh::runAtUnit(const std::vector<Point3>& vTriCorners,
-                           const std::function<void(double)>& progress)
+                           const std::function<void(double)>& progress, const Reshape& reshape)
 {
     FlatSoup soup;
     SourceSurface source;
@@ -101,6 +102,8 @@ bool SoupRemesh::runAtUnit(const std::vector<Point3>& vTriCorners,
         options.featureAngle == RemeshOptions::FOUND ? source.findFeatureAngle() : options.featureAngle;
     const bool bGiven = options.length != RemeshOptions::FOUND;
     report.length = bGiven ? options.length : findLength(source);
+    if (reshape && !replace(source, reshape))
+        return false;
     while (!tryLength(source, progress))
     {
         if (bGiven)
@@ -113,6 +116,17 @@ bool SoupRemesh::runAtUnit(const std::vector<Point3>& vTriCorners,
                                        std::to_string(options.maxTriangles));
         report.length *= LONGER;
     }
+    return true;
+}
+
+bool SoupRemesh::replace(SourceSurface& source, const Reshape& reshape) const
+{
+    FlatSoup soup;
+    source.getMesh().getFlat(soup.vPoints, soup.vCorners);
+    reshape(soup, report.length);
+    if (soup.vCorners.empty())
+        return false;
+    ASSEX_TEXT(source.build(soup), "the surface in place of the soup is no oriented manifold");
     return true;
 }
 

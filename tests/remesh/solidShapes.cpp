@@ -172,6 +172,7 @@ private:
     static void measure(SolidShape& shape)
     {
         shape.volume = computeVolume(shape.vTriCorners);
+        shape.hullVolume = shape.volume;
         for (std::size_t i = 0; i < shape.vTriCorners.size(); i += 3)
             shape.area +=
                 getAreaByCross(shape.vTriCorners[i], shape.vTriCorners[i + 1], shape.vTriCorners[i + 2]);
@@ -280,6 +281,7 @@ void addCompounds(Collection& all)
                                 });
     shell.numParts = 2;
     shell.numCavities = 1;
+    shell.hullVolume = 1.0;
     shell.euler = 4;
     SolidShape& nested = all.add("body in a shell", 0.15,
                                  [](Builder& b)
@@ -291,7 +293,17 @@ void addCompounds(Collection& all)
                                  });
     nested.numParts = 3;
     nested.numCavities = 1;
+    nested.hullVolume = 1.0;
     nested.euler = 6;
+    SolidShape& crossing = all.add("crossing boxes", 0.1,
+                                   [](Builder& b)
+                                   {
+                                       b.box(0, 0, 0, 1, 1, 1);
+                                       b.box(0.4, 0.3, 0.5, 1.1, 0.5, 0.9);
+                                   });
+    crossing.numParts = 2;
+    crossing.euler = 4;
+    crossing.hullVolume -= 0.6 * 0.5 * 0.5;
     SolidShape& onEdge = all.add("two bodies on one edge", 0.15,
                                  [](Builder& b)
                                  {
@@ -372,6 +384,33 @@ std::vector<Point3> messUp(const std::vector<Point3>& vTriCorners, unsigned seed
     for (const std::size_t i : vOrder)
     {
         const bool bTurn = rng() % 10 == 0;
+        vResult.insert(vResult.end(), {vTriCorners[i], vTriCorners[bTurn ? i + 2 : i + 1],
+                                       vTriCorners[bTurn ? i + 1 : i + 2]});
+    }
+    return vResult;
+}
+
+std::vector<Point3> damage(const std::vector<Point3>& vTriCorners, double turned, double missing,
+                           double doubled, unsigned seed)
+{
+    std::mt19937 rng(seed);
+    std::vector<std::size_t> vOrder;
+    for (std::size_t i = 0; i < vTriCorners.size(); i += 3)
+        vOrder.push_back(i);
+    for (std::size_t i = vOrder.size(); i > 1; --i)
+        std::swap(vOrder[i - 1], vOrder[rng() % i]);
+    const auto partOf = [num = static_cast<double>(vOrder.size())](double part)
+    { return std::max<std::size_t>(1, static_cast<std::size_t>(part * num)); };
+    vOrder.resize(vOrder.size() - partOf(missing));
+    const std::vector<std::size_t> vTwice(vOrder.begin(),
+                                          vOrder.begin() + static_cast<std::ptrdiff_t>(partOf(doubled)));
+    vOrder.insert(vOrder.end(), vTwice.begin(), vTwice.end());
+    std::size_t numToTurn = partOf(turned);
+    std::vector<Point3> vResult;
+    for (const std::size_t i : vOrder)
+    {
+        const bool bTurn = numToTurn > 0;
+        numToTurn -= bTurn ? 1 : 0;
         vResult.insert(vResult.end(), {vTriCorners[i], vTriCorners[bTurn ? i + 2 : i + 1],
                                        vTriCorners[bTurn ? i + 1 : i + 2]});
     }

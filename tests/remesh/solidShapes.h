@@ -16,7 +16,8 @@ struct SolidShape
 {
     std::string name;
     std::vector<Point3> vTriCorners;
-    double volume = 0.0; // 0 for open ones
+    double volume = 0.0;     // 0 for open ones
+    double hullVolume = 0.0; // of what the outermost surface surrounds
     double area = 0.0;
     int numParts = 1;
     int numCavities = 0;
@@ -30,6 +31,11 @@ struct SolidShape
 
 // The same soup with every tenth triangle or so turned over, every fiftieth doubled, in another order.
 [[nodiscard]] std::vector<Point3> messUp(const std::vector<Point3>& vTriCorners, unsigned seed);
+
+// The same in disorder that takes something away: the given parts of the triangles are turned, missing and doubled, but at
+// least one each.
+[[nodiscard]] std::vector<Point3> damage(const std::vector<Point3>& vTriCorners, double turned,
+                                         double missing, double doubled, unsigned seed);
 
 } // namespace ZEF_TESTS
 

@@ -152,6 +152,10 @@ const FailureCase FAILURES[] = {
     {"check without a mesh", "ball.xyz --png-cloud a.png --check", 2, "--check"},
     {"cells without a size", "box.stl old.ply -m --plain", 2, "-a"},
     {"samples without a spacing", "box.stl new.xyz -m --cloud", 2, "-a"},
+    {"hull from cells", "box.stl new.ply -m -a 1 --plain --outer", 2, "--plain"},
+    {"hull of points", "ball.xyz new.ply --outer", 2, "--fmelt"},
+    {"bridges without a hull", "box.stl new.ply -m --bridge 2", 2, "--outer"},
+    {"too wide a bridge", "box.stl new.ply -m --outer --bridge 101", 2, "--bridge"},
     {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
@@ -248,7 +252,8 @@ TEST_F(HostTool, theChoiceIsTheMeshOfItsFactorAndIsTold)
 
 TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
 {
-    for (const char* pWay : {" -a 0.1 --plain", " -a 0.1", "", " -f 0.5"})
+    for (const char* pWay :
+         {" -a 0.1 --plain", " -a 0.1", "", " -f 0.5", " --outer", " -a 0.1 --outer --bridge 2"})
     {
         SCOPED_TRACE(pWay);
         const Result result = run(std::string("box.stl old.ply -m --feature-angle 30 --json") + pWay);
