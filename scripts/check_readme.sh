@@ -18,7 +18,7 @@ for preset in $(grep -oE -e '--preset [a-z]+' "$scratch/commands" | cut -d' ' -f
 done
 for option in $(grep -E '^build/[a-z]+/bin/zef ' "$scratch/commands" | sed 's/#.*//' |
     grep -oE ' --?[a-z][a-z-]*' | sort -u); do
-    grep -qE "[\",]${option}[\",]" tools/Options.cpp || fail "README.md uses $option, which the tool lacks"
+    grep -qE "[\",]${option}[\",]" tools/commandLine.cpp || fail "README.md uses $option, which the tool lacks"
 done
 for option in $(grep -oE -e '-D[A-Z_]+' README.md docs/*.md | sed 's/.*-D//' | sort -u); do
     grep -q "$option" CMakeLists.txt || fail "the documents name the option $option"

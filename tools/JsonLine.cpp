@@ -6,6 +6,28 @@
 
 namespace TARN_TOOL
 {
+namespace
+{
+std::string quoted(const std::string& text)
+{
+    static constexpr const char* HEX = "0123456789abcdef";
+    std::string result = "\"";
+    for (const char c : text)
+    {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20)
+            result += std::string("\\u00") + HEX[byte >> 4] + HEX[byte & 15];
+        else
+        {
+            if (c == '"' || c == '\\')
+                result += '\\';
+            result += c;
+        }
+    }
+    return result + '"';
+}
+} // namespace
+
 void JsonLine::add(const char* pKey, std::size_t value)
 {
     addRaw(pKey, std::to_string(value));
@@ -30,7 +52,7 @@ void JsonLine::add(const char* pKey, const JsonLine& value)
 
 void JsonLine::add(const char* pKey, const std::string& value)
 {
-    addRaw(pKey, '"' + value + '"');
+    addRaw(pKey, quoted(value));
 }
 
 void JsonLine::add(const char* pKey, const std::vector<JsonLine>& vValues)

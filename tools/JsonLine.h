@@ -8,8 +8,8 @@
 
 namespace TARN_TOOL
 {
-// One JSON object on one line, the members in the order in which they were added. Keys and text values are
-// plain words: no quotes, backslashes or control characters. Independent of the locale.
+// One JSON object on one line, the members in the order in which they were added. Keys are plain words: no quotes,
+// backslashes or control characters. Text values may be any UTF-8. Independent of the locale.
 class JsonLine
 {
 public:

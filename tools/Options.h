@@ -5,32 +5,66 @@
 #include "ViewOptions.h"
 #include "zef.h"
 
-#include <optional>
 #include <string>
 #include <vector>
 
 namespace TARN_TOOL
 {
-// What the command line asks for, checked: after parse() all values are usable together.
+// What is done with the input.
+enum class Task
+{
+    RECONSTRUCT, // a mesh of points
+    REMESH,      // a mesh of triangles, evenly
+    SAMPLE,      // points on triangles
+    MESH,        // a finished mesh: improved, judged, drawn, as asked
+    CONVERT,     // into another format, as it is
+    COMPARE,     // how far two surfaces are apart
+    SPACING,     // that of the points, and nothing else
+    DRAW         // the points, and nothing else
+};
+
+enum class ColorUse
+{
+    AUTO, // on a terminal, unless NO_COLOR is set
+    ALWAYS,
+    NEVER
+};
+
+// Text or binary, where a format has both.
+enum class FileForm
+{
+    USUAL, // PLY binary, STL text
+    TEXT,
+    BINARY
+};
+
+// What the command line asks for, checked: after parseCommandLine() all values are usable together.
 struct Options
 {
-    // A file of points, BUILT_IN_CLOUD for the sample cloud, or with bMelt a file of triangles.
-    std::string inName;
-    std::string outName;      // empty: no mesh is wanted; with bCloud a file of points
+    // Files, BUILT_IN_CLOUD for the sample cloud, STANDARD_STREAM for standard input. COMPARE has two, other tasks
+    // take all of them as one cloud or one surface.
+    std::vector<std::string> vInputs;
+    std::string outName;      // empty: nothing is written
     std::string pngName;      // empty: no picture of the mesh
     std::string pngCloudName; // empty: no picture of the points
+    std::string batchFolder;  // not empty: each input for itself, its result there
+    std::string format;       // of standard input and output, and of the results of a batch: "stl"
+
+    Task task = Task::RECONSTRUCT;
+    // Whether what the input holds may make the task MESH.
+    bool bTaskByContent = false;
+
+    TARN_ZEF::ReadOptions reading;
+    FileForm form = FileForm::USUAL;
+    bool bYUp = false; // GLB: what points up along z is written along y
 
     double spacingAbs = -1.0;   // in units of the points; counts only if above 0.0
     double spacingFactor = 1.0; // factor on the detected spacing
     bool bSmooth = false;
-    bool bAuto = false;        // factor and smoothing are chosen from the cloud
-    bool bSpacingOnly = false; // print the detected spacing and stop
-    bool bPlain = false;       // without the last stage; with bMelt: made from cells, the spacing is given
-
-    bool bMelt = false;      // IN holds triangles; the spacing is their edge length
-    bool bOuter = false;     // only with bMelt: the outer hull alone
+    bool bAuto = false;      // factor and smoothing are chosen from the cloud
+    bool bPlain = false;     // without the last stage; REMESH: made from cells, the spacing is given
+    bool bOuter = false;     // REMESH: the outer hull alone
     int numBridgedCells = 0; // only with bOuter
-    bool bCloud = false;     // only with bMelt: sample points instead of a mesh; the spacing is given
     double featureAngle =
         -1.0; // degrees above which an edge of the triangles stays sharp; below 0: not given
 
@@ -39,25 +73,39 @@ struct Options
     ViewOptions view;
 
     bool bCheck = false; // judge the mesh before it is written
+    bool bHoles = false; // list its borders
 
     int numThreads = 0; // 0: as many as the machine has
     bool bVerbose = false;
     bool bQuiet = false;
     bool bJson = false;
+    ColorUse color = ColorUse::AUTO;
 
     static constexpr const char* BUILT_IN_CLOUD = "artificial123.xyz";
+    static constexpr const char* STANDARD_STREAM = "-";
 
-    // Whether the soup is remeshed on its own surface.
-    [[nodiscard]] bool isRemesh() const { return bMelt && !bPlain && !bCloud; }
+    // Whether the input is triangles.
+    [[nodiscard]] bool hasTriangles() const
+    {
+        return task == Task::REMESH || task == Task::SAMPLE || task == Task::MESH;
+    }
+    // Whether triangles are remeshed on their own surface.
+    [[nodiscard]] bool isRemesh() const { return task == Task::REMESH && !bPlain; }
     // For what is made from cells.
     [[nodiscard]] double getCellFeatureAngle() const { return featureAngle < 0.0 ? 10.0 : featureAngle; }
-
-    // Reads the command line. Returns the status to end the process with, or nothing if there is a job to
-    // do: help and version end with 0, wrong usage with 2 and a line on the error stream.
-    [[nodiscard]] std::optional<int> parse(int argc, char** argv);
-
-    // By extension; the library's own answer but for names too short to have one.
-    [[nodiscard]] static TARN_ZEF::FileType typeOf(const std::string& name);
+    [[nodiscard]] bool isToStandardOutput() const { return outName == STANDARD_STREAM; }
+    // A name whose extension tells the format of OUT.
+    [[nodiscard]] std::string getOutFormatName() const
+    {
+        return isToStandardOutput() ? "stdout." + format : outName;
+    }
+    // What to do if there are no triangles in the input after all.
+    [[nodiscard]] const char* getCloudHint() const
+    {
+        return task == Task::REMESH || task == Task::SAMPLE ? "; for a cloud leave out -m" : "";
+    }
+    // For messages: the first input, and how many more there are.
+    [[nodiscard]] std::string getInputText() const;
 };
 
 } // namespace TARN_TOOL

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <numeric>
 
-#include "JsonLine.h"
 #include "checkText.h"
+#include "holesText.h"
 #include "numberText.h"
 
 namespace TARN_TOOL
@@ -17,6 +17,30 @@ std::string anglesText(const TriangleAngles& angles)
     const auto rounded = [](double degrees) { return textOf(std::round(10.0 * degrees) / 10.0); };
     return std::to_string(angles.numTriangles) + " triangles, smallest angle " + rounded(angles.smallest) +
            " degrees, in the mean " + rounded(angles.mean);
+}
+
+const char* nameOf(Task task)
+{
+    switch (task)
+    {
+    case Task::RECONSTRUCT:
+        return "reconstruct";
+    case Task::REMESH:
+        return "remesh";
+    case Task::SAMPLE:
+        return "sample";
+    case Task::MESH:
+        return "mesh";
+    case Task::CONVERT:
+        return "convert";
+    case Task::COMPARE:
+        return "compare";
+    case Task::SPACING:
+        return "spacing";
+    case Task::DRAW:
+        return "draw";
+    }
+    return "";
 }
 
 std::string choiceText(const TARN_ZEF::AutoReport& choice)
@@ -58,90 +82,118 @@ JsonLine choiceJson(const TARN_ZEF::AutoReport& choice)
 }
 } // namespace
 
-std::string Report::getJson(const Options& options) const
+JsonLine startJson(Task task)
 {
     JsonLine line;
-    if (options.bMelt)
+    line.add("schema", JSON_SCHEMA);
+    line.add("task", std::string(nameOf(task)));
+    return line;
+}
+
+std::string Report::getJson(const Options& options) const
+{
+    JsonLine line = startJson(options.task);
+    if (options.hasTriangles())
         line.add("inputTriangles", numInputTriangles);
-    if (!options.bMelt || options.bCloud)
+    if (!options.hasTriangles() || options.task == Task::SAMPLE)
         line.add("points", numPoints);
-    if (!options.outName.empty())
-    {
-        line.add("spacing", spacing);
-        if (choice)
-            line.add("auto", choiceJson(*choice));
-        if (!options.bCloud)
-        {
-            line.add("vertices", statistics.numVertices);
-            line.add("triangles", statistics.numTriangles);
-            line.add("borderEdges", statistics.numBorderEdges);
-            line.add("nonManifoldEdges", statistics.numNonManifoldEdges);
-            line.add("components", statistics.numComponents);
-            if (check)
-                line.add("check", checkJson(*check));
-        }
-        line.add("read_s", readSeconds);
-        line.add("compute", computeSeconds);
-        if (finishSeconds > 0.0)
-            line.add("finish_s", finishSeconds);
-        line.add("write_s", writeSeconds);
-        line.add("peak_mb", peakMegabytes);
-    }
-    if (!vSteps.empty())
-    {
-        std::vector<JsonLine> vLines(vSteps.size());
-        for (std::size_t i = 0; i < vSteps.size(); ++i)
-        {
-            vLines[i].add("step", vSteps[i].text);
-            vLines[i].add("triangles", vSteps[i].angles.numTriangles);
-            vLines[i].add("compute", vSteps[i].seconds);
-        }
-        line.add("steps", vLines);
-    }
+    if (options.task == Task::DRAW)
+        return line.getText() + "\n";
+    line.add("spacing", spacing);
+    if (choice)
+        line.add("auto", choiceJson(*choice));
+    if (options.task != Task::SAMPLE)
+        addMesh(line);
+    line.add("read_s", readSeconds);
+    line.add("compute", computeSeconds);
+    if (finishSeconds > 0.0)
+        line.add("finish_s", finishSeconds);
+    line.add("write_s", writeSeconds);
+    line.add("peak_mb", peakMegabytes);
+    addSteps(line);
     return line.getText() + "\n";
+}
+
+void Report::addMesh(JsonLine& line) const
+{
+    line.add("vertices", statistics.numVertices);
+    line.add("triangles", statistics.numTriangles);
+    line.add("borderEdges", statistics.numBorderEdges);
+    line.add("nonManifoldEdges", statistics.numNonManifoldEdges);
+    line.add("components", statistics.numComponents);
+    if (check)
+        line.add("check", checkJson(*check));
+    if (borders)
+        line.add("borders", holesJson(*borders));
+}
+
+void Report::addSteps(JsonLine& line) const
+{
+    if (vSteps.empty())
+        return;
+    std::vector<JsonLine> vLines(vSteps.size());
+    for (std::size_t i = 0; i < vSteps.size(); ++i)
+    {
+        vLines[i].add("step", vSteps[i].text);
+        vLines[i].add("triangles", vSteps[i].angles.numTriangles);
+        vLines[i].add("compute", vSteps[i].seconds);
+        if (!vSteps[i].remark.empty())
+            vLines[i].add("remark", vSteps[i].remark);
+    }
+    line.add("steps", vLines);
 }
 
 std::string Report::getSummary(const Options& options) const
 {
-    std::string text = options.inName + ": ";
-    text += options.bMelt ? std::to_string(numInputTriangles) + " triangles"
-                          : std::to_string(numPoints) + " points";
-    if (!options.outName.empty())
-    {
-        text += ", spacing " + textOf(spacing) + getSpacingRemark(options) + "\n";
-        text += (choice ? choiceText(*choice) : "") + getSteps();
-        text += options.outName + ": ";
-        text += options.bCloud ? std::to_string(numPoints) + " points" : getMeshLine();
-        const double stepSeconds =
-            std::accumulate(vSteps.begin(), vSteps.end(), 0.0,
-                            [](double sum, const StepResult& s) { return sum + s.seconds; });
-        text += "\nread " + secondsText(readSeconds);
-        text += (options.bCloud       ? ", sample "
-                 : options.isRemesh() ? ", remesh "
-                 : options.bMelt      ? ", melt "
-                                      : ", reconstruct ") +
-                secondsText(std::max(0.0, computeSeconds - finishSeconds - stepSeconds));
-        if (finishSeconds > 0.0)
-            text += ", finish " + secondsText(finishSeconds);
-        if (!vSteps.empty())
-            text += ", post-process " + secondsText(stepSeconds);
-        text += ", write " + secondsText(writeSeconds) + ", peak memory " +
-                std::to_string(std::llround(peakMegabytes)) + " MB";
-    }
+    std::string text = options.getInputText() + ": ";
+    text += options.hasTriangles() ? std::to_string(numInputTriangles) + " triangles"
+                                   : std::to_string(numPoints) + " points";
+    if (options.task != Task::DRAW)
+        text += getSpacingText(options) + "\n" + getResultText(options) + getTimesText(options);
     text += "\n";
     if (check)
         text += checkText(*check);
+    if (borders)
+        text += holesText(*borders);
     for (const std::string& name : {options.pngName, options.pngCloudName})
         if (!name.empty())
             text += name + ": picture\n";
     return text;
 }
 
+std::string Report::getResultText(const Options& options) const
+{
+    std::string text = (choice ? choiceText(*choice) : "") + getSteps();
+    text += options.outName.empty()        ? "mesh: "
+            : options.isToStandardOutput() ? "standard output: "
+                                           : options.outName + ": ";
+    return text + (options.task == Task::SAMPLE ? std::to_string(numPoints) + " points" : getMeshLine());
+}
+
+std::string Report::getTimesText(const Options& options) const
+{
+    const double stepSeconds = std::accumulate(
+        vSteps.begin(), vSteps.end(), 0.0, [](double sum, const StepResult& s) { return sum + s.seconds; });
+    std::string text = "\nread " + secondsText(readSeconds);
+    if (options.task != Task::MESH)
+        text += (options.task == Task::SAMPLE   ? ", sample "
+                 : options.isRemesh()           ? ", remesh "
+                 : options.task == Task::REMESH ? ", melt "
+                                                : ", reconstruct ") +
+                secondsText(std::max(0.0, computeSeconds - finishSeconds - stepSeconds));
+    if (finishSeconds > 0.0)
+        text += ", finish " + secondsText(finishSeconds);
+    if (!vSteps.empty())
+        text += ", post-process " + secondsText(stepSeconds);
+    return text + ", write " + secondsText(writeSeconds) + ", peak memory " +
+           std::to_string(std::llround(peakMegabytes)) + " MB";
+}
+
 std::string Report::getSpacing(const Options& options) const
 {
     if (!options.bJson)
         return textOf(spacing) + "\n";
-    JsonLine line;
+    JsonLine line = startJson(options.task);
     line.add("points", numPoints);
     line.add("spacing", spacing);
     return line.getText() + "\n";
@@ -153,16 +205,20 @@ std::string Report::getSteps() const
         return "";
     std::string text = "before: " + anglesText(anglesBefore) + "\n";
     for (const StepResult& step : vSteps)
-        text += step.text + ": " + anglesText(step.angles) + ", " + secondsText(step.seconds) + "\n";
+        text += step.text + ": " + anglesText(step.angles) + ", " + secondsText(step.seconds) +
+                (step.remark.empty() ? "" : "; " + step.remark) + "\n";
     return text;
 }
 
-std::string Report::getSpacingRemark(const Options& options) const
+std::string Report::getSpacingText(const Options& options) const
 {
+    if (options.task == Task::MESH)
+        return ", edges of " + textOf(spacing) + " in the mean";
+    const std::string text = ", spacing " + textOf(spacing);
     if (options.spacingAbs > 0.0)
-        return " (given)";
+        return text + " (given)";
     const double factor = choice ? choice->factor : options.spacingFactor;
-    return factor != 1.0 ? " (" + textOf(factor) + " times the detected one)" : " (detected)";
+    return text + (factor != 1.0 ? " (" + textOf(factor) + " times the detected one)" : " (detected)");
 }
 
 std::string Report::getMeshLine() const

@@ -1,6 +1,7 @@
 #ifndef ZEF_TOOLS_REPORT_H
 #define ZEF_TOOLS_REPORT_H
 
+#include "JsonLine.h"
 #include "MeshStatistics.h"
 #include "Options.h"
 #include "TriangleAngles.h"
@@ -12,12 +13,20 @@
 
 namespace TARN_TOOL
 {
+// The version of the members that lines of JSON have; docs/usage.md lists them. It grows when one of them goes or gets
+// another meaning, not when one is added.
+constexpr std::size_t JSON_SCHEMA = 1;
+
+// A line with what each begins with.
+[[nodiscard]] JsonLine startJson(Task task);
+
 // The figures of one run, and their two forms: a summary for people, one line of JSON for programs.
 struct Report
 {
     struct StepResult
     {
         std::string text;
+        std::string remark;    // of the step itself; may be empty
         TriangleAngles angles; // of the mesh after the step
         double seconds = 0.0;
     };
@@ -27,8 +36,9 @@ struct Report
     double spacing = -1.0;             // in force; the detected one if only that is asked for
     TriangleAngles anglesBefore;       // before the first step; not filled in without steps
     std::vector<StepResult> vSteps;
-    MeshStatistics statistics;                  // of the mesh as it was written
-    std::optional<TARN_ZEF::MeshCheck> check;   // of that mesh, if asked for
+    MeshStatistics statistics;                                // of the mesh as it was written
+    std::optional<TARN_ZEF::MeshCheck> check;                 // of that mesh, if asked for
+    std::optional<std::vector<TARN_ZEF::BorderLoop>> borders; // of that mesh, if asked for
     std::optional<TARN_ZEF::AutoReport> choice; // of factor and smoothing, if left to the library
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
@@ -43,9 +53,13 @@ struct Report
     [[nodiscard]] std::string getSpacing(const Options& options) const;
 
 private:
+    void addMesh(JsonLine& line) const;
+    void addSteps(JsonLine& line) const;
+    [[nodiscard]] std::string getResultText(const Options& options) const;
+    [[nodiscard]] std::string getTimesText(const Options& options) const;
     [[nodiscard]] std::string getSteps() const;
     [[nodiscard]] std::string getMeshLine() const;
-    [[nodiscard]] std::string getSpacingRemark(const Options& options) const;
+    [[nodiscard]] std::string getSpacingText(const Options& options) const;
 };
 
 } // namespace TARN_TOOL

@@ -3,9 +3,10 @@
 #include <array>
 #include <atomic>
 #include <cerrno>
-#include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
+#include <iostream>
 #include <system_error>
 
 #include <unistd.h>
@@ -43,24 +44,9 @@ void forget(const std::string& tempName)
             pSlot[0] = 0;
 }
 
-extern "C" void removeTempFiles(int signal)
-{
-    for (const char* pSlot : tempNames)
-        if (pSlot[0] != 0)
-            unlink(pSlot);
-    std::signal(signal, SIG_DFL);
-    raise(signal);
-}
-
 [[noreturn]] void refuse(const std::string& name, const std::string& reason)
 {
     throw ToolError("cannot write " + name + ": " + reason);
-}
-
-std::string folderOf(const std::string& target)
-{
-    const std::string folder = fs::path(target).parent_path().string();
-    return folder.empty() ? "." : folder;
 }
 
 std::string extensionOf(const std::string& name)
@@ -71,18 +57,36 @@ std::string extensionOf(const std::string& name)
 } // namespace
 
 SafeOutputFile::SafeOutputFile(const std::string& name_)
+    : SafeOutputFile(name_, name_)
+{
+}
+
+SafeOutputFile::SafeOutputFile(const std::string& name_, const std::string& formatName)
     : name(name_)
     , target(name_)
+    , extension(extensionOf(formatName))
 {
+    if (name == "-")
+    {
+        name = "standard output";
+        target.clear();
+        return;
+    }
     std::error_code ec;
     if (fs::is_symlink(name, ec))
         target = fs::weakly_canonical(name, ec).string();
+    requireWritable();
+}
+
+void SafeOutputFile::requireWritable() const
+{
+    std::error_code ec;
     const fs::file_status status = fs::status(target, ec);
     if (fs::exists(status) && !fs::is_regular_file(status))
         refuse(name, "it is not a regular file; give the name of a file");
     if (fs::exists(status) && !mayWrite(target))
         refuse(name, std::string(std::strerror(errno)) + "; give another name");
-    const std::string folder = folderOf(target);
+    const std::string folder = getFolder();
     if (!fs::is_directory(folder, ec))
         refuse(name, "there is no folder " + folder + "; make it first");
     if (!mayWriteInto(folder))
@@ -101,10 +105,9 @@ const std::string& SafeOutputFile::create()
 {
     for (int i = 0; i < 1000; ++i)
     {
-        const std::string candidate =
-            (fs::path(folderOf(target)) /
-             (".zef-" + std::to_string(getpid()) + "-" + std::to_string(i) + extensionOf(name)))
-                .string();
+        const std::string candidate = (fs::path(getFolder()) / (".zef-" + std::to_string(getpid()) + "-" +
+                                                                std::to_string(i) + extension))
+                                          .string();
         if (createFile(candidate, target))
         {
             tempName = candidate;
@@ -119,6 +122,8 @@ const std::string& SafeOutputFile::create()
 
 void SafeOutputFile::commit()
 {
+    if (target.empty())
+        return copyToStandardOutput();
     std::error_code ec;
     fs::rename(tempName, target, ec);
     if (ec)
@@ -127,11 +132,30 @@ void SafeOutputFile::commit()
     tempName.clear();
 }
 
-void SafeOutputFile::installSignalHandlers()
+void SafeOutputFile::removeTempFiles() noexcept
 {
-    for (const int signal : endingSignals())
-        if (std::signal(signal, removeTempFiles) == SIG_IGN)
-            std::signal(signal, SIG_IGN);
+    for (const char* pSlot : tempNames)
+        if (pSlot[0] != 0)
+            unlink(pSlot);
+}
+
+std::string SafeOutputFile::getFolder() const
+{
+    if (target.empty())
+        return fs::temp_directory_path().string();
+    const std::string folder = fs::path(target).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+void SafeOutputFile::copyToStandardOutput()
+{
+    std::ifstream file(tempName, std::ios::binary);
+    setBinaryMode(stdout);
+    // An empty file would set the state of the stream that takes it.
+    if (file.peek() != std::ifstream::traits_type::eof())
+        std::cout << file.rdbuf();
+    if (!std::cout.flush())
+        refuse(name, "its reader has gone, or its disk is full");
 }
 
 } // namespace TARN_TOOL

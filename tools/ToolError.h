@@ -13,6 +13,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
+// The options do not fit what the input holds. The tool ends with the status of wrong usage.
+class UsageError : public ToolError
+{
+public:
+    using ToolError::ToolError;
+};
+
 } // namespace TARN_TOOL
 
 #endif

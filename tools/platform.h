@@ -1,6 +1,7 @@
 #ifndef ZEF_TOOLS_PLATFORM_H
 #define ZEF_TOOLS_PLATFORM_H
 
+#include <cstdio>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,9 @@ namespace TARN_TOOL
 
 // Writing to a closed pipe or past the file size limit is then an error like others.
 void ignoreWriteSignals();
+
+// No translation of line ends on a standard stream that carries a file.
+void setBinaryMode(std::FILE* pStream);
 
 // The signals by which a user ends a program.
 [[nodiscard]] std::vector<int> endingSignals();

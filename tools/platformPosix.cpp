@@ -26,6 +26,9 @@ void ignoreWriteSignals()
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+// There is no other.
+void setBinaryMode(std::FILE*) {}
+
 std::vector<int> endingSignals()
 {
     return {SIGINT, SIGTERM, SIGHUP};

@@ -28,6 +28,11 @@ bool openStandardStreams()
 // There are no such signals.
 void ignoreWriteSignals() {}
 
+void setBinaryMode(std::FILE* pStream)
+{
+    _setmode(_fileno(pStream), _O_BINARY);
+}
+
 std::vector<int> endingSignals()
 {
     return {SIGINT, SIGTERM};

@@ -30,8 +30,9 @@ struct Format
     void (*writePoints)(OutputFile& file, const PointData& data, const WriteOptions& options) = nullptr;
     void (*writeTriangles)(OutputFile& file, const TriangleData& data, const WriteOptions& options) = nullptr;
 
-    // Whether a file of a format with both holds triangles, not points alone; null: as readTriangles tells.
-    bool (*holdsTriangles)(std::string_view head) = nullptr;
+    // Whether a file of a format with both holds triangles, not points alone; null: as readTriangles tells. Reads no
+    // farther than to the first one.
+    bool (*holdsTriangles)(InputFile& file) = nullptr;
 
     [[nodiscard]] bool hasExtension(std::string_view extension) const;
 };

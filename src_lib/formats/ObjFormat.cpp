@@ -223,6 +223,17 @@ void writeObjTriangles(OutputFile& file, const TriangleData& data, const WriteOp
     }
 }
 
+bool objHoldsTriangles(InputFile& file)
+{
+    std::string_view line;
+    while (file.nextLine(line))
+    {
+        if (line.size() > 1 && line[0] == 'f' && isBlank(line[1]))
+            return true;
+    }
+    return false;
+}
+
 } // namespace
 
 const Format OBJ_FORMAT = {.name = "OBJ",
@@ -231,6 +242,7 @@ const Format OBJ_FORMAT = {.name = "OBJ",
                            .readPoints = readObjPoints,
                            .readTriangles = readObjTriangles,
                            .writePoints = writeObjPoints,
-                           .writeTriangles = writeObjTriangles};
+                           .writeTriangles = writeObjTriangles,
+                           .holdsTriangles = objHoldsTriangles};
 
 } // namespace TARN_ZEF

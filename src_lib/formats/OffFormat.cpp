@@ -260,11 +260,11 @@ void writeOffTriangles(OutputFile& file, const TriangleData& data, const WriteOp
     }
 }
 
-bool offHoldsTriangles(std::string_view head)
+bool offHoldsTriangles(InputFile& file)
 {
-    const std::vector<std::string_view> vLines = contentLines(head);
     std::array<double, 2> aCounts{};
-    for (std::string_view line : vLines)
+    std::string_view line;
+    while (file.nextContent(line))
     {
         line = line.substr(parseKind(line).length);
         if (takeNumbers(line, aCounts.data(), 2) == 2)

@@ -249,11 +249,16 @@ void readPlyTriangles(InputFile& file, TriangleData& data)
 }
 
 // A face element with rows.
-bool plyHoldsTriangles(std::string_view head)
+bool plyHoldsTriangles(InputFile& file)
 {
-    const std::size_t face = head.find("element face ");
-    return face != std::string_view::npos && head.size() > face + 13 && head[face + 13] >= '1' &&
-           head[face + 13] <= '9';
+    constexpr std::string_view FACES = "element face ";
+    std::string_view line;
+    while (file.nextLine(line) && line != "end_header")
+    {
+        if (line.starts_with(FACES))
+            return line.size() > FACES.size() && line[FACES.size()] >= '1' && line[FACES.size()] <= '9';
+    }
+    return false;
 }
 
 // --- Writing ----------------------------------------------------------------------------------------------

@@ -206,7 +206,7 @@ private:
     void tell()
     {
         if (data.vPoints.empty() && data.numSkipped > 0)
-            throw FileError("no line holds three numbers; the first is " + firstSkipped +
+            throw FileError("no line holds three finite numbers; the first is " + firstSkipped +
                             "; check the format, or name the columns");
         if (data.numSkipped > 0)
             data.vNotes.push_back("lines without three finite numbers left out: " +

@@ -84,13 +84,13 @@ bool holdsTriangles(const std::string& path)
     guardedCall("Read", path,
                 [&]
                 {
-                    const InputFile file(path);
+                    InputFile file(path);
                     const Format* pFormat = findFormat(file.getHead(), file.getSize());
                     if (pFormat == nullptr)
                         pFormat = findFormat(path);
                     if (pFormat == nullptr || pFormat->readTriangles == nullptr)
                         return;
-                    bHolds = pFormat->holdsTriangles == nullptr || pFormat->holdsTriangles(file.getHead());
+                    bHolds = pFormat->holdsTriangles == nullptr || pFormat->holdsTriangles(file);
                 });
     return bHolds;
 }

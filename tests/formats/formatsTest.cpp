@@ -232,6 +232,19 @@ TEST(Formats, TrianglesComeBackAsTheyWereWritten)
     EXPECT_TRUE(checkMesh(*pMesh).isSound());
 }
 
+TEST(Formats, PointsAloneAreNoTriangles)
+{
+    for (const Format* pFormat : getFormats())
+    {
+        if (pFormat->writePoints == nullptr)
+            continue;
+        SCOPED_TRACE(std::string(pFormat->name));
+        const TempFile file(std::string(pFormat->extensions.substr(0, 4)));
+        writePoints(file.path, somePoints(false));
+        EXPECT_FALSE(holdsTriangles(file.path));
+    }
+}
+
 // No crash, and a reason with the name; a text may be whole at any line.
 TEST(Formats, FilesCutAnywhereAreRefusedOrRead)
 {

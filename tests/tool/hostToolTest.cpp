@@ -62,8 +62,8 @@ protected:
         write("points.ply", plyPoints + "end_header\n0 0 0\n1 0 0\n0 1 0\n");
         write("nan.ply", plyPoints + "element face 1\nproperty list uchar int vertex_indices\nend_header\n"
                                      "0 0 0\n1 0 nan\n0 1 0\n3 0 1 2\n");
-        write("cloud.foo", "0 0 0\n");
-        write("abc", "0 0 0\n");
+        write("cloud.foo", "no numbers\n");
+        write("abc", "no numbers\n");
         const std::uint64_t num = 3;
         write("cut.bin", std::string("\x1E\0\0\0", 4) + std::string(reinterpret_cast<const char*>(&num), 8) +
                              std::string(30, '\0'));
@@ -159,13 +159,24 @@ const FailureCase FAILURES[] = {
     {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
-    {"input of unknown type", "cloud.foo new.ply", 1, "extension"},
+    {"input of unknown type", "cloud.foo new.ply", 1, "neither its first bytes nor its name"},
+    {"mistyped option", "ball.xyz new.ply --smoth", 2, "Did you mean --smooth?"},
+    {"no such color", "ball.xyz new.ply --color blue", 2, "blue"},
+    {"standard output of no format", "ball.xyz -", 2, "--format"},
+    {"columns of no meaning", "ball.xyz new.ply --columns x,y,w", 1, "columns"},
+    {"no class", "ball.xyz new.ply --classes 2,ground", 2, "--classes"},
+    {"triangles with a spacing", "box.stl new.ply -a 0.1", 2, "-m"},
+    {"mesh of points", "ball.xyz new.ply --mesh", 1, "ball.xyz"},
+    {"conversion of points to triangles", "ball.xyz new.stl --convert", 1, "leave out --convert"},
+    {"conversion with a step", "box.stl new.ply --convert --flips", 2, "--mesh"},
+    {"holes of no kind", "box.stl new.ply --fill some", 2, "all-but-rim"},
+    {"hole that is not there", "box.stl new.ply --fill 3", 1, "no border 3 of 0"},
     {"broken input", "cut.ply new.ply", 1, "cut.ply"},
-    {"short name, read", "abc old.ply", 1, "extension"},
+    {"short name, read", "abc old.ply", 1, "neither its first bytes nor its name"},
     {"short name, written", "ball.xyz abcd", 2, "extension"},
-    {"cut binary input", "cut.bin old.ply", 1, "counts 3 points and holds only 1"},
-    {"empty input", "empty.xyz old.ply", 1, "no points"},
-    {"no finite point", "nan.xyz old.ply", 1, "no points"},
+    {"cut binary input", "cut.bin old.ply", 1, "counts 3 points and holds 1"},
+    {"empty input", "empty.xyz old.ply", 1, "empty"},
+    {"no finite point", "nan.xyz old.ply", 1, "three finite numbers"},
     {"too few points", "two.xyz old.ply", 1, "only 2"},
     {"all on one line", "row.xyz old.ply", 1, "no surface"},
     {"spacing far too small", "ball.xyz old.ply -a 1e-9", 1, "too small"},
@@ -331,11 +342,11 @@ TEST_F(HostTool, theCheckDecidesTheStatus)
     EXPECT_EQ(good.status, 0) << good.err;
     EXPECT_NE(good.out.find("check: sound, closed, Euler number 2"), std::string::npos) << good.out;
     const Result bad = run("ball.xyz bad.ply -a 0.03 --plain --check");
-    EXPECT_EQ(bad.status, 1);
+    EXPECT_EQ(bad.status, 3);
     EXPECT_NE(bad.out.find("check: not sound"), std::string::npos) << bad.out;
     EXPECT_NE(bad.out.find("    triangle "), std::string::npos);
     const Result json = run("ball.xyz json.ply -a 0.03 --plain --check --json");
-    EXPECT_EQ(json.status, 1);
+    EXPECT_EQ(json.status, 3);
     EXPECT_NE(json.out.find("\"check\": {\"sound\": 0, "), std::string::npos) << json.out;
     EXPECT_EQ(contentOf(folder / "bad.ply"), contentOf(folder / "json.ply"));
     EXPECT_EQ(run("ball.xyz plain.ply -a 0.03").status, 0);
@@ -345,12 +356,149 @@ TEST_F(HostTool, farCoordinatesKeepTheirDigits)
 {
     EXPECT_EQ(run("far.xyz far.ply").err, "");
     EXPECT_NE(contentOf(folder / "far.ply").find("property double x"), std::string::npos);
-    EXPECT_EQ(run("ball.xyz near.ply").err, "");
+    EXPECT_EQ(run("ball.xyz near.ply").status, 0);
     EXPECT_NE(contentOf(folder / "near.ply").find("property float x"), std::string::npos);
-    // What is written as double is read as double: the mesh as a soup is still there.
+    // What is written as double is read as double: the mesh as a soup is still there, and so are its samples.
     const Result again = run("far.ply again.ply -m -a 1 --cloud");
     EXPECT_EQ(again.status, 0) << again.err;
-    EXPECT_NE(again.err.find(".xyz"), std::string::npos);
+    EXPECT_NE(contentOf(folder / "again.ply").find("property double x"), std::string::npos);
+    EXPECT_NE(run("far.ply far.stl --convert --binary").err.find("steps of 0.5"), std::string::npos);
+}
+
+// Coordinates that are exact at both places make the same mesh, moved.
+TEST_F(HostTool, aCommonOffsetIsTakenOffAndPutBack)
+{
+    const auto rounded = [](double x) { return std::round(x * 1048576.0) / 1048576.0; };
+    constexpr double OFFSET = 67108864.0;
+    std::ofstream nearFile(folder / "near.xyz");
+    std::ofstream farFile(folder / "moved.xyz");
+    nearFile.precision(17);
+    farFile.precision(17);
+    for (int i = 0; i < 2000; ++i)
+    {
+        const double z = 1.0 - (2 * i + 1) / 2000.0;
+        const double r = std::sqrt(1.0 - z * z);
+        const double x = rounded(r * std::cos(2.4 * i));
+        const double y = rounded(r * std::sin(2.4 * i));
+        nearFile << x << " " << y << " " << rounded(z) << "\n";
+        farFile << OFFSET + x << " " << y - OFFSET << " " << rounded(z) << "\n";
+    }
+    nearFile.close();
+    farFile.close();
+    ASSERT_EQ(run("near.xyz near.obj && '" ZEF_TOOL "' moved.xyz moved.obj").status, 0);
+    std::ifstream nearMesh(folder / "near.obj");
+    std::ifstream farMesh(folder / "moved.obj");
+    std::string nearLine;
+    std::string farLine;
+    std::size_t numVertices = 0;
+    while (std::getline(nearMesh, nearLine) && std::getline(farMesh, farLine))
+    {
+        if (!nearLine.starts_with("v "))
+        {
+            EXPECT_EQ(nearLine, farLine);
+            continue;
+        }
+        double a[3];
+        double b[3];
+        ASSERT_EQ(std::sscanf(nearLine.c_str(), "v %lf %lf %lf", &a[0], &a[1], &a[2]), 3);
+        ASSERT_EQ(std::sscanf(farLine.c_str(), "v %lf %lf %lf", &b[0], &b[1], &b[2]), 3);
+        EXPECT_EQ(b[0], a[0] + OFFSET);
+        EXPECT_EQ(b[1], a[1] - OFFSET);
+        EXPECT_EQ(b[2], a[2]);
+        ++numVertices;
+    }
+    EXPECT_GT(numVertices, 500u);
+    EXPECT_FALSE(std::getline(farMesh, farLine));
+}
+
+// Whatever the format of the points, the mesh is the same.
+TEST_F(HostTool, pointsOfEveryFormatMakeTheSameMesh)
+{
+    ASSERT_EQ(run("ball.xyz expected.ply -q").status, 0);
+    const std::string expected = contentOf(folder / "expected.ply");
+    for (const char* pExtension : {"ply", "pcd", "txt", "asc", "csv", "pts", "ptx", "obj", "off", "bin"})
+    {
+        SCOPED_TRACE(pExtension);
+        const std::string name = std::string("points.") + pExtension;
+        const Result converted = run("ball.xyz " + name + " --convert");
+        ASSERT_EQ(converted.status, 0) << converted.err;
+        EXPECT_EQ(converted.out, "ball.xyz: 3000 points\n" + name + ": written\n");
+        const Result made = run(name + " made.ply -q");
+        ASSERT_EQ(made.status, 0) << made.err;
+        EXPECT_EQ(contentOf(folder / "made.ply"), expected);
+    }
+    // What a file holds counts, not its name, and the columns may be named.
+    fs::rename(folder / "points.pcd", folder / "points.xyz");
+    const Result misnamed = run("points.xyz made.ply");
+    EXPECT_EQ(misnamed.status, 0);
+    EXPECT_NE(misnamed.err.find("in spite of its name"), std::string::npos) << misnamed.err;
+    EXPECT_EQ(contentOf(folder / "made.ply"), expected);
+    write("swapped.txt", "1 2 3 4\n5 6 7 8\n");
+    ASSERT_EQ(run("swapped.txt swapped.xyz --convert --columns z,-,x,y").status, 0);
+    EXPECT_EQ(contentOf(folder / "swapped.xyz"), "3 4 1\n7 8 5\n");
+}
+
+TEST_F(HostTool, meshesOfEveryFormatAreSoundAndAlike)
+{
+    ASSERT_EQ(run("ball.xyz ball.ply -q").status, 0);
+    expectBall(run("ball.ply --mesh --holes --json").out);
+    const std::string expected = run("ball.ply --mesh --check --json").out;
+    for (const char* pTarget :
+         {"m.ply", "m.ply --ascii", "m.stl", "m.stl --binary", "m.obj", "m.off", "m.glb"})
+    {
+        SCOPED_TRACE(pTarget);
+        ASSERT_EQ(run(std::string("ball.ply ") + pTarget + " --mesh -q").status, 0);
+        const std::string name = std::string(pTarget).substr(0, 5);
+        const Result found = run(name + " --mesh --check --json");
+        EXPECT_EQ(found.status, 0) << found.err;
+        for (const char* pKey : {"vertices", "triangles", "sound"})
+            EXPECT_EQ(valuesOf(found.out, pKey), valuesOf(expected, pKey)) << pKey;
+    }
+}
+
+// A box without its last two sides has a hole of four edges, or a rim, as much as is missing.
+TEST_F(HostTool, holesAreListedAndFilled)
+{
+    const std::string box = contentOf(folder / "box.stl");
+    std::size_t cut = box.size();
+    for (int i = 0; i < 2; ++i)
+        cut = box.rfind("facet", box.rfind("endfacet", cut - 1) - 1);
+    write("open.stl", box.substr(0, cut) + "endsolid box\n");
+    const Result listed = run("open.stl --holes --check");
+    EXPECT_EQ(listed.status, 0) << listed.err;
+    EXPECT_NE(listed.out.find("1: hole of 4 vertices, length 8"), std::string::npos) << listed.out;
+    for (const char* pWhich : {"1", "8.5", "5c", "all-but-rim", "all"})
+    {
+        SCOPED_TRACE(pWhich);
+        const Result filled = run(std::string("open.stl closed.obj --json --fill ") + pWhich);
+        ASSERT_EQ(filled.status, 0) << filled.err;
+        EXPECT_EQ(valuesOf(filled.out, "remark"), std::vector<std::string>{"1 of 1 holes filled"});
+        expectBall(run("closed.obj --holes --json").out);
+    }
+    const Result tooLong = run("open.stl left.obj --json --fill 7.5");
+    EXPECT_EQ(numberOf(tooLong.out, "borderEdges"), 4) << tooLong.out;
+}
+
+TEST_F(HostTool, standardStreamsCarryFiles)
+{
+    ASSERT_EQ(run("ball.xyz expected.ply -q").status, 0);
+    const Result piped = run("- - --format ply", "cat ball.xyz | ");
+    EXPECT_EQ(piped.status, 0) << piped.err;
+    EXPECT_EQ(piped.out, contentOf(folder / "expected.ply"));
+    EXPECT_NE(piped.err.find("standard input: 3000 points"), std::string::npos) << piped.err;
+    EXPECT_EQ(run("- --mesh --check", "cat expected.ply | ").status, 0);
+    EXPECT_EQ(run("ball.xyz - --format ply -q >/dev/full").status, 1);
+}
+
+TEST_F(HostTool, severalInputsAreOneCloud)
+{
+    const std::string ball = contentOf(folder / "ball.xyz");
+    const std::size_t middle = ball.find('\n', ball.size() / 2) + 1;
+    write("half1.xyz", ball.substr(0, middle));
+    write("half2.txt", ball.substr(middle));
+    ASSERT_EQ(run("ball.xyz whole.ply -q && '" ZEF_TOOL "' half1.xyz half2.txt halves.ply -q").status, 0);
+    EXPECT_EQ(contentOf(folder / "whole.ply"), contentOf(folder / "halves.ply"));
+    EXPECT_EQ(run("half1.xyz half2.txt --spacing").out, run("ball.xyz --spacing").out);
 }
 
 TEST(MeshStatistics, edgesAndPieces)
