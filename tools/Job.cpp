@@ -167,9 +167,15 @@ auto Job::library(F call)
     LibraryMessages messages(messagesMode(options));
     try
     {
+        TARN_ZEF::CallReport callReport;
+        std::optional<TARN_ZEF::ReportScope> scope;
+        if (options.bReport)
+            scope.emplace(callReport);
         auto result = call();
         progressBar.clear();
         heldMessages = messages.finish();
+        if (!callReport.call.empty())
+            report.vCalls.push_back(std::move(callReport));
         return result;
     }
     catch (const TARN_ZEF::ZefRefusedException& refused)

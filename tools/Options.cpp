@@ -273,6 +273,9 @@ void defineRunning(CLI::App& app, Options& options)
     app.add_flag("--check", options.bCheck,
                  "Judge the mesh: manifold, oriented, free of intersections...; status 1 if not")
         ->group(running);
+    app.add_flag("--report", options.bReport,
+                 "Tell what each call has done: points, cells, passes, seconds and memory of each stage")
+        ->group(running);
     app.add_flag("--json", options.bJson, "Print the figures as one line of JSON")->group(running);
     CLI::Option* pVerbose =
         app.add_flag("-v,--verbose", options.bVerbose, "Let the library's messages through")->group(running);

@@ -36,7 +36,8 @@ struct Options
 
     ViewOptions view;
 
-    bool bCheck = false; // judge the mesh before it is written
+    bool bCheck = false;  // judge the mesh before it is written
+    bool bReport = false; // tell what each call of the library has done
 
     int numThreads = 0; // 0: as many as the machine has
     bool bVerbose = false;

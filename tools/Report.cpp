@@ -5,6 +5,7 @@
 #include <numeric>
 
 #include "JsonLine.h"
+#include "callReportText.h"
 #include "checkText.h"
 #include "numberText.h"
 
@@ -98,6 +99,13 @@ std::string Report::getJson(const Options& options) const
         }
         line.add("steps", vLines);
     }
+    if (!vCalls.empty())
+    {
+        std::vector<JsonLine> vLines;
+        for (const TARN_ZEF::CallReport& call : vCalls)
+            vLines.push_back(callReportJson(call));
+        line.add("calls", vLines);
+    }
     return line.getText() + "\n";
 }
 
@@ -131,6 +139,8 @@ std::string Report::getSummary(const Options& options) const
     text += "\n";
     if (check)
         text += checkText(*check);
+    for (const TARN_ZEF::CallReport& call : vCalls)
+        text += callReportText(call);
     for (const std::string& name : {options.pngName, options.pngCloudName})
         if (!name.empty())
             text += name + ": picture\n";

@@ -27,6 +27,7 @@ struct Report
     double spacing = -1.0;             // in force; the detected one if only that is asked for
     TriangleAngles anglesBefore;       // before the first step; not filled in without steps
     std::vector<StepResult> vSteps;
+    std::vector<TARN_ZEF::CallReport> vCalls;   // if they are asked for
     MeshStatistics statistics;                  // of the mesh as it was written
     std::optional<TARN_ZEF::MeshCheck> check;   // of that mesh, if asked for
     std::optional<TARN_ZEF::AutoReport> choice; // of factor and smoothing, if left to the library

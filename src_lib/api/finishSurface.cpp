@@ -1,13 +1,56 @@
 #include "finishSurface.h"
 
 #include "api/flatMesh.h"
+#include "api/reportMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "finish/Finisher.h"
+#include "geometry/isFinite.h"
 #include "rmesh/RMesh.h"
+
+#include <algorithm>
 
 namespace TARN_ZEF
 {
+namespace
+{
+void reportPoints(const std::vector<Point3>& vCloud)
+{
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    pReport->numPoints = vCloud.size();
+    pReport->numUsedPoints = static_cast<std::size_t>(std::count_if(vCloud.begin(), vCloud.end(), isFinite));
+    pReport->numNotFinite = pReport->numPoints - pReport->numUsedPoints;
+}
+
+// What the stage counts of its triangles, and as a last pass what it does not: collapses and splits of edges.
+void reportPasses(const FinishReport& done, std::size_t numBefore, std::size_t numAfter)
+{
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    pReport->numRawT = numBefore;
+    pReport->numHolesClosed = done.numFilledCuts;
+    pReport->vPasses = {
+        {"unusable triangles", 0, done.numUnusableT},
+        {"flat triangles", 0, done.numFlatT},
+        {"doubled triangles", 0, done.numDuplicateT},
+        {"wraps", 0, done.numWrapT},
+        {"fins", 0, done.numFinT},
+        {"debris", 0, done.numDebrisT},
+        {"notches", done.numNotches, 0},
+        {"teeth", 0, done.numTeeth},
+        {"cut folds", 0, done.numFoldT},
+    };
+    std::size_t numCounted = numBefore;
+    for (const PassReport& pass : pReport->vPasses)
+        numCounted += pass.numAddedT - pass.numKilledT;
+    pReport->vPasses.push_back({"edges", numAfter > numCounted ? numAfter - numCounted : 0,
+                                numCounted > numAfter ? numCounted - numAfter : 0});
+}
+} // namespace
+
 std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const FinishOptions& options, FinishReport* pReport)
 {
     return finishSurface(mesh, {}, options, pReport);
@@ -16,7 +59,7 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const FinishOptions& optio
 std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>& vCloud,
                                     const FinishOptions& options, FinishReport* pReport)
 {
-    const CallScope call;
+    const CallScope call("finishSurface");
     ProgressScope progress([] { prepareProgress("Finish"); });
     const double cellSize = mesh.getRMesh()->getCellSize();
     FinishOptions complete = options;
@@ -27,11 +70,17 @@ std::shared_ptr<Mesh> finishSurface(const Mesh& mesh, const std::vector<Point3>&
     std::vector<int> vCorners;
     getFlat(mesh, flat.vPoints, vCorners);
     flat.vCorners.assign(vCorners.begin(), vCorners.end());
-    Finisher(flat, vCloud, complete, report).run();
+    {
+        const StageScope stage("finish");
+        Finisher(flat, vCloud, complete, report).run();
+    }
+    reportPoints(vCloud);
+    reportPasses(report, vCorners.size() / 3, flat.vCorners.size() / 3);
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("FI_out", 1);
     std::shared_ptr<Mesh> pResult = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
     pProgress->setFinished(true);
     progress.finish();
+    reportMesh(pResult);
     if (pReport != nullptr)
         *pReport = report;
     return pResult;
