@@ -2,6 +2,7 @@
 #ifndef ZEF_ZEF_H
 #define ZEF_ZEF_H
 
+#include "CallReport.h"
 #include "CancelToken.h"
 #include "Mesh.h"
 #include "Point3.h"

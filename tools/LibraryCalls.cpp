@@ -16,6 +16,7 @@ LibraryMessages::Mode messagesMode(const Options& options)
 
 LibraryCalls::LibraryCalls(const Options& options)
     : mode(messagesMode(options))
+    , bReport(options.bReport)
 {
     if (!options.bQuiet)
         TARN_ZEF::subscribe(&progressBar);

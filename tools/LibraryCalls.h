@@ -7,8 +7,11 @@
 #include "ProgressBar.h"
 #include "ToolError.h"
 
+#include <optional>
 #include <string>
 #include <type_traits>
+#include <utility>
+#include <vector>
 
 namespace TARN_TOOL
 {
@@ -34,11 +37,15 @@ public:
     [[nodiscard]] const std::string& getHeldMessages() const { return held; }
     // The last call's result is fine, so that its messages matter no more.
     void forgetMessages() { held.clear(); }
+    // What the calls since the last time did, if that is wanted.
+    [[nodiscard]] std::vector<TARN_ZEF::CallReport> takeReports() { return std::exchange(vReports, {}); }
 
 private:
     LibraryMessages::Mode mode;
     ProgressBar progressBar;
     std::string held;
+    bool bReport;
+    std::vector<TARN_ZEF::CallReport> vReports;
 };
 
 template <typename F>
@@ -49,17 +56,24 @@ std::invoke_result_t<F> LibraryCalls::run(F f, const char* hint)
     {
         LibraryCalls& calls;
         LibraryMessages& messages;
+        TARN_ZEF::CallReport& report;
 
         ~End()
         {
             calls.progressBar.clear();
             calls.held = messages.finish();
+            if (!report.call.empty())
+                calls.vReports.push_back(std::move(report));
         }
     };
     try
     {
         LibraryMessages messages(mode);
-        const End end{*this, messages};
+        TARN_ZEF::CallReport report;
+        std::optional<TARN_ZEF::ReportScope> oReportScope;
+        if (bReport)
+            oReportScope.emplace(report);
+        const End end{*this, messages, report};
         const Interruption::Call call;
         return f();
     }

@@ -90,6 +90,7 @@ void MeshJob::write(Targets& targets)
         report.writeSeconds = stopwatch.getSeconds();
     }
     report.peakMegabytes = peakMegabytesOfProcess();
+    report.vCalls = context.calls.takeReports();
     if (!options.bQuiet || options.bJson)
         report.spacing = pSource->getCell(*pMesh, report);
 }

@@ -72,8 +72,9 @@ struct Options
 
     ViewOptions view;
 
-    bool bCheck = false; // judge the mesh before it is written
-    bool bHoles = false; // list its borders
+    bool bCheck = false;  // judge the mesh before it is written
+    bool bHoles = false;  // list its borders
+    bool bReport = false; // tell what each call of the library has done
 
     int numThreads = 0; // 0: as many as the machine has
     bool bVerbose = false;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 
+#include "callReportText.h"
 #include "checkText.h"
 #include "holesText.h"
 #include "numberText.h"
@@ -111,6 +112,13 @@ std::string Report::getJson(const Options& options) const
     line.add("write_s", writeSeconds);
     line.add("peak_mb", peakMegabytes);
     addSteps(line);
+    if (!vCalls.empty())
+    {
+        std::vector<JsonLine> vLines;
+        for (const TARN_ZEF::CallReport& call : vCalls)
+            vLines.push_back(callReportJson(call));
+        line.add("calls", vLines);
+    }
     return line.getText() + "\n";
 }
 
@@ -155,6 +163,8 @@ std::string Report::getSummary(const Options& options) const
         text += checkText(*check);
     if (borders)
         text += holesText(*borders);
+    for (const TARN_ZEF::CallReport& call : vCalls)
+        text += callReportText(call);
     for (const std::string& name : {options.pngName, options.pngCloudName})
         if (!name.empty())
             text += name + ": picture\n";

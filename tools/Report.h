@@ -39,6 +39,7 @@ struct Report
     MeshStatistics statistics;                                // of the mesh as it was written
     std::optional<TARN_ZEF::MeshCheck> check;                 // of that mesh, if asked for
     std::optional<std::vector<TARN_ZEF::BorderLoop>> borders; // of that mesh, if asked for
+    std::vector<TARN_ZEF::CallReport> vCalls;                 // if they are asked for
     std::optional<TARN_ZEF::AutoReport> choice; // of factor and smoothing, if left to the library
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps

@@ -211,6 +211,9 @@ void defineRunning(CLI::App& app, Options& options, RawOptions& raw)
         ->check(CLI::Range(1, 256))
         ->type_name("N")
         ->group(running);
+    app.add_flag("--report", options.bReport,
+                 "Tell what each call has done: points, cells, passes, seconds and memory of each stage")
+        ->group(running);
     app.add_flag("--json", options.bJson, "Print the figures as one line of JSON")->group(running);
     CLI::Option* pVerbose =
         app.add_flag("-v,--verbose", options.bVerbose, "Let the library's messages through")->group(running);

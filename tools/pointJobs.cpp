@@ -63,6 +63,7 @@ void SampleJob::run()
     targets.write(data, options.spacingAbs);
     report.writeSeconds = stopwatch.getSeconds();
     report.peakMegabytes = peakMegabytesOfProcess();
+    report.vCalls = context.calls.takeReports();
     targets.draw(nullptr, data.vPoints);
     print(context, report);
     targets.commit();

@@ -1,6 +1,7 @@
 #include "api/Hal.h"
 
 #include "cmesh/CMesh.h"
+#include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "extraction/Voro.h"
 #include "intake/CloudMgr.h"
@@ -71,7 +72,8 @@ std::shared_ptr<Mesh> Hal::reconstruct()
     pProgress->increment();
     pProgress->setFinished(true);
 
-    return buildMesh(Repair::SCAN);
+    extractAndRepair(Repair::SCAN);
+    return refineMesh();
 }
 
 std::shared_ptr<Mesh> Hal::oneMelt()
@@ -83,7 +85,8 @@ std::shared_ptr<Mesh> Hal::oneMelt()
         return {};
     }
     createCCDBundle();
-    return buildMesh(Repair::MELT);
+    extractAndRepair(Repair::MELT);
+    return refineMesh();
 }
 
 void Hal::toCloud(std::vector<Point3*>& vResult)
@@ -94,28 +97,35 @@ void Hal::toCloud(std::vector<Point3*>& vResult)
     if (vBundles.empty())
         warningMessage(ZEF_HERE, "toCloud: Nothing to do");
     vResult.reserve(vResult.size() + vBundles.size());
+    addToReport(&CallReport::numCells, vBundles.size());
     for (const Bundle* pBundle : vBundles)
         vResult.push_back(pBundle->pPoint);
     pProgress->increment();
     pProgress->setFinished(true);
 }
 
-std::shared_ptr<Mesh> Hal::buildMesh(Repair repair)
+void Hal::extractAndRepair(Repair repair)
 {
     Voro voro(pCalc, &mCCDBundle, TM_FAT);
-    voro.fatExtractTriangles();
+    {
+        const StageScope stage("extraction");
+        voro.fatExtractTriangles();
+    }
     pCMesh = voro.takeMesh();
+    addToReport(&CallReport::numCells, vBundles.size());
+    addToReport(&CallReport::numRawT, pCMesh->getNumAliveT());
+    const StageScope stage("repair");
     Top top(pCMesh, pCalc);
     if (repair == Repair::SCAN)
         top.run(&voro);
     else
         top.runMelt(&voro);
-    return refineMesh();
 }
 
 // The combinatorial mesh goes before the refined one is made, in its memory.
 std::shared_ptr<Mesh> Hal::refineMesh()
 {
+    const StageScope stage("mesh");
     std::unique_ptr<RMesh> pRMesh;
     {
         const RMeshSource source(*pCMesh);

@@ -56,8 +56,8 @@ private:
         SCAN,
         MELT
     };
-    // Extraction, repair, and the refined mesh, from the map of bundles.
-    [[nodiscard]] std::shared_ptr<Mesh> buildMesh(Repair repair);
+    // The combinatorial mesh, from the map of bundles.
+    void extractAndRepair(Repair repair);
     [[nodiscard]] std::shared_ptr<Mesh> refineMesh();
     // Drops the bundles whose cells the passes of the store take away.
     void thinOccupancy();

@@ -1,6 +1,7 @@
 // The optional stage of Hal that thins the occupied cells before the extraction.
 #include "api/Hal.h"
 
+#include "core/CallRecorder.h"
 #include "lattice/Bundle.h"
 #include "occupancy/IsoStore.h"
 
@@ -32,7 +33,8 @@ void Hal::thinOccupancy()
     const std::shared_ptr<IsoStore> pIsoStore = createIsoStore();
     pIsoStore->simplify();
     pIsoStore->slide();
-    std::erase_if(vBundles, [](const Bundle* pBundle) { return pBundle->forbiddenDirection < 0; });
+    addToReport(&CallReport::numRemovedCells, std::erase_if(vBundles, [](const Bundle* pBundle)
+                                                            { return pBundle->forbiddenDirection < 0; }));
 }
 
 } // namespace TARN_ZEF

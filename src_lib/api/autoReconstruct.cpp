@@ -14,6 +14,8 @@
 #include <algorithm>
 #include <cmath>
 #include <iterator>
+#include <optional>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -25,6 +27,35 @@ void countFaults(const Mesh& mesh, std::size_t mostEdgesOfHole, AutoTrial& trial
     std::vector<int> vCorners;
     getFlat(mesh, vPoints, vCorners);
     countTrialFaults(vPoints, vCorners, mostEdgesOfHole, trial);
+}
+
+// A trial has a report of its own, if the call has one.
+std::shared_ptr<Mesh> makeTrial(const char* name, std::vector<Point3>& vPoints, bool bSmooth, double factor,
+                                CallReport& figures)
+{
+    const StageScope stage(name);
+    std::optional<ReportScope> scope;
+    if (getCallReport() != nullptr)
+        scope.emplace(figures);
+    return reconstruct_auto(vPoints, bSmooth, factor);
+}
+
+// The call takes over what is told of its mesh; time and memory are its own.
+void reportChoice(const CallReport& plain, CallReport chosen)
+{
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    chosen.call = pReport->call;
+    chosen.bFinished = false; // not yet
+    // Later trials get the usable points alone.
+    chosen.numPoints = plain.numPoints;
+    chosen.numNotFinite = plain.numNotFinite;
+    chosen.seconds = pReport->seconds;
+    chosen.bytesAtStart = pReport->bytesAtStart;
+    chosen.peakBytes = pReport->peakBytes;
+    chosen.vStages = pReport->vStages;
+    *pReport = std::move(chosen);
 }
 
 CloudFigures measureCloud(const std::vector<Point3>& vFinite)
@@ -42,13 +73,15 @@ CloudFigures measureCloud(const std::vector<Point3>& vFinite)
 std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOptions& options,
                                       AutoReport* pReport)
 {
-    const CallScope call;
+    const CallScope call("autoReconstruct");
     const FactorLadder ladder(options);
     AutoReport report;
     // Every trial starts from it, also where calls share state: what comes out does not depend on the trials before.
     const ZefRandom random = threadRandom();
     // First, as it refuses what cannot be measured.
-    const std::shared_ptr<Mesh> pPlain = reconstruct_auto(vPoints, false, 1.0);
+    CallReport plainFigures;
+    CallReport lastFigures;
+    const std::shared_ptr<Mesh> pPlain = makeTrial("first mesh", vPoints, false, 1.0, plainFigures);
     std::shared_ptr<Mesh> pLast;
     if (pPlain)
     {
@@ -64,16 +97,18 @@ std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOp
             [&](AutoTrial& trial)
             {
                 threadRandom() = random;
-                pLast = reconstruct_auto(vFinite, trial.bSmooth, trial.factor);
+                pLast = makeTrial("more meshes", vFinite, trial.bSmooth, trial.factor, lastFigures);
                 if (pLast)
                     countFaults(*pLast, options.mostEdgesOfHole, trial);
                 return pLast != nullptr;
             },
             report);
     }
+    const bool bPlain = report.factor == 1.0 && !report.bSmooth;
+    reportChoice(plainFigures, bPlain ? plainFigures : lastFigures);
     if (pReport != nullptr)
         *pReport = report;
-    return report.factor == 1.0 && !report.bSmooth ? pPlain : pLast;
+    return bPlain ? pPlain : pLast;
 }
 
 } // namespace TARN_ZEF

@@ -1,23 +1,63 @@
 #include "finishSurface.h"
 
 #include "api/flatMesh.h"
+#include "api/reportMesh.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "finish/Finisher.h"
+#include "geometry/isFinite.h"
 #include "rmesh/RMesh.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace TARN_ZEF
 {
 namespace
 {
-// pOwned: the mesh if it may go as soon as it is read.
-std::shared_ptr<Mesh> finish(const Mesh& mesh, std::shared_ptr<Mesh> pOwned, const std::vector<Point3>& vCloud,
-                             const FinishOptions& options, FinishReport* pReport)
+void reportPoints(const std::vector<Point3>& vCloud)
 {
-    const CallScope call;
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    pReport->numPoints = vCloud.size();
+    pReport->numUsedPoints = static_cast<std::size_t>(std::count_if(vCloud.begin(), vCloud.end(), isFinite));
+    pReport->numNotFinite = pReport->numPoints - pReport->numUsedPoints;
+}
+
+// What the stage counts of its triangles, and as a last pass what it does not: collapses and splits of edges.
+void reportPasses(const FinishReport& done, std::size_t numBefore, std::size_t numAfter)
+{
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    pReport->numRawT = numBefore;
+    pReport->numHolesClosed = done.numFilledCuts;
+    pReport->vPasses = {
+        {"unusable triangles", 0, done.numUnusableT},
+        {"flat triangles", 0, done.numFlatT},
+        {"doubled triangles", 0, done.numDuplicateT},
+        {"wraps", 0, done.numWrapT},
+        {"fins", 0, done.numFinT},
+        {"debris", 0, done.numDebrisT},
+        {"notches", done.numNotches, 0},
+        {"teeth", 0, done.numTeeth},
+        {"cut folds", 0, done.numFoldT},
+    };
+    std::size_t numCounted = numBefore;
+    for (const PassReport& pass : pReport->vPasses)
+        numCounted += pass.numAddedT - pass.numKilledT;
+    pReport->vPasses.push_back({"edges", numAfter > numCounted ? numAfter - numCounted : 0,
+                                numCounted > numAfter ? numCounted - numAfter : 0});
+}
+
+// pOwned: the mesh if it may go as soon as it is read.
+std::shared_ptr<Mesh> finish(const Mesh& mesh, std::shared_ptr<Mesh> pOwned,
+                             const std::vector<Point3>& vCloud, const FinishOptions& options,
+                             FinishReport* pReport)
+{
+    const CallScope call("finishSurface");
     ProgressScope progress([] { prepareProgress("Finish"); });
     const double cellSize = mesh.getRMesh()->getCellSize();
     FinishOptions complete = options;
@@ -31,11 +71,18 @@ std::shared_ptr<Mesh> finish(const Mesh& mesh, std::shared_ptr<Mesh> pOwned, con
         flat.vCorners.assign(vCorners.begin(), vCorners.end());
     }
     pOwned.reset();
-    Finisher(flat, vCloud, complete, report).run();
+    const std::size_t numBefore = flat.getNumT();
+    {
+        const StageScope stage("finish");
+        Finisher(flat, vCloud, complete, report).run();
+    }
+    reportPoints(vCloud);
+    reportPasses(report, numBefore, flat.getNumT());
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("FI_out", 1);
     std::shared_ptr<Mesh> pResult = makeMesh(std::move(flat.vPoints), std::move(flat.vCorners), cellSize);
     pProgress->setFinished(true);
     progress.finish();
+    reportMesh(pResult);
     if (pReport != nullptr)
         *pReport = report;
     return pResult;

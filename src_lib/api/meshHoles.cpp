@@ -1,6 +1,7 @@
 #include "meshHoles.h"
 
 #include "api/flatMesh.h"
+#include "api/reportMesh.h"
 #include "closing/EdgeMates.h"
 #include "closing/HoleCloser.h"
 #include "closing/LoopFinder.h"
@@ -33,18 +34,29 @@ std::vector<BorderLoop> findBorderLoops(const Mesh& mesh)
 std::shared_ptr<Mesh> fillHoles(const Mesh& mesh, const std::vector<BorderLoop>& vChosen,
                                 const FillOptions& options, std::vector<FillResult>* pResults)
 {
-    const CallScope call;
+    const CallScope call("fillHoles");
     std::vector<Point3> vPoints;
     std::vector<int> vCorners;
     getFlat(mesh, vPoints, vCorners);
     HoleCloser closer(vPoints, vCorners, vChosen, options);
     std::vector<Point3> vAllPoints = vPoints;
     std::vector<int> vNewCorners;
-    closer.run(vAllPoints, vNewCorners);
+    {
+        const StageScope stage("holes");
+        closer.run(vAllPoints, vNewCorners);
+    }
+    if (CallReport* const pReport = getCallReport())
+    {
+        pReport->numRawT = vCorners.size() / 3;
+        pReport->vPasses = {{"holes", vNewCorners.size() / 3, 0}};
+        for (const FillResult& result : closer.getResults())
+            pReport->numHolesClosed += result.bFilled ? 1 : 0;
+    }
     std::vector<std::uint32_t> vAllCorners(vCorners.begin(), vCorners.end());
     vAllCorners.insert(vAllCorners.end(), vNewCorners.begin(), vNewCorners.end());
     std::shared_ptr<Mesh> pMesh =
         makeMesh(std::move(vAllPoints), std::move(vAllCorners), mesh.getRMesh()->getCellSize());
+    reportMesh(pMesh);
     if (pResults != nullptr)
         *pResults = closer.getResults();
     return pMesh;

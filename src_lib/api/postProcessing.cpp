@@ -1,12 +1,14 @@
 // The public calls that improve a finished mesh.
 #include "zef_api_functions.h"
 
+#include "api/reportMesh.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "core/numbers.h"
 #include "rmesh/LaplacianSmoother.h"
 #include "rmesh/RMesh.h"
+#include "rmesh/countTriangles.h"
 #include "rmesh/edgeFlips.h"
 
 namespace TARN_ZEF
@@ -45,10 +47,22 @@ void requirePasses(int numIterations, const SourceLocation& where = SourceLocati
                                where);
 }
 
+// A pass over the mesh, for the report of the call if there is one.
+template <typename Work>
+void pass(const char* name, const RMesh* pRMesh, Work work)
+{
+    runPass(name, countsOf(pRMesh), work);
+}
+
+void removeFlat(RMesh* pRMesh, bool bKeepTopology = false)
+{
+    pass("flat triangles", pRMesh, [=] { pRMesh->killDegenerate(bKeepTopology); });
+}
+
 void flipOnce(RMesh* pRMesh)
 {
-    flipGreedily(pRMesh);
-    pRMesh->killDegenerate();
+    pass("flips", pRMesh, [=] { flipGreedily(pRMesh); });
+    removeFlat(pRMesh);
 }
 } // namespace
 
@@ -59,50 +73,63 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
 
 int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle, bool bKeepTopology)
 {
-    const CallScope call;
+    const CallScope call("reduce");
     RMesh* pRMesh = getRMesh(pMesh);
     requireNumbers(maxEdgeLength, maxDevAngle);
     ProgressScope progress([] { prepareProgress("Reduce"); });
-    const int numKilled = pRMesh->reduce(maxEdgeLength * maxEdgeLength, maxDevAngle, bKeepTopology);
-    pRMesh->killDegenerate(bKeepTopology);
+    addToReport(&CallReport::numRawT, pRMesh->getNumT());
+    int numKilled = 0;
+    pass("collapses", pRMesh,
+         [&] { numKilled = pRMesh->reduce(maxEdgeLength * maxEdgeLength, maxDevAngle, bKeepTopology); });
+    removeFlat(pRMesh, bKeepTopology);
     progress.finish();
+    reportMesh(pMesh);
     return numKilled;
 }
 
 void edgeFlips(std::shared_ptr<Mesh> pMesh)
 {
-    const CallScope call;
+    const CallScope call("edgeFlips");
     RMesh* pRMesh = getRMesh(pMesh);
     ProgressScope progress([] { prepareProgress("EdgeFlips"); });
+    addToReport(&CallReport::numRawT, pRMesh->getNumT());
     flipOnce(pRMesh);
     progress.finish();
+    reportMesh(pMesh);
 }
 
 void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh)
 {
-    const CallScope call;
+    const CallScope call("edgeFlipsSimA");
     RMesh* pRMesh = getRMesh(pMesh);
     const std::vector<double> vTemperatures = getAnnealingTemperatures();
     ProgressScope progress([&] { prepareProgressSimA(vTemperatures); });
     if (isIndependentCall())
         pRMesh->restartAnnealing();
+    addToReport(&CallReport::numRawT, pRMesh->getNumT());
     flipOnce(pRMesh);
     for (const double temperature : vTemperatures)
-        edgeFlipsSimA(pRMesh, temperature);
+        pass("annealing", pRMesh, [=] { edgeFlipsSimA(pRMesh, temperature); });
     flipOnce(pRMesh);
     progress.finish();
+    reportMesh(pMesh);
 }
 
 void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations)
 {
-    const CallScope call;
+    const CallScope call("laplacianSmoothing");
     RMesh* pRMesh = getRMesh(pMesh);
     requirePasses(numIterations);
     ProgressScope progress([=] { prepareProgressSmoothing(numIterations); });
-    LaplacianSmoother smoother(pRMesh, true);
-    smoother.run(numIterations);
-    pRMesh->killDegenerate();
+    addToReport(&CallReport::numRawT, pRMesh->getNumT());
+    {
+        const StageScope stage("smoothing");
+        LaplacianSmoother smoother(pRMesh, true);
+        smoother.run(numIterations);
+    }
+    removeFlat(pRMesh);
     progress.finish();
+    reportMesh(pMesh);
 }
 
 } // namespace TARN_ZEF

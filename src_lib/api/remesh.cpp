@@ -1,6 +1,7 @@
 #include "remesh.h"
 
 #include "api/flatMesh.h"
+#include "api/reportMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "core/definitions.h"
@@ -21,6 +22,20 @@ constexpr std::size_t MAX_TRIANGLES = std::size_t{1} << 29;
 constexpr int FEWEST_MAX_TRIANGLES = 100;
 constexpr double LARGEST_WELD_TOLERANCE = 0.1;
 constexpr int MOST_BRIDGED = 100;
+
+void reportSoup(std::size_t numCorners, const RemeshReport& found)
+{
+    CallReport* const pReport = getCallReport();
+    if (pReport == nullptr)
+        return;
+    pReport->numPoints = numCorners;
+    pReport->numNotFinite = 3 * static_cast<std::size_t>(found.numNonFinite);
+    pReport->numUsedPoints = pReport->numPoints - pReport->numNotFinite;
+    pReport->usedSpacing = found.length;
+    pReport->numRawT = pReport->numUsedPoints / 3;
+    // No triangle stays as it was.
+    pReport->vPasses = {{"remesh", static_cast<std::size_t>(found.numTriangles), pReport->numRawT}};
+}
 } // namespace
 
 std::string RemeshOptions::getFault() const
@@ -48,7 +63,7 @@ std::string RemeshOptions::getFault() const
 std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const RemeshOptions& options,
                              RemeshReport* pReport)
 {
-    const CallScope call;
+    const CallScope call("remesh");
     const std::string fault = options.getFault();
     if (!fault.empty())
         refuse<ZefBadArgument>("options.getFault().empty()", fault);
@@ -75,8 +90,11 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         hullReport.numSealed = hull.getNumSealed();
         hullReport.bFromLattice = hull.isFromLattice();
     };
-    const bool bAny =
-        soupRemesh.run(vTriCorners, tell, options.bOuter ? SoupRemesh::Reshape(takeHull) : nullptr);
+    bool bAny = false;
+    {
+        const StageScope stage("remesh");
+        bAny = soupRemesh.run(vTriCorners, tell, options.bOuter ? SoupRemesh::Reshape(takeHull) : nullptr);
+    }
     progress.finish();
     std::shared_ptr<Mesh> pMesh;
     const FlatSoup& flat = soupRemesh.getResult();
@@ -85,6 +103,8 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
                          soupRemesh.getReport().length);
     else
         warningMessage("remesh", "no triangle has a height");
+    reportSoup(vTriCorners.size(), soupRemesh.getReport());
+    reportMesh(pMesh);
     if (pReport != nullptr)
     {
         *pReport = soupRemesh.getReport();

@@ -1,6 +1,7 @@
 #include "zef_api_functions.h"
 
 #include "api/Hal.h"
+#include "api/reportMesh.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
@@ -17,41 +18,45 @@ const double NO_FEATURE_ANGLE = 361.0;       // above any dihedral angle
 const int VERSION_MAJOR = ZEF_VERSION_MAJOR; // of the build
 const int VERSION_MINOR = ZEF_VERSION_MINOR;
 
-// The mesh of a cloud, or of the corners of triangles.
-std::shared_ptr<Mesh> makeMesh(const std::vector<Point3>& vPoints, bool bMelt, SpacingBy spacingBy,
-                               double spacingAbs, double spacingFactor, double featureAngle, bool bSmooth)
+// The mesh of a cloud, or of the corners of triangles. name  of the call
+std::shared_ptr<Mesh> makeMesh(const char* name, const std::vector<Point3>& vPoints, bool bMelt,
+                               SpacingBy spacingBy, double spacingAbs, double spacingFactor,
+                               double featureAngle, bool bSmooth)
 {
-    const CallScope call;
+    const CallScope call(name);
     ProgressScope progress(bMelt ? "Melt" : "Reconstruct");
     CloudMgr cloudMgr(spacingBy);
     cloudMgr.addPoints(vPoints, spacingAbs, spacingFactor, bMelt, featureAngle, bSmooth);
     Hal hal(&cloudMgr);
     std::shared_ptr<Mesh> pMesh = bMelt ? hal.oneMelt() : hal.reconstruct();
     progress.finish();
+    reportMesh(pMesh);
     return pMesh;
 }
 } // namespace
 
 std::shared_ptr<Mesh> reconstruct_auto(std::vector<Point3>& vPoints, bool bSmooth, double spacingFactor)
 {
-    return makeMesh(vPoints, false, SpacingBy::FACTOR, ABSENT_SPACING, spacingFactor, NO_FEATURE_ANGLE,
-                    bSmooth);
+    return makeMesh("reconstruct_auto", vPoints, false, SpacingBy::FACTOR, ABSENT_SPACING, spacingFactor,
+                    NO_FEATURE_ANGLE, bSmooth);
 }
 
 std::shared_ptr<Mesh> reconstruct_abs(std::vector<Point3>& vPoints, bool bSmooth, double spacingAbs)
 {
-    return makeMesh(vPoints, false, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING, NO_FEATURE_ANGLE, bSmooth);
+    return makeMesh("reconstruct_abs", vPoints, false, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING,
+                    NO_FEATURE_ANGLE, bSmooth);
 }
 
 std::shared_ptr<Mesh> melt(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle)
 {
-    return makeMesh(vTriCorners, true, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING, featureAngle, false);
+    return makeMesh("melt", vTriCorners, true, SpacingBy::LENGTH, spacingAbs, ABSENT_SPACING, featureAngle,
+                    false);
 }
 
 void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double featureAngle,
              std::vector<Point3>& vResult)
 {
-    const CallScope call;
+    const CallScope call("toCloud");
     ProgressScope progress("ToCloud");
     CloudMgr cloudMgr;
     cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);

@@ -4,6 +4,7 @@
 #include "zef_calls.h"
 
 #include <atomic>
+#include <exception>
 
 namespace TARN_ZEF
 {
@@ -26,13 +27,22 @@ bool areCallsIndependent()
 
 CallScope::CallScope()
     : pOuter(pCurrent)
+    , numExceptions(std::uncaught_exceptions())
 {
     checkCancelled();
     pCurrent = areCallsIndependent() ? &state : nullptr;
 }
 
+CallScope::CallScope(const char* name)
+    : CallScope()
+{
+    pRecorder = CallRecorder::startIfAsked(name);
+}
+
 CallScope::~CallScope()
 {
+    if (pRecorder && std::uncaught_exceptions() == numExceptions)
+        pRecorder->finish();
     pCurrent = pOuter;
 }
 

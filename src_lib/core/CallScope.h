@@ -1,7 +1,10 @@
 #ifndef ZEF_CALLSCOPE_H
 #define ZEF_CALLSCOPE_H
 
+#include "core/CallRecorder.h"
 #include "core/zefRand.h"
+
+#include <memory>
 
 namespace TARN_ZEF
 {
@@ -21,10 +24,12 @@ struct CallState
 //             happens on the thread of the call, or no result could be the same for every number of threads.
 // Errors:     a host that wants the call no longer ends it here: ZefCancelledException.
 // Settings:   with setIndependentCalls(false), scopes have no state; that of the thread or the process holds.
+// Report:     a call with a name fills in the report of its host, if there is one (CallRecorder).
 class CallScope
 {
 public:
     CallScope();
+    explicit CallScope(const char* name);
     ~CallScope();
     CallScope(const CallScope&) = delete;
     CallScope& operator=(const CallScope&) = delete;
@@ -35,6 +40,8 @@ public:
 private:
     CallState state;
     CallState* pOuter;
+    std::unique_ptr<CallRecorder> pRecorder; // null if nobody asks
+    int numExceptions;                       // under way when the call began
 };
 
 // Whether the thread is in a call that has a state of its own.

@@ -2,6 +2,7 @@
 
 #include "cmesh/CEdge.h"
 #include "cmesh/CTriangle.h"
+#include "core/CallRecorder.h"
 #include "files/Visualizer3.h"
 #include "holes/Chain.h"
 #include "holes/ChainMgr.h"
@@ -64,8 +65,8 @@ void HoleToCCD::fillAll()
             continue;
         if (pChain->hasMoebius())
             pChain->fixMoebius();
-        else
-            fill(pChain);
+        else if (fill(pChain))
+            addToReport(&CallReport::numHolesClosed);
     }
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <new>
 
+#include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
 #include "geometry/PointTable.h"
@@ -95,12 +96,17 @@ void Cloud::takePoints(std::vector<Point3> v)
 {
     requireNumber(v.size());
     requireTriangles(v.size());
-    const std::size_t numDropped = dropNonFinite(v, bMelt ? TRIANGLE_CORNERS : 1);
+    addToReport(&CallReport::numPoints, v.size());
+    const std::size_t groupSize = bMelt ? TRIANGLE_CORNERS : 1;
+    const std::size_t numDropped = dropNonFinite(v, groupSize);
+    addToReport(&CallReport::numNotFinite, numDropped * groupSize);
     if (numDropped > 0)
         warningMessage(ZEF_HERE, "Skipped " + std::to_string(numDropped) + " non-finite " +
                                      (bMelt ? "triangles" : "points"));
     vPoints = std::move(v);
     numInputPoints = vPoints.size();
+    if (!bMelt)
+        addToReport(&CallReport::numUsedPoints, numInputPoints);
     if (!vPoints.empty())
         computeBoundingBox();
 }
@@ -139,6 +145,7 @@ void Cloud::prepareScanPoints(bool bSmooth)
         return;
     estimateResolution();
     createCalc();
+    const StageScope stage("cells");
     Smooth sm(std::move(vPoints), pCalc.get());
     vPoints.clear();
     sm.run(bSmooth);
@@ -149,6 +156,7 @@ void Cloud::createBundles(Smooth* pSmooth)
 {
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("CL_creb", 6);
     const std::vector<CellPoint> vPoints0 = makeBundlePoints(*pSmooth);
+    addToReport(&CallReport::numRemovedCells, pSmooth->getNodes().size() - vPoints0.size());
     pSmooth->clear();
     pProgress->increment(5);
     initPool(bundlePool, vPoints0.size());
@@ -220,6 +228,7 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
     estimateResolution();
     createCalc();
     requireArea();
+    const StageScope stage("cells");
     std::vector<Point3> vPixels;
     {
         // Refers to the points of the soup.
@@ -227,6 +236,7 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
         pix.run(vPixels, vFeatures, vBorders, featureAngle);
     }
     vPoints = std::move(vPixels);
+    addToReport(&CallReport::numPointCells, vPoints.size());
     initPool(bundlePool, vPoints.size());
     CancelStride cancel;
     for (Point3& p : vPoints)

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "core/CallRecorder.h"
 #include "parallel/sortMT2.h"
 
 namespace TARN_ZEF
@@ -84,7 +85,9 @@ void CloudMgr::getBundles(std::vector<std::pair<u64, Bundle*>>& vCCD2Bundle) con
     // Stable: the bundle made first stays first in its cell.
     sortByFirstMT(vCCD2Bundle.begin(), vCCD2Bundle.end());
     const auto isSameCell = [](const auto& a, const auto& b) { return a.first == b.first; };
-    vCCD2Bundle.erase(std::unique(vCCD2Bundle.begin(), vCCD2Bundle.end(), isSameCell), vCCD2Bundle.end());
+    const auto end = std::unique(vCCD2Bundle.begin(), vCCD2Bundle.end(), isSameCell);
+    addToReport(&CallReport::numRemovedCells, static_cast<std::size_t>(vCCD2Bundle.end() - end));
+    vCCD2Bundle.erase(end, vCCD2Bundle.end());
 }
 
 void CloudMgr::getFeatures(std::vector<std::pair<u64, u64>>& v) const

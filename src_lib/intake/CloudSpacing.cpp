@@ -6,6 +6,7 @@
 #include <bit>
 #include <cmath>
 
+#include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
@@ -91,6 +92,7 @@ void Cloud::estimateResolution()
     const double maxExtent = getMaxExtent();
     if (maxExtent == 0.0)
         return;
+    const StageScope stage("spacing");
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("CL_eres", 6);
     pProgress->increment();
     const Calc calc(bbMin[0], bbMin[1], bbMin[2], maxExtent, maxExtent, maxExtent, FINE_LEVELS);
@@ -118,6 +120,8 @@ void Cloud::estimateResolution()
     const double areaPerPoint = totalArea / static_cast<double>(numInputPoints);
     detectedSpacing = std::sqrt(SPACING_SQ_PER_AREA * areaPerPoint);
     usedSpacing = spacingFactor * detectedSpacing;
+    if (CallReport* const pReport = getCallReport())
+        pReport->detectedSpacing = detectedSpacing;
     pProgress->setFinished(true);
 }
 
@@ -152,6 +156,11 @@ void Cloud::createCalc()
     if (!std::isfinite(edge) || !std::isfinite(getMaxExtent()))
         refuseLattice("std::isfinite(edge) && std::isfinite(getMaxExtent())");
     pCalc = std::make_unique<Calc>(bbMin[0], bbMin[1], bbMin[2], edge, edge, edge, baseLevel);
+    if (CallReport* const pReport = getCallReport())
+    {
+        pReport->usedSpacing = usedSpacing;
+        pReport->latticeBits = baseLevel;
+    }
 }
 
 } // namespace TARN_ZEF

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <functional>
 
+#include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
 #include "geometry/tools.h"
@@ -264,6 +265,8 @@ void Pixel::linkEdge2T(const std::vector<Point3*>& vTriangleCorners)
         vEdge2Tri.emplace_back(makeEdge(corners[0], corners[2]), tri);
     }
     sortMT(vEdge2Tri.begin(), vEdge2Tri.end());
+    addToReport(&CallReport::numUsedPoints, 3 * vTri.size());
+    addToReport(&CallReport::numFlatCorners, 3 * skip);
     if (skip > 0)
         warningMessage(ZEF_HERE, "Skipped " + std::to_string(skip) + " degenerate triangles");
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/CallRecorder.h"
 #include "core/CallScope.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
@@ -96,6 +97,7 @@ void Smooth::createNodes()
     const CellOrder order(std::move(vCodes));
     const std::vector<std::uint32_t> vFirsts = order.getFirsts();
     const std::size_t numNodes = vFirsts.size() - 1;
+    addToReport(&CallReport::numPointCells, numNodes);
     // Room for the nodes to come; address space only, until they do.
     vNodes.reserve(numNodes + numNodes / 2);
     vNodes.resize(numNodes);
@@ -150,6 +152,7 @@ void Smooth::completeNodes()
         for (const CCD ccd : *pCells)
             vNew.emplace_back(pCalc->ccdToRCD(ccd), pCalc->getMid(ccd), SNode::GAP_FILLER,
                               static_cast<std::uint32_t>(vNodes.size() + vNew.size()));
+    addToReport(&CallReport::numFilledCells, vNew.size());
     addNodes(std::move(vNew));
 }
 
@@ -196,6 +199,7 @@ void Smooth::moveNodes()
     for (const auto& [number, node] : vSmoothPoints)
         vNew.emplace_back(pCalc->getRCD(vTargets[node]), vTargets[node], SNode::MOVED,
                           static_cast<std::uint32_t>(vNodes.size() + vNew.size()));
+    addToReport(&CallReport::numMovedCells, vNew.size());
     addNodes(std::move(vNew));
 }
 

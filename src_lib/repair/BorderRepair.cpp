@@ -1,6 +1,7 @@
 #include "repair/BorderRepair.h"
 
 #include "cmesh/CMesh.h"
+#include "core/CallRecorder.h"
 
 #include <algorithm>
 #include <array>
@@ -129,7 +130,10 @@ void BorderRepair::closeTriangularHoles()
     u64 thirdCCD = 0;
     for (const CEdge* pCE : vBorders)
         if (pCE->isBorder() && findThirdCorner(*pCMesh, *pCE, thirdCCD))
+        {
+            addToReport(&CallReport::numHolesClosed);
             pCMesh->createT(pCE->v0, pCE->v1, thirdCCD, 0, 0);
+        }
 }
 
 void BorderRepair::pruneCases()

@@ -3,6 +3,7 @@
 #include "cmesh/CEdge.h"
 #include "cmesh/CMesh.h"
 #include "cmesh/CTriangle.h"
+#include "core/CallRecorder.h"
 #include "geometry/tools.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
@@ -248,6 +249,7 @@ void CornerParter::killBubbleAt(u64 ccd)
             if (vBubbleT.size() >= MAX_BUBBLE)
                 return;
         }
+    addToReport(&CallReport::numPiecesDropped);
     for (CTriangle* pCT : vBubbleT)
         pCT->kill(pCMesh);
 }

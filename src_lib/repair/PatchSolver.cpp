@@ -2,6 +2,7 @@
 
 #include "cmesh/CMesh.h"
 #include "cmesh/uniteAcrossEdges.h"
+#include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
@@ -459,6 +460,7 @@ double PatchSolver::computeThickness(Label label)
 void PatchSolver::killPatch(CPatch* pPatch)
 {
     const std::vector<CTriangle*> vMembers = pPatch->getMembers();
+    addToReport(&CallReport::numPiecesDropped);
     pPatch->kill();
     for (const CTriangle* pCT : vMembers)
         noteDead(pCT);

@@ -2,6 +2,7 @@
 
 #include "cmesh/CMesh.h"
 #include "cmesh/CPatch.h"
+#include "core/CallRecorder.h"
 #include "repair/PatchPass.h"
 #include "repair/PatchSolver.h"
 #include "repair/RepairState.h"
@@ -95,7 +96,10 @@ bool SeamPass::killWhatLoses()
         choosePatches(vChoice, findSeams(*pCMesh, vPatches), MAX_AREA_RATIO * sumArea);
     for (std::size_t i = 0; i < vPatches.size(); ++i)
         if (!vStays[i])
+        {
+            addToReport(&CallReport::numPiecesDropped);
             vPatches[i]->kill();
+        }
     return std::find(vStays.begin(), vStays.end(), false) != vStays.end();
 }
 

@@ -1,6 +1,7 @@
 #include "repair/TinyBorderPieces.h"
 
 #include "cmesh/CMesh.h"
+#include "core/CallRecorder.h"
 #include "core/NumberSet.h"
 
 #include <cstddef>
@@ -129,6 +130,7 @@ void TinyBorderPieces::kill(int maxNumT)
         finder.find(pCE->vCT[0], piece);
         if (!isTinyBorderPiece(piece))
             continue;
+        addToReport(&CallReport::numPiecesDropped);
         for (CTriangle* pCT : piece.vT)
             pCT->kill(pCMesh);
     }

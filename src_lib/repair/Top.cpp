@@ -1,6 +1,7 @@
 #include "repair/Top.h"
 
 #include "cmesh/CMesh.h"
+#include "cmesh/countTriangles.h"
 #include "core/Progress.h"
 #include "holes/HoleToCCD.h"
 #include "repair/BorderRepair.h"
@@ -32,20 +33,26 @@ const double MAX_LEN_IN_CELLS = 1.5; // of an edge that optimize() collapses
 void Top::run(Voro* pVoro)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_unif", 2);
-    unifyDiagonals();
+    pass("diagonals", [this] { unifyDiagonals(); });
     pProgress->increment();
-    killDegenerate();
+    pass("flat triangles", [this] { killDegenerate(); });
     pProgress->increment();
     pProgress->setFinished(true);
 
-    PatchPass(state).runAll(true, nullptr);
-    cbsComplete(pVoro);
-    killDegenerate();
-    completeBorders();
+    pass("patches", [this] { PatchPass(state).runAll(true, nullptr); });
+    pass("more cells", [=, this] { cbsComplete(pVoro); });
+    pass("flat triangles", [this] { killDegenerate(); });
+    pass("borders", [this] { completeBorders(); });
     CornerParter cornerParter(state.pCMesh, state.pCalc); // knows where the surface was rough until here
     cornerParter.addCandidates();
-    solveAllPatches();
+    pass("patches", [this] { solveAllPatches(); });
     finish(cornerParter);
+}
+
+template <typename Work>
+void Top::pass(const char* name, Work work)
+{
+    runPass(name, countsOf(state.pCMesh), work);
 }
 
 void Top::completeBorders()
@@ -72,24 +79,28 @@ void Top::solveAllPatches()
 void Top::finish(CornerParter& cornerParter)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("TP_fin", 1);
-    killTinyBorderPatches(MAX_TINY_AT_END);
+    pass("small pieces", [this] { killTinyBorderPatches(MAX_TINY_AT_END); });
     pProgress->increment();
     // A cut of the whole mesh into patches belongs here, but nothing reads it.
     state.pCMesh->deletePatches();
     pProgress->increment();
     if (state.pCMesh->hasDegree(DEG_NON_MANIFOLD))
-        cleanSeams();
+        pass("seams", [this] { cleanSeams(); });
     Orientation(state).run();
     pProgress->increment();
     const bool bHasBorder = state.pCMesh->hasDegree(DEG_BORDER);
     HoleToCCD holeToCCD(state.pCMesh, state.pCalc);
     std::vector<Point3> vPixels;
-    holeToCCD.run(vPixels);
+    pass("holes", [&] { holeToCCD.run(vPixels); });
     if (bHasBorder)
-        cleanFilledBorders();
-    cornerParter.addCandidates();
-    if (cornerParter.run() > 0)
-        Orientation(state).run(); // what was one piece may be two
+        pass("filled borders", [this] { cleanFilledBorders(); });
+    pass("touching sheets",
+         [&]
+         {
+             cornerParter.addCandidates();
+             if (cornerParter.run() > 0)
+                 Orientation(state).run(); // what was one piece may be two
+         });
     pProgress->increment();
     pProgress->setFinished(true);
 }
@@ -116,20 +127,25 @@ void Top::cleanFilledBorders()
 
 void Top::runMelt(Voro* pVoro)
 {
-    unifyDiagonals();
-    cbsComplete(pVoro);
-    cbsComplete(pVoro);
+    pass("diagonals", [this] { unifyDiagonals(); });
+    pass("more cells", [=, this] { cbsComplete(pVoro); });
+    pass("more cells", [=, this] { cbsComplete(pVoro); });
+    pass("borders", [this] { completeMeltBorders(); });
+    pass("patches", [this] { PatchPass(state).runAll(true, nullptr); });
+    pass("small pieces", [this] { killTinyBorderPatches(MAX_TINY_MELT); });
+    state.pCMesh->averageBundles();
+    pass("flat triangles", [this] { state.pCMesh->splitDegenerate(); });
+    separateDuplicatePoints();
+    Orientation(state).run();
+}
+
+void Top::completeMeltBorders()
+{
     std::vector<CEdge*> vBorders;
     getBordersKillDeg1nn(vBorders);
     for (CEdge* pCE : vBorders)
         integrateCCD(pCE);
     killTinyBorderPatches(MAX_TINY_MELT);
-    PatchPass(state).runAll(true, nullptr);
-    killTinyBorderPatches(MAX_TINY_MELT);
-    state.pCMesh->averageBundles();
-    state.pCMesh->splitDegenerate();
-    separateDuplicatePoints();
-    Orientation(state).run();
 }
 
 void Top::optimize()

@@ -54,7 +54,11 @@ public:
     [[nodiscard]] CMesh* getCMesh() const noexcept { return state.pCMesh; }
 
 private:
+    // For the report of the call, if there is one.
+    template <typename Work>
+    void pass(const char* name, Work work);
     void completeBorders();
+    void completeMeltBorders();
     void solveAllPatches();
     void finish(CornerParter& cornerParter);
     void cleanSeams();

@@ -2,17 +2,22 @@
 
 #include "rmesh/LaplacianSmoother.h"
 #include "rmesh/RMesh.h"
+#include "rmesh/countTriangles.h"
 
 namespace TARN_ZEF
 {
 void RTop::run()
 {
-    pRMesh->killDuplicateT();
+    runPass("doubled triangles", countsOf(pRMesh), [this] { pRMesh->killDuplicateT(); });
     pRMesh->createPatchesOrient();
-    // The collapse that turns normals least may tear a clean surface: then others are tried first.
-    if (pRMesh->isClosedManifold() && pRMesh->killDegenerate(true) == 0)
-        return;
-    pRMesh->killDegenerate();
+    runPass("flat triangles", countsOf(pRMesh), [this] { removeFlat(); });
+}
+
+// The collapse that turns normals least may tear a clean surface: then others are tried first.
+void RTop::removeFlat()
+{
+    if (!pRMesh->isClosedManifold() || pRMesh->killDegenerate(true) != 0)
+        pRMesh->killDegenerate();
 }
 
 void RTop::laplacianSmoothing(int numIterations)

@@ -61,6 +61,7 @@ public:
     void laplacianSmoothing(int numIterations);
 
 private:
+    void removeFlat();
     [[nodiscard]] bool flipCap(REdge* pRE);
     void queueEdgesAt(const Point3* pVtx, double maxSqLen, std::multimap<double, REdge*>& mmPrioq) const;
 

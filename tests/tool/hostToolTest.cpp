@@ -352,6 +352,22 @@ TEST_F(HostTool, theCheckDecidesTheStatus)
     EXPECT_EQ(run("ball.xyz plain.ply -a 0.03").status, 0);
 }
 
+// The passes lead from the first triangles to those of the file, in both forms.
+TEST_F(HostTool, theReportTellsOfEachCall)
+{
+    const Result text = run("ball.xyz old.ply --report --flips");
+    EXPECT_EQ(text.status, 0) << text.err;
+    for (const char* pWords :
+         {"reconstruct_auto: ", "finishSurface: ", "edgeFlips: ", " used", "stage cells: "})
+        EXPECT_NE(text.out.find(pWords), std::string::npos) << pWords << "\n" << text.out;
+    const Result json = run("ball.xyz new.ply --report --json --plain");
+    const std::vector<std::string> vTriangles = valuesOf(json.out, "triangles");
+    ASSERT_EQ(vTriangles.size(), 2u) << json.out; // of the mesh and of the call
+    EXPECT_EQ(vTriangles[0], vTriangles[1]);
+    EXPECT_EQ(numberOf(json.out, "usedPoints"), 3000);
+    EXPECT_EQ(run("ball.xyz old.ply --json").out.find("\"calls\""), std::string::npos);
+}
+
 TEST_F(HostTool, farCoordinatesKeepTheirDigits)
 {
     EXPECT_EQ(run("far.xyz far.ply").err, "");
