@@ -12,6 +12,7 @@
 #include "ZefRefusedException.h"
 #include "autoReconstruct.h"
 #include "checkMesh.h"
+#include "compareMeshes.h"
 #include "finishSurface.h"
 #include "meshHoles.h"
 #include "remesh.h"
