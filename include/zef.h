@@ -13,6 +13,7 @@
 #include "ZefRefusedException.h"
 #include "autoReconstruct.h"
 #include "checkMesh.h"
+#include "compareMeshes.h"
 #include "finishSurface.h"
 #include "meshHoles.h"
 #include "remesh.h"

@@ -1,5 +1,6 @@
 #include "Job.h"
 
+#include "CompareJob.h"
 #include "MeshJob.h"
 #include "ToolError.h"
 #include "pointJobs.h"
@@ -49,6 +50,8 @@ std::unique_ptr<Job> Job::create(Options& options, LibraryCalls& calls, const Co
         return std::make_unique<SpacingJob>(context);
     case Task::DRAW:
         return std::make_unique<DrawJob>(context);
+    case Task::COMPARE:
+        return std::make_unique<CompareJob>(context);
     case Task::SAMPLE:
         return std::make_unique<SampleJob>(context);
     case Task::CONVERT:

@@ -141,8 +141,10 @@ PngRenderer::PngRenderer(const ViewOptions& options_)
 {
 }
 
-Image PngRenderer::drawMesh(const std::vector<Point3*>& vVertices, const std::vector<int>& vCorners)
+Image PngRenderer::drawMesh(const std::vector<Point3*>& vVertices, const std::vector<int>& vCorners,
+                            const std::vector<Colour>& vColors)
 {
+    bPainted = !vColors.empty();
     const std::vector<Vec3f> v = takeIn(vVertices.size(), [&](std::size_t i) { return *vVertices[i]; });
     std::vector<Vec3f> vAreas(vCorners.size() / 3);
     Vec3f sum;
@@ -162,7 +164,8 @@ Image PngRenderer::drawMesh(const std::vector<Point3*>& vVertices, const std::ve
         for (std::size_t k = 0; k < 3; ++k)
         {
             const int vertex = vCorners[3 * i + k];
-            corners[k] = {camera->project(v[vertex]), camera->turn(cornerNormal(fans, vAreas, vertex, i))};
+            corners[k] = {camera->project(v[vertex]), camera->turn(cornerNormal(fans, vAreas, vertex, i)),
+                          bPainted ? vColors[vertex] : FRONT};
         }
         rasterise(corners);
     }
@@ -274,6 +277,18 @@ void PngRenderer::rasterise(const Corner (&corners)[3])
         shadeRow(corners, heights, area, y, minX, maxX);
 }
 
+Colour PngRenderer::colorAt(const Corner (&corners)[3], const std::array<float, 3>& weights,
+                            bool bFront) const
+{
+    if (!bPainted)
+        return bFront ? FRONT : BACK;
+    Colour color{};
+    for (std::size_t k = 0; k < 3; ++k)
+        for (std::size_t channel = 0; channel < 3; ++channel)
+            color[channel] += weights[k] * corners[k].color[channel];
+    return color;
+}
+
 void PngRenderer::shadeRow(const Corner (&corners)[3], const float (&heights)[3], double area, int y,
                            int minX, int maxX)
 {
@@ -297,7 +312,7 @@ void PngRenderer::shadeRow(const Corner (&corners)[3], const float (&heights)[3]
             continue;
         stored = depth;
         const Vec3f n = unit(wa * corners[0].normal + wb * corners[1].normal + wc * corners[2].normal);
-        samples.setPixel(x, y, shade(bFront ? FRONT : BACK, (bFront ? 1.0f : -1.0f) * n));
+        samples.setPixel(x, y, shade(colorAt(corners, {wa, wb, wc}, bFront), (bFront ? 1.0f : -1.0f) * n));
         if (options.bWire && std::min({wa * heights[0], wb * heights[1], wc * heights[2]}) < WIRE_WIDTH)
             samples.darken(x, y, 0.5f);
     }

@@ -5,6 +5,7 @@
 #include "Image.h"
 #include "Point3.h"
 
+#include <array>
 #include <optional>
 #include <vector>
 
@@ -23,8 +24,9 @@ public:
     explicit PngRenderer(const ViewOptions& options_);
 
     // Three consecutive entries of vCorners are one triangle. There must be one.
+    // With vColors, one for each vertex, both sides of the triangles take these colors.
     [[nodiscard]] Image drawMesh(const std::vector<TARN_ZEF::Point3*>& vVertices,
-                                 const std::vector<int>& vCorners);
+                                 const std::vector<int>& vCorners, const std::vector<Colour>& vColors = {});
     // Each point is a small ball. There must be a point, and only finite ones.
     [[nodiscard]] Image drawCloud(const std::vector<TARN_ZEF::Point3>& vPoints);
 
@@ -33,6 +35,7 @@ private:
     {
         Vec3f pixel;  // Camera::project
         Vec3f normal; // Camera::turn
+        Colour color; // of the vertex, if there are colors
     };
 
     [[nodiscard]] Vec3f localise(const TARN_ZEF::Point3& p) const;
@@ -43,6 +46,8 @@ private:
     void aim(const std::vector<Vec3f>& v, const Vec3f& meanNormal);
     void startPicture();
     void rasterise(const Corner (&corners)[3]);
+    [[nodiscard]] Colour colorAt(const Corner (&corners)[3], const std::array<float, 3>& weights,
+                                 bool bFront) const;
     void shadeRow(const Corner (&corners)[3], const float (&heights)[3], double area, int y, int minX,
                   int maxX);
     void splat(const Vec3f& pixel, float radius, float fog);
@@ -53,6 +58,7 @@ private:
     double toUnit = 1.0; // scales the longest edge of the box to 1, so that floats serve any unit of length
     std::optional<Camera> camera;
     Image samples;             // four for each pixel of the picture
+    bool bPainted = false;     // whether corners have colors of their own
     std::vector<float> vDepth; // of each sample; FAR_AWAY where nothing is drawn
 };
 

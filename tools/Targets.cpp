@@ -161,6 +161,19 @@ void Targets::draw(const TARN_ZEF::Mesh* pMesh, const std::vector<Point3>& vPoin
         writePng(*pngCloudFile, renderer.drawCloud(vPoints));
 }
 
+void Targets::drawPainted(std::vector<Point3> vPoints, const std::vector<int>& vCorners,
+                          const std::vector<Colour>& vColors)
+{
+    if (!pngFile)
+        return;
+    std::vector<Point3*> vVertices;
+    vVertices.reserve(vPoints.size());
+    for (Point3& p : vPoints)
+        vVertices.push_back(&p);
+    PngRenderer renderer(context.options.view);
+    writePng(*pngFile, renderer.drawMesh(vVertices, vCorners, vColors));
+}
+
 void Targets::commit()
 {
     Interruption::check();

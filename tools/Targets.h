@@ -1,6 +1,7 @@
 #ifndef ZEF_TOOLS_TARGETS_H
 #define ZEF_TOOLS_TARGETS_H
 
+#include "Image.h"
 #include "MeshSource.h"
 #include "SafeOutputFile.h"
 
@@ -29,6 +30,11 @@ public:
 
     // The pictures that are wanted: the mesh, if there is one, and the points, from the same side.
     void draw(const TARN_ZEF::Mesh* pMesh, const std::vector<TARN_ZEF::Point3>& vPoints);
+
+    // The picture of the mesh, if it is wanted, in one color for each point. Points that are not finite must not be
+    // used by triangles, of which there must be one.
+    void drawPainted(std::vector<TARN_ZEF::Point3> vPoints, const std::vector<int>& vCorners,
+                     const std::vector<Colour>& vColors);
 
     void commit();
 

@@ -158,6 +158,9 @@ void checkTask(const Options& options)
     case Task::COMPARE:
         if (options.vInputs.size() != 2)
             refuse("--compare", "compares two surfaces, give A and B");
+        if (options.bCheck || options.bHoles || !options.vSteps.empty() || !options.pngCloudName.empty())
+            refuse("--compare",
+                   "measures two surfaces as they are; for steps, --check and --holes use --mesh");
         break;
     case Task::SPACING:
         break;

@@ -37,6 +37,7 @@ Examples:
   zef part.obj closed.stl --fill all-but-rim --binary
                                             close its holes, for a printer
   zef scan.las scan.ply --convert           another format, nothing else
+  zef mesh.ply model.stl --compare          how far two surfaces are apart
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
 Exit status: 0 success, 1 input or result unusable, 2 wrong usage, 3 with --check a mesh with faults,
@@ -265,6 +266,10 @@ void defineMeshes(CLI::App& app, Options& options, RawOptions& raw)
         addTask("--mesh", raw.bMesh, "IN is a finished mesh, also where a PLY would be taken for its points");
     addTask("--convert", raw.bConvert, "Write points or triangles as they are in the format of OUT")
         ->excludes(pMesh);
+    addTask("--compare", raw.bCompare,
+            "Tell how far two surfaces are apart, both ways; --png draws the first in colors")
+        ->excludes(pMesh)
+        ->excludes(app.get_option("--convert"));
     app.add_flag("--check", options.bCheck,
                  "Judge the mesh: manifold, oriented, free of intersections...; status 3 if not")
         ->excludes(pSpacing)

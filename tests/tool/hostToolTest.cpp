@@ -169,6 +169,9 @@ const FailureCase FAILURES[] = {
     {"mesh of points", "ball.xyz new.ply --mesh", 1, "ball.xyz"},
     {"conversion of points to triangles", "ball.xyz new.stl --convert", 1, "leave out --convert"},
     {"conversion with a step", "box.stl new.ply --convert --flips", 2, "--mesh"},
+    {"comparison of one", "box.stl --compare", 2, "A and B"},
+    {"comparison of points", "box.stl ball.xyz --compare", 1, "ball.xyz"},
+    {"comparison and a step", "box.stl box.stl --compare --flips", 2, "--mesh"},
     {"holes of no kind", "box.stl new.ply --fill some", 2, "all-but-rim"},
     {"hole that is not there", "box.stl new.ply --fill 3", 1, "no border 3 of 0"},
     {"broken input", "cut.ply new.ply", 1, "cut.ply"},
@@ -493,6 +496,22 @@ TEST_F(HostTool, holesAreListedAndFilled)
     }
     const Result tooLong = run("open.stl left.obj --json --fill 7.5");
     EXPECT_EQ(numberOf(tooLong.out, "borderEdges"), 4) << tooLong.out;
+}
+
+TEST_F(HostTool, surfacesAreCompared)
+{
+    writeBox("thick.stl", 1.5); // 2 long as the other one, and 3 instead of 2 in the other two directions
+    const Result found = run("box.stl thick.stl --compare --json --png compared.png");
+    ASSERT_EQ(found.status, 0) << found.err;
+    const std::vector<std::string> largest = valuesOf(found.out, "largest");
+    ASSERT_EQ(largest.size(), 2u) << found.out;
+    // The edges of the inner box lie inside the outer one, half a unit from its sides; those of the outer one are
+    // half a unit off twice.
+    EXPECT_NEAR(std::stod(largest[0]), 0.5, 1e-12);
+    EXPECT_NEAR(std::stod(largest[1]), std::sqrt(0.5), 1e-12);
+    EXPECT_GT(contentOf(folder / "compared.png").size(), 20000u);
+    for (const std::string& value : valuesOf(run("box.stl box.stl --compare --json").out, "largest"))
+        EXPECT_NEAR(std::stod(value), 0.0, 1e-15);
 }
 
 TEST_F(HostTool, standardStreamsCarryFiles)
