@@ -104,6 +104,7 @@ struct Sums
     std::size_t numShapes = 0;
     std::size_t numRightAt[NUM_FACTORS] = {};
     std::size_t numChosenRight = 0;
+    std::size_t numFinishedRight = 0; // of the chosen ones after the last stage
     double plainSeconds = 0.0;
     double chosenSeconds = 0.0;
 };
@@ -138,6 +139,11 @@ void tryShape(const ClosedShape& shape, const SurfaceSampler::Wish& wish, Sums& 
         sums.numChosenRight += bRight ? 1 : 0;
         std::printf(bRight ? "right: " : "WRONG: ");
         mesh.print();
+        const MeasuredMesh finished(*finishSurface(*pMesh, vPoints));
+        const bool bFinishedRight = finished.isRight(shape, volume);
+        sums.numFinishedRight += bFinishedRight ? 1 : 0;
+        std::printf(bFinishedRight ? "; finished right: " : "; finished WRONG: ");
+        finished.print();
     }
     std::printf("\n");
     std::fflush(stdout);
@@ -148,8 +154,8 @@ void printSums(const Sums& sums)
     std::printf("%zu shapes; right at factor", sums.numShapes);
     for (std::size_t i = 0; i < NUM_FACTORS; ++i)
         std::printf(" %g: %zu,", FACTORS[i], sums.numRightAt[i]);
-    std::printf(" told nothing: %zu; seconds plain %.1f, told nothing %.1f\n", sums.numChosenRight,
-                sums.plainSeconds, sums.chosenSeconds);
+    std::printf(" told nothing: %zu, finished: %zu; seconds plain %.1f, told nothing %.1f\n",
+                sums.numChosenRight, sums.numFinishedRight, sums.plainSeconds, sums.chosenSeconds);
 }
 
 void run(const SurfaceSampler::Wish& wish)

@@ -24,6 +24,9 @@ struct FinishOptions
     bool bKeepCreases = true;
     // Farthest way of a vertex in one fit, in cells. Above 0.
     double maxMove = 0.75;
+    // Holes with a border of at most so many edges are closed; 0: none. What is a hole and no rim is told by the angles
+    // around it, so that sheets and tubes stay open.
+    std::size_t longestHole = 12;
     // Edge of the lattice cells that the mesh comes from, in units of the points. 0: as the mesh says.
     double cellSize = 0.0;
     // Ends with coordinates that are floats, so that a file that holds no more, such as the PLY of writeMesh_auto(),
@@ -47,8 +50,9 @@ struct FinishReport
     std::size_t numSplitEdges = 0; // edges that got a vertex in the middle
     std::size_t numDebrisT = 0;    // triangles that went: small pieces that were cut off a large one here
     // --- Borders ---
-    std::size_t numNotches = 0; // triangles added where a border has a notch
-    std::size_t numTeeth = 0;   // triangles that went: single ones that stick out of a border
+    std::size_t numFilledHoles = 0; // small holes that were closed
+    std::size_t numNotches = 0;     // triangles added where a border has a notch
+    std::size_t numTeeth = 0;       // triangles that went: single ones that stick out of a border
     // --- Folds ---
     std::size_t numFolds = 0;         // pairs of triangles that intersected, and triangles without area
     std::size_t numFoldCollapses = 0; // edges that collapsed to remove them

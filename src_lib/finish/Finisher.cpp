@@ -10,6 +10,7 @@
 #include "finish/NeedleRemoval.h"
 #include "finish/Relaxation.h"
 #include "finish/SheetParter.h"
+#include "finish/SmallHoles.h"
 #include "finish/fillLoops.h"
 
 #include <algorithm>
@@ -285,6 +286,7 @@ void Finisher::load()
         fillLoops(mesh, LONGEST_FILLED,
                   [&](int v)
                   { return vIsParted[static_cast<std::size_t>(vOrigin[static_cast<std::size_t>(v)])] != 0; });
+    report.numFilledHoles = SmallHoles(mesh).close(options.longestHole);
     DebrisRemoval::Flags vOfLarge;
     vOfLarge.reserve(vOrigin.size());
     for (const int v : vOrigin)

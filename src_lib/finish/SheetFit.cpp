@@ -16,7 +16,6 @@ namespace TARN_ZEF
 {
 namespace
 {
-constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr std::size_t MIN_CHUNK = 2'000;
 constexpr std::size_t MIN_SAMPLES = 100;
 // Radii of the quadrics in cells; the first is that of clean clouds.
