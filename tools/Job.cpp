@@ -403,6 +403,7 @@ void Job::remesh()
     if (isEmpty(pMesh))
         throw ToolError("no surface came out: no triangle has a height");
     report.spacing = remeshReport.length;
+    report.featureAngle = remeshReport.featureAngle;
     heldMessages.clear();
     noteRemesh(remeshReport);
 }

@@ -68,6 +68,8 @@ std::string Report::getJson(const Options& options) const
     if (!options.outName.empty())
     {
         line.add("spacing", spacing);
+        if (options.isRemesh())
+            line.add("featureAngle", featureAngle);
         if (choice)
             line.add("auto", choiceJson(*choice));
         if (!options.bCloud)
@@ -108,7 +110,7 @@ std::string Report::getSummary(const Options& options) const
                           : std::to_string(numPoints) + " points";
     if (!options.outName.empty())
     {
-        text += ", spacing " + textOf(spacing) + getSpacingRemark(options) + "\n";
+        text += ", spacing " + textOf(spacing) + getSpacingRemark(options) + getAngleRemark(options) + "\n";
         text += (choice ? choiceText(*choice) : "") + getSteps();
         text += options.outName + ": ";
         text += options.bCloud ? std::to_string(numPoints) + " points" : getMeshLine();
@@ -163,6 +165,14 @@ std::string Report::getSpacingRemark(const Options& options) const
         return " (given)";
     const double factor = choice ? choice->factor : options.spacingFactor;
     return factor != 1.0 ? " (" + textOf(factor) + " times the detected one)" : " (detected)";
+}
+
+std::string Report::getAngleRemark(const Options& options) const
+{
+    if (!options.isRemesh())
+        return "";
+    return ", edges above " + textOf(featureAngle) + " degrees kept" +
+           (options.featureAngle < 0.0 ? " (found)" : " (given)");
 }
 
 std::string Report::getMeshLine() const
