@@ -90,6 +90,7 @@ std::shared_ptr<TARN_ZEF::Mesh> Remeshing::remesh(Report& report)
     if (isEmpty(pMesh))
         throw ToolError("no surface came out: no triangle has a height");
     report.spacing = found.length;
+    report.featureAngle = found.featureAngle;
     tell(found);
     return pMesh;
 }

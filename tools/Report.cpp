@@ -101,6 +101,8 @@ std::string Report::getJson(const Options& options) const
     if (options.task == Task::DRAW)
         return line.getText() + "\n";
     line.add("spacing", spacing);
+    if (options.isRemesh())
+        line.add("featureAngle", featureAngle);
     if (choice)
         line.add("auto", choiceJson(*choice));
     if (options.task != Task::SAMPLE)
@@ -157,7 +159,8 @@ std::string Report::getSummary(const Options& options) const
     text += options.hasTriangles() ? std::to_string(numInputTriangles) + " triangles"
                                    : std::to_string(numPoints) + " points";
     if (options.task != Task::DRAW)
-        text += getSpacingText(options) + "\n" + getResultText(options) + getTimesText(options);
+        text += getSpacingText(options) + getAngleRemark(options) + "\n" + getResultText(options) +
+                getTimesText(options);
     text += "\n";
     if (check)
         text += checkText(*check);
@@ -229,6 +232,14 @@ std::string Report::getSpacingText(const Options& options) const
         return text + " (given)";
     const double factor = choice ? choice->factor : options.spacingFactor;
     return text + (factor != 1.0 ? " (" + textOf(factor) + " times the detected one)" : " (detected)");
+}
+
+std::string Report::getAngleRemark(const Options& options) const
+{
+    if (!options.isRemesh())
+        return "";
+    return ", edges above " + textOf(featureAngle) + " degrees kept" +
+           (options.featureAngle < 0.0 ? " (found)" : " (given)");
 }
 
 std::string Report::getMeshLine() const

@@ -34,6 +34,7 @@ struct Report
     std::size_t numPoints = 0;         // read, or sampled from triangles
     std::size_t numInputTriangles = 0; // of a triangle soup
     double spacing = -1.0;             // in force; the detected one if only that is asked for
+    double featureAngle = -1.0;        // of a remeshed soup, in force
     TriangleAngles anglesBefore;       // before the first step; not filled in without steps
     std::vector<StepResult> vSteps;
     MeshStatistics statistics;                                // of the mesh as it was written
@@ -61,6 +62,7 @@ private:
     [[nodiscard]] std::string getSteps() const;
     [[nodiscard]] std::string getMeshLine() const;
     [[nodiscard]] std::string getSpacingText(const Options& options) const;
+    [[nodiscard]] std::string getAngleRemark(const Options& options) const;
 };
 
 } // namespace TARN_TOOL

@@ -3,9 +3,9 @@
 #include "closing/EdgeMates.h"
 #include "closing/HoleCloser.h"
 #include "closing/LoopFinder.h"
+#include "remesh/samePlaces.h"
 
 #include <algorithm>
-#include <numeric>
 #include <tuple>
 #include <utility>
 
@@ -38,7 +38,7 @@ void SheetSealer::run()
 // Vertices that share an edge with the same place stay apart: they belong to sheets that touch along it.
 void SheetSealer::joinPinches()
 {
-    const std::vector<int> vPlace = findPlaces();
+    const std::vector<int> vPlace = findSamePlaces(soup.vPoints);
     std::vector<std::tuple<int, int, int>> vSpokes; // place, place at the other end, vertex
     for (int c = 0; c < static_cast<int>(soup.vCorners.size()); ++c)
         for (const int end : {FlatSoup::next(c), FlatSoup::prev(c)})
@@ -55,22 +55,6 @@ void SheetSealer::joinPinches()
     for (int& v : soup.vCorners)
         if (!vTouching[vPlace[v]])
             v = vPlace[v];
-}
-
-// By vertex, the first one at the same place.
-std::vector<int> SheetSealer::findPlaces() const
-{
-    std::vector<int> vOrder(soup.vPoints.size());
-    std::iota(vOrder.begin(), vOrder.end(), 0);
-    const auto nameOf = [this](int v)
-    { return std::tuple(soup.vPoints[v].x(), soup.vPoints[v].y(), soup.vPoints[v].z()); };
-    std::sort(vOrder.begin(), vOrder.end(),
-              [&](int a, int b) { return std::tuple(nameOf(a), a) < std::tuple(nameOf(b), b); });
-    std::vector<int> vPlace(soup.vPoints.size());
-    for (std::size_t i = 0; i < vOrder.size(); ++i)
-        vPlace[vOrder[i]] =
-            i > 0 && nameOf(vOrder[i]) == nameOf(vOrder[i - 1]) ? vPlace[vOrder[i - 1]] : vOrder[i];
-    return vPlace;
 }
 
 std::vector<BorderLoop> SheetSealer::findLoops() const

@@ -27,7 +27,6 @@ public:
 
 private:
     void joinPinches();
-    [[nodiscard]] std::vector<int> findPlaces() const;
     [[nodiscard]] std::vector<BorderLoop> findLoops() const;
     void fill(const std::vector<BorderLoop>& vLoops, bool bSmooth);
     void closeRound(const BorderLoop& loop);

@@ -1,9 +1,12 @@
 #include "remesh/ChainSampler.h"
 
+#include "remesh/samePlaces.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <tuple>
 
 namespace TARN_ZEF
 {
@@ -55,6 +58,68 @@ void ChainSampler::run()
     smoothSizes();
     for (int i = 0; i < num; ++i)
         sample(i);
+    shareSamples();
+}
+
+// Of chains on the same course, the one that is cut finest gives its pieces to the others.
+void ChainSampler::shareSamples()
+{
+    const std::vector<std::vector<int>> vCourses = findCourses();
+    std::vector<int> vOrder(vCourses.size());
+    std::iota(vOrder.begin(), vOrder.end(), 0);
+    std::vector<std::vector<int>> vNames; // the same in both directions
+    for (const std::vector<int>& course : vCourses)
+        vNames.push_back(std::min(course, std::vector<int>(course.rbegin(), course.rend())));
+    std::sort(vOrder.begin(), vOrder.end(),
+              [&](int a, int b) { return std::tie(vNames[a], a) < std::tie(vNames[b], b); });
+    for (std::size_t from = 0; from < vOrder.size();)
+    {
+        std::size_t to = from + 1;
+        while (to < vOrder.size() && vNames[vOrder[to]] == vNames[vOrder[from]])
+            ++to;
+        const int finest =
+            *std::max_element(vOrder.begin() + static_cast<std::ptrdiff_t>(from),
+                              vOrder.begin() + static_cast<std::ptrdiff_t>(to),
+                              [&](int a, int b) { return vSamples[a].size() < vSamples[b].size(); });
+        for (; from < to; ++from)
+            if (vOrder[from] != finest)
+                vSamples[vOrder[from]] = vCourses[vOrder[from]] == vCourses[finest]
+                                             ? vSamples[finest]
+                                             : turnedOver(finest, vSamples[finest]);
+    }
+}
+
+// For each chain its vertices, those at equal places by the same number.
+std::vector<std::vector<int>> ChainSampler::findCourses() const
+{
+    std::vector<Point3> vPoints;
+    for (const CreaseChain& chain : source.getChains())
+        for (const int v : chain.vVertices)
+            vPoints.push_back(source.getMesh().point(v));
+    const std::vector<int> vPlace = findSamePlaces(vPoints);
+    std::vector<std::vector<int>> vCourses;
+    auto it = vPlace.begin();
+    for (const CreaseChain& chain : source.getChains())
+    {
+        const auto end = it + static_cast<std::ptrdiff_t>(chain.vVertices.size());
+        vCourses.emplace_back(it, end);
+        it = end;
+    }
+    return vCourses;
+}
+
+// For a chain that runs the other way.
+std::vector<ChainSample> ChainSampler::turnedOver(int chain, const std::vector<ChainSample>& vOther) const
+{
+    const int numSegments = static_cast<int>(source.getChains()[chain].vVertices.size()) - 1;
+    std::vector<ChainSample> vTurned(vOther.rbegin(), vOther.rend());
+    for (ChainSample& s : vTurned)
+    {
+        const bool bOnVertex = s.along <= 0.0;
+        s.segment = numSegments - s.segment - (bOnVertex ? 0 : 1);
+        s.along = bOnVertex ? 0.0 : 1.0 - s.along;
+    }
+    return vTurned;
 }
 
 const Point3& ChainSampler::pointOf(int chain, int idx) const

@@ -64,6 +64,11 @@ private:
     [[nodiscard]] std::vector<ChainSample> placeOnAll(int chain) const;
     [[nodiscard]] bool followsChain(int chain, const std::vector<ChainSample>& vPlaced) const;
     [[nodiscard]] const Point3& pointOf(int chain, int idx) const;
+    // Chains of bodies that touch along them are cut alike, to the last bit.
+    void shareSamples();
+    [[nodiscard]] std::vector<std::vector<int>> findCourses() const;
+    [[nodiscard]] std::vector<ChainSample> turnedOver(int chain,
+                                                      const std::vector<ChainSample>& vOther) const;
 
     const SourceSurface& source;
     double length;

@@ -9,6 +9,7 @@
 #include "remesh/Remesher.h"
 #include "remesh/SoupWelder.h"
 #include "remesh/SourceSurface.h"
+#include "remesh/TwinPatches.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -148,8 +149,12 @@ bool SoupRemesh::tryLength(SourceSurface& source, const std::function<void(doubl
         return false;
     report.numFarPlaces = remesher.getNumFarPlaces();
     report.farthestPlace = remesher.getFarthest();
-    report.numTriangles = remesher.getMesh().getNumTriangles();
-    remesher.getMesh().getFlat(result.vPoints, result.vCorners);
+    // Only where bodies were parted can any have touched.
+    if (report.numParted > 0)
+        TwinPatches(source).getFlat(remesher.getMesh(), result);
+    else
+        remesher.getMesh().getFlat(result.vPoints, result.vCorners);
+    report.numTriangles = result.numTriangles();
     return true;
 }
 

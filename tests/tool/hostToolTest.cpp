@@ -276,6 +276,12 @@ TEST_F(HostTool, meltedBoxIsClosedAndItsSamplesLieOnIt)
         expectBall(result.out);
     }
 
+    // Found: the gap between the flat faces and the edges of the box.
+    const Result found = run("box.stl old.ply -m --json");
+    EXPECT_GT(numberOf(found.out, "featureAngle"), 0.0);
+    EXPECT_LT(numberOf(found.out, "featureAngle"), 90.0);
+    EXPECT_GT(numberOf(found.out, "spacing"), 0.0);
+
     const Result sampled = run("box.stl new.xyz -m -a 0.1 --cloud --json");
     ASSERT_EQ(sampled.status, 0) << sampled.err;
     std::ifstream file(folder / "new.xyz");
