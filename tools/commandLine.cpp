@@ -36,6 +36,8 @@ Examples:
   zef part.obj closed.stl --fill all-but-rim --binary
                                             close its holes, for a printer
   zef scan.las scan.ply --convert           another format, nothing else
+  zef scans/*.las --batch meshes --format stl
+                                            one mesh for each scan
   zef mesh.ply model.stl --compare          how far two surfaces are apart
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
@@ -234,8 +236,12 @@ void defineFiles(CLI::App& app, Options& options, RawOptions& raw)
         ->group(files);
     app.add_flag("--y-up", options.bYUp, "GLB: turn what points up along z to y, as viewers expect")
         ->group(files);
+    app.add_option("--batch", options.batchFolder,
+                   "Each input for itself, its result in this folder; goes on after a failure")
+        ->type_name("DIR")
+        ->group(files);
     app.add_option("--format", options.format,
-                   "Format of standard input or output, for the name -, such as ply")
+                   "Format of standard input or output (-), and of the results of --batch (ply)")
         ->type_name("NAME")
         ->group(files);
 }
