@@ -8,6 +8,7 @@
 
 #include "checkOptions.h"
 #include "exitCodes.h"
+#include "helpDocuments.h"
 #include "numberText.h"
 #include "writePng.h"
 
@@ -287,6 +288,20 @@ void defineOptions(CLI::App& app, Options& options, RawOptions& raw)
     defineRunning(app, options, raw);
 }
 
+// For the build, not shown in the help.
+void defineDocuments(CLI::App& app)
+{
+    app.add_option_function<std::string>("--generate",
+                                         [&app](const std::string& kind)
+                                         {
+                                             std::cout << makeHelpDocument(app, kind, versionText());
+                                             throw CLI::Success();
+                                         })
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
+        ->trigger_on_parse()
+        ->group("");
+}
+
 // Letters to put in, leave out, or change (Levenshtein 1965).
 std::size_t editDistance(const std::string& a, const std::string& b)
 {
@@ -337,7 +352,9 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options)
     CLI::App app("Turns a point cloud, or a triangle soup, into a clean triangle mesh.", "zef");
     app.footer(EXAMPLES);
     RawOptions raw;
+    setHelpForm(app);
     defineOptions(app, options, raw);
+    defineDocuments(app);
     try
     {
         app.parse(argc, argv);

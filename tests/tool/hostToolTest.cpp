@@ -508,6 +508,36 @@ TEST_F(HostTool, standardStreamsCarryFiles)
     EXPECT_EQ(run("ball.xyz - --format ply -q >/dev/full").status, 1);
 }
 
+// Each option that the help shows stands in each document, and shells can read theirs.
+TEST_F(HostTool, documentsNameTheOptionsOfTheHelp)
+{
+    const std::string help = run("--help").out;
+    for (const char* pKind : {"man", "bash", "zsh", "fish"})
+    {
+        SCOPED_TRACE(pKind);
+        const Result made = run(std::string("--generate ") + pKind);
+        ASSERT_EQ(made.status, 0) << made.err;
+        std::istringstream lines(help);
+        std::size_t numOptions = 0;
+        for (std::string line; std::getline(lines, line);)
+        {
+            const std::size_t dashes = line.find("--");
+            if (!line.starts_with("  -") || dashes > 5)
+                continue;
+            std::string name = line.substr(dashes, line.find_first_of(" ,", dashes) - dashes);
+            if (std::string(pKind) == "fish")
+                name.replace(0, 2, "-l ");
+            if (std::string(pKind) == "man")
+                for (std::size_t i = name.find('-'); i != std::string::npos; i = name.find('-', i + 2))
+                    name.insert(i, "\\");
+            EXPECT_NE(made.out.find(name), std::string::npos) << name;
+            ++numOptions;
+        }
+        EXPECT_GT(numOptions, 30u) << help;
+    }
+    EXPECT_EQ(run("--generate bash >c.bash && bash -n c.bash").status, 0);
+}
+
 TEST_F(HostTool, aBatchGoesOnAfterAFailure)
 {
     const Result result = run("ball.xyz two.xyz far.xyz --batch results/new --format obj");
