@@ -82,7 +82,7 @@ void CompareJob::tell(const Surface& first, const Surface& second,
 {
     if (options.bJson)
     {
-        JsonLine line = startJson(options.task);
+        JsonLine line = startJson(options);
         line.add("toSecond", distancesJson(found.toSecond));
         line.add("toFirst", distancesJson(found.toFirst));
         context.console.print(line.getText() + "\n");

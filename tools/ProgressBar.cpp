@@ -15,6 +15,16 @@ namespace
 {
 constexpr int BAR_WIDTH = 30;
 
+// ", 12 s left", at the pace so far; empty as long as that would be a guess.
+std::array<char, 24> timeLeft(double elapsed, double fraction)
+{
+    std::array<char, 24> text{};
+    if (elapsed >= 2.0 && fraction >= 0.05 && fraction < 1.0)
+        static_cast<void>(std::snprintf(text.data(), text.size(), ", %.0f s left",
+                                        std::min(elapsed * (1.0 - fraction) / fraction, 1e6)));
+    return text;
+}
+
 void writeText(int fd, const char* pText, std::size_t num)
 {
     // A terminal that has gone is no reason to fail.
@@ -52,8 +62,9 @@ void ProgressBar::update(const std::string& name, double fraction)
     std::fill_n(bar.begin(), percent * BAR_WIDTH / 100, '#');
     const std::chrono::duration<double> elapsed = std::chrono::steady_clock::now() - start;
     std::array<char, 120> line;
-    const int num = std::snprintf(line.data(), line.size(), "\r[%s] %3d %%  %5.1f s  %.24s\x1b[K", bar.data(),
-                                  percent, elapsed.count(), name.c_str());
+    const int num =
+        std::snprintf(line.data(), line.size(), "\r[%s] %3d %%  %5.1f s%s  %.24s\x1b[K", bar.data(), percent,
+                      elapsed.count(), timeLeft(elapsed.count(), fraction).data(), name.c_str());
     writeText(terminal, line.data(), static_cast<std::size_t>(num));
 }
 

@@ -83,17 +83,18 @@ JsonLine choiceJson(const TARN_ZEF::AutoReport& choice)
 }
 } // namespace
 
-JsonLine startJson(Task task)
+JsonLine startJson(const Options& options)
 {
     JsonLine line;
     line.add("schema", JSON_SCHEMA);
-    line.add("task", std::string(nameOf(task)));
+    line.add("task", std::string(nameOf(options.task)));
+    line.add("input", options.getInputText());
     return line;
 }
 
 std::string Report::getJson(const Options& options) const
 {
-    JsonLine line = startJson(options.task);
+    JsonLine line = startJson(options);
     if (options.hasTriangles())
         line.add("inputTriangles", numInputTriangles);
     if (!options.hasTriangles() || options.task == Task::SAMPLE)
@@ -206,7 +207,7 @@ std::string Report::getSpacing(const Options& options) const
 {
     if (!options.bJson)
         return textOf(spacing) + "\n";
-    JsonLine line = startJson(options.task);
+    JsonLine line = startJson(options);
     line.add("points", numPoints);
     line.add("spacing", spacing);
     return line.getText() + "\n";

@@ -18,7 +18,7 @@ namespace TARN_TOOL
 constexpr std::size_t JSON_SCHEMA = 1;
 
 // A line with what each begins with.
-[[nodiscard]] JsonLine startJson(Task task);
+[[nodiscard]] JsonLine startJson(const Options& options);
 
 // The figures of one run, and their two forms: a summary for people, one line of JSON for programs.
 struct Report

@@ -95,7 +95,7 @@ Task taskOf(const RawOptions& raw, const Options& options)
 
 void checkSample(const Options& options)
 {
-    if (options.outName.empty() || !options.pngName.empty())
+    if ((options.outName.empty() && options.batchFolder.empty()) || !options.pngName.empty())
         refuse("--cloud", "writes points to OUT and makes no mesh to draw");
     if (options.bCheck || options.bHoles)
         refuse("--cloud", std::string("makes no mesh that ") + (options.bCheck ? "--check" : "--holes") +
@@ -198,6 +198,24 @@ void checkTarget(const Options& options)
     }
 }
 
+void checkBatch(const Options& options)
+{
+    if (options.batchFolder.empty())
+        return;
+    if (options.task == Task::SPACING || options.task == Task::COMPARE || options.task == Task::DRAW)
+        refuse("--batch", "writes a result for each input; leave it out with --spacing and --compare");
+    if (!options.pngName.empty() || !options.pngCloudName.empty())
+        refuse("--batch", "draws no pictures; leave out --png and --png-cloud");
+    for (const std::string& input : options.vInputs)
+        if (input == Options::STANDARD_STREAM)
+            refuse("--batch", "names its results after its inputs, and standard input has no name");
+    const std::string name = "x." + (options.format.empty() ? "ply" : options.format);
+    const bool bPoints = options.task == Task::SAMPLE || options.task == Task::CONVERT;
+    const bool bMesh = options.task != Task::SAMPLE;
+    if (!(bPoints && isPointFormat(name)) && !(bMesh && isMeshFormat(name)))
+        refuse("--format", "the results of the batch cannot be of the format " + options.format);
+}
+
 void checkPngName(const std::string& optionName, const std::string& name)
 {
     if (!name.empty() && extensionOf(name) != ".png")
@@ -211,6 +229,7 @@ void settleOptions(const RawOptions& raw, Options& options)
     settleNames(raw, options);
     options.task = taskOf(raw, options);
     options.bTaskByContent = options.task == Task::RECONSTRUCT;
+    checkBatch(options);
     checkTask(options);
     checkTarget(options);
     checkPngName("--png", options.pngName);

@@ -8,6 +8,7 @@
 
 #include "checkOptions.h"
 #include "exitCodes.h"
+#include "helpDocuments.h"
 #include "numberText.h"
 #include "writePng.h"
 
@@ -37,6 +38,8 @@ Examples:
   zef part.obj closed.stl --fill all-but-rim --binary
                                             close its holes, for a printer
   zef scan.las scan.ply --convert           another format, nothing else
+  zef scans/*.las --batch meshes --format stl
+                                            one mesh for each scan
   zef mesh.ply model.stl --compare          how far two surfaces are apart
   zef artificial123.xyz mesh.ply --json     figures for scripts
 
@@ -248,8 +251,12 @@ void defineFiles(CLI::App& app, Options& options, RawOptions& raw)
         ->group(files);
     app.add_flag("--y-up", options.bYUp, "GLB: turn what points up along z to y, as viewers expect")
         ->group(files);
+    app.add_option("--batch", options.batchFolder,
+                   "Each input for itself, its result in this folder; goes on after a failure")
+        ->type_name("DIR")
+        ->group(files);
     app.add_option("--format", options.format,
-                   "Format of standard input or output, for the name -, such as ply")
+                   "Format of standard input or output (-), and of the results of --batch (ply)")
         ->type_name("NAME")
         ->group(files);
 }
@@ -293,6 +300,20 @@ void defineOptions(CLI::App& app, Options& options, RawOptions& raw)
     if (canWritePng())
         definePictures(app, options, raw);
     defineRunning(app, options, raw);
+}
+
+// For the build, not shown in the help.
+void defineDocuments(CLI::App& app)
+{
+    app.add_option_function<std::string>("--generate",
+                                         [&app](const std::string& kind)
+                                         {
+                                             std::cout << makeHelpDocument(app, kind, versionText());
+                                             throw CLI::Success();
+                                         })
+        ->check(CLI::IsMember({"man", "bash", "zsh", "fish"}))
+        ->trigger_on_parse()
+        ->group("");
 }
 
 // Letters to put in, leave out, or change (Levenshtein 1965).
@@ -345,7 +366,9 @@ std::optional<int> parseCommandLine(int argc, char** argv, Options& options)
     CLI::App app("Turns a point cloud, or a triangle soup, into a clean triangle mesh.", "zef");
     app.footer(EXAMPLES);
     RawOptions raw;
+    setHelpForm(app);
     defineOptions(app, options, raw);
+    defineDocuments(app);
     try
     {
         app.parse(argc, argv);

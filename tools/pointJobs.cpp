@@ -120,7 +120,7 @@ void ConvertJob::run()
         what = "points";
         targets.write(data, 0.0);
     }
-    JsonLine line = startJson(options.task);
+    JsonLine line = startJson(options);
     line.add(what.c_str(), num);
     const std::string target = options.isToStandardOutput() ? "standard output" : options.outName;
     if (options.bJson)

@@ -1,5 +1,6 @@
 #include "comparison/SurfaceComparer.h"
 
+#include "core/cancel.h"
 #include "geometry/isFinite.h"
 #include "parallel/parallelFor.h"
 
@@ -54,6 +55,7 @@ FiniteSurface::FiniteSurface(const std::vector<Point3>& vPoints_, const std::vec
     vCorners.reserve(vCorners_.size());
     for (std::size_t i = 0; i < vCorners_.size(); i += 3)
     {
+        checkCancelledAt(i);
         const auto first = vCorners_.begin() + static_cast<std::ptrdiff_t>(i);
         if (std::all_of(first, first + 3,
                         [&](int corner) { return isFinite(vPoints[static_cast<std::size_t>(corner)]); }))
@@ -105,6 +107,7 @@ std::vector<Point3> SurfaceComparer::samplePlaces(std::size_t numSamples) const
     double passed = 0.0;
     for (std::size_t i = 0; i < surface.vCorners.size() && step > 0.0; i += 3)
     {
+        checkCancelledAt(i);
         passed += areaOf(surface, i);
         while (vPlaces.size() < numSamples && (static_cast<double>(vPlaces.size()) + 0.5) * step < passed)
             vPlaces.push_back(placeIn(surface, i, vPlaces.size()));

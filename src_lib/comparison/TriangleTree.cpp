@@ -1,9 +1,12 @@
 #include "comparison/TriangleTree.h"
 
+#include "core/cancel.h"
 #include "parallel/parallelFor.h"
+#include "parallel/sortMT2.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
@@ -66,7 +69,10 @@ TriangleTree::TriangleTree(const std::vector<Point3>& vPoints, const std::vector
     const auto corner = [&](std::size_t i) { return vPoints[static_cast<std::size_t>(vCorners[i])]; };
     vTriangles.reserve(vCorners.size() / 3);
     for (std::size_t i = 0; i < vCorners.size(); i += 3)
+    {
+        checkCancelledAt(i);
         vTriangles.push_back({corner(i), corner(i + 1), corner(i + 2)});
+    }
     sortAlongCurve();
     buildLevels();
 }
@@ -77,7 +83,8 @@ void TriangleTree::sortAlongCurve()
     std::vector<std::pair<std::uint64_t, std::uint32_t>> vOrder(vCodes.size());
     for (std::size_t i = 0; i < vOrder.size(); ++i)
         vOrder[i] = {vCodes[i], static_cast<std::uint32_t>(i)};
-    std::sort(vOrder.begin(), vOrder.end());
+    sortMT(vOrder.begin(), vOrder.end(), std::less<>());
+    checkCancelled();
     std::vector<Triangle> vSorted;
     vSorted.reserve(vTriangles.size());
     for (const auto& [code, i] : vOrder)
@@ -122,6 +129,7 @@ void TriangleTree::buildLevels()
     vBoxes.reserve(vTriangles.size());
     for (const Triangle& triangle : vTriangles)
         vBoxes.push_back(boxOf(triangle));
+    checkCancelled();
     vLevels.push_back(enclose<WIDTH>(vBoxes));
     while (vLevels.back().size() > 1)
         vLevels.push_back(enclose<WIDTH>(vLevels.back()));

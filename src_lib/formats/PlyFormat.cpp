@@ -1,4 +1,5 @@
 // PLY, in text and in both byte orders. Properties beyond coordinates, normals, colors and intensity are passed over.
+#include "core/cancel.h"
 #include "files/plyOutput.h"
 #include "formats/Format.h"
 #include "formats/coordinateForm.h"
@@ -35,6 +36,7 @@ template <class T, class To>
     vValues.reserve(num);
     for (std::size_t i = 0; i < num; ++i)
     {
+        checkCancelledAt(i);
         T value;
         std::memcpy(&value, pBytes + i * sizeof(T), sizeof(T));
         vValues.push_back(static_cast<To>(value));
@@ -88,7 +90,10 @@ template <class To>
     std::vector<Point3> vPoints;
     vPoints.reserve(vXYZ.size() / 3);
     for (std::size_t i = 0; i + 2 < vXYZ.size(); i += 3)
+    {
+        checkCancelledAt(i);
         vPoints.emplace_back(vXYZ[i], vXYZ[i + 1], vXYZ[i + 2]);
+    }
     return vPoints;
 }
 
@@ -216,6 +221,7 @@ void appendFaces(const tinyply::PlyData& faces, TriangleData& data)
     std::size_t first = 0;
     for (std::size_t i = 0; i < faces.count; ++i)
     {
+        checkCancelledAt(i);
         const std::size_t num = cornersOf(faces, i, vIndices.size());
         const std::span<const std::uint32_t> polygon(vIndices.data() + first, num);
         for (const std::uint32_t index : polygon)

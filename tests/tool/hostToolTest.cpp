@@ -169,6 +169,10 @@ const FailureCase FAILURES[] = {
     {"mesh of points", "ball.xyz new.ply --mesh", 1, "ball.xyz"},
     {"conversion of points to triangles", "ball.xyz new.stl --convert", 1, "leave out --convert"},
     {"conversion with a step", "box.stl new.ply --convert --flips", 2, "--mesh"},
+    {"batch of a format for nothing", "ball.xyz --batch new --format las", 2, "--format"},
+    {"batch with pictures", "ball.xyz --batch new --png a.png", 2, "--png"},
+    {"batch of one name", "ball.xyz ./ball.xyz --batch new", 1, "two inputs"},
+    {"batch of a stream", "- --batch new", 2, "no name"},
     {"comparison of one", "box.stl --compare", 2, "A and B"},
     {"comparison of points", "box.stl ball.xyz --compare", 1, "ball.xyz"},
     {"comparison and a step", "box.stl box.stl --compare --flips", 2, "--mesh"},
@@ -529,6 +533,64 @@ TEST_F(HostTool, standardStreamsCarryFiles)
     EXPECT_NE(piped.err.find("standard input: 3000 points"), std::string::npos) << piped.err;
     EXPECT_EQ(run("- --mesh --check", "cat expected.ply | ").status, 0);
     EXPECT_EQ(run("ball.xyz - --format ply -q >/dev/full").status, 1);
+}
+
+// Each option that the help shows stands in each document, and shells can read theirs.
+TEST_F(HostTool, documentsNameTheOptionsOfTheHelp)
+{
+    const std::string help = run("--help").out;
+    for (const char* pKind : {"man", "bash", "zsh", "fish"})
+    {
+        SCOPED_TRACE(pKind);
+        const Result made = run(std::string("--generate ") + pKind);
+        ASSERT_EQ(made.status, 0) << made.err;
+        std::istringstream lines(help);
+        std::size_t numOptions = 0;
+        for (std::string line; std::getline(lines, line);)
+        {
+            const std::size_t dashes = line.find("--");
+            if (!line.starts_with("  -") || dashes > 5)
+                continue;
+            std::string name = line.substr(dashes, line.find_first_of(" ,", dashes) - dashes);
+            if (std::string(pKind) == "fish")
+                name.replace(0, 2, "-l ");
+            if (std::string(pKind) == "man")
+                for (std::size_t i = name.find('-'); i != std::string::npos; i = name.find('-', i + 2))
+                    name.insert(i, "\\");
+            EXPECT_NE(made.out.find(name), std::string::npos) << name;
+            ++numOptions;
+        }
+        EXPECT_GT(numOptions, 30u) << help;
+    }
+    EXPECT_EQ(run("--generate bash >c.bash && bash -n c.bash").status, 0);
+}
+
+TEST_F(HostTool, aBatchGoesOnAfterAFailure)
+{
+    const Result result = run("ball.xyz two.xyz far.xyz --batch results/new --format obj");
+    EXPECT_EQ(result.status, 1);
+    EXPECT_NE(result.err.find("two.xyz failed: "), std::string::npos) << result.err;
+    EXPECT_NE(result.out.find("batch: 2 of 3 inputs done"), std::string::npos) << result.out;
+    ASSERT_EQ(run("ball.xyz ball.obj -q && '" ZEF_TOOL "' far.xyz far.obj -q").status, 0);
+    EXPECT_EQ(contentOf(folder / "results/new/ball.obj"), contentOf(folder / "ball.obj"));
+    EXPECT_EQ(contentOf(folder / "results/new/far.obj"), contentOf(folder / "far.obj"));
+    EXPECT_FALSE(fs::exists(folder / "results/new/two.obj"));
+    const Result json = run("two.xyz ball.xyz --batch results --json -q");
+    EXPECT_EQ(json.status, 1);
+    EXPECT_NE(json.out.find("\"input\": \"two.xyz\", \"error\": \""), std::string::npos) << json.out;
+    EXPECT_NE(json.out.find("\"task\": \"batch\", \"inputs\": 2, \"failed\": 1"), std::string::npos);
+    EXPECT_EQ(run("ball.xyz --batch .").status, 0);
+}
+
+TEST_F(HostTool, anInterruptedRunLeavesNoFile)
+{
+    const Files before = files();
+    const Result result = run("artificial123.xyz old.ply --anneal --anneal --anneal --anneal --anneal",
+                              "timeout --foreground --preserve-status -s INT 0.6 ");
+    EXPECT_EQ(result.status, 130);
+    EXPECT_EQ(result.out, "");
+    EXPECT_NE(result.err.find("interrupted"), std::string::npos) << result.err;
+    EXPECT_EQ(files(), before);
 }
 
 TEST_F(HostTool, severalInputsAreOneCloud)
