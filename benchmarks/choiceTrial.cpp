@@ -1,7 +1,7 @@
 // How many clouds of known shapes come out right, told nothing: closed and edge-manifold, with the Euler number and
 // the parts of the shape, and a volume within 2 %.
 //
-//     zef_choice_trial [POINTS [GAP [NOISE]]]     60000 0 0: see SurfaceSampler::Wish
+//     zef_choice_trial [POINTS [GAP [NOISE [NAME]]]]     60000 0 0: see SurfaceSampler::Wish; NAME: this shape alone
 //
 // A line for each shape tells what was chosen and what came out, the last one the sums: plain defaults, each fixed
 // factor, the choice.
@@ -16,6 +16,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <numeric>
+#include <string>
 
 namespace TARN_ZEF
 {
@@ -139,7 +140,9 @@ void tryShape(const ClosedShape& shape, const SurfaceSampler::Wish& wish, Sums& 
         sums.numChosenRight += bRight ? 1 : 0;
         std::printf(bRight ? "right: " : "WRONG: ");
         mesh.print();
-        const MeasuredMesh finished(*finishSurface(*pMesh, vPoints));
+        FinishOptions options;
+        options.longestHole = AutoOptions().mostEdgesOfHole;
+        const MeasuredMesh finished(*finishSurface(*pMesh, vPoints, options));
         const bool bFinishedRight = finished.isRight(shape, volume);
         sums.numFinishedRight += bFinishedRight ? 1 : 0;
         std::printf(bFinishedRight ? "; finished right: " : "; finished WRONG: ");
@@ -158,12 +161,13 @@ void printSums(const Sums& sums)
                 sums.numChosenRight, sums.numFinishedRight, sums.plainSeconds, sums.chosenSeconds);
 }
 
-void run(const SurfaceSampler::Wish& wish)
+void run(const SurfaceSampler::Wish& wish, const std::string& name)
 {
     const Silence silence;
     Sums sums;
     for (const ClosedShape& shape : makeClosedShapes())
-        tryShape(shape, wish, sums);
+        if (name.empty() || shape.name == name)
+            tryShape(shape, wish, sums);
     printSums(sums);
 }
 } // namespace
@@ -178,5 +182,5 @@ int main(int argc, char** argv)
         wish.gap = std::clamp(std::atof(argv[2]), 0.0, 0.75);
     if (argc > 3)
         wish.noise = std::max(0.0, std::atof(argv[3]));
-    TARN_ZEF::run(wish);
+    TARN_ZEF::run(wish, argc > 4 ? argv[4] : "");
 }

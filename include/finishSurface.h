@@ -26,7 +26,7 @@ struct FinishOptions
     double maxMove = 0.75;
     // Holes with a border of at most so many edges are closed; 0: none. What is a hole and no rim is told by the angles
     // around it, so that sheets and tubes stay open.
-    std::size_t longestHole = 12;
+    std::size_t longestHole = 16;
     // Edge of the lattice cells that the mesh comes from, in units of the points. 0: as the mesh says.
     double cellSize = 0.0;
     // Ends with coordinates that are floats, so that a file that holds no more, such as the PLY of writeMesh_auto(),

@@ -75,6 +75,9 @@ std::shared_ptr<TARN_ZEF::Mesh> Reconstruction::finish(std::shared_ptr<TARN_ZEF:
     // The PLY that is written holds floats.
     TARN_ZEF::FinishOptions finishOptions;
     finishOptions.bRoundToFloat = true;
+    // Who leaves all to the tool expects a closed object to come out closed.
+    if (context.options.bAuto)
+        finishOptions.longestHole = TARN_ZEF::AutoOptions().mostEdgesOfHole;
     pMesh = context.calls.run(
         [&] { return TARN_ZEF::finishSurface(std::move(pMesh), vPoints, finishOptions); }, HINT);
     report.finishSeconds = stopwatch.getSeconds();
