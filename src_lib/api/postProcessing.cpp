@@ -1,6 +1,7 @@
 // The public calls that improve a finished mesh.
 #include "zef_api_functions.h"
 
+#include "api/NearMesh.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
@@ -63,6 +64,7 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
     RMesh* pRMesh = getRMesh(pMesh);
     requireNumbers(maxEdgeLength, maxDevAngle);
     ProgressScope progress([] { prepareProgress("Reduce"); });
+    const NearMesh nearMesh(*pRMesh);
     const int numKilled = pRMesh->reduce(maxEdgeLength * maxEdgeLength, maxDevAngle, bKeepTopology);
     pRMesh->killDegenerate(bKeepTopology);
     progress.finish();
@@ -74,6 +76,7 @@ void edgeFlips(std::shared_ptr<Mesh> pMesh)
     const CallScope call;
     RMesh* pRMesh = getRMesh(pMesh);
     ProgressScope progress([] { prepareProgress("EdgeFlips"); });
+    const NearMesh nearMesh(*pRMesh);
     flipOnce(pRMesh);
     progress.finish();
 }
@@ -84,6 +87,7 @@ void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh)
     RMesh* pRMesh = getRMesh(pMesh);
     const std::vector<double> vTemperatures = getAnnealingTemperatures();
     ProgressScope progress([&] { prepareProgressSimA(vTemperatures); });
+    const NearMesh nearMesh(*pRMesh);
     if (isIndependentCall())
         pRMesh->restartAnnealing();
     flipOnce(pRMesh);
@@ -99,6 +103,7 @@ void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations)
     RMesh* pRMesh = getRMesh(pMesh);
     requirePasses(numIterations);
     ProgressScope progress([=] { prepareProgressSmoothing(numIterations); });
+    const NearMesh nearMesh(*pRMesh);
     LaplacianSmoother smoother(pRMesh, true);
     smoother.run(numIterations);
     pRMesh->killDegenerate();

@@ -5,6 +5,7 @@
 #include "core/ProgressScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "geometry/NearFrame.h"
 #include "remesh/SoupRemesh.h"
 
 #include <algorithm>
@@ -61,13 +62,19 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         numTold = std::max(num, numTold);
     };
     SoupRemesh soupRemesh(options);
-    const bool bAny = soupRemesh.run(vTriCorners, tell);
+    const NearFrame frame = NearFrame::around(vTriCorners);
+    std::vector<Point3> vCopies;
+    const bool bAny = soupRemesh.run(frame.enter(vTriCorners, vCopies), tell);
     progress.finish();
     std::shared_ptr<Mesh> pMesh;
     const FlatSoup& flat = soupRemesh.getResult();
     if (bAny)
-        pMesh = makeMesh(flat.vPoints, {flat.vCorners.begin(), flat.vCorners.end()},
+    {
+        std::vector<Point3> vPoints = flat.vPoints;
+        frame.leave(vPoints);
+        pMesh = makeMesh(std::move(vPoints), {flat.vCorners.begin(), flat.vCorners.end()},
                          soupRemesh.getReport().length);
+    }
     else
         warningMessage("remesh", "no triangle has a height");
     if (pReport != nullptr)
