@@ -62,7 +62,7 @@ std::shared_ptr<Mesh> Hal::reconstruct()
     pCloudMgr->getBundles(vBundles, pCalc);
     if (vBundles.empty())
     {
-        warningMessage(ZEF_HERE, "Nothing to do (bad input? wrong resolution?)");
+        warningMessage("Reconstruct", "Nothing to do (bad input? wrong resolution?)");
         return {};
     }
     pProgress->increment();
@@ -81,7 +81,7 @@ std::shared_ptr<Mesh> Hal::oneMelt()
     pCloudMgr->getBundles(vBundles, pCalc);
     if (vBundles.empty())
     {
-        warningMessage(ZEF_HERE, "MELT: Nothing to do");
+        warningMessage("Melt", "MELT: Nothing to do");
         return {};
     }
     createCCDBundle();
@@ -89,17 +89,17 @@ std::shared_ptr<Mesh> Hal::oneMelt()
     return refineMesh();
 }
 
-void Hal::toCloud(std::vector<Point3*>& vResult)
+void Hal::toCloud(std::vector<Point3>& vResult)
 {
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("hal-part", 2);
     pCloudMgr->getBundles(vBundles, pCalc);
     pProgress->increment();
     if (vBundles.empty())
-        warningMessage(ZEF_HERE, "toCloud: Nothing to do");
+        warningMessage("ToCloud", "toCloud: Nothing to do");
     vResult.reserve(vResult.size() + vBundles.size());
     addToReport(&CallReport::numCells, vBundles.size());
     for (const Bundle* pBundle : vBundles)
-        vResult.push_back(pBundle->pPoint);
+        vResult.push_back(pCloudMgr->getFrame().leave(*pBundle->pPoint));
     pProgress->increment();
     pProgress->setFinished(true);
 }
@@ -136,6 +136,9 @@ std::shared_ptr<Mesh> Hal::refineMesh()
     }
     RTop rtop(pRMesh.get());
     rtop.run();
+    const NearFrame& frame = pCloudMgr->getFrame();
+    if (frame.isShifted())
+        pRMesh->placeVertices([&frame](const Point3& p) { return frame.leave(p); });
     auto pMesh = std::make_shared<Mesh>(pRMesh.get());
     static_cast<void>(pRMesh.release());
     return pMesh;

@@ -35,8 +35,8 @@ public:
 
     // The melt pipeline: the same on the cells of a triangle soup, with the repair for melting.
     [[nodiscard]] std::shared_ptr<Mesh> oneMelt();
-    // Appends the points of the bundles; they belong to the cloud. A warning if there are none.
-    void toCloud(std::vector<Point3*>& vResult);
+    // Appends the points of the bundles. A warning if there are none.
+    void toCloud(std::vector<Point3>& vResult);
 
     // Asserts that an extraction has made it.
     [[nodiscard]] CMesh* getCMesh() const;

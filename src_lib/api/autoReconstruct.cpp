@@ -64,7 +64,9 @@ CloudFigures measureCloud(const std::vector<Point3>& vFinite)
     Cloud cloud("cloud on trial", -1.0, 1.0, false, SpacingBy::FACTOR);
     cloud.setPoints(vFinite);
     cloud.estimateResolution();
-    const CloudFigures figures = CloudMeasure(vFinite, cloud.getSpacing()).measure();
+    std::vector<Point3> vCopies;
+    const std::vector<Point3>& vNear = cloud.getFrame().enter(vFinite, vCopies);
+    const CloudFigures figures = CloudMeasure(vNear, cloud.getSpacing()).measure();
     progress.finish();
     return figures;
 }

@@ -6,6 +6,7 @@
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "finish/Finisher.h"
+#include "geometry/NearFrame.h"
 #include "geometry/isFinite.h"
 #include "rmesh/RMesh.h"
 
@@ -72,10 +73,15 @@ std::shared_ptr<Mesh> finish(const Mesh& mesh, std::shared_ptr<Mesh> pOwned,
     }
     pOwned.reset();
     const std::size_t numBefore = flat.getNumT();
+    // Floats are those of the caller's coordinates, and no others can be rounded to.
+    const NearFrame frame = options.bRoundToFloat ? NearFrame() : NearFrame::around(flat.vPoints, cellSize);
+    frame.enter(flat.vPoints);
+    std::vector<Point3> vCopies;
     {
         const StageScope stage("finish");
-        Finisher(flat, vCloud, complete, report).run();
+        Finisher(flat, frame.enter(vCloud, vCopies), complete, report).run();
     }
+    frame.leave(flat.vPoints);
     reportPoints(vCloud);
     reportPasses(report, numBefore, flat.getNumT());
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("FI_out", 1);

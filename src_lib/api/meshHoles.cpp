@@ -6,6 +6,7 @@
 #include "closing/HoleCloser.h"
 #include "closing/LoopFinder.h"
 #include "core/CallScope.h"
+#include "geometry/NearFrame.h"
 #include "geometry/requireTriangles.h"
 #include "rmesh/RMesh.h"
 
@@ -18,8 +19,10 @@ std::vector<BorderLoop> findBorderLoops(const std::vector<Point3>& vPoints,
 {
     const CallScope call;
     requireTriangles(vPoints.size(), vTriangleCorners);
+    std::vector<Point3> vCopies;
+    const std::vector<Point3>& vNear = NearFrame::around(vPoints).enter(vPoints, vCopies);
     const EdgeMates mates(vTriangleCorners);
-    return LoopFinder(vPoints, vTriangleCorners, mates).run();
+    return LoopFinder(vNear, vTriangleCorners, mates).run();
 }
 
 std::vector<BorderLoop> findBorderLoops(const Mesh& mesh)
@@ -38,6 +41,8 @@ std::shared_ptr<Mesh> fillHoles(const Mesh& mesh, const std::vector<BorderLoop>&
     std::vector<Point3> vPoints;
     std::vector<int> vCorners;
     getFlat(mesh, vPoints, vCorners);
+    const NearFrame frame = NearFrame::around(vPoints, mesh.getRMesh()->getCellSize());
+    frame.enter(vPoints);
     HoleCloser closer(vPoints, vCorners, vChosen, options);
     std::vector<Point3> vAllPoints = vPoints;
     std::vector<int> vNewCorners;
@@ -52,6 +57,7 @@ std::shared_ptr<Mesh> fillHoles(const Mesh& mesh, const std::vector<BorderLoop>&
         for (const FillResult& result : closer.getResults())
             pReport->numHolesClosed += result.bFilled ? 1 : 0;
     }
+    frame.leave(vAllPoints);
     std::vector<std::uint32_t> vAllCorners(vCorners.begin(), vCorners.end());
     vAllCorners.insert(vAllCorners.end(), vNewCorners.begin(), vNewCorners.end());
     std::shared_ptr<Mesh> pMesh =

@@ -1,6 +1,7 @@
 // The public calls that improve a finished mesh.
 #include "zef_api_functions.h"
 
+#include "api/NearMesh.h"
 #include "api/reportMesh.h"
 #include "api/requireMesh.h"
 #include "core/CallScope.h"
@@ -77,6 +78,7 @@ int reduce(std::shared_ptr<Mesh> pMesh, double maxEdgeLength, double maxDevAngle
     RMesh* pRMesh = getRMesh(pMesh);
     requireNumbers(maxEdgeLength, maxDevAngle);
     ProgressScope progress([] { prepareProgress("Reduce"); });
+    const NearMesh nearMesh(*pRMesh);
     addToReport(&CallReport::numRawT, pRMesh->getNumT());
     int numKilled = 0;
     pass("collapses", pRMesh,
@@ -92,6 +94,7 @@ void edgeFlips(std::shared_ptr<Mesh> pMesh)
     const CallScope call("edgeFlips");
     RMesh* pRMesh = getRMesh(pMesh);
     ProgressScope progress([] { prepareProgress("EdgeFlips"); });
+    const NearMesh nearMesh(*pRMesh);
     addToReport(&CallReport::numRawT, pRMesh->getNumT());
     flipOnce(pRMesh);
     progress.finish();
@@ -104,6 +107,7 @@ void edgeFlipsSimA(std::shared_ptr<Mesh> pMesh)
     RMesh* pRMesh = getRMesh(pMesh);
     const std::vector<double> vTemperatures = getAnnealingTemperatures();
     ProgressScope progress([&] { prepareProgressSimA(vTemperatures); });
+    const NearMesh nearMesh(*pRMesh);
     if (isIndependentCall())
         pRMesh->restartAnnealing();
     addToReport(&CallReport::numRawT, pRMesh->getNumT());
@@ -121,6 +125,7 @@ void laplacianSmoothing(std::shared_ptr<Mesh> pMesh, int numIterations)
     RMesh* pRMesh = getRMesh(pMesh);
     requirePasses(numIterations);
     ProgressScope progress([=] { prepareProgressSmoothing(numIterations); });
+    const NearMesh nearMesh(*pRMesh);
     addToReport(&CallReport::numRawT, pRMesh->getNumT());
     {
         const StageScope stage("smoothing");

@@ -6,6 +6,7 @@
 #include "core/ProgressScope.h"
 #include "core/definitions.h"
 #include "core/refuse.h"
+#include "geometry/NearFrame.h"
 #include "outer/OuterHull.h"
 #include "remesh/SoupRemesh.h"
 
@@ -90,17 +91,24 @@ std::shared_ptr<Mesh> remesh(const std::vector<Point3>& vTriCorners, const Remes
         hullReport.numSealed = hull.getNumSealed();
         hullReport.bFromLattice = hull.isFromLattice();
     };
+    const NearFrame frame = NearFrame::around(vTriCorners);
+    std::vector<Point3> vCopies;
     bool bAny = false;
     {
         const StageScope stage("remesh");
-        bAny = soupRemesh.run(vTriCorners, tell, options.bOuter ? SoupRemesh::Reshape(takeHull) : nullptr);
+        bAny = soupRemesh.run(frame.enter(vTriCorners, vCopies), tell,
+                              options.bOuter ? SoupRemesh::Reshape(takeHull) : nullptr);
     }
     progress.finish();
     std::shared_ptr<Mesh> pMesh;
     const FlatSoup& flat = soupRemesh.getResult();
     if (bAny)
-        pMesh = makeMesh(flat.vPoints, {flat.vCorners.begin(), flat.vCorners.end()},
+    {
+        std::vector<Point3> vPoints = flat.vPoints;
+        frame.leave(vPoints);
+        pMesh = makeMesh(std::move(vPoints), {flat.vCorners.begin(), flat.vCorners.end()},
                          soupRemesh.getReport().length);
+    }
     else
         warningMessage("remesh", "no triangle has a height");
     reportSoup(vTriCorners.size(), soupRemesh.getReport());

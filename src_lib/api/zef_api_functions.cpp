@@ -61,12 +61,10 @@ void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double feature
     CloudMgr cloudMgr;
     cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
     Hal hal(&cloudMgr);
-    std::vector<Point3*> vPoints;
+    std::vector<Point3> vPoints;
     hal.toCloud(vPoints);
     progress.finish();
-    vResult.reserve(vResult.size() + vPoints.size());
-    for (const Point3* pPoint : vPoints)
-        vResult.push_back(*pPoint);
+    vResult.insert(vResult.end(), vPoints.begin(), vPoints.end());
 }
 
 double estimateAvgSpacing(std::vector<Point3>& vPoints)

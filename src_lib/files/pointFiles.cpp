@@ -3,6 +3,7 @@
 
 #include "core/cancel.h"
 #include "core/definitions.h"
+#include "files/SkippedLines.h"
 #include "files/Visualizer3.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
@@ -54,6 +55,27 @@ private:
     std::vector<Point3>& vPoints;
     std::size_t size;
 };
+
+// Appends the points of the lines that start with three numbers, and tells about the others.
+[[nodiscard]] SkippedLines readLines(LineReader& lines, std::vector<Point3>& vPoints)
+{
+    SkippedLines skipped;
+    const std::size_t numBefore = vPoints.size();
+    std::string_view line;
+    std::string_view rest;
+    Point3 point;
+    while (lines.next(line))
+    {
+        if (extractPoint(line, point, rest))
+        {
+            vPoints.push_back(point);
+            skipped.addRest(rest, line, lines.getLineNumber());
+        }
+        else
+            skipped.add(line, lines.getLineNumber(), vPoints.size() == numBefore);
+    }
+    return skipped;
+}
 
 // The next bytes of source as a value; a stream that ends within it gives 0.
 template <class T>
@@ -153,14 +175,9 @@ bool readPoints_ASCII(const char* filename, std::vector<Point3>& vPoints)
     try
     {
         ByteSource source(file);
-        LineReader lines(source);
-        std::string_view line;
-        Point3 point;
-        while (lines.next(line))
-        {
-            if (extractPoint(line, point))
-                vPoints.push_back(point);
-        }
+        skipByteOrderMark(source);
+        LineReader lines(source, findLineEnds(source));
+        readLines(lines, vPoints).warn(filename);
     }
     catch (const std::bad_alloc&)
     {
@@ -197,7 +214,9 @@ bool readPoints_BIN(const char* filename, std::vector<Point3>& vPoints)
         }
         const auto num = takeValue<u64>(source);
         if (num > MAX_POINTS)
-            throw std::runtime_error("the file counts " + std::to_string(num) + " points");
+            throw std::runtime_error("byte 4: the file counts " + std::to_string(num) + " points, at most " +
+                                     std::to_string(MAX_POINTS) +
+                                     " are read; it is damaged, or no such file");
         appendBinaryPoints(filename, source, typ == TYP_3D ? 3 : 2, num, vPoints);
     }
     catch (const std::bad_alloc&)

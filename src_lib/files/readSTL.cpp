@@ -3,9 +3,12 @@
 
 #include "core/cancel.h"
 #include "core/definitions.h"
+#include "geometry/isFinite.h"
 #include "text/LineReader.h"
 #include "text/TextNumbers.h"
+#include "text/quote.h"
 
+#include <algorithm>
 #include <cstring>
 #include <fstream>
 #include <new>
@@ -15,6 +18,9 @@ namespace TARN_ZEF
 {
 namespace
 {
+constexpr const char* TAG = "readSTL";
+constexpr const char* WAY_OUT = "; readTriangles() of zef_formats.h reads every STL";
+
 // Whether line holds the two words, with any blanks between them.
 [[nodiscard]] bool holdsWords(std::string_view line, std::string_view first, std::string_view second)
 {
@@ -28,6 +34,29 @@ namespace
             return true;
     }
     return false;
+}
+
+// Whether its first word is "vertex", in whatever letters.
+[[nodiscard]] bool startsWithVertex(std::string_view line)
+{
+    constexpr std::string_view WORD = "vertex";
+    const char* p = line.data();
+    const std::string_view first = nextToken(p, p + line.size());
+    return std::equal(first.begin(), first.end(), WORD.begin(), WORD.end(),
+                      [](char c, char small) { return c == small || c == small - 'a' + 'A'; });
+}
+
+// Three numbers, of which some may be "nan" or "inf".
+[[nodiscard]] bool extractNotFinite(std::string_view coordinates, Point3& corner)
+{
+    const char* p = coordinates.data();
+    const char* const pEnd = p + coordinates.size();
+    double aXYZ[3];
+    for (double& coordinate : aXYZ)
+        if (!parseNumber(nextToken(p, pEnd), coordinate))
+            return false;
+    corner.set(aXYZ[0], aXYZ[1], aXYZ[2]);
+    return true;
 }
 
 // Whether the file starts as a binary STL of exactly its size: a header of 80 bytes, the number of
@@ -45,7 +74,7 @@ namespace
 // slip into the next one: such a file is refused.
 //
 // A facet starts at a line with "outer loop", in small or capital letters, and ends at one with "endloop".
-// The end and "vertex" count in small letters only.
+// The end and "vertex" count in small letters only. Facets with a corner that is not finite are left out.
 class StlParser
 {
 public:
@@ -60,9 +89,22 @@ public:
         while (lines.next(line))
             takeLine(line, vCorners);
         if (bInFacet)
-            closeFacet();
+            closeFacet(vCorners);
         if (!bFacetSeen && !bSolidSeen && !bBlank)
             fail("this is no ASCII STL file");
+    }
+
+    // What was read otherwise than a user may expect.
+    void warn(const std::string& filename) const
+    {
+        if (numNotFinite > 0)
+            warningMessage(TAG, filename + ": facets left out for a corner that is not finite: " +
+                                    std::to_string(numNotFinite) + ", the first ends in line " +
+                                    std::to_string(firstNotFinite));
+        if (!bFacetSeen && otherLetters > 0)
+            warningMessage(TAG, filename +
+                                    ": no facet begins with \"outer loop\" or \"OUTER LOOP\", but line " +
+                                    std::to_string(otherLetters) + " holds a vertex" + WAY_OUT);
     }
 
 private:
@@ -74,32 +116,52 @@ private:
     void takeLine(std::string_view line, std::vector<Point3>& vCorners)
     {
         if (std::memchr(line.data(), '\0', line.size()) != nullptr)
-            fail("binary STL is not supported");
+            fail(std::string("binary STL is not supported") + WAY_OUT);
         if (holdsWords(line, "outer", "loop") || holdsWords(line, "OUTER", "LOOP"))
-            openFacet();
+            openFacet(vCorners);
         else if (bInFacet && line.find("endloop") != std::string_view::npos)
-            closeFacet();
+            closeFacet(vCorners);
         else if (bInFacet && line.find("vertex") != std::string_view::npos)
             takeVertex(line, vCorners);
-        else if (!bFacetSeen && !bSolidSeen)
+        else
+            takeOtherLine(line);
+    }
+
+    void takeOtherLine(std::string_view line)
+    {
+        if (otherLetters == 0 && (bInFacet || !bFacetSeen) && startsWithVertex(line))
+            otherLetters = lines.getLineNumber();
+        if (!bFacetSeen && !bSolidSeen)
             takeFirstLine(line);
     }
 
-    void openFacet()
+    void openFacet(std::vector<Point3>& vCorners)
     {
         if (bInFacet && numCorners > 0)
-            closeFacet();
+            closeFacet(vCorners);
         bInFacet = true;
         bFacetSeen = true;
         numCorners = 0;
     }
 
-    void closeFacet()
+    void closeFacet(std::vector<Point3>& vCorners)
     {
         if (numCorners != 3)
-            fail("a facet with " + std::to_string(numCorners) + " corners");
+            fail("a facet with " + std::to_string(numCorners) + " corners" + getLettersHint());
         bInFacet = false;
         numCorners = 0;
+        if (std::all_of(vCorners.end() - 3, vCorners.end(), isFinite))
+            return;
+        vCorners.resize(vCorners.size() - 3);
+        if (numNotFinite++ == 0)
+            firstNotFinite = lines.getLineNumber();
+    }
+
+    [[nodiscard]] std::string getLettersHint() const
+    {
+        return otherLetters > 0
+                   ? std::string(", since \"vertex\" and \"endloop\" count in small letters only") + WAY_OUT
+                   : "";
     }
 
     void takeVertex(std::string_view line, std::vector<Point3>& vCorners)
@@ -107,9 +169,10 @@ private:
         const char* p = line.data();
         const char* pEnd = p + line.size();
         static_cast<void>(nextToken(p, pEnd));
+        const std::string_view coordinates(p, static_cast<std::size_t>(pEnd - p));
         Point3 corner;
-        if (!extractPoint({p, static_cast<std::size_t>(pEnd - p)}, corner))
-            fail("a vertex without three coordinates");
+        if (!extractPoint(coordinates, corner) && !extractNotFinite(coordinates, corner))
+            fail("a vertex without three coordinates: " + quote(line));
         vCorners.push_back(corner);
         ++numCorners;
     }
@@ -123,7 +186,10 @@ private:
     }
 
     LineReader lines;
-    std::size_t numCorners = 0; // of the open facet
+    std::size_t numCorners = 0;   // of the open facet
+    std::size_t numNotFinite = 0; // facets
+    u64 firstNotFinite = 0;       // line where the first of them ends
+    u64 otherLetters = 0;         // first line with a vertex where or as none is read; 0 if there is none
     bool bInFacet = false;
     bool bFacetSeen = false;
     bool bSolidSeen = false;
@@ -144,9 +210,11 @@ bool readSTL_ASCII(const char* filename, std::vector<Point3>& vPoints)
     {
         ByteSource source(file);
         if (hasBinarySize(source))
-            throw std::runtime_error("binary STL is not supported");
+            throw std::runtime_error(std::string("binary STL is not supported") + WAY_OUT);
         std::vector<Point3> vCorners;
-        StlParser(source).run(vCorners);
+        StlParser parser(source);
+        parser.run(vCorners);
+        parser.warn(filename);
         if (vPoints.empty())
             vPoints.swap(vCorners);
         else

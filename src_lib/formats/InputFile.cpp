@@ -1,7 +1,5 @@
 #include "formats/InputFile.h"
 
-#include "text/TextNumbers.h"
-
 #include <algorithm>
 #include <filesystem>
 
@@ -11,7 +9,6 @@ namespace
 {
 // Between two reports of progress.
 constexpr u64 STEP_BYTES = u64{1} << 16;
-constexpr std::size_t QUOTED = 40;
 
 std::ifstream& openAt(std::ifstream& stream, const std::string& path, std::string& head, u64& size)
 {
@@ -97,23 +94,6 @@ void InputFile::step()
         pProgress = getRootProgress()->getChildProgressSetTodo("Read", size);
     pProgress->increment(offset - reported);
     reported = offset;
-}
-
-std::string_view trim(std::string_view text) noexcept
-{
-    while (!text.empty() && isBlank(text.front()))
-        text.remove_prefix(1);
-    while (!text.empty() && isBlank(text.back()))
-        text.remove_suffix(1);
-    return text;
-}
-
-std::string quote(std::string_view text)
-{
-    std::string quoted = "\"";
-    for (const char c : text.substr(0, QUOTED))
-        quoted += c >= ' ' && c <= '~' ? c : c == '\t' ? ' ' : '?';
-    return quoted + (text.size() > QUOTED ? "...\"" : "\"");
 }
 
 } // namespace TARN_ZEF

@@ -5,6 +5,7 @@
 #include "formats/FileError.h"
 #include "text/ByteSource.h"
 #include "text/LineReader.h"
+#include "text/quote.h"
 
 #include <bit>
 #include <cstring>
@@ -72,11 +73,6 @@ private:
     Progress* pProgress = nullptr;
     u64 reported = 0;
 };
-
-// Without blanks around it.
-[[nodiscard]] std::string_view trim(std::string_view text) noexcept;
-// For a message: as it stands, but shortened and without odd characters.
-[[nodiscard]] std::string quote(std::string_view text);
 
 } // namespace TARN_ZEF
 

@@ -101,8 +101,10 @@ void Cloud::takePoints(std::vector<Point3> v)
     const std::size_t numDropped = dropNonFinite(v, groupSize);
     addToReport(&CallReport::numNotFinite, numDropped * groupSize);
     if (numDropped > 0)
-        warningMessage(ZEF_HERE, "Skipped " + std::to_string(numDropped) + " non-finite " +
-                                     (bMelt ? "triangles" : "points"));
+        warningMessage("Cloud", "Skipped " + std::to_string(numDropped) + " non-finite " +
+                                    (bMelt ? "triangles" : "points"));
+    frame = NearFrame::around(v, spacingAbs);
+    frame.enter(v);
     vPoints = std::move(v);
     numInputPoints = vPoints.size();
     if (!bMelt)
@@ -132,7 +134,7 @@ bool Cloud::isEmpty() const
 {
     if (!vPoints.empty())
         return false;
-    warningMessage(ZEF_HERE, "Nothing to do for cloud " + name);
+    warningMessage("Cloud", "Nothing to do for cloud " + name);
     return true;
 }
 
@@ -157,6 +159,8 @@ void Cloud::createBundles(Smooth* pSmooth)
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("CL_creb", 6);
     const std::vector<CellPoint> vPoints0 = makeBundlePoints(*pSmooth);
     addToReport(&CallReport::numRemovedCells, pSmooth->getNodes().size() - vPoints0.size());
+    if (vPoints0.empty())
+        tellOutliers(pSmooth->getNodes());
     pSmooth->clear();
     pProgress->increment(5);
     initPool(bundlePool, vPoints0.size());

@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "core/SourceLocation.h"
+#include "geometry/NearFrame.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 #include "tarn_tools/SimplePool.h"
@@ -18,6 +19,7 @@
 
 namespace TARN_ZEF
 {
+class SNode;
 class Smooth;
 
 // Which of the two the caller has chosen; refusals name it.
@@ -37,7 +39,7 @@ enum class SpacingBy
 // Ownership:  owns copies of the points, the lattice, the bundles and the bundles' points. The points of a
 //             scan go as soon as they are reduced to nodes; those of a soup are replaced by the points of
 //             the cells, and bundles refer to them.
-// Invariant:  the coordinates of all points are finite.
+// Invariant:  the coordinates of all points are finite, and in the frame near them.
 // Threads:    one caller; sorts and passes over the points use the pool.
 // Errors:     input that cannot be worked with is refused by a ZefRefusedException.
 // Cost:       n log n by radix sorts. Without bundles and lattice if the input is empty.
@@ -92,6 +94,8 @@ public:
     [[nodiscard]] double getSpacing() const noexcept { return detectedSpacing; }
     // The one in force, and edge of the cells; -1.0 before estimateResolution().
     [[nodiscard]] double getUsedSpacing() const noexcept { return usedSpacing; }
+    // In which all that is told of places, the lattice and the bundles' points, is given.
+    [[nodiscard]] const NearFrame& getFrame() const noexcept { return frame; }
     // Null before createCalc().
     [[nodiscard]] Calc* getCalc() const noexcept { return pCalc.get(); }
     [[nodiscard]] bool isMelt() const noexcept { return bMelt; }
@@ -106,12 +110,14 @@ public:
 private:
     static constexpr std::size_t MAX_POINTS = std::numeric_limits<std::int32_t>::max();
 
-    // --- Refusals (CloudRefusals.cpp) ---
+    // --- Refusals (CloudRefusals.cpp), and a reason (CloudOutliers.cpp) ---
     // condition is what does not hold; where is for the place that asks.
     using Place = SourceLocation;
     void requireTriangles(std::size_t num, const Place& where = Place::current()) const;
     void requireCells(std::size_t num, const Place& where = Place::current()) const;
     void requireArea(const Place& where = Place::current()) const; // of a soup, in cells
+    // Warns of points that are the reason why none of these nodes has a surface around it.
+    void tellOutliers(const std::vector<SNode>& vNodes) const;
     [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;
     [[noreturn]] void refuseCrowd(const char* condition, const Place& where = Place::current()) const;
     [[noreturn]] void refuseSpacing(const char* condition, const Place& where = Place::current()) const;
@@ -147,6 +153,7 @@ private:
     double usedSpacing = -1.0;
     double cellEdge = -1.0;
     std::unique_ptr<Calc> pCalc;
+    NearFrame frame;
     std::vector<Point3> vPoints;
     SimplePool<Bundle> bundlePool;
     SimplePool<Point3> pointPool; // of a scan's bundles

@@ -47,6 +47,9 @@ public:
     // The same bundles with their cells, in place of the earlier content.
     void getBundles(std::vector<std::pair<u64, Bundle*>>& vCCD2Bundle) const;
 
+    // In which the bundles' points and the lattice are given. Asserts that there is a cloud.
+    [[nodiscard]] const NearFrame& getFrame() const { return getFirstCloud().getFrame(); }
+
     // Copies the pairs of cells along feature and border edges of a soup. Assert that there is a cloud.
     void getFeatures(std::vector<std::pair<u64, u64>>& v) const;
     void getBorders(std::vector<std::pair<u64, u64>>& v) const;

@@ -64,10 +64,13 @@ void Cloud::requireArea(const SourceLocation& where) const
 
 void Cloud::refuseExtent(const char* condition, const SourceLocation& where) const
 {
+    const auto tell = [this](const double(&aPlace)[3])
+    {
+        const Point3 p = frame.leave({aPlace[0], aPlace[1], aPlace[2]});
+        return toText(p.x()) + ", " + toText(p.y()) + ", " + toText(p.z());
+    };
     refuse<ZefUnusablePoints>(condition,
-                              "the coordinates reach from " + toText(bbMin[0]) + ", " + toText(bbMin[1]) +
-                                  ", " + toText(bbMin[2]) + " to " + toText(bbMax[0]) + ", " +
-                                  toText(bbMax[1]) + ", " + toText(bbMax[2]) +
+                              "the coordinates reach from " + tell(bbMin) + " to " + tell(bbMax) +
                                   ", which is too far to compute with; check the input for damaged numbers",
                               where);
 }

@@ -143,7 +143,7 @@ void Cloud::createCalc()
     if (wantedLevel <= MAXLEVELS)
         baseLevel = static_cast<int>(wantedLevel);
     else
-        warningMessage(ZEF_HERE, "BaseLevel out of range: " + toText(wantedLevel));
+        warningMessage("Cloud", "BaseLevel out of range: " + toText(wantedLevel));
     const double numCReal = std::ldexp(1.0, baseLevel);
     if (!(numCReal >= numReqC))
         refuseLattice("numCReal>=numReqC");

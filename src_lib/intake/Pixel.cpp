@@ -188,7 +188,7 @@ Pixel::Pixel(const std::vector<Point3*>& vTriangleCorners, const Calc* pCalc_)
     ASSEX_TEXT(spacingAbs > 0, "spacingAbs>0");
     linkEdge2T(vTriangleCorners);
     if (vTri.empty())
-        warningMessage(ZEF_HERE, "No non-degenerate triangles");
+        warningMessage("Pixel", "No non-degenerate triangles");
     else
         bfsSort();
 }
@@ -268,7 +268,7 @@ void Pixel::linkEdge2T(const std::vector<Point3*>& vTriangleCorners)
     addToReport(&CallReport::numUsedPoints, 3 * vTri.size());
     addToReport(&CallReport::numFlatCorners, 3 * skip);
     if (skip > 0)
-        warningMessage(ZEF_HERE, "Skipped " + std::to_string(skip) + " degenerate triangles");
+        warningMessage("Pixel", "Skipped " + std::to_string(skip) + " degenerate triangles");
 }
 
 u64 Pixel::makeEdge(const Point3* a, const Point3* b) const noexcept

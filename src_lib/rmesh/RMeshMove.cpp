@@ -23,6 +23,12 @@ u64 getHash(const Point3& point)
 }
 } // namespace
 
+void RMeshRecords::dropPointTable() noexcept
+{
+    pointTable = PointTable();
+    bPointTable = false;
+}
+
 void RMeshRecords::moveVertices(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt)
 {
     if (areAllPlacesDifferent(vOldVtx2NewPnt))
@@ -30,8 +36,7 @@ void RMeshRecords::moveVertices(const std::vector<std::pair<Point3*, Point3>>& v
         for (const auto& [pVtx, newPoint] : vOldVtx2NewPnt)
             if (*pVtx != newPoint)
                 *pVtx = newPoint;
-        pointTable = PointTable();
-        bPointTable = false;
+        dropPointTable();
         return;
     }
     for (const auto& [pVtx, newPoint] : vOldVtx2NewPnt)

@@ -88,6 +88,19 @@ public:
     // Moves each vertex in turn, unless a vertex stands at its new point by then. Each vertex at most once.
     // Normals kept by triangles stay.
     void moveVertices(const std::vector<std::pair<Point3*, Point3>>& vOldVtx2NewPnt);
+    // Puts every vertex, unused ones too, where f says of its place. Normals kept by triangles stay.
+    template <typename F>
+    void placeVertices(F f)
+    {
+        vtxPool.forEach([&f](RVertex* pVertex) { pVertex->point = f(pVertex->point); });
+        dropPointTable();
+    }
+    // Calls f(const Point3&) for every vertex, unused ones too.
+    template <typename F>
+    void forEachVertex(F f) const
+    {
+        vtxPool.forEach([&f](const RVertex* pVertex) { f(pVertex->point); });
+    }
 
 protected:
     explicit RMeshRecords(double cellSize_);
@@ -103,6 +116,7 @@ private:
     friend class RTriangle;
 
     void ensurePointTable() const;
+    void dropPointTable() noexcept; // to be made anew at its next use
     REdge* getOrMakeEdge(Point3* pA, Point3* pB);
     void linkEdge(REdge* pRE) noexcept;   // enters it under its lower end
     void unlinkEdge(REdge* pRE) noexcept; // it must be entered

@@ -2,6 +2,7 @@
 
 #include "core/cancel.h"
 
+#include <algorithm>
 #include <cstring>
 #include <istream>
 #include <stdexcept>
@@ -41,8 +42,10 @@ bool ByteSource::readMore()
         last -= first;
         first = 0;
     }
-    if (vBuffer.size() - last < BLOCK_BYTES / 2)
-        vBuffer.resize(vBuffer.empty() ? BLOCK_BYTES : 2 * vBuffer.size());
+    if (vBuffer.empty())
+        vBuffer.resize(getFirstBytes());
+    else if (vBuffer.size() - last < std::min(vBuffer.size(), BLOCK_BYTES) / 2)
+        vBuffer.resize(2 * vBuffer.size());
 
     stream.read(vBuffer.data() + last, static_cast<std::streamsize>(vBuffer.size() - last));
     if (stream.bad())
@@ -51,6 +54,14 @@ bool ByteSource::readMore()
     last += num;
     endOffset += num;
     return num > 0;
+}
+
+// A small file needs no block.
+std::size_t ByteSource::getFirstBytes() const noexcept
+{
+    constexpr u64 LEAST_BYTES = 64;
+    return static_cast<std::size_t>(
+        std::clamp(getRemaining().value_or(BLOCK_BYTES), LEAST_BYTES, u64{BLOCK_BYTES}));
 }
 
 bool ByteSource::need(std::size_t n)

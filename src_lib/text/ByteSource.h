@@ -41,6 +41,8 @@ public:
     [[nodiscard]] std::optional<u64> getRemaining() const noexcept;
 
 private:
+    [[nodiscard]] std::size_t getFirstBytes() const noexcept;
+
     std::istream& stream;
     std::vector<char> vBuffer;
     std::size_t first = 0; // the bytes at hand are vBuffer[first..last)

@@ -5,6 +5,27 @@
 
 namespace TARN_ZEF
 {
+namespace
+{
+constexpr std::string_view BYTE_ORDER_MARK = "\xEF\xBB\xBF";
+}
+
+LineEnds findLineEnds(ByteSource& source)
+{
+    static_cast<void>(source.need(1));
+    const std::string_view head(source.getData(), source.getAvailable());
+    for (std::size_t pos = head.find('\r'); pos != std::string_view::npos; pos = head.find('\r', pos + 1))
+        if (pos + 1 < head.size() && head[pos + 1] != '\n')
+            return LineEnds::LF_OR_CR;
+    return LineEnds::LF;
+}
+
+void skipByteOrderMark(ByteSource& source)
+{
+    if (source.need(BYTE_ORDER_MARK.size()) &&
+        std::string_view(source.getData(), BYTE_ORDER_MARK.size()) == BYTE_ORDER_MARK)
+        source.consume(BYTE_ORDER_MARK.size());
+}
 
 LineReader::LineReader(ByteSource& source_, LineEnds ends_)
     : source(source_)

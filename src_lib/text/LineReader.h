@@ -14,6 +14,12 @@ enum class LineEnds
     LF_OR_CR, // at a line feed, a carriage return, or both together
 };
 
+// By the first block of a text at its start: lone carriage returns are looked for only where some stand there, since
+// that takes time.
+[[nodiscard]] LineEnds findLineEnds(ByteSource& source);
+// Passes the mark of UTF-8, if the text starts with it.
+void skipByteOrderMark(ByteSource& source);
+
 // Hands out a stream line by line, without a copy. The last line needs no end.
 //
 // Ownership:  refers to the source, which must outlive it.

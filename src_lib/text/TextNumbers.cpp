@@ -120,6 +120,12 @@ bool extractDouble(const char*& p, const char* pEnd, double& value) noexcept
 
 bool extractPoint(std::string_view line, Point3& point) noexcept
 {
+    std::string_view rest;
+    return extractPoint(line, point, rest);
+}
+
+bool extractPoint(std::string_view line, Point3& point, std::string_view& rest) noexcept
+{
     const char* p = line.data();
     const char* pEnd = p + line.size();
     double x = 0.0;
@@ -128,6 +134,7 @@ bool extractPoint(std::string_view line, Point3& point) noexcept
     if (!extractDouble(p, pEnd, x) || !extractDouble(p, pEnd, y) || !extractDouble(p, pEnd, z))
         return false;
     point.set(x, y, z);
+    rest = {p, static_cast<std::size_t>(pEnd - p)};
     return true;
 }
 

@@ -23,6 +23,8 @@ namespace TARN_ZEF
 
 // Three numbers at the start of a line; what follows them does not matter.
 [[nodiscard]] bool extractPoint(std::string_view line, Point3& point) noexcept;
+// Likewise; rest gets what follows them.
+[[nodiscard]] bool extractPoint(std::string_view line, Point3& point, std::string_view& rest) noexcept;
 
 // The next stretch without blanks, and moves p behind it; empty at the end.
 [[nodiscard]] std::string_view nextToken(const char*& p, const char* pEnd) noexcept;

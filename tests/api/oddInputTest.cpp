@@ -167,6 +167,49 @@ TEST_F(OddInputCalls, oddCloudsEndWell)
     runAll(vClouds, [this](const Points& v) { return runCloud(v); });
 }
 
+TEST_F(OddInputCalls, aPointThatLeavesNoSurfaceIsNamed)
+{
+    std::mt19937 rng(3);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    Points cloud;
+    for (int i = 0; i < 1000; ++i)
+        cloud.emplace_back(unit(rng), unit(rng), 7.0);
+    cloud.emplace_back(0.5, -1e12, 7.0);
+    std::string told;
+    setMessageReceiver([&told](const Message& message)
+                       { told += message.label + ": " + message.text + "\n"; });
+    EXPECT_EQ(reconstruct_auto(cloud, false, 1.2), nullptr);
+    EXPECT_NE(told.find("1 of 1001 points lie far from all others"), std::string::npos) << told;
+    EXPECT_NE(told.find("0.5, -1e+12, 7"), std::string::npos) << told;
+    EXPECT_EQ(told.find("Hal::"), std::string::npos) << told;
+}
+
+// What a reconstruction gives that finds nothing, handed on untested.
+TEST_F(OddInputCalls, noMeshIsRefusedByEveryCallOnOne)
+{
+    const std::map<std::string, std::function<void(const std::shared_ptr<Mesh>&)>> mCalls = {
+        {"reduce", [](const auto& pMesh) { static_cast<void>(reduce(pMesh, 1.0, 10.0)); }},
+        {"reduce, keeping the topology",
+         [](const auto& pMesh) { static_cast<void>(reduce(pMesh, 1.0, 10.0, true)); }},
+        {"edgeFlips", [](const auto& pMesh) { edgeFlips(pMesh); }},
+        {"edgeFlipsSimA", [](const auto& pMesh) { edgeFlipsSimA(pMesh); }},
+        {"laplacianSmoothing", [](const auto& pMesh) { laplacianSmoothing(pMesh, 1); }},
+        {"findHoles", [](const auto& pMesh) { findHoles(pMesh); }},
+        {"writeMesh_auto",
+         [](const auto& pMesh) { static_cast<void>(writeMesh_auto("none.ply", pMesh, true)); }},
+    };
+    for (const auto& [name, call] : mCalls)
+        try
+        {
+            call(nullptr);
+            ADD_FAILURE() << name;
+        }
+        catch (const ZefBadArgument& e)
+        {
+            EXPECT_NE(std::string(e.what()).find("the mesh pointer is empty"), std::string::npos) << name;
+        }
+}
+
 TEST_F(OddInputCalls, oddSoupsEndWell)
 {
     const std::vector<OddInput> vSoups = makeOddSoups();

@@ -240,6 +240,62 @@ TEST(PointFilesTest, FullDiskIsReported)
     EXPECT_FALSE(writePointsPly("/dev/full", vPoints, false));
 }
 
+// Texts as they come: lines that start with three numbers give points, and what gives none is told unless it belongs
+// into such a text.
+TEST(PointFilesTest, TextsGiveTheirPointsAndTellWhatGivesNone)
+{
+    const std::string blanks(5000, '\n');
+    const struct
+    {
+        const char* what;
+        std::string content;
+        std::size_t numPoints;
+        const char* told; // nullptr: nothing at all
+    } rows[] = {
+        {"three columns", "1 2 3\n4 5 6\n", 2, nullptr},
+        {"intensity", "1 2 3 0.5\n4 5 6 0.25\n", 2, nullptr},
+        {"colors", "1 2 3 255 0 7\n4 5 6 1 2 3\n", 2, nullptr},
+        {"intensity and colors", "1 2 3 0.5 255 0 7\n4 5 6 -3 1 2 3\n", 2, nullptr},
+        {"header", "x y z\n1 2 3\n4 5 6\n", 2, nullptr},
+        {"count", "2\n1 2 3\n4 5 6\n", 2, nullptr},
+        {"comments", "# made\n// x y z\n1 2 3\n# middle\n4 5 6\n", 2, nullptr},
+        {"tabs", "1\t2\t3\n\t4\t5\t6\n", 2, nullptr},
+        {"line feed after carriage return", "1 2 3\r\n\r\n4 5 6\r\n", 2, nullptr},
+        {"carriage returns alone", "1 2 3\r4 5 6\r", 2, nullptr},
+        {"byte-order mark",
+         "\xEF\xBB\xBF"
+         "1 2 3\n4 5 6\n",
+         2, nullptr},
+        {"thousands of blank lines", "1 2 3\n" + blanks + "4 5 6" + blanks, 2, nullptr},
+        {"semicolons", "1;2;3\n4;5;6\n", 0, "line 1, \"1;2;3\"; three numbers parted by blanks"},
+        {"commas", "x,y,z\n1,2,3\n", 0, "line 2, \"1,2,3\"; three numbers parted by blanks"},
+        {"decimal commas", "1,5 2,5 3,5\n", 0, "points as decimal signs"},
+        {"a decimal comma", "1 2 3,5\n4 5 6\n", 2, "goes on with what is no number: 1, the first is line 1"},
+        {"garbage", "1 2 3\nnothing\n4 5\n4 5 6\n", 2, "give no point: 2, the first is line 2, \"nothing\""},
+        {"garbage after a header", "x y z\n\nnan 1 2\n1 2 3\n4 5 6\n", 2, "line 3"},
+        {"two bytes a letter",
+         std::string("\xFF\xFE"
+                     "1\0 \0",
+                     6),
+         0, "two bytes a letter"},
+    };
+    for (const auto& row : rows)
+    {
+        SCOPED_TRACE(row.what);
+        const TempFile file(".xyz", row.content);
+        const StreamCapture out;
+        std::vector<Point3> vPoints;
+        EXPECT_TRUE(readPoints_ASCII(file.c_str(), vPoints));
+        EXPECT_EQ(row.numPoints, vPoints.size());
+        if (row.numPoints == 2)
+            expectSamePoints({Point3(1, 2, 3), Point3(4, 5, 6)}, vPoints);
+        if (row.told == nullptr)
+            EXPECT_EQ("", out.text());
+        else
+            EXPECT_TRUE(out.contains(file.path) && out.contains(row.told)) << out.text();
+    }
+}
+
 TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
 {
     const std::string facet = "facet normal 0 0 1\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nvertex 0 1 0\n";
@@ -253,7 +309,8 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
     {
         const char* what;
         std::string content;
-        int numTriangles; // -1: refused
+        int numTriangles;           // -1: refused
+        const char* told = nullptr; // in the message, with the name of the file; refusals always have one
     } rows[] = {
         {"nothing", "", 0},
         {"no facets", "solid a\nendsolid a\n", 0},
@@ -265,12 +322,18 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
         {"next facet ends the first", "solid\n" + facet + whole, 2},
         {"corners outside facets", "solid\nvertex 9 9 9\n" + whole + "vertex 9 9 9\n", 1},
         {"four corners", "solid\n" + facet + "vertex 5 5 5\nendloop\n" + whole, -1},
-        {"two corners", "solid\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\n" + whole, -1},
-        {"capitals only", "SOLID\nOUTER LOOP\nVERTEX 0 0 0\nVERTEX 1 0 0\nVERTEX 0 1 0\nENDLOOP\n", -1},
+        {"two corners", "solid\nouter loop\nvertex 0 0 0\nvertex 1 0 0\nendloop\n" + whole, -1,
+         "line 5: a facet with 2 corners\n"},
+        {"capitals only", "SOLID\nOUTER LOOP\nVERTEX 0 0 0\nVERTEX 1 0 0\nVERTEX 0 1 0\nENDLOOP\n", -1,
+         "count in small letters only; readTriangles()"},
+        {"words with a capital", "Solid\nsolid\nOuter Loop\nVertex 0 0 0\n", 0, "but line 4 holds a vertex"},
+        {"corner that is not finite",
+         "solid\nouter loop\nvertex 0 0 0\nvertex nan 0 0\nvertex 0 1 0\nendloop\n" + whole, 1,
+         "not finite: 1, the first ends in line 6"},
         {"cut within a facet", "solid\n" + whole + "outer loop\nvertex 0 0 0\n", -1},
-        {"corner of two numbers", "solid\nouter loop\nvertex 0 0\n", -1},
+        {"corner of two numbers", "solid\nouter loop\nvertex 0 0\n", -1, "line 3: a vertex without three"},
         {"other text", "ply\nformat ascii 1.0\n", -1},
-        {"binary by its size", binary, -1},
+        {"binary by its size", binary, -1, "binary STL is not supported; readTriangles()"},
         {"binary by its bytes", "solid a" + std::string(100, '\0'), -1},
     };
     for (const auto& row : rows)
@@ -280,7 +343,8 @@ TEST(StlTest, FacetsAreTakenOrTheFileIsRefused)
         const StreamCapture out;
         std::vector<Point3> vCorners(3);
         EXPECT_EQ(row.numTriangles >= 0, readSTL_ASCII(file.c_str(), vCorners));
-        EXPECT_EQ(row.numTriangles < 0, out.contains(file.path));
+        EXPECT_EQ(row.numTriangles < 0 || row.told != nullptr, out.contains(file.path));
+        EXPECT_TRUE(row.told == nullptr || out.contains(row.told)) << out.text();
         EXPECT_EQ(3 + 3 * static_cast<std::size_t>(std::max(0, row.numTriangles)), vCorners.size());
         for (std::size_t i = 3; i < vCorners.size(); i += 3)
             EXPECT_EQ(Point3(1, 0, 0), vCorners[i + 1]);

@@ -113,7 +113,7 @@ TEST_F(CloudIntake, LatticeHoldsExtentAndFrame)
         EXPECT_EQ(cloud.getCalc()->getNumLevels(), row.numLevels);
         EXPECT_EQ(cloud.getCalc()->getCellSizeX(), row.spacing);
         // 4.5 cells of frame: the lowest point stands in the middle of cell 4.
-        EXPECT_EQ(cloud.getCalc()->getRCD(low), makeRCD(4, 4, 4));
+        EXPECT_EQ(cloud.getCalc()->getRCD(cloud.getFrame().enter(low)), makeRCD(4, 4, 4));
     }
 }
 

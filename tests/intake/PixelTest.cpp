@@ -44,6 +44,7 @@ Sampled sample(const std::vector<Point3>& vSoup, double spacing, double featureA
     s.vSoup = vSoup;
     s.pCloud = std::make_unique<Cloud>("soup", spacing, -1.0, false);
     s.pCloud->setPoints(vSoup);
+    s.pCloud->getFrame().enter(s.vSoup);
     s.pCloud->estimateResolution();
     s.pCloud->createCalc();
     s.pCalc = s.pCloud->getCalc();
