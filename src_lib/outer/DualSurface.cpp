@@ -65,8 +65,8 @@ void DualSurface::findVertices()
             Cell cell = change.lower;
             cell[HullLattice::after(change.axis)] -= right;
             cell[HullLattice::before(change.axis)] -= up;
-            const auto edge = static_cast<std::uint64_t>(4 * change.axis + right + 2 * up);
-            vEdges.push_back({(HullLattice::keyOf(cell) << 4) | edge, i, place});
+            const int edge = 4 * change.axis + right + 2 * up;
+            vEdges.push_back({(HullLattice::keyOf(cell) << 4) | static_cast<std::uint64_t>(edge), i, place});
         }
     std::sort(vEdges.begin(), vEdges.end(),
               [](const CellEdge& a, const CellEdge& b) { return a.key < b.key; });

@@ -25,6 +25,7 @@ HullTidier::HullTidier(const std::vector<HullVertex>& vVertices, const std::vect
     : cell(cell_)
 {
     std::vector<Point3> vPoints;
+    vPoints.reserve(vVertices.size());
     for (const HullVertex& vertex : vVertices)
         vPoints.push_back(vertex.point);
     std::vector<int> vOrigin;

@@ -1,5 +1,7 @@
 #include "outer/InsidePoints.h"
 
+#include "core/cancel.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -119,10 +121,13 @@ PointRuns InsidePoints::selectWalls(F isChosen) const
     Cell p = {0, 0, 0};
     for (p[2] = 0; p[2] < lattice.size[2]; ++p[2])
         for (p[1] = 0; p[1] < lattice.size[1]; ++p[1])
+        {
+            checkCancelledAt(lattice.lineOf(0, p));
             for (const PointRuns::Run& run : walls.onLine(lattice.lineOf(0, p)))
                 for (p[0] = run.from; p[0] < run.to; ++p[0])
                     if (isChosen(p))
                         vPoints.push_back(p);
+        }
     return makeRuns(vPoints);
 }
 

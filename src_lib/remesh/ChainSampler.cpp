@@ -68,6 +68,7 @@ void ChainSampler::shareSamples()
     std::vector<int> vOrder(vCourses.size());
     std::iota(vOrder.begin(), vOrder.end(), 0);
     std::vector<std::vector<int>> vNames; // the same in both directions
+    vNames.reserve(vCourses.size());
     for (const std::vector<int>& course : vCourses)
         vNames.push_back(std::min(course, std::vector<int>(course.rbegin(), course.rend())));
     std::sort(vOrder.begin(), vOrder.end(),

@@ -16,6 +16,7 @@ constexpr int NONE = HalfEdgeMesh::NONE;
 std::vector<int> placesOf(const HalfEdgeMesh& mesh)
 {
     std::vector<Point3> vPoints;
+    vPoints.reserve(mesh.endVertices());
     for (int v = 0; v < mesh.endVertices(); ++v)
         vPoints.push_back(mesh.point(v));
     return findSamePlaces(vPoints);
@@ -48,6 +49,7 @@ std::vector<int> findOpposites(const HalfEdgeMesh& mesh)
 {
     const std::vector<int> vPlace = placesOf(mesh);
     std::vector<NamedTriangle> vNamed;
+    vNamed.reserve(mesh.endTriangles());
     for (int t = 0; t < mesh.endTriangles(); ++t)
         vNamed.push_back(nameOf(mesh, t, vPlace));
     std::sort(vNamed.begin(), vNamed.end(),
