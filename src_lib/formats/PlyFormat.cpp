@@ -87,13 +87,22 @@ template <class To>
     return vValues;
 }
 
+#ifdef ZEF_OWN_TINYPLY
+// What lists without counts of their own have; see cornersOf().
+constexpr std::uint32_t USUAL_CORNERS = 3;
+#else
+// The library takes the hint as a promise; 0 lets it count.
+constexpr std::uint32_t USUAL_CORNERS = 0;
+#endif
+
 // Null if the element has no such properties.
 [[nodiscard]] PlyDataPtr requestIfThere(tinyply::PlyFile& ply, const char* element,
-                                        const std::vector<std::string>& vNames)
+                                        const std::vector<std::string>& vNames,
+                                        std::uint32_t listSizeHint = 0)
 {
     try
     {
-        return ply.request_properties_from_element(element, vNames, 0);
+        return ply.request_properties_from_element(element, vNames, listSizeHint);
     }
     catch (const std::invalid_argument&)
     {
@@ -214,7 +223,7 @@ void readPlyPoints(InputFile& file, const ReadOptions&, PointData& data)
 {
     for (const char* name : {"vertex_indices", "vertex_index"})
     {
-        if (PlyDataPtr pFaces = requestIfThere(ply, "face", {name}))
+        if (PlyDataPtr pFaces = requestIfThere(ply, "face", {name}, USUAL_CORNERS))
             return pFaces;
     }
     throw FileError("it has no faces with a list vertex_indices, points at most; for a cloud read points");
@@ -225,7 +234,7 @@ void readPlyPoints(InputFile& file, const ReadOptions&, PointData& data)
 {
 #ifdef ZEF_OWN_TINYPLY
     static_cast<void>(numIndices);
-    return faces.listCounts.empty() ? 3 : faces.listCounts[i];
+    return faces.listCounts.empty() ? USUAL_CORNERS : faces.listCounts[i];
 #else
     static_cast<void>(i);
     if (numIndices % std::max<std::size_t>(faces.count, 1) != 0)
