@@ -1,5 +1,5 @@
 #!/bin/sh
-# fuzz.sh TARGET [SECONDS]: lets one fuzz target (ply, xyz, bin, stl, chain, soup) search under the address and
+# fuzz.sh TARGET [SECONDS]: lets one fuzz target (an extension such as ply, or chain, or soup) search under the address and
 # undefined-behaviour sanitizer, a minute if no time is named. New inputs stay in build/fuzz; one that breaks a promise
 # is left in build/fuzz/found, to become a file of fuzz/corpus together with the mend.
 target=${1:?a target, as ply or chain}

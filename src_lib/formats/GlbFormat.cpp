@@ -1,5 +1,6 @@
 // GLB, the binary form of glTF 2: a head in JSON and one block of bytes. Read are the triangles of all meshes, each
 // as often as the scene shows it and where the scene has it.
+#include "core/cancel.h"
 #include "formats/Format.h"
 #include "formats/Json.h"
 
@@ -240,6 +241,8 @@ private:
         const std::size_t first = data.vPoints.size();
         if (places.count > MAX_CORNERS - first)
             throw FileError("the scene shows too many vertices; write the parts into files of their own");
+        if (first == 0) // only then: exact steps of growth would take a copy for each of many small parts
+            data.vPoints.reserve(places.count);
         for (std::size_t i = 0; i < places.count; ++i)
         {
             const char* p = bytes.data() + places.start + i * places.stride;
@@ -260,8 +263,10 @@ private:
             return vIndices;
         }
         const Accessor corners = accessorOf(primitive["indices"], 1);
+        vIndices.reserve(corners.count);
         for (std::size_t i = 0; i < corners.count; ++i)
         {
+            checkCancelledAt(i);
             const char* p = bytes.data() + corners.start + i * corners.stride;
             const std::uint32_t index = corners.type == UINT8    ? loadValue<std::uint8_t>(p)
                                         : corners.type == UINT16 ? loadValue<std::uint16_t>(p)
@@ -279,6 +284,8 @@ private:
                          bool bTurn)
     {
         const std::size_t step = mode == 4 ? 3 : 1;
+        if (data.vCorners.empty())
+            data.vCorners.reserve(3 * (vIndices.size() / step + 1));
         for (std::size_t i = 0; i + 2 < vIndices.size(); i += step)
         {
             std::array<std::uint32_t, 3> aCorners = {vIndices[mode == 6 ? 0 : i], vIndices[i + 1],

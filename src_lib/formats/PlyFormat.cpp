@@ -26,57 +26,83 @@ int sniffPly(std::string_view head, u64)
                : 0;
 }
 
-template <class T, class To>
-[[nodiscard]] std::vector<To> convert(const tinyply::PlyData& data)
+// Calls take(T()) with the type of the values.
+template <class Take>
+void dispatch(tinyply::Type type, Take take)
 {
-    // Const buffers have no get() in every tinyply.
-    const std::uint8_t* pBytes = const_cast<tinyply::PlyData&>(data).buffer.get();
-    const std::size_t num = data.buffer.size_bytes() / sizeof(T);
-    std::vector<To> vValues;
-    vValues.reserve(num);
-    for (std::size_t i = 0; i < num; ++i)
-    {
-        checkCancelledAt(i);
-        T value;
-        std::memcpy(&value, pBytes + i * sizeof(T), sizeof(T));
-        vValues.push_back(static_cast<To>(value));
-    }
-    return vValues;
-}
-
-template <class To>
-[[nodiscard]] std::vector<To> toValues(const tinyply::PlyData& data)
-{
-    switch (data.t)
+    switch (type)
     {
     case tinyply::Type::INT8:
-        return convert<std::int8_t, To>(data);
+        return take(std::int8_t());
     case tinyply::Type::UINT8:
-        return convert<std::uint8_t, To>(data);
+        return take(std::uint8_t());
     case tinyply::Type::INT16:
-        return convert<std::int16_t, To>(data);
+        return take(std::int16_t());
     case tinyply::Type::UINT16:
-        return convert<std::uint16_t, To>(data);
+        return take(std::uint16_t());
     case tinyply::Type::INT32:
-        return convert<std::int32_t, To>(data);
+        return take(std::int32_t());
     case tinyply::Type::UINT32:
-        return convert<std::uint32_t, To>(data);
+        return take(std::uint32_t());
     case tinyply::Type::FLOAT32:
-        return convert<float, To>(data);
+        return take(float());
     case tinyply::Type::FLOAT64:
-        return convert<double, To>(data);
+        return take(double());
     default:
         throw FileError("a property is of no known type; get the file anew");
     }
 }
 
+// Value number i of the buffer, which may stand at any address.
+template <class T>
+[[nodiscard]] T valueAt(const std::uint8_t* pBytes, std::size_t i) noexcept
+{
+    T value;
+    std::memcpy(&value, pBytes + i * sizeof(T), sizeof(T));
+    return value;
+}
+
+// Const buffers have no get() in every tinyply.
+[[nodiscard]] const std::uint8_t* bytesOf(const tinyply::PlyData& data)
+{
+    return const_cast<tinyply::PlyData&>(data).buffer.get();
+}
+
+template <class To>
+[[nodiscard]] std::vector<To> toValues(const tinyply::PlyData& data)
+{
+    const std::uint8_t* pBytes = bytesOf(data);
+    std::vector<To> vValues;
+    dispatch(data.t,
+             [&]<class T>(T)
+             {
+                 const std::size_t num = data.buffer.size_bytes() / sizeof(T);
+                 vValues.reserve(num);
+                 for (std::size_t i = 0; i < num; ++i)
+                 {
+                     checkCancelledAt(i);
+                     vValues.push_back(static_cast<To>(valueAt<T>(pBytes, i)));
+                 }
+             });
+    return vValues;
+}
+
+#ifdef ZEF_OWN_TINYPLY
+// What lists without counts of their own have; see cornersOf().
+constexpr std::uint32_t USUAL_CORNERS = 3;
+#else
+// The library takes the hint as a promise; 0 lets it count.
+constexpr std::uint32_t USUAL_CORNERS = 0;
+#endif
+
 // Null if the element has no such properties.
 [[nodiscard]] PlyDataPtr requestIfThere(tinyply::PlyFile& ply, const char* element,
-                                        const std::vector<std::string>& vNames)
+                                        const std::vector<std::string>& vNames,
+                                        std::uint32_t listSizeHint = 0)
 {
     try
     {
-        return ply.request_properties_from_element(element, vNames, 0);
+        return ply.request_properties_from_element(element, vNames, listSizeHint);
     }
     catch (const std::invalid_argument&)
     {
@@ -86,14 +112,21 @@ template <class To>
 
 [[nodiscard]] std::vector<Point3> toPoints(const tinyply::PlyData& data)
 {
-    const std::vector<double> vXYZ = toValues<double>(data);
+    const std::uint8_t* pBytes = bytesOf(data);
     std::vector<Point3> vPoints;
-    vPoints.reserve(vXYZ.size() / 3);
-    for (std::size_t i = 0; i + 2 < vXYZ.size(); i += 3)
-    {
-        checkCancelledAt(i);
-        vPoints.emplace_back(vXYZ[i], vXYZ[i + 1], vXYZ[i + 2]);
-    }
+    dispatch(data.t,
+             [&]<class T>(T)
+             {
+                 const std::size_t num = data.buffer.size_bytes() / (3 * sizeof(T));
+                 const auto coordinate = [pBytes](std::size_t i)
+                 { return static_cast<double>(valueAt<T>(pBytes, i)); };
+                 vPoints.reserve(num);
+                 for (std::size_t i = 0; i < num; ++i)
+                 {
+                     checkCancelledAt(i);
+                     vPoints.emplace_back(coordinate(3 * i), coordinate(3 * i + 1), coordinate(3 * i + 2));
+                 }
+             });
     return vPoints;
 }
 
@@ -190,7 +223,7 @@ void readPlyPoints(InputFile& file, const ReadOptions&, PointData& data)
 {
     for (const char* name : {"vertex_indices", "vertex_index"})
     {
-        if (PlyDataPtr pFaces = requestIfThere(ply, "face", {name}))
+        if (PlyDataPtr pFaces = requestIfThere(ply, "face", {name}, USUAL_CORNERS))
             return pFaces;
     }
     throw FileError("it has no faces with a list vertex_indices, points at most; for a cloud read points");
@@ -201,7 +234,7 @@ void readPlyPoints(InputFile& file, const ReadOptions&, PointData& data)
 {
 #ifdef ZEF_OWN_TINYPLY
     static_cast<void>(numIndices);
-    return faces.listCounts.empty() ? 3 : faces.listCounts[i];
+    return faces.listCounts.empty() ? USUAL_CORNERS : faces.listCounts[i];
 #else
     static_cast<void>(i);
     if (numIndices % std::max<std::size_t>(faces.count, 1) != 0)

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <numeric>
 
 namespace TARN_ZEF
 {
@@ -124,8 +125,8 @@ void readStl(InputFile& file, TriangleData& data)
         StlTextReader(file, data).run();
     else
         readBinary(file, data);
-    for (std::size_t i = 0; i < data.vPoints.size(); ++i)
-        data.vCorners.push_back(static_cast<std::uint32_t>(i));
+    data.vCorners.resize(data.vPoints.size());
+    std::iota(data.vCorners.begin(), data.vCorners.end(), 0U);
 }
 
 // --- Writing ----------------------------------------------------------------------------------------------

@@ -232,6 +232,35 @@ TEST(Formats, TrianglesComeBackAsTheyWereWritten)
     EXPECT_TRUE(checkMesh(*pMesh).isSound());
 }
 
+// Faces of any number of corners, none among them, in the first place and in the last.
+TEST(Formats, PlyFacesOfAnySizeAreCutOrLeftOut)
+{
+    const std::string head = "ply\nformat ascii 1.0\nelement vertex 4\nproperty float x\nproperty float y\n"
+                             "property float z\nelement face ";
+    const std::string vertices =
+        "\nproperty list uchar int vertex_indices\nend_header\n0 0 0\n1 0 0\n1 1 0\n0 1 0\n";
+    const struct
+    {
+        const char* faces;
+        int numFaces;
+        std::size_t numTriangles, numSkipped;
+    } cases[] = {
+        {"0\n", 1, 0, 1},
+        {"0\n0\n0\n", 3, 0, 3},
+        {"3 0 1 2\n0\n", 2, 1, 1},
+        {"0\n3 0 1 2\n", 2, 1, 1},
+        {"2 0 1\n4 0 1 2 3\n3 0 1 2\n1 0\n", 4, 3, 2},
+    };
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.faces);
+        const TriangleData data =
+            readTriangles(TempFile(".ply", head + std::to_string(c.numFaces) + vertices + c.faces).path);
+        EXPECT_EQ(data.vCorners.size(), 3 * c.numTriangles);
+        EXPECT_EQ(data.numSkipped, c.numSkipped);
+    }
+}
+
 TEST(Formats, PointsAloneAreNoTriangles)
 {
     for (const Format* pFormat : getFormats())
