@@ -13,6 +13,7 @@
 #include "ZefRefusedException.h"
 #include "autoReconstruct.h"
 #include "checkMesh.h"
+#include "estimateMemory.h"
 #include "finishSurface.h"
 #include "meshHoles.h"
 #include "remesh.h"

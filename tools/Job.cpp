@@ -133,6 +133,12 @@ void Job::run()
     openTargets();
     readInput();
     checkInput();
+    if (options.bDryRun)
+    {
+        forecastMemory();
+        print(report.getForecast(options));
+        return;
+    }
     if (options.bSpacingOnly)
     {
         report.spacing = estimateSpacing();
@@ -171,6 +177,9 @@ auto Job::library(F call)
         std::optional<TARN_ZEF::ReportScope> scope;
         if (options.bReport)
             scope.emplace(callReport);
+        std::optional<TARN_ZEF::MemoryLimitScope> limit;
+        if (options.memoryLimit > 0)
+            limit.emplace(options.memoryLimit);
         auto result = call();
         progressBar.clear();
         heldMessages = messages.finish();
@@ -195,7 +204,7 @@ auto Job::library(F call)
 
 void Job::openTargets()
 {
-    if (options.bSpacingOnly)
+    if (options.bSpacingOnly || options.bDryRun)
         return;
     if (!options.outName.empty())
         outFile.emplace(options.outName);
@@ -276,7 +285,7 @@ void Job::checkInput() const
     const double extent = maxExtent(vPoints);
     if (!std::isfinite(extent))
         throw ToolError("the coordinates in " + name + " are too large to work with; check its format");
-    const bool bDrawOnly = options.outName.empty() && !options.bSpacingOnly;
+    const bool bDrawOnly = options.outName.empty() && !options.bSpacingOnly && !options.bDryRun;
     if (bDrawOnly)
         return;
     if (vPoints.size() < 3)
@@ -302,6 +311,19 @@ void Job::checkSpacing(double extent) const
     if (area / (given * given) > most)
         throw ToolError("a spacing of " + textOf(given) + " is too small for an area of " + textOf(area) +
                         "; try -a " + textOf(2.0 * std::sqrt(area / most)) + " or more");
+}
+
+void Job::forecastMemory()
+{
+    using Call = TARN_ZEF::ForecastCall;
+    const bool bGiven = options.spacingAbs > 0.0;
+    Call call = options.bSmooth ? Call::ReconstructAutoSmoothed : Call::ReconstructAuto;
+    if (options.bMelt)
+        call = options.bCloud ? Call::ToCloud : Call::Melt;
+    else if (bGiven)
+        call = options.bSmooth ? Call::ReconstructAbsSmoothed : Call::ReconstructAbs;
+    const double spacing = bGiven ? options.spacingAbs : options.spacingFactor;
+    report.forecastBytes = library([&] { return TARN_ZEF::estimateMemory(vPoints, spacing, call); });
 }
 
 void Job::makeMesh()

@@ -48,6 +48,7 @@ private:
     void checkInput() const;
     void checkSpacing(double extent) const;
 
+    void forecastMemory();
     void makeMesh();
     void reconstruct();
     std::shared_ptr<TARN_ZEF::Mesh> reconstructAsAsked();

@@ -7,6 +7,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "byteSize.h"
 #include "numberText.h"
 #include "writePng.h"
 
@@ -100,7 +101,7 @@ void checkMelt(const Options& options)
         throw CLI::ValidationError("--fmelt", "For an STL provide also the -a option please");
     if (!options.bCloud)
         return;
-    if (options.outName.empty() || !options.pngName.empty())
+    if ((options.outName.empty() && !options.bDryRun) || !options.pngName.empty())
         throw CLI::ValidationError("--cloud", "writes points to OUT and makes no mesh to draw");
     if (options.bCheck)
         throw CLI::ValidationError("--cloud", "makes no mesh that --check could judge");
@@ -121,7 +122,7 @@ void checkTarget(const Options& options)
         if (!options.vSteps.empty())
             throw CLI::ValidationError("OUT", "is missing: --" + options.vSteps.front().getText() +
                                                   " works on a mesh");
-        if (options.pngCloudName.empty() && !options.bSpacingOnly)
+        if (options.pngCloudName.empty() && !options.bSpacingOnly && !options.bDryRun)
             throw CLI::RequiredError("OUT");
         return;
     }
@@ -135,8 +136,18 @@ void checkTarget(const Options& options)
         throw CLI::ValidationError("OUT", "would replace the input " + options.inName);
 }
 
+void checkMemory(const Options& options)
+{
+    const bool bAny = options.bDryRun || options.memoryLimit > 0;
+    if (bAny && options.isRemesh())
+        throw CLI::ValidationError(
+            options.bDryRun ? "--dry-run" : "--limit-memory",
+            "knows the memory of meshes from cells only: with -m add --plain or --cloud");
+}
+
 void checkTogether(const Options& options)
 {
+    checkMemory(options);
     checkMelt(options);
     checkTarget(options);
     checkPngName("--png", options.pngName);
@@ -269,6 +280,16 @@ void defineRunning(CLI::App& app, Options& options)
     app.add_option("--threads", options.numThreads, "Worker threads; as many as the machine has if not given")
         ->check(CLI::Range(1, 256))
         ->type_name("N")
+        ->group(running);
+    app.add_option_function<std::string>(
+           "--limit-memory",
+           [&options](const std::string& text) { options.memoryLimit = parseByteSize(text).value_or(0); },
+           "Refuse to make the mesh if that would take more; names a spacing that fits")
+        ->check([](const std::string& text)
+                { return parseByteSize(text) ? "" : "expects bytes like 500M or 1.5G, not " + text; })
+        ->type_name("SIZE")
+        ->group(running);
+    app.add_flag("--dry-run", options.bDryRun, "Tell how much memory the mesh would take, and stop")
         ->group(running);
     app.add_flag("--check", options.bCheck,
                  "Judge the mesh: manifold, oriented, free of intersections...; status 1 if not")

@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "core/SourceLocation.h"
+#include "intake/MemoryForecast.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 #include "tarn_tools/SimplePool.h"
@@ -69,7 +70,10 @@ public:
     // Both need a named progress tree, and warn and do nothing if there are no points.
     void prepareScanPoints(bool bSmooth);
     // featureAngle  degrees above which an edge is a feature
-    void preparePixelsAndFeatures(double featureAngle);
+    // use           MELT or SAMPLES, for the limit on memory
+    void preparePixelsAndFeatures(double featureAngle, MemoryUse use = MemoryUse::MELT);
+    // In their place: how many bytes a call will take; 0, with a warning, if there are no points.
+    [[nodiscard]] std::size_t forecastMemory(MemoryUse use);
 
     // Finds the spacing. Refuses points that cannot be told apart on a lattice of 2^20 cells along their
     // extent, unless a spacing is given.
@@ -111,7 +115,8 @@ private:
     using Place = SourceLocation;
     void requireTriangles(std::size_t num, const Place& where = Place::current()) const;
     void requireCells(std::size_t num, const Place& where = Place::current()) const;
-    void requireArea(const Place& where = Place::current()) const; // of a soup, in cells
+    void requireArea(const Place& where = Place::current()) const;                  // of a soup, in cells
+    void requireMemory(MemoryUse use, const Place& where = Place::current()) const; // if there is a limit
     [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;
     [[noreturn]] void refuseCrowd(const char* condition, const Place& where = Place::current()) const;
     [[noreturn]] void refuseSpacing(const char* condition, const Place& where = Place::current()) const;
