@@ -14,7 +14,7 @@
 //
 // The forecast looks at the points: how many cells they fill at that spacing, how many gaps there are to be closed
 // between them, and how far these cells hang together. The true peak lies within about a quarter of it on both sides
-// (docs/results.md has the table); but points that fill a body, and so make no surface, take up to half as much again.
+// (docs/results.md has the table); but points that fill a body, and so make no surface, take up to two thirds more.
 // Worker threads, a few megabytes, are part of it.
 #ifndef ZEF_ESTIMATEMEMORY_H
 #define ZEF_ESTIMATEMEMORY_H
