@@ -64,7 +64,7 @@ public:
         even(4);
         fit();
         FoldReport report;
-        time("folds", [&] { FoldRemoval(mesh, report, true).run(); });
+        time("folds", [&] { FoldRemoval(mesh, report, roundToFloat).run(); });
         finishProgress();
         if (static_cast<std::size_t>(mesh.getNumTriangles()) < sample.pMesh->getRMesh()->getNumT() / 2)
             state.SkipWithError("too few triangles");

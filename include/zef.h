@@ -14,6 +14,7 @@
 #include "autoReconstruct.h"
 #include "checkMesh.h"
 #include "compareMeshes.h"
+#include "estimateMemory.h"
 #include "finishSurface.h"
 #include "meshHoles.h"
 #include "remesh.h"

@@ -44,6 +44,8 @@ std::unique_ptr<Job> Job::create(Options& options, LibraryCalls& calls, const Co
         requireNoCloudOptions(options);
         options.task = Task::MESH;
     }
+    if (options.bDryRun)
+        return std::make_unique<ForecastJob>(context);
     switch (options.task)
     {
     case Task::SPACING:

@@ -17,6 +17,7 @@ LibraryMessages::Mode messagesMode(const Options& options)
 LibraryCalls::LibraryCalls(const Options& options)
     : mode(messagesMode(options))
     , bReport(options.bReport)
+    , memoryLimit(options.memoryLimit)
 {
     if (!options.bQuiet)
         TARN_ZEF::subscribe(&progressBar);

@@ -45,6 +45,7 @@ private:
     ProgressBar progressBar;
     std::string held;
     bool bReport;
+    std::size_t memoryLimit; // in bytes; 0: none
     std::vector<TARN_ZEF::CallReport> vReports;
 };
 
@@ -73,6 +74,9 @@ std::invoke_result_t<F> LibraryCalls::run(F f, const char* hint)
         std::optional<TARN_ZEF::ReportScope> oReportScope;
         if (bReport)
             oReportScope.emplace(report);
+        std::optional<TARN_ZEF::MemoryLimitScope> oLimit;
+        if (memoryLimit > 0)
+            oLimit.emplace(memoryLimit);
         const End end{*this, messages, report};
         const Interruption::Call call;
         return f();

@@ -5,6 +5,7 @@
 #include "ViewOptions.h"
 #include "zef.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -75,6 +76,10 @@ struct Options
     bool bCheck = false;  // judge the mesh before it is written
     bool bHoles = false;  // list its borders
     bool bReport = false; // tell what each call of the library has done
+
+    // What the library may take for the reconstruction, for a melt or for samples, in bytes; 0: whatever it needs.
+    std::size_t memoryLimit = 0;
+    bool bDryRun = false; // only tell how much that would be
 
     int numThreads = 0; // 0: as many as the machine has
     bool bVerbose = false;

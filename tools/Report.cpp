@@ -213,6 +213,16 @@ std::string Report::getSpacing(const Options& options) const
     return line.getText() + "\n";
 }
 
+std::string Report::getForecast(const Options& options) const
+{
+    if (!options.bJson)
+        return std::to_string(std::llround(static_cast<double>(forecastBytes) / 1e6)) + " MB\n";
+    JsonLine line = startJson(options);
+    line.add("points", numPoints);
+    line.add("forecastBytes", forecastBytes);
+    return line.getText() + "\n";
+}
+
 std::string Report::getSteps() const
 {
     if (vSteps.empty())

@@ -47,12 +47,15 @@ struct Report
     double finishSeconds = 0.0;  // of these, the last stage of a reconstruction
     double writeSeconds = 0.0;
     double peakMegabytes = 0.0;
+    std::size_t forecastBytes = 0;
 
     // Both end with a line end.
     [[nodiscard]] std::string getJson(const Options& options) const;
     [[nodiscard]] std::string getSummary(const Options& options) const;
     // The detected spacing alone, in the form that the options ask for.
     [[nodiscard]] std::string getSpacing(const Options& options) const;
+    // The memory that the mesh would take, alone, as well.
+    [[nodiscard]] std::string getForecast(const Options& options) const;
 
 private:
     void addMesh(JsonLine& line) const;

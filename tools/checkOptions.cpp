@@ -95,7 +95,8 @@ Task taskOf(const RawOptions& raw, const Options& options)
 
 void checkSample(const Options& options)
 {
-    if ((options.outName.empty() && options.batchFolder.empty()) || !options.pngName.empty())
+    if ((options.outName.empty() && options.batchFolder.empty() && !options.bDryRun) ||
+        !options.pngName.empty())
         refuse("--cloud", "writes points to OUT and makes no mesh to draw");
     if (options.bCheck || options.bHoles)
         refuse("--cloud", std::string("makes no mesh that ") + (options.bCheck ? "--check" : "--holes") +
@@ -126,6 +127,17 @@ void checkDraw(const Options& options)
         refuse("--png", "draws the mesh and needs OUT; --png-cloud draws the points");
 }
 
+void checkMemory(const Options& options)
+{
+    if (!options.bDryRun && options.memoryLimit == 0)
+        return;
+    const bool bFromCells = options.task == Task::RECONSTRUCT || options.task == Task::SAMPLE ||
+                            (options.task == Task::REMESH && options.bPlain);
+    if (!bFromCells)
+        refuse(options.bDryRun ? "--dry-run" : "--limit-memory",
+               "knows the memory of meshes from cells only: with -m add --plain or --cloud");
+}
+
 void checkTask(const Options& options)
 {
     if (options.bOuter && !options.isRemesh())
@@ -134,7 +146,7 @@ void checkTask(const Options& options)
     switch (options.task)
     {
     case Task::RECONSTRUCT:
-        if (options.outName.empty() && options.batchFolder.empty())
+        if (options.outName.empty() && options.batchFolder.empty() && !options.bDryRun)
             throw CLI::RequiredError("OUT");
         break;
     case Task::REMESH:
@@ -228,7 +240,8 @@ void settleOptions(const RawOptions& raw, Options& options)
     settleValues(raw, options);
     settleNames(raw, options);
     options.task = taskOf(raw, options);
-    options.bTaskByContent = options.task == Task::RECONSTRUCT;
+    options.bTaskByContent = options.task == Task::RECONSTRUCT && !options.bDryRun;
+    checkMemory(options);
     checkBatch(options);
     checkTask(options);
     checkTarget(options);

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "byteSize.h"
 #include "checkOptions.h"
 #include "exitCodes.h"
 #include "helpDocuments.h"
@@ -214,6 +215,16 @@ void defineRunning(CLI::App& app, Options& options, RawOptions& raw)
     app.add_option("--threads", options.numThreads, "Worker threads; as many as the machine has if not given")
         ->check(CLI::Range(1, 256))
         ->type_name("N")
+        ->group(running);
+    app.add_option_function<std::string>(
+           "--limit-memory",
+           [&options](const std::string& text) { options.memoryLimit = parseByteSize(text).value_or(0); },
+           "Refuse to make the mesh if that would take more; names a spacing that fits")
+        ->check([](const std::string& text)
+                { return parseByteSize(text) ? "" : "expects bytes like 500M or 1.5G, not " + text; })
+        ->type_name("SIZE")
+        ->group(running);
+    app.add_flag("--dry-run", options.bDryRun, "Tell how much memory the mesh would take, and stop")
         ->group(running);
     app.add_flag("--report", options.bReport,
                  "Tell what each call has done: points, cells, passes, seconds and memory of each stage")

@@ -23,6 +23,18 @@ void print(const JobContext& context, const Report& report)
     else if (!context.options.bQuiet)
         context.console.print(report.getSummary(context.options));
 }
+
+TARN_ZEF::ForecastCall forecastCallOf(const Options& options)
+{
+    using Call = TARN_ZEF::ForecastCall;
+    if (options.task == Task::SAMPLE)
+        return Call::ToCloud;
+    if (options.task == Task::REMESH)
+        return Call::Melt;
+    if (options.spacingAbs > 0.0)
+        return options.bSmooth ? Call::ReconstructAbsSmoothed : Call::ReconstructAbs;
+    return options.bSmooth ? Call::ReconstructAutoSmoothed : Call::ReconstructAuto;
+}
 } // namespace
 
 void SpacingJob::run()
@@ -34,6 +46,30 @@ void SpacingJob::run()
     report.numPoints = vPoints.size();
     report.spacing = detectSpacing(context.calls, vPoints);
     context.console.print(report.getSpacing(options));
+}
+
+void ForecastJob::run()
+{
+    Report report;
+    std::vector<Point3> vPoints;
+    if (options.hasTriangles())
+        vPoints = readSoup(context, report);
+    else
+    {
+        vPoints = context.reader.readPoints().vPoints;
+        requireUsable(options, vPoints);
+        requireExtent(options, vPoints);
+        requireSpacing(options, vPoints);
+        report.numPoints = vPoints.size();
+    }
+    const bool bGiven = options.spacingAbs > 0.0;
+    report.forecastBytes = context.calls.run(
+        [&]
+        {
+            return TARN_ZEF::estimateMemory(vPoints, bGiven ? options.spacingAbs : options.spacingFactor,
+                                            forecastCallOf(options));
+        });
+    context.console.print(report.getForecast(options));
 }
 
 void DrawJob::run()

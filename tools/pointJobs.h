@@ -16,6 +16,17 @@ public:
     void run() override;
 };
 
+// Prints how much memory the mesh would take.
+class ForecastJob : public Job
+{
+public:
+    explicit ForecastJob(const JobContext& context_)
+        : Job(context_)
+    {
+    }
+    void run() override;
+};
+
 // Draws the points.
 class DrawJob : public Job
 {

@@ -79,7 +79,7 @@ std::shared_ptr<Mesh> finish(const Mesh& mesh, std::shared_ptr<Mesh> pOwned,
     std::vector<Point3> vCopies;
     {
         const StageScope stage("finish");
-        Finisher(flat, frame.enter(vCloud, vCopies), complete, report).run();
+        Finisher(flat, frame.enter(vCloud, vCopies), complete, report, frame).run();
     }
     frame.leave(flat.vPoints);
     reportPoints(vCloud);

@@ -59,7 +59,8 @@ void toCloud(std::vector<Point3>& vTriCorners, double spacingAbs, double feature
     const CallScope call("toCloud");
     ProgressScope progress("ToCloud");
     CloudMgr cloudMgr;
-    cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false);
+    cloudMgr.addPoints(vTriCorners, spacingAbs, ABSENT_SPACING, true, featureAngle, false,
+                       MemoryUse::SAMPLES);
     Hal hal(&cloudMgr);
     std::vector<Point3> vPoints;
     hal.toCloud(vPoints);

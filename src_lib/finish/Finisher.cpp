@@ -37,11 +37,12 @@ constexpr double SHORT = 0.7;
 } // namespace
 
 Finisher::Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
-                   FinishReport& report_)
+                   FinishReport& report_, const NearFrame& frame_)
     : flat(flat_)
     , vCloud(vCloud_)
     , options(options_)
     , report(report_)
+    , frame(frame_)
 {
     if (!(options.maxMove > 0.0) || !std::isfinite(options.maxMove))
         refuse<ZefBadArgument>("options.maxMove > 0.0 && isfinite(options.maxMove)",
@@ -215,23 +216,23 @@ void Finisher::makeCreases()
 
 void Finisher::removeFolds()
 {
-    const bool bFloat = options.bRoundToFloat && areFloatsFine();
-    if (bFloat)
-        roundPoints();
+    const Rounding round = options.bRoundToFloat && areFloatsFine() ? Rounding(roundToFloat) : nullptr;
     FoldReport folds;
-    FoldRemoval(mesh, folds, bFloat).run();
+    roundPoints(round);
+    FoldRemoval(mesh, folds, round).run();
     // What was smoothed or filled is thin here and there.
     if (options.bEvenTriangles && folds.numPairs > 0)
     {
         const Relaxation::Flags vTouched = mendThin();
-        if (bFloat)
-            roundPoints();
+        roundPoints(round);
         FoldReport later;
-        FoldRemoval(mesh, later, bFloat).runNear(vTouched);
+        FoldRemoval(mesh, later, round).runNear(vTouched);
         folds.add(later);
     }
     if (options.bEvenTriangles)
-        removeNeedles(folds, bFloat);
+        removeNeedles(folds, round);
+    if (frame.isShifted())
+        removeFoldsOfFarPlace(folds);
     report.numFolds = folds.numPairs;
     report.numFoldCollapses = folds.numCollapses;
     report.numFoldT = folds.numDroppedT;
@@ -240,21 +241,37 @@ void Finisher::removeFolds()
 }
 
 // What is taken out of folds can leave thin triangles again.
-void Finisher::removeNeedles(FoldReport& folds, bool bFloat)
+void Finisher::removeNeedles(FoldReport& folds, const Rounding& round)
 {
-    for (int round = 0; round < NEEDLE_ROUNDS; ++round)
+    for (int i = 0; i < NEEDLE_ROUNDS; ++i)
     {
         NeedleRemoval needles(mesh);
         if (needles.run() == 0 && needles.getStubborn().empty())
             return;
-        if (bFloat)
-            roundPoints();
+        roundPoints(round);
         FoldReport later;
-        FoldRemoval(mesh, later, bFloat)
-            .runNear(needles.getTouched(), needles.getStubborn(), round < GENTLE_ROUNDS ? 0 : 1,
+        FoldRemoval(mesh, later, round)
+            .runNear(needles.getTouched(), needles.getStubborn(), i < GENTLE_ROUNDS ? 0 : 1,
                      needles.getLeaving());
         folds.add(later);
     }
+}
+
+// Where the points came from, the digits are fewer: what is sound here must be so there.
+void Finisher::removeFoldsOfFarPlace(FoldReport& folds)
+{
+    const Rounding round = [this](const Point3& p)
+    {
+        std::vector<Point3> vPlace = {p};
+        scale(vPlace, exponent);
+        vPlace.front() = frame.enter(frame.leave(vPlace.front()));
+        scale(vPlace, -exponent);
+        return vPlace.front();
+    };
+    roundPoints(round);
+    FoldReport later;
+    FoldRemoval(mesh, later, round).run();
+    folds.add(later);
 }
 
 // Whether a float tells places a thousandth of a cell apart, everywhere on the surface.
@@ -269,11 +286,13 @@ bool Finisher::areFloatsFine() const
            std::ldexp(cellSize * 1e-3, exponent) > std::numeric_limits<float>::min();
 }
 
-void Finisher::roundPoints()
+void Finisher::roundPoints(const Rounding& round)
 {
+    if (!round)
+        return;
     for (int v = 0; v < mesh.endVertices(); ++v)
         if (mesh.isAliveVertex(v))
-            mesh.setPoint(v, roundToFloat(mesh.point(v)));
+            mesh.setPoint(v, round(mesh.point(v)));
 }
 
 void Finisher::load()

@@ -7,6 +7,7 @@
 #include "finish/SheetFit.h"
 #include "finish/fans.h"
 #include "finishSurface.h"
+#include "geometry/NearFrame.h"
 #include "surface/HalfEdgeMesh.h"
 
 #include <optional>
@@ -23,12 +24,15 @@ class Progress;
 class Finisher
 {
 public:
+    // frame: that mesh and cloud are in, and the mesh leaves afterwards; it is sound then, too.
     Finisher(FlatMesh& flat_, const std::vector<Point3>& vCloud_, const FinishOptions& options_,
-             FinishReport& report_);
+             FinishReport& report_, const NearFrame& frame_ = NearFrame());
 
     void run();
 
 private:
+    using Rounding = FoldRemoval::Rounding;
+
     void scaleDown();
     static void scale(std::vector<Point3>& vPoints, int power);
     static void tellDone(const char* step);
@@ -41,9 +45,10 @@ private:
     void makeCreases();
     void refineCreases();
     void removeFolds();
-    void removeNeedles(FoldReport& folds, bool bFloat);
+    void removeNeedles(FoldReport& folds, const Rounding& round);
+    void removeFoldsOfFarPlace(FoldReport& folds);
     [[nodiscard]] bool areFloatsFine() const;
-    void roundPoints();
+    void roundPoints(const Rounding& round);
     void load();
     void unload();
     [[nodiscard]] Mates getMates() const;
@@ -53,6 +58,7 @@ private:
     const std::vector<Point3>& vCloud;
     const FinishOptions& options;
     FinishReport& report;
+    NearFrame frame;
     HalfEdgeMesh mesh;
     std::optional<SheetFit> oFit;      // from the first fit on
     Progress* pEvenProgress = nullptr; // a step a round; not owned

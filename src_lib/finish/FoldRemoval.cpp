@@ -48,10 +48,10 @@ void sortUnique(std::vector<T>& v)
 }
 } // namespace
 
-FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, bool bFloat_)
+FoldRemoval::FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, Rounding round_)
     : mesh(mesh_)
     , report(report_)
-    , bFloat(bFloat_)
+    , round(std::move(round_))
 {
 }
 
@@ -83,20 +83,20 @@ void FoldRemoval::runNear(const Flags& vChanged, const std::vector<int>& vBad, i
 void FoldRemoval::remove(Pairs vPairs)
 {
     report.numPairs = vPairs.size();
-    for (int round = 0; !vPairs.empty(); ++round)
+    for (int i = 0; !vPairs.empty(); ++i)
     {
         vTouched.assign(static_cast<std::size_t>(mesh.endTriangles()), 0);
         // What is not mended now must be found again, touched or not.
         for (const auto& [a, b] : vPairs)
             vTouched[static_cast<std::size_t>(a)] = vTouched[static_cast<std::size_t>(b)] = 1;
-        if (round < SMOOTHING_ROUNDS)
+        if (i < SMOOTHING_ROUNDS)
             smooth(vPairs, 1, SMOOTHING_STEPS);
-        else if (round < BORDER_ROUNDS)
+        else if (i < BORDER_ROUNDS)
             dropBorders(vPairs);
-        else if (round < COLLAPSE_ROUNDS)
+        else if (i < COLLAPSE_ROUNDS)
             collapse(vPairs);
         else
-            cut(vPairs, round < FILLING_ROUNDS);
+            cut(vPairs, i < FILLING_ROUNDS);
         vPairs = FoldFinder(mesh).findNear(vTouched);
     }
 }
@@ -173,7 +173,7 @@ std::vector<int> FoldRemoval::findEqualPoints() const
 
 void FoldRemoval::move(int v, const Point3& p)
 {
-    mesh.setPoint(v, bFloat ? roundToFloat(p) : p);
+    mesh.setPoint(v, round ? round(p) : p);
 }
 
 void FoldRemoval::touchAround(int v)
@@ -324,12 +324,12 @@ void FoldRemoval::drop(const Flags& vDrop, bool bFill)
 Point3 roundToFloat(const Point3& p) noexcept
 {
     // Volatile, since g++ 12 forgets to round where it takes two coordinates at once.
-    const auto round = [](double x)
+    const auto roundOne = [](double x)
     {
         const volatile float rounded = static_cast<float>(x);
         return static_cast<double>(rounded);
     };
-    return Point3(round(p.x()), round(p.y()), round(p.z()));
+    return Point3(roundOne(p.x()), roundOne(p.y()), roundOne(p.z()));
 }
 
 } // namespace TARN_ZEF

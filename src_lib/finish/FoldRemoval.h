@@ -6,6 +6,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace TARN_ZEF
@@ -38,9 +39,11 @@ class FoldRemoval
 {
 public:
     using Flags = std::vector<std::uint8_t>;
+    // The place that can be kept next to one.
+    using Rounding = std::function<Point3(const Point3&)>;
 
-    // bFloat: the coordinates are floats, and stay so.
-    FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, bool bFloat_);
+    // round: vertices are at such places, and go to such; empty if every place is one.
+    FoldRemoval(HalfEdgeMesh& mesh_, FoldReport& report_, Rounding round_);
 
     // On the whole surface, or near the triangles t with vChanged[t] != 0, as the rest is known to be without.
     void run();
@@ -67,7 +70,7 @@ private:
 
     HalfEdgeMesh& mesh;
     FoldReport& report;
-    bool bFloat;
+    Rounding round;
     Flags vTouched; // triangles since the last search
 };
 

@@ -147,11 +147,23 @@ void Cloud::prepareScanPoints(bool bSmooth)
         return;
     estimateResolution();
     createCalc();
+    requireMemory(bSmooth ? MemoryUse::SMOOTHED_SCAN : MemoryUse::SCAN);
     const StageScope stage("cells");
     Smooth sm(std::move(vPoints), pCalc.get());
     vPoints.clear();
     sm.run(bSmooth);
     createBundles(&sm);
+}
+
+std::size_t Cloud::forecastMemory(MemoryUse use)
+{
+    if (isEmpty())
+        return 0;
+    estimateResolution();
+    createCalc();
+    if (bMelt)
+        requireArea();
+    return MemoryForecast(vPoints, use).getBytes(usedSpacing);
 }
 
 void Cloud::createBundles(Smooth* pSmooth)
@@ -224,7 +236,7 @@ void Cloud::getBundles(std::vector<std::pair<u64, Bundle*>>& v) const
 
 // --- Melt intake ------------------------------------------------------------------------------------------
 
-void Cloud::preparePixelsAndFeatures(double featureAngle)
+void Cloud::preparePixelsAndFeatures(double featureAngle, MemoryUse use)
 {
     ASSEX_TEXT(bMelt, "bMelt");
     if (isEmpty())
@@ -232,6 +244,7 @@ void Cloud::preparePixelsAndFeatures(double featureAngle)
     estimateResolution();
     createCalc();
     requireArea();
+    requireMemory(use);
     const StageScope stage("cells");
     std::vector<Point3> vPixels;
     {

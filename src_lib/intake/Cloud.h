@@ -4,6 +4,7 @@
 #include "Point3.h"
 #include "core/SourceLocation.h"
 #include "geometry/NearFrame.h"
+#include "intake/MemoryForecast.h"
 #include "lattice/Bundle.h"
 #include "lattice/Calc.h"
 #include "tarn_tools/SimplePool.h"
@@ -71,7 +72,10 @@ public:
     // Both need a named progress tree, and warn and do nothing if there are no points.
     void prepareScanPoints(bool bSmooth);
     // featureAngle  degrees above which an edge is a feature
-    void preparePixelsAndFeatures(double featureAngle);
+    // use           MELT or SAMPLES, for the limit on memory
+    void preparePixelsAndFeatures(double featureAngle, MemoryUse use = MemoryUse::MELT);
+    // In their place: how many bytes a call will take; 0, with a warning, if there are no points.
+    [[nodiscard]] std::size_t forecastMemory(MemoryUse use);
 
     // Finds the spacing. Refuses points that cannot be told apart on a lattice of 2^20 cells along their
     // extent, unless a spacing is given.
@@ -118,6 +122,7 @@ private:
     void requireArea(const Place& where = Place::current()) const; // of a soup, in cells
     // Warns of points that are the reason why none of these nodes has a surface around it.
     void tellOutliers(const std::vector<SNode>& vNodes) const;
+    void requireMemory(MemoryUse use, const Place& where = Place::current()) const; // if there is a limit
     [[noreturn]] void refuseExtent(const char* condition, const Place& where) const;
     [[noreturn]] void refuseCrowd(const char* condition, const Place& where = Place::current()) const;
     [[noreturn]] void refuseSpacing(const char* condition, const Place& where = Place::current()) const;

@@ -15,14 +15,14 @@ constexpr double FILE_FEATURE_ANGLE = 10.0;
 } // namespace
 
 double CloudMgr::addPoints(const std::vector<Point3>& vPoints, double spacingAbs_, double spacingFactor_,
-                           bool bMelt_, double featureAngle, bool bSmooth)
+                           bool bMelt_, double featureAngle, bool bSmooth, MemoryUse soupUse)
 {
     spacingAbs = spacingAbs_;
     spacingFactor = spacingFactor_;
     bMelt = bMelt_;
     Cloud& cloud = addCloud(NAME_OF_POINTS);
     cloud.setPoints(vPoints);
-    prepare(cloud, featureAngle, bSmooth);
+    prepare(cloud, featureAngle, bSmooth, soupUse);
     return cloud.getSpacing();
 }
 
@@ -45,7 +45,7 @@ void CloudMgr::readFiles(const std::vector<std::string>& vFiles, double spacingA
         // A failure has been reported, and leaves a cloud without points.
         (void)cloud.read();
         totalReadTime += cloud.getReadTime();
-        prepare(cloud, FILE_FEATURE_ANGLE, bSmooth);
+        prepare(cloud, FILE_FEATURE_ANGLE, bSmooth, MemoryUse::MELT);
     }
 }
 
@@ -54,10 +54,10 @@ Cloud& CloudMgr::addCloud(const std::string& name)
     return *vClouds.emplace_back(std::make_unique<Cloud>(name, spacingAbs, spacingFactor, bMelt, spacingBy));
 }
 
-void CloudMgr::prepare(Cloud& cloud, double featureAngle, bool bSmooth)
+void CloudMgr::prepare(Cloud& cloud, double featureAngle, bool bSmooth, MemoryUse soupUse)
 {
     if (cloud.isMelt())
-        cloud.preparePixelsAndFeatures(featureAngle);
+        cloud.preparePixelsAndFeatures(featureAngle, soupUse);
     else
         cloud.prepareScanPoints(bSmooth);
 }

@@ -33,9 +33,10 @@ public:
     // bMelt         the points are corners of triangles, three in a row each
     // featureAngle  degrees above which an edge of a soup is a feature
     // bSmooth       whether a cloud's nodes are smoothed
+    // soupUse       of a soup, what is made of it: MELT or SAMPLES
     // Returns       the detected spacing, -1.0 if none was detected
     double addPoints(const std::vector<Point3>& vPoints, double spacingAbs_, double spacingFactor_,
-                     bool bMelt_, double featureAngle, bool bSmooth);
+                     bool bMelt_, double featureAngle, bool bSmooth, MemoryUse soupUse = MemoryUse::MELT);
 
     // The intake of one file; more are an assertion failure. A soup's feature angle is 10 degrees.
     void readFiles(const std::vector<std::string>& vFiles, double spacingAbs_, double spacingFactor_,
@@ -62,7 +63,7 @@ public:
 private:
     [[nodiscard]] const Cloud& getFirstCloud() const;
     Cloud& addCloud(const std::string& name);
-    static void prepare(Cloud& cloud, double featureAngle, bool bSmooth);
+    static void prepare(Cloud& cloud, double featureAngle, bool bSmooth, MemoryUse soupUse);
 
     SpacingBy spacingBy;
     double totalReadTime = 0.0;

@@ -4,8 +4,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/memoryLimit.h"
 #include "core/numbers.h"
 #include "core/refuse.h"
+#include "estimateMemory.h"
 #include "geometry/tools.h"
 
 namespace TARN_ZEF
@@ -13,6 +15,11 @@ namespace TARN_ZEF
 namespace
 {
 constexpr std::size_t TRIANGLE_CORNERS = 3;
+
+std::string megabytesText(std::size_t numBytes)
+{
+    return toText(std::ceil(static_cast<double>(numBytes) / 1e5) / 10.0) + " MB";
+}
 } // namespace
 
 void Cloud::requireNumber(std::size_t num, const SourceLocation& where)
@@ -60,6 +67,27 @@ void Cloud::requireArea(const SourceLocation& where) const
     }
     constexpr double MAX_COUNTED = 1e18;
     requireCells(static_cast<std::size_t>(std::min(area, MAX_COUNTED)), where);
+}
+
+void Cloud::requireMemory(MemoryUse use, const SourceLocation& where) const
+{
+    if (memoryLimit == NO_MEMORY_LIMIT)
+        return;
+    const MemoryForecast forecast(vPoints, use);
+    const std::size_t numBytes = forecast.getBytes(usedSpacing);
+    if (numBytes <= memoryLimit)
+        return;
+    const double fitting = forecast.findFitting(usedSpacing, memoryLimit);
+    std::string reason = "at a spacing of " + toText(usedSpacing) + " the call would take about " +
+                         megabytesText(numBytes) + " of memory, and the limit is " +
+                         megabytesText(memoryLimit) + "; ";
+    if (fitting == 0.0)
+        reason += "no spacing would fit, give fewer points";
+    else
+        reason += "a spacing of " + toText(fitting) + " would fit" +
+                  (detectedSpacing > 0.0 ? ", a factor of " + toText(fitting / detectedSpacing) : "");
+    reportRefusal("numBytes <= memoryLimit", reason, where);
+    throw ZefOverMemoryLimit(reason, numBytes, fitting);
 }
 
 void Cloud::refuseExtent(const char* condition, const SourceLocation& where) const

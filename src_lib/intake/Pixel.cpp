@@ -8,6 +8,7 @@
 #include "core/Progress.h"
 #include "core/cancel.h"
 #include "geometry/tools.h"
+#include "intake/SegmentWalk.h"
 #include "lattice/CellSet.h"
 #include "parallel/sortMT2.h"
 
@@ -62,79 +63,6 @@ private:
     u64 stride;
     u64 numVisited = 0;
     CancelStride cancel;
-};
-
-// One coordinate of a walk along a segment.
-struct AxisWalk
-{
-    double current;
-    double bound; // where the walk leaves the cell on this axis
-    double v;     // component of the segment
-    double end;
-
-    [[nodiscard]] bool isPositive() const { return v > 0.0; }
-    void moveBound(double cell)
-    {
-        if (isPositive() && current >= bound)
-            bound += cell;
-        else if (!isPositive() && bound >= current)
-            bound -= cell;
-    }
-    // Part of the segment from the current place to the bound.
-    [[nodiscard]] double getFactor(double cell) const
-    {
-        if (v == 0.0)
-            return DBL_MAX;
-        const double d = bound - current;
-        return std::fabs((d == 0.0 ? cell : d) / v);
-    }
-    [[nodiscard]] double getNext(double factor) const { return current + factor * v; }
-    [[nodiscard]] double getMiddle(double factor) const { return (current + getNext(factor)) / 2.0; }
-    [[nodiscard]] bool isBeyondEnd(double value) const { return isPositive() ? value > end : value < end; }
-};
-
-// The walk to the next wall of a cell.
-class SegmentWalk
-{
-public:
-    SegmentWalk(const Point3& p0, const Point3& p1, const Point3& ref, double cell_)
-        : axes{{p0.x(), ref.x(), p1.x() - p0.x(), p1.x()},
-               {p0.y(), ref.y(), p1.y() - p0.y(), p1.y()},
-               {p0.z(), ref.z(), p1.z() - p0.z(), p1.z()}}
-        , cell(cell_)
-    {
-    }
-    void findWall()
-    {
-        factor = DBL_MAX;
-        for (AxisWalk& axis : axes)
-        {
-            axis.moveBound(cell);
-            const double axisFactor = axis.getFactor(cell);
-            if (axisFactor > 0.0 && axisFactor < factor)
-                factor = axisFactor;
-        }
-        ASSEX_TEXT(factor != DBL_MAX && factor > 0, "minFactor!=1.7976931348623158e+308 && minFactor>0");
-    }
-    // Middle of the stretch up to the wall.
-    [[nodiscard]] Point3 getMiddle() const
-    {
-        return {axes[0].getMiddle(factor), axes[1].getMiddle(factor), axes[2].getMiddle(factor)};
-    }
-    [[nodiscard]] bool isBeyondEnd(const Point3& p) const
-    {
-        return axes[0].isBeyondEnd(p.x()) || axes[1].isBeyondEnd(p.y()) || axes[2].isBeyondEnd(p.z());
-    }
-    void goToWall()
-    {
-        for (AxisWalk& axis : axes)
-            axis.current = axis.getNext(factor);
-    }
-
-private:
-    AxisWalk axes[3];
-    double cell;
-    double factor = DBL_MAX;
 };
 
 // The corners of feature edges come before all other pixels.
@@ -200,12 +128,11 @@ void Pixel::run(std::vector<Point3>& vPixels, CCDPairs& vFeatures, CCDPairs& vBo
     std::vector<RCDPoint> vEdgePixels;
     pixelAllEdges(featureAngle, vEdgePixels, vFeatures, vBorders);
 
-    std::vector<RCDPoint> vTriPixels;
-    pixelAllTriangles(vTriPixels);
+    CellPixels triPixels;
+    pixelAllTriangles(triPixels);
 
     Progress* const pSort = getRootProgress()->getChildProgressSetTodo("oifc", 1);
-    sortMT(vTriPixels.begin(), vTriPixels.end());
-    vTriPixels.erase(std::unique(vTriPixels.begin(), vTriPixels.end()), vTriPixels.end());
+    const std::vector<RCDPoint> vTriPixels = triPixels.take();
     pSort->increment();
     pSort->setFinished(true);
 
@@ -530,26 +457,23 @@ Point3 Pixel::getMidOfCutPlane(RCD rcd, const Plane& plane, bool& bOK) const
 
 // --- Triangles --------------------------------------------------------------------------------------------
 
-void Pixel::pixelAllTriangles(std::vector<RCDPoint>& vPixelRCD) const
+void Pixel::pixelAllTriangles(CellPixels& pixels) const
 {
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("ar4", vTri.size());
     CancelStride cancel;
     for (const Tri& tri : vTri)
     {
         cancel.step();
-        const std::ptrdiff_t numOld = static_cast<std::ptrdiff_t>(vPixelRCD.size());
-        rasterizeTriangle(tri.getP0(), tri.getP1(), tri.getP2(), vPixelRCD);
-        // Neighbouring rows hit the same cells; what goes here need not be sorted with all the others.
-        std::sort(vPixelRCD.begin() + numOld, vPixelRCD.end());
-        vPixelRCD.erase(std::unique(vPixelRCD.begin() + numOld, vPixelRCD.end()), vPixelRCD.end());
+        pixels.startTriangle();
+        rasterizeTriangle(tri.getP0(), tri.getP1(), tri.getP2(), pixels);
+        pixels.endTriangle();
         pProgress->increment();
     }
     pProgress->setFinished(true);
 }
 
 // Rows across the triangle, along its longest edge p1-p2, up to the corner p0.
-void Pixel::rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* p2,
-                              std::vector<RCDPoint>& vPixelRCD) const
+void Pixel::rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* p2, CellPixels& pixels) const
 {
     const Plane plane(*p0, *p1, *p2);
     double len1 = (*p1 - *p2).length();
@@ -579,13 +503,12 @@ void Pixel::rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* 
     for (double i = 0.0; i < numRows; i += 1.0)
     {
         cancel.step();
-        rasterizePlane(plane, *p1 + vec10 * (i * lift1), *p2 + vec20 * (i * lift2), vPixelRCD);
+        rasterizePlane(plane, *p1 + vec10 * (i * lift1), *p2 + vec20 * (i * lift2), pixels);
     }
 }
 
 // The row's first cell is left to its neighbours.
-void Pixel::rasterizePlane(const Plane& plane, const Point3& a, const Point3& b,
-                           std::vector<RCDPoint>& vPixelRCD) const
+void Pixel::rasterizePlane(const Plane& plane, const Point3& a, const Point3& b, CellPixels& pixels) const
 {
     Vector3 v = b - a;
     const double len = v.length();
@@ -609,7 +532,7 @@ void Pixel::rasterizePlane(const Plane& plane, const Point3& a, const Point3& b,
             p = onRow;
         if (i + 1.0 >= num && (p - a).length() > len)
             break;
-        vPixelRCD.emplace_back(rcd, p);
+        pixels.add(rcd, p);
         lastRCD = rcd;
     }
 }

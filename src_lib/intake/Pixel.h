@@ -2,6 +2,7 @@
 #define ZEF_PIXEL_H
 
 #include "geometry/Plane.h"
+#include "intake/CellPixels.h"
 #include "intake/FeatureChainMgr.h"
 #include "intake/Tri.h"
 #include "lattice/Calc.h"
@@ -12,8 +13,6 @@
 
 namespace TARN_ZEF
 {
-// A point of the surface and the cell that it stands for.
-using RCDPoint = std::pair<RCD, Point3>;
 using CCDPairs = std::vector<std::pair<CCD, CCD>>;
 
 // Samples a triangle soup: one point for each lattice cell that the surface crosses.
@@ -69,11 +68,9 @@ private:
     [[nodiscard]] double getMaxDih(std::size_t begin, std::size_t end);
     void pixelFlatEdge(const Plane& plane, RCDPoint& pixel) const;
 
-    void pixelAllTriangles(std::vector<RCDPoint>& vPixelRCD) const;
-    void rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* p2,
-                           std::vector<RCDPoint>& vPixelRCD) const;
-    void rasterizePlane(const Plane& plane, const Point3& a, const Point3& b,
-                        std::vector<RCDPoint>& vPixelRCD) const;
+    void pixelAllTriangles(CellPixels& pixels) const;
+    void rasterizeTriangle(const Point3* p0, const Point3* p1, const Point3* p2, CellPixels& pixels) const;
+    void rasterizePlane(const Plane& plane, const Point3& a, const Point3& b, CellPixels& pixels) const;
 
     const Calc* pCalc;
     double spacingAbs;       // the cell size

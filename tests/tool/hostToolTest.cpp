@@ -156,6 +156,8 @@ const FailureCase FAILURES[] = {
     {"hull of points", "ball.xyz new.ply --outer", 2, "--fmelt"},
     {"bridges without a hull", "box.stl new.ply -m --bridge 2", 2, "--outer"},
     {"too wide a bridge", "box.stl new.ply -m --outer --bridge 101", 2, "--bridge"},
+    {"limit without a number", "ball.xyz new.ply --limit-memory much", 2, "500M"},
+    {"limit of a remesh", "box.stl new.ply -m --limit-memory 1G", 2, "--plain"},
     {"check of points", "box.stl new.xyz -m -a 1 --cloud --check", 2, "--check"},
     {"reduction to nothing", "ball.xyz new.ply --reduce 0c", 2, "LEN"},
     {"reduction that folds over", "ball.xyz new.ply --reduce 2c,181", 2, "LEN"},
@@ -379,6 +381,19 @@ TEST_F(HostTool, theReportTellsOfEachCall)
     EXPECT_EQ(vTriangles[0], vTriangles[1]);
     EXPECT_EQ(numberOf(json.out, "usedPoints"), 3000);
     EXPECT_EQ(run("ball.xyz old.ply --json").out.find("\"calls\""), std::string::npos);
+}
+
+// A dry run writes nothing; what it tells is where the limit refuses, and the spacing it names is one that works.
+TEST_F(HostTool, memoryIsForecastAndLimited)
+{
+    const Result dry = run("ball.xyz --dry-run --json");
+    ASSERT_EQ(dry.status, 0) << dry.err;
+    const double bytes = numberOf(dry.out, "forecastBytes");
+    EXPECT_EQ(run("ball.xyz new.ply --limit-memory " + std::to_string(bytes + 1.0)).status, 0);
+    const Result refused = run("ball.xyz old.ply --limit-memory " + std::to_string(bytes - 1e6));
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_NE(refused.err.find(" would fit, a factor of "), std::string::npos) << refused.err;
+    EXPECT_EQ(contentOf(folder / "old.ply"), "precious");
 }
 
 TEST_F(HostTool, farCoordinatesKeepTheirDigits)
