@@ -15,7 +15,7 @@ cmake --preset "$preset"
 cmake --build --preset "$preset"
 ctest --preset "$preset"
 if [ "$preset" = release ]; then
-    build/release/bin/zef_tests --gtest_shuffle --gtest_brief=1 >"$scratch/log" || {
+    ZEF_RANDOM_INPUTS=200 build/release/bin/zef_tests --gtest_shuffle --gtest_brief=1 >"$scratch/log" || {
         grep -E "random seed|FAILED|Failure" -A 8 "$scratch/log"
         exit 1
     }
