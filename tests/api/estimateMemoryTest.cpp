@@ -15,6 +15,18 @@
 #include <malloc.h>
 #endif
 
+// Sanitizers take memory of their own for every block.
+#if defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+#define HAS_SANITIZER
+#endif
+#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define HAS_SANITIZER
+#endif
+#if defined(__linux__) && defined(__GLIBC__) && !defined(HAS_SANITIZER)
+#define CAN_MEASURE
+#endif
+
 namespace TARN_ZEF
 {
 namespace
@@ -31,8 +43,7 @@ Points randomPlane(std::size_t num)
     return points;
 }
 
-#if defined(__linux__) && defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) &&                            \
-    !defined(__SANITIZE_THREAD__)
+#if defined(CAN_MEASURE)
 std::size_t measurePeak(const std::function<void()>& call)
 {
     // What earlier calls have freed must not hide what this one takes.
@@ -50,8 +61,7 @@ std::size_t measurePeak(const std::function<void()>& call)
 #endif
 } // namespace
 
-#if defined(__linux__) && defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) &&                            \
-    !defined(__SANITIZE_THREAD__)
+#if defined(CAN_MEASURE)
 // Within a third here, where heap and threads of a whole test program are in the way.
 TEST(EstimateMemory, isAboutWhatCallsTake)
 {
