@@ -1,6 +1,6 @@
 // How much memory a call will take, and calls that rather refuse than take too much.
 //
-//     const std::size_t bytes = estimateMemory(vPoints, 1.0, ForecastCall::ReconstructAuto);
+//     const std::size_t bytes = estimateMemory(vPoints, 1.0, ForecastCall::RECONSTRUCT_AUTO);
 //
 //     const MemoryLimitScope scope(2'000'000'000);       // the calls of this thread, until the scope ends
 //     try
@@ -32,12 +32,12 @@ namespace TARN_ZEF
 // The call that a forecast is about; of reconstructions, smoothed or not.
 enum class ForecastCall
 {
-    ReconstructAuto,
-    ReconstructAutoSmoothed,
-    ReconstructAbs,
-    ReconstructAbsSmoothed,
-    Melt,
-    ToCloud
+    RECONSTRUCT_AUTO,
+    RECONSTRUCT_AUTO_SMOOTHED,
+    RECONSTRUCT_ABS,
+    RECONSTRUCT_ABS_SMOOTHED,
+    MELT,
+    TO_CLOUD
 };
 
 // The most bytes that the call will hold at one time, beside the points that it is given; its result counts.

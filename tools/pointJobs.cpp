@@ -28,12 +28,12 @@ TARN_ZEF::ForecastCall forecastCallOf(const Options& options)
 {
     using Call = TARN_ZEF::ForecastCall;
     if (options.task == Task::SAMPLE)
-        return Call::ToCloud;
+        return Call::TO_CLOUD;
     if (options.task == Task::REMESH)
-        return Call::Melt;
+        return Call::MELT;
     if (options.spacingAbs > 0.0)
-        return options.bSmooth ? Call::ReconstructAbsSmoothed : Call::ReconstructAbs;
-    return options.bSmooth ? Call::ReconstructAutoSmoothed : Call::ReconstructAuto;
+        return options.bSmooth ? Call::RECONSTRUCT_ABS_SMOOTHED : Call::RECONSTRUCT_ABS;
+    return options.bSmooth ? Call::RECONSTRUCT_AUTO_SMOOTHED : Call::RECONSTRUCT_AUTO;
 }
 } // namespace
 

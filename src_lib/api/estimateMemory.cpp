@@ -18,17 +18,17 @@ CallTraits traitsOf(ForecastCall call)
 {
     switch (call)
     {
-    case ForecastCall::ReconstructAuto:
+    case ForecastCall::RECONSTRUCT_AUTO:
         return {MemoryUse::SCAN, SpacingBy::FACTOR};
-    case ForecastCall::ReconstructAutoSmoothed:
+    case ForecastCall::RECONSTRUCT_AUTO_SMOOTHED:
         return {MemoryUse::SMOOTHED_SCAN, SpacingBy::FACTOR};
-    case ForecastCall::ReconstructAbs:
+    case ForecastCall::RECONSTRUCT_ABS:
         return {MemoryUse::SCAN, SpacingBy::LENGTH};
-    case ForecastCall::ReconstructAbsSmoothed:
+    case ForecastCall::RECONSTRUCT_ABS_SMOOTHED:
         return {MemoryUse::SMOOTHED_SCAN, SpacingBy::LENGTH};
-    case ForecastCall::Melt:
+    case ForecastCall::MELT:
         return {MemoryUse::MELT, SpacingBy::LENGTH};
-    case ForecastCall::ToCloud:
+    case ForecastCall::TO_CLOUD:
         break;
     }
     return {MemoryUse::SAMPLES, SpacingBy::LENGTH};

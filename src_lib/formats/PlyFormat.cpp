@@ -30,7 +30,7 @@ int sniffPly(std::string_view head, u64)
 template <class Take>
 void dispatch(tinyply::Type type, Take take)
 {
-    switch (type)
+    switch (type) // NOLINT(bugprone-branch-clone): the branches differ in type
     {
     case tinyply::Type::INT8:
         return take(std::int8_t());

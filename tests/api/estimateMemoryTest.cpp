@@ -82,7 +82,8 @@ TEST(EstimateMemory, isAboutWhatCallsTake)
     for (Row& row : rows)
     {
         SCOPED_TRACE(row.name);
-        const auto call = row.bSmooth ? ForecastCall::ReconstructAutoSmoothed : ForecastCall::ReconstructAuto;
+        const auto call =
+            row.bSmooth ? ForecastCall::RECONSTRUCT_AUTO_SMOOTHED : ForecastCall::RECONSTRUCT_AUTO;
         const double forecast = static_cast<double>(estimateMemory(row.points, row.factor, call));
         const double peak = static_cast<double>(
             measurePeak([&] { (void)reconstruct_auto(row.points, row.bSmooth, row.factor); }));
@@ -95,7 +96,7 @@ TEST(EstimateMemory, isAboutWhatCallsTake)
 TEST(EstimateMemory, aLimitRefusesBeforehandAndNamesWhatFits)
 {
     Points cloud = makeCloud(40000, 0.0, 0.0);
-    const std::size_t forecast = estimateMemory(cloud, 1.0, ForecastCall::ReconstructAuto);
+    const std::size_t forecast = estimateMemory(cloud, 1.0, ForecastCall::RECONSTRUCT_AUTO);
     const MemoryLimitScope scope(forecast / 2);
     double fitting = 0.0;
     try
@@ -110,10 +111,10 @@ TEST(EstimateMemory, aLimitRefusesBeforehandAndNamesWhatFits)
         EXPECT_NE(std::string(refused.what()).find(" would fit, a factor of "), std::string::npos)
             << refused.what();
     }
-    EXPECT_LE(estimateMemory(cloud, fitting, ForecastCall::ReconstructAbs), forecast / 2);
+    EXPECT_LE(estimateMemory(cloud, fitting, ForecastCall::RECONSTRUCT_ABS), forecast / 2);
     EXPECT_TRUE(reconstruct_abs(cloud, false, fitting));
     // Not far beyond what is needed.
-    EXPECT_GT(estimateMemory(cloud, 0.8 * fitting, ForecastCall::ReconstructAbs), forecast / 2);
+    EXPECT_GT(estimateMemory(cloud, 0.8 * fitting, ForecastCall::RECONSTRUCT_ABS), forecast / 2);
 }
 
 TEST(EstimateMemory, limitsNestAndEndAndHoldForAllCalls)
@@ -148,13 +149,13 @@ TEST(EstimateMemory, refusesWhatTheCallRefuses)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const Points cloud = makeCloud(500, 0.0, 0.0);
-    EXPECT_EQ(estimateMemory({}, 1.0, ForecastCall::ReconstructAuto), 0u);
-    EXPECT_EQ(estimateMemory({Point3(nan, 0.0, 0.0)}, 1.0, ForecastCall::ReconstructAuto), 0u);
-    EXPECT_THROW((void)estimateMemory(cloud, 0.0, ForecastCall::ReconstructAuto), ZefBadArgument);
-    EXPECT_THROW((void)estimateMemory(cloud, nan, ForecastCall::ReconstructAbs), ZefBadArgument);
-    EXPECT_THROW((void)estimateMemory(cloud, 1e-12, ForecastCall::ReconstructAbs), ZefBadArgument);
-    EXPECT_THROW((void)estimateMemory(Points(4), 1.0, ForecastCall::Melt), ZefBadArgument);
-    EXPECT_THROW((void)estimateMemory(Points(7, Point3(1.0, 1.0, 1.0)), 1.0, ForecastCall::ReconstructAuto),
+    EXPECT_EQ(estimateMemory({}, 1.0, ForecastCall::RECONSTRUCT_AUTO), 0u);
+    EXPECT_EQ(estimateMemory({Point3(nan, 0.0, 0.0)}, 1.0, ForecastCall::RECONSTRUCT_AUTO), 0u);
+    EXPECT_THROW((void)estimateMemory(cloud, 0.0, ForecastCall::RECONSTRUCT_AUTO), ZefBadArgument);
+    EXPECT_THROW((void)estimateMemory(cloud, nan, ForecastCall::RECONSTRUCT_ABS), ZefBadArgument);
+    EXPECT_THROW((void)estimateMemory(cloud, 1e-12, ForecastCall::RECONSTRUCT_ABS), ZefBadArgument);
+    EXPECT_THROW((void)estimateMemory(Points(4), 1.0, ForecastCall::MELT), ZefBadArgument);
+    EXPECT_THROW((void)estimateMemory(Points(7, Point3(1.0, 1.0, 1.0)), 1.0, ForecastCall::RECONSTRUCT_AUTO),
                  ZefUnusablePoints);
 }
 
