@@ -30,9 +30,9 @@ int sniffPly(std::string_view head, u64)
 template <class Take>
 void dispatch(tinyply::Type type, Take take)
 {
-    switch (type) // NOLINT(bugprone-branch-clone): the branches differ in type
+    switch (type)
     {
-    case tinyply::Type::INT8:
+    case tinyply::Type::INT8: // NOLINT(bugprone-branch-clone): the branches differ in type
         return take(std::int8_t());
     case tinyply::Type::UINT8:
         return take(std::uint8_t());
