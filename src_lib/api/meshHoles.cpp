@@ -8,6 +8,7 @@
 #include "core/CallScope.h"
 #include "geometry/NearFrame.h"
 #include "geometry/requireTriangles.h"
+#include "judge/judgeMesh.h"
 #include "rmesh/RMesh.h"
 
 #include <utility>
@@ -34,6 +35,39 @@ std::vector<BorderLoop> findBorderLoops(const Mesh& mesh)
     return findBorderLoops(vPoints, vCorners);
 }
 
+namespace
+{
+struct Filled
+{
+    std::vector<Point3> vPoints;
+    std::vector<int> vCorners;
+    std::vector<FillResult> vResults;
+};
+
+Filled fillIn(const NearFrame& frame, std::vector<Point3> vPoints, const std::vector<int>& vCorners,
+              const std::vector<BorderLoop>& vChosen, const FillOptions& options)
+{
+    frame.enter(vPoints);
+    HoleCloser closer(vPoints, vCorners, vChosen, options);
+    Filled filled = {vPoints, vCorners, {}};
+    std::vector<int> vNewCorners;
+    {
+        const StageScope stage("holes");
+        closer.run(filled.vPoints, vNewCorners);
+    }
+    filled.vCorners.insert(filled.vCorners.end(), vNewCorners.begin(), vNewCorners.end());
+    frame.leave(filled.vPoints);
+    filled.vResults = closer.getResults();
+    return filled;
+}
+
+std::size_t countShapeFaults(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners)
+{
+    const MeshCheck check = judgeShapes(vPoints, vCorners, CheckOptions());
+    return check.numFlat + check.numDuplicates + check.numIntersections;
+}
+} // namespace
+
 std::shared_ptr<Mesh> fillHoles(const Mesh& mesh, const std::vector<BorderLoop>& vChosen,
                                 const FillOptions& options, std::vector<FillResult>* pResults)
 {
@@ -42,29 +76,24 @@ std::shared_ptr<Mesh> fillHoles(const Mesh& mesh, const std::vector<BorderLoop>&
     std::vector<int> vCorners;
     getFlat(mesh, vPoints, vCorners);
     const NearFrame frame = NearFrame::around(vPoints, mesh.getRMesh()->getCellSize());
-    frame.enter(vPoints);
-    HoleCloser closer(vPoints, vCorners, vChosen, options);
-    std::vector<Point3> vAllPoints = vPoints;
-    std::vector<int> vNewCorners;
-    {
-        const StageScope stage("holes");
-        closer.run(vAllPoints, vNewCorners);
-    }
+    Filled filled = fillIn(frame, vPoints, vCorners, vChosen, options);
+    // The caller's coordinates may have too few digits for what was made near by.
+    if (frame.isShifted() &&
+        countShapeFaults(filled.vPoints, filled.vCorners) > countShapeFaults(vPoints, vCorners))
+        filled = fillIn(NearFrame(), vPoints, vCorners, vChosen, options);
     if (CallReport* const pReport = getCallReport())
     {
         pReport->numRawT = vCorners.size() / 3;
-        pReport->vPasses = {{"holes", vNewCorners.size() / 3, 0}};
-        for (const FillResult& result : closer.getResults())
+        pReport->vPasses = {{"holes", (filled.vCorners.size() - vCorners.size()) / 3, 0}};
+        for (const FillResult& result : filled.vResults)
             pReport->numHolesClosed += result.bFilled ? 1 : 0;
     }
-    frame.leave(vAllPoints);
-    std::vector<std::uint32_t> vAllCorners(vCorners.begin(), vCorners.end());
-    vAllCorners.insert(vAllCorners.end(), vNewCorners.begin(), vNewCorners.end());
     std::shared_ptr<Mesh> pMesh =
-        makeMesh(std::move(vAllPoints), std::move(vAllCorners), mesh.getRMesh()->getCellSize());
+        makeMesh(std::move(filled.vPoints), {filled.vCorners.begin(), filled.vCorners.end()},
+                 mesh.getRMesh()->getCellSize());
     reportMesh(pMesh);
     if (pResults != nullptr)
-        *pResults = closer.getResults();
+        *pResults = std::move(filled.vResults);
     return pMesh;
 }
 
