@@ -53,6 +53,8 @@ struct FinishReport
     std::size_t numFilledHoles = 0; // small holes that were closed
     std::size_t numNotches = 0;     // triangles added where a border has a notch
     std::size_t numTeeth = 0;       // triangles that went: single ones that stick out of a border
+    // --- Thin triangles ---
+    std::size_t numThinT = 0; // with an angle below 7 degrees, that were mended or went
     // --- Folds ---
     std::size_t numFolds = 0;         // pairs of triangles that intersected, and triangles without area
     std::size_t numFoldCollapses = 0; // edges that collapsed to remove them

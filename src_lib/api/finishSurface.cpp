@@ -34,7 +34,7 @@ void reportPasses(const FinishReport& done, std::size_t numBefore, std::size_t n
     if (pReport == nullptr)
         return;
     pReport->numRawT = numBefore;
-    pReport->numHolesClosed = done.numFilledCuts;
+    pReport->numHolesClosed = done.numFilledHoles + done.numFilledCuts;
     pReport->vPasses = {
         {"unusable triangles", 0, done.numUnusableT},
         {"flat triangles", 0, done.numFlatT},

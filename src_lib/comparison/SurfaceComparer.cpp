@@ -2,6 +2,7 @@
 
 #include "core/cancel.h"
 #include "geometry/isFinite.h"
+#include "geometry/tools.h"
 #include "parallel/parallelFor.h"
 
 #include <algorithm>
@@ -21,11 +22,7 @@ constexpr double STEP_V = 0.5698402909980532;
 {
     const auto corner = [&](std::size_t k) -> const Point3&
     { return surface.vPoints[static_cast<std::size_t>(surface.vCorners[i + k])]; };
-    const Vector3 u = corner(1) - corner(0);
-    const Vector3 v = corner(2) - corner(0);
-    const Vector3 normal(u.y() * v.z() - u.z() * v.y(), u.z() * v.x() - u.x() * v.z(),
-                         u.x() * v.y() - u.y() * v.x());
-    return 0.5 * normal.length();
+    return getAreaByCross(corner(0), corner(1), corner(2));
 }
 
 [[nodiscard]] double fractionOf(double x)

@@ -1,6 +1,7 @@
 #include "comparison/TriangleTree.h"
 
 #include "core/cancel.h"
+#include "core/spreadBits.h"
 #include "parallel/parallelFor.h"
 #include "parallel/sortMT2.h"
 #include "remesh/triangles.h"
@@ -16,25 +17,28 @@ namespace
 {
 constexpr double CURVE_CELLS = 2097151.0; // 2^21 - 1 along each axis
 
-// Two zeros between each of the lowest 21 bits and the next.
-[[nodiscard]] std::uint64_t spread(std::uint64_t x) noexcept
-{
-    x = (x | x << 32) & 0x1F00000000FFFF;
-    x = (x | x << 16) & 0x1F0000FF0000FF;
-    x = (x | x << 8) & 0x100F00F00F00F00F;
-    x = (x | x << 4) & 0x10C30C30C30C30C3;
-    x = (x | x << 2) & 0x1249249249249249;
-    return x;
-}
-
-[[nodiscard]] double sqGap(double x, double low, double high) noexcept
+[[nodiscard]] double sqGapOf(double x, double low, double high) noexcept
 {
     const double gap = std::max({low - x, x - high, 0.0});
     return gap * gap;
 }
 
+[[nodiscard]] double sqDistance(const Box& box, const Point3& p) noexcept
+{
+    return sqGapOf(p.x(), box.xmin, box.xmax) + sqGapOf(p.y(), box.ymin, box.ymax) +
+           sqGapOf(p.z(), box.zmin, box.zmax);
+}
+
+[[nodiscard]] Box boxOf(const std::array<Point3, 3>& triangle) noexcept
+{
+    Box box;
+    for (const Point3& p : triangle)
+        box.include({p.x(), p.y(), p.z(), p.x(), p.y(), p.z()});
+    return box;
+}
+
 // One box around each WIDTH in a row.
-template <std::size_t WIDTH, typename Box>
+template <std::size_t WIDTH>
 [[nodiscard]] std::vector<Box> enclose(const std::vector<Box>& vBelow)
 {
     std::vector<Box> vBoxes;
@@ -49,20 +53,6 @@ template <std::size_t WIDTH, typename Box>
     return vBoxes;
 }
 } // namespace
-
-void TriangleTree::Box::include(const Box& other)
-{
-    low.set(std::min(low.x(), other.low.x()), std::min(low.y(), other.low.y()),
-            std::min(low.z(), other.low.z()));
-    high.set(std::max(high.x(), other.high.x()), std::max(high.y(), other.high.y()),
-             std::max(high.z(), other.high.z()));
-}
-
-double TriangleTree::Box::sqDistanceTo(const Point3& p) const
-{
-    return sqGap(p.x(), low.x(), high.x()) + sqGap(p.y(), low.y(), high.y()) +
-           sqGap(p.z(), low.z(), high.z());
-}
 
 TriangleTree::TriangleTree(const std::vector<Point3>& vPoints, const std::vector<int>& vCorners)
 {
@@ -97,7 +87,7 @@ std::vector<std::uint64_t> TriangleTree::getCurveCodes() const
     Box all = boxOf(vTriangles.front());
     for (const Triangle& triangle : vTriangles)
         all.include(boxOf(triangle));
-    const double extent = (all.high - all.low).getMaxComponent();
+    const double extent = std::max({all.xmax - all.xmin, all.ymax - all.ymin, all.zmax - all.zmin});
     const double toCells = extent > 0.0 ? CURVE_CELLS / extent : 0.0;
     std::vector<std::uint64_t> vCodes(vTriangles.size());
     parallelFor(vCodes.size(), 10000,
@@ -106,21 +96,14 @@ std::vector<std::uint64_t> TriangleTree::getCurveCodes() const
                     for (std::size_t i = from; i < to; ++i)
                     {
                         const Box box = boxOf(vTriangles[i]);
-                        const Vector3 cell = (box.low + (box.high - box.low) * 0.5 - all.low) * toCells;
-                        vCodes[i] = spread(static_cast<std::uint64_t>(cell.x())) |
-                                    spread(static_cast<std::uint64_t>(cell.y())) << 1 |
-                                    spread(static_cast<std::uint64_t>(cell.z())) << 2;
+                        const auto cellOf = [toCells](double low, double high, double origin)
+                        { return static_cast<u64>((low + (high - low) * 0.5 - origin) * toCells); };
+                        vCodes[i] = spreadBits3(cellOf(box.xmin, box.xmax, all.xmin)) |
+                                    spreadBits3(cellOf(box.ymin, box.ymax, all.ymin)) << 1 |
+                                    spreadBits3(cellOf(box.zmin, box.zmax, all.zmin)) << 2;
                     }
                 });
     return vCodes;
-}
-
-TriangleTree::Box TriangleTree::boxOf(const Triangle& triangle)
-{
-    Box box{triangle[0], triangle[0]};
-    box.include({triangle[1], triangle[1]});
-    box.include({triangle[2], triangle[2]});
-    return box;
 }
 
 void TriangleTree::buildLevels()
@@ -164,13 +147,13 @@ void TriangleTree::pushChildren(const Waiting& parent, const Point3& p, double l
     const std::size_t base = numWaiting;
     for (std::size_t i = first; i < end; ++i)
     {
-        const double sqDistance = vBoxes[i].sqDistanceTo(p);
-        if (!(sqDistance < limit))
+        const double sqGap = sqDistance(vBoxes[i], p);
+        if (!(sqGap < limit))
             continue;
         std::size_t k = numWaiting++;
-        for (; k > base && stack[k - 1].sqDistance < sqDistance; --k)
+        for (; k > base && stack[k - 1].sqDistance < sqGap; --k)
             stack[k] = stack[k - 1];
-        stack[k] = {sqDistance, parent.level - 1, static_cast<std::uint32_t>(i)};
+        stack[k] = {sqGap, parent.level - 1, static_cast<std::uint32_t>(i)};
     }
 }
 

@@ -3,6 +3,8 @@
 
 #include "Point3.h"
 
+#include "tarn_tools/Box.h"
+
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -35,14 +37,6 @@ private:
     static constexpr std::size_t WIDTH = 4;
     static constexpr std::size_t MAX_LEVELS = 17; // of 2^32 triangles
 
-    struct Box
-    {
-        Point3 low;
-        Point3 high;
-
-        void include(const Box& other);
-        [[nodiscard]] double sqDistanceTo(const Point3& p) const;
-    };
     // A box that waits for its turn.
     struct Waiting
     {
@@ -56,7 +50,6 @@ private:
 
     void sortAlongCurve();
     [[nodiscard]] std::vector<std::uint64_t> getCurveCodes() const;
-    [[nodiscard]] static Box boxOf(const Triangle& triangle);
     void buildLevels();
     void pushChildren(const Waiting& parent, const Point3& p, double limit, Stack& stack,
                       std::size_t& numWaiting) const;

@@ -94,10 +94,15 @@ void Finisher::scaleDown()
     scale(vScaledCloud, -exponent);
 }
 
+Point3 Finisher::getScaled(const Point3& p, int power)
+{
+    return {std::ldexp(p.x(), power), std::ldexp(p.y(), power), std::ldexp(p.z(), power)};
+}
+
 void Finisher::scale(std::vector<Point3>& vPoints, int power)
 {
     for (Point3& p : vPoints)
-        p.set(std::ldexp(p.x(), power), std::ldexp(p.y(), power), std::ldexp(p.z(), power));
+        p = getScaled(p, power);
 }
 
 void Finisher::part()
@@ -246,7 +251,9 @@ void Finisher::removeNeedles(FoldReport& folds, const Rounding& round)
     for (int i = 0; i < NEEDLE_ROUNDS; ++i)
     {
         NeedleRemoval needles(mesh);
-        if (needles.run() == 0 && needles.getStubborn().empty())
+        const std::size_t num = needles.run();
+        report.numThinT += num;
+        if (num == 0 && needles.getStubborn().empty())
             return;
         roundPoints(round);
         FoldReport later;
@@ -261,13 +268,7 @@ void Finisher::removeNeedles(FoldReport& folds, const Rounding& round)
 void Finisher::removeFoldsOfFarPlace(FoldReport& folds)
 {
     const Rounding round = [this](const Point3& p)
-    {
-        std::vector<Point3> vPlace = {p};
-        scale(vPlace, exponent);
-        vPlace.front() = frame.enter(frame.leave(vPlace.front()));
-        scale(vPlace, -exponent);
-        return vPlace.front();
-    };
+    { return getScaled(frame.enter(frame.leave(getScaled(p, exponent))), -exponent); };
     roundPoints(round);
     FoldReport later;
     FoldRemoval(mesh, later, round).run();

@@ -34,6 +34,7 @@ private:
     using Rounding = FoldRemoval::Rounding;
 
     void scaleDown();
+    [[nodiscard]] static Point3 getScaled(const Point3& p, int power);
     static void scale(std::vector<Point3>& vPoints, int power);
     static void tellDone(const char* step);
     void part();

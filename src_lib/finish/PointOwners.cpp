@@ -18,7 +18,7 @@ constexpr std::size_t MIN_CHUNK = 5'000;
 // Cells of the grid along an axis; the frame leaves room for a neighbour on each side.
 constexpr double MAX_CELLS = 2'000'000.0;
 // The triangles around so many of the nearest vertices are looked at.
-constexpr std::size_t NUM_NEAREST = 3; // findOwner() knows
+constexpr std::size_t NUM_NEAREST = 3;
 
 double getSqDistance(const Point3& p, const Point3& a, const Point3& b, const Point3& c)
 {
@@ -265,7 +265,10 @@ int PointOwners::findOwner(const HalfEdgeMesh& mesh, const Point3& p, Scratch& s
         const int v = nearest[i].second;
         // Triangles of nearer vertices have been looked at.
         const auto isSeen = [&](int u)
-        { return (i > 0 && u == nearest[0].second) || (i > 1 && u == nearest[1].second); };
+        {
+            return std::any_of(nearest.begin(), nearest.begin() + i,
+                               [u](const auto& nearer) { return nearer.second == u; });
+        };
         mesh.forEachOutgoing(v,
                              [&](int h)
                              {

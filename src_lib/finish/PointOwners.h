@@ -22,7 +22,8 @@ namespace TARN_ZEF
 class PointOwners
 {
 public:
-    // vAsked: vertices; where they are not empty, only points within about maxReach of them get an owner.
+    // cellSize, maxReach: in units of the points. vAsked: vertices; where some are named, only points within about
+    // maxReach of them get an owner.
     PointOwners(const HalfEdgeMesh& mesh, const std::vector<Point3>& vCloud, double cellSize_,
                 double maxReach, const std::vector<int>& vAsked);
 

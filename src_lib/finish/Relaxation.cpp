@@ -36,17 +36,6 @@ Vector3 getTriangleNormal(const Point3& a, const Point3& b, const Point3& c)
 {
     return getUnit(crossProduct(b - a, c - a));
 }
-
-template <typename F>
-void forEachIndexMT(int num, F f)
-{
-    parallelFor(static_cast<std::size_t>(num), MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t i = from; i < to; ++i)
-                        f(static_cast<int>(i));
-                });
-}
 } // namespace
 
 Relaxation::Relaxation(HalfEdgeMesh& mesh_)
@@ -93,7 +82,7 @@ bool Relaxation::isBetterFlipped(int h, const TriangleShape& old0, const Triangl
 std::vector<int> Relaxation::findCandidates()
 {
     vShapes.resize(static_cast<std::size_t>(mesh.endTriangles()));
-    forEachIndexMT(mesh.endTriangles(),
+    forEachIndexMT(mesh.endTriangles(), MIN_CHUNK,
                    [&](int t)
                    {
                        if (mesh.isAlive(t))
@@ -221,11 +210,12 @@ bool Relaxation::turns(int t) const
 void Relaxation::smooth()
 {
     vProposed.resize(static_cast<std::size_t>(mesh.endVertices()));
-    forEachIndexMT(mesh.endVertices(), [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
+    forEachIndexMT(mesh.endVertices(), MIN_CHUNK,
+                   [&](int v) { vProposed[static_cast<std::size_t>(v)] = propose(v); });
     vTurns.resize(static_cast<std::size_t>(mesh.endTriangles()));
-    forEachIndexMT(mesh.endTriangles(),
+    forEachIndexMT(mesh.endTriangles(), MIN_CHUNK,
                    [&](int t) { vTurns[static_cast<std::size_t>(t)] = mesh.isAlive(t) && turns(t); });
-    forEachIndexMT(mesh.endVertices(),
+    forEachIndexMT(mesh.endVertices(), MIN_CHUNK,
                    [&](int v)
                    {
                        if (mesh.isAliveVertex(v) && isHarmless(v))
@@ -321,9 +311,11 @@ bool Relaxation::tryCollapse(int h, double worst)
 std::size_t Relaxation::collapse(double maxCosine)
 {
     std::vector<std::uint8_t> vIsThin(static_cast<std::size_t>(mesh.endTriangles()), 0);
-    forEachIndexMT(
-        mesh.endTriangles(), [&](int t)
-        { vIsThin[static_cast<std::size_t>(t)] = mesh.isAlive(t) && measureT(t).worstCosine > maxCosine; });
+    forEachIndexMT(mesh.endTriangles(), MIN_CHUNK,
+                   [&](int t) {
+                       vIsThin[static_cast<std::size_t>(t)] =
+                           mesh.isAlive(t) && measureT(t).worstCosine > maxCosine;
+                   });
     std::size_t num = 0;
     for (int t = 0; t < static_cast<int>(vIsThin.size()); ++t)
     {

@@ -29,7 +29,7 @@ class Progress;
 class SheetFit
 {
 public:
-    // maxMove: farthest way of a vertex, in cells.
+    // cellSize: in units of the points. maxMove: farthest way of a vertex, in cells.
     SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud_, double cellSize_, double maxMove_);
 
     // progress: one step a vertex, here and below.

@@ -14,17 +14,6 @@ constexpr int NONE = HalfEdgeMesh::NONE;
 constexpr std::size_t MIN_CHUNK = 2'000;
 // Cosine of 66 degrees.
 constexpr double SAME_SHEET = 0.4;
-
-template <typename F>
-void forEachIndexMT(int num, F f)
-{
-    parallelFor(static_cast<std::size_t>(num), MIN_CHUNK,
-                [&](std::size_t from, std::size_t to)
-                {
-                    for (std::size_t i = from; i < to; ++i)
-                        f(static_cast<int>(i));
-                });
-}
 } // namespace
 
 SheetReach::SheetReach(const HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, double cellSize,
@@ -57,13 +46,13 @@ void SheetReach::fillNormals()
     vNormals.assign(num, Vector3());
     const auto isPlain = [this](int v)
     { return mesh.isAliveVertex(v) && mesh.kind(v) == HalfEdgeMesh::Kind::FREE; };
-    forEachIndexMT(mesh.endVertices(),
+    forEachIndexMT(mesh.endVertices(), MIN_CHUNK,
                    [&](int v)
                    {
                        if (isPlain(v))
                            vRaw[static_cast<std::size_t>(v)] = getRawNormal(v);
                    });
-    forEachIndexMT(mesh.endVertices(),
+    forEachIndexMT(mesh.endVertices(), MIN_CHUNK,
                    [&](int v)
                    {
                        if (!isPlain(v))
@@ -98,7 +87,7 @@ Vector3 SheetReach::getFacing(int t) const
 void SheetReach::fillFacings()
 {
     vFacings.resize(static_cast<std::size_t>(mesh.endTriangles()));
-    forEachIndexMT(mesh.endTriangles(),
+    forEachIndexMT(mesh.endTriangles(), MIN_CHUNK,
                    [&](int t)
                    {
                        if (!mesh.isAlive(t))

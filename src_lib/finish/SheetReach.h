@@ -54,7 +54,8 @@ public:
         std::uint32_t stamp = 0;
     };
 
-    // Points are found within maxReach of a place, and of the vertices vAsked alone if any are named.
+    // cellSize, maxReach: in units of the points. Points are found within maxReach of the vertices vAsked, or everywhere
+    // if none are named; maxReach does not count then.
     SheetReach(const HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud, double cellSize, double maxReach,
                const std::vector<int>& vAsked);
 

@@ -1,5 +1,6 @@
 #include "judge/CornerNumbering.h"
 
+#include "core/spreadBits.h"
 #include "parallel/parallelFor.h"
 #include "parallel/sortMT2.h"
 
@@ -23,16 +24,6 @@ bool isFinitePlace(const Place& p)
     return std::isfinite(p[0]) && std::isfinite(p[1]) && std::isfinite(p[2]);
 }
 
-// The bits of x with two zeros after each.
-std::uint64_t spread(std::uint64_t x)
-{
-    x = (x | x << 32) & 0x001f00000000ffffull;
-    x = (x | x << 16) & 0x001f0000ff0000ffull;
-    x = (x | x << 8) & 0x100f00f00f00f00full;
-    x = (x | x << 4) & 0x10c30c30c30c30c3ull;
-    return (x | x << 2) & 0x1249249249249249ull;
-}
-
 std::uint64_t codeOf(const Place& p, const UnitFrame& frame)
 {
     if (!isFinitePlace(p))
@@ -42,7 +33,7 @@ std::uint64_t codeOf(const Place& p, const UnitFrame& frame)
     for (int axis = 0; axis < 3; ++axis)
     {
         const double cell = (frame.map(p[static_cast<std::size_t>(axis)], axis) + 1.0) * half;
-        code |= spread(static_cast<std::uint64_t>(cell)) << axis;
+        code |= spreadBits3(static_cast<u64>(cell)) << axis;
     }
     return code;
 }

@@ -4,6 +4,7 @@
 #define ZEF_CELLCODES_H
 
 #include "core/definitions.h"
+#include "core/spreadBits.h"
 
 namespace TARN_ZEF
 {
@@ -45,31 +46,6 @@ enum NeigTyp
     NT_EDGE = 3,
     NT_CORNER = 4
 };
-
-// Spreads the low 21 bits of a number: bit i goes to bit 3i. The higher bits are dropped.
-// Source: the parallel prefix form of bit interleaving, H. S. Warren, Hacker's Delight, chapter 7.
-[[nodiscard]] constexpr u64 spreadBits3(u64 number) noexcept
-{
-    u64 v = number & 0x1FFFFF;
-    v = (v | v << 32) & 0x001F00000000FFFF;
-    v = (v | v << 16) & 0x001F0000FF0000FF;
-    v = (v | v << 8) & 0x100F00F00F00F00F;
-    v = (v | v << 4) & 0x10C30C30C30C30C3;
-    v = (v | v << 2) & SPARSE_Z;
-    return v;
-}
-
-// The inverse: bit 3i goes to bit i, all other bits are dropped.
-[[nodiscard]] constexpr u64 compactBits3(u64 code) noexcept
-{
-    u64 v = code & SPARSE_Z;
-    v = (v | v >> 2) & 0x10C30C30C30C30C3;
-    v = (v | v >> 4) & 0x100F00F00F00F00F;
-    v = (v | v >> 8) & 0x001F0000FF0000FF;
-    v = (v | v >> 16) & 0x001F00000000FFFF;
-    v = (v | v >> 32) & 0x1FFFFF;
-    return v;
-}
 
 // topmost becomes ccd if that lies higher in z; of cells at one height the first one stays.
 constexpr void raiseTo(u64& topmost, u64 ccd) noexcept

@@ -53,6 +53,18 @@ void parallelFor(std::size_t n, std::size_t minChunk, F f)
     jobs.finish();
 }
 
+// Calls f(i) for each i in [0, n), as above: f must write to slots of its own index only.
+template <typename F>
+void forEachIndexMT(int n, std::size_t minChunk, F f)
+{
+    parallelFor(static_cast<std::size_t>(n), minChunk,
+                [&f](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        f(static_cast<int>(i));
+                });
+}
+
 } // namespace TARN_ZEF
 
 #endif

@@ -2,6 +2,7 @@
 // says how many of each, ZEF_RANDOM_FIRST the number of the first: scripts/check_random.sh runs as many as it is told.
 #include "zef.h"
 
+#include "helpers/finishedMeshes.h"
 #include "helpers/meshHash.h"
 #include "rmesh/RMesh.h"
 
@@ -166,16 +167,6 @@ struct Extents
     std::array<double, 3> aHigh = {-1e300, -1e300, -1e300};
 };
 
-Points cornersOf(const Mesh& mesh)
-{
-    std::vector<Point3*> vCorners;
-    mesh.getTriangles(vCorners);
-    Points v;
-    for (const Point3* pCorner : vCorners)
-        v.push_back(*pCorner);
-    return v;
-}
-
 using MakesMesh = std::function<std::shared_ptr<Mesh>()>;
 
 // Nothing for a refusal.
@@ -235,7 +226,7 @@ protected:
         EXPECT_TRUE(checkMesh(*pDone).isSound());
         const double cell = pMesh->getRMesh()->getCellSize();
         for (const Mesh* pAny : {pMesh.get(), pDone.get()})
-            EXPECT_LE(Extents(input).getExcess(Extents(cornersOf(*pAny))), 2.0 * cell) << cell;
+            EXPECT_LE(Extents(input).getExcess(Extents(getCorners(*pAny))), 2.0 * cell) << cell;
     }
 
 private:

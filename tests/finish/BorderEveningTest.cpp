@@ -2,6 +2,7 @@
 
 #include "finish/DebrisRemoval.h"
 #include "geometry/tools.h"
+#include "helpers/squareMesh.h"
 
 #include <gtest/gtest.h>
 
@@ -16,26 +17,8 @@ namespace
 // Fields of a square of num x num that are wanted, each cut in two along one diagonal, over the plane z = 0.
 HalfEdgeMesh makeFields(int num, const std::function<bool(int, int, bool)>& isWanted)
 {
-    std::vector<Point3> vPoints;
-    for (int y = 0; y <= num; ++y)
-        for (int x = 0; x <= num; ++x)
-            vPoints.emplace_back(x, y, 0.0);
-    std::vector<int> vCorners;
-    for (int y = 0; y < num; ++y)
-    {
-        for (int x = 0; x < num; ++x)
-        {
-            const int a = y * (num + 1) + x;
-            const int c = a + num + 1;
-            if (isWanted(x, y, false))
-                vCorners.insert(vCorners.end(), {a, a + 1, c + 1});
-            if (isWanted(x, y, true))
-                vCorners.insert(vCorners.end(), {a, c + 1, c});
-        }
-    }
-    HalfEdgeMesh mesh;
-    EXPECT_TRUE(mesh.build(vPoints, vCorners));
-    return mesh;
+    return makeSquareMesh(
+        num, [](int, int) { return 0.0; }, isWanted);
 }
 
 int countBorder(const HalfEdgeMesh& mesh)

@@ -1,6 +1,7 @@
 #include "finish/NeedleRemoval.h"
 
 #include "geometry/tools.h"
+#include "helpers/squareMesh.h"
 
 #include <gtest/gtest.h>
 
@@ -13,25 +14,6 @@ namespace TARN_ZEF
 namespace
 {
 constexpr int SIZE = 12;
-
-HalfEdgeMesh makeSquare()
-{
-    std::vector<Point3> vPoints;
-    for (int y = 0; y <= SIZE; ++y)
-        for (int x = 0; x <= SIZE; ++x)
-            vPoints.emplace_back(x, y, 0.0);
-    std::vector<int> vCorners;
-    for (int y = 0; y < SIZE; ++y)
-        for (int x = 0; x < SIZE; ++x)
-        {
-            const int a = y * (SIZE + 1) + x;
-            const int c = a + SIZE + 1;
-            vCorners.insert(vCorners.end(), {a, a + 1, c + 1, a, c + 1, c});
-        }
-    HalfEdgeMesh mesh;
-    EXPECT_TRUE(mesh.build(vPoints, vCorners));
-    return mesh;
-}
 
 // Vertices close to the end of an edge, or at the middle of one and a little to the side where that is inside.
 void addNeedles(HalfEdgeMesh& mesh, std::mt19937& rng)
@@ -53,7 +35,7 @@ TEST(NeedleRemoval, aSquareFullOfNeedlesEndsFlatWholeAndWithoutThem)
     for (unsigned seed = 0; seed < 20; ++seed)
     {
         std::mt19937 rng(seed);
-        HalfEdgeMesh mesh = makeSquare();
+        HalfEdgeMesh mesh = makeSquareMesh(SIZE, [](int, int) { return 0.0; });
         addNeedles(mesh, rng);
         NeedleRemoval needles(mesh);
         EXPECT_GT(needles.run(), 0U);

@@ -3,6 +3,7 @@
 #include "core/Progress.h"
 #include "finish/PointOwners.h"
 #include "geometry/tools.h"
+#include "helpers/squareMesh.h"
 
 #include <gtest/gtest.h>
 
@@ -27,21 +28,7 @@ double getHeight(double x, double y)
 HalfEdgeMesh makeSaddle(std::mt19937& rng, double off)
 {
     std::uniform_real_distribution<double> height(-off, off);
-    std::vector<Point3> vPoints;
-    for (int y = 0; y <= SIZE; ++y)
-        for (int x = 0; x <= SIZE; ++x)
-            vPoints.emplace_back(x, y, getHeight(x, y) + height(rng));
-    std::vector<int> vCorners;
-    for (int y = 0; y < SIZE; ++y)
-        for (int x = 0; x < SIZE; ++x)
-        {
-            const int a = y * (SIZE + 1) + x;
-            const int c = a + SIZE + 1;
-            vCorners.insert(vCorners.end(), {a, a + 1, c + 1, a, c + 1, c});
-        }
-    HalfEdgeMesh mesh;
-    EXPECT_TRUE(mesh.build(vPoints, vCorners));
-    return mesh;
+    return makeSquareMesh(SIZE, [&](int x, int y) { return getHeight(x, y) + height(rng); });
 }
 
 std::vector<Point3> makeCloud(std::mt19937& rng)

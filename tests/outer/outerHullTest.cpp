@@ -1,4 +1,5 @@
 #include "checkMesh.h"
+#include "helpers/finishedMeshes.h"
 #include "remesh.h"
 
 #include "ZefRefusedException.h"
@@ -21,17 +22,6 @@ using namespace ZEF_TESTS;
 namespace
 {
 using Soup = std::vector<Point3>;
-
-Soup soupOf(const Mesh& mesh)
-{
-    std::vector<Point3*> vPointers;
-    std::vector<int> vCorners;
-    mesh.getVertexIndexData(vPointers, vCorners);
-    Soup soup;
-    for (const int v : vCorners)
-        soup.push_back(*vPointers[v]);
-    return soup;
-}
 
 Soup scaled(Soup soup, double factor)
 {
@@ -79,7 +69,7 @@ void expectHull(const Mesh& mesh)
     EXPECT_TRUE(check.isOriented());
     EXPECT_TRUE(check.isClosed());
     EXPECT_EQ(check.numFlat, 0U);
-    EXPECT_GT(computeVolume(soupOf(mesh)), 0.0);
+    EXPECT_GT(computeVolume(getCorners(mesh)), 0.0);
 }
 
 TEST(OuterHull, damagedSolidsComeOutWhole)
@@ -99,7 +89,7 @@ TEST(OuterHull, damagedSolidsComeOutWhole)
         const std::shared_ptr<Mesh> pMesh = remesh(damaged, outerOptions(shape.length));
         ASSERT_TRUE(pMesh);
         expectHull(*pMesh);
-        const Soup hull = soupOf(*pMesh);
+        const Soup hull = getCorners(*pMesh);
         EXPECT_NEAR(computeVolume(hull), shape.hullVolume, 0.01 * shape.hullVolume);
         EXPECT_LT(farthestOff(hull, shape.vTriCorners), shape.length);
         if (shape.numParts == 1)
@@ -150,11 +140,11 @@ TEST(OuterHull, gapsAreBridgedWhereAskedFor)
     ASSERT_TRUE(pBridged);
     EXPECT_TRUE(report.bFromLattice);
     expectHull(*pBridged);
-    EXPECT_NEAR(computeVolume(soupOf(*pBridged)), whole, 0.05 * whole);
+    EXPECT_NEAR(computeVolume(getCorners(*pBridged)), whole, 0.05 * whole);
     const std::shared_ptr<Mesh> pOpen = remesh(plates, outerOptions(0.05));
     ASSERT_TRUE(pOpen);
     expectHull(*pOpen);
-    EXPECT_LT(computeVolume(soupOf(*pOpen)), 0.5 * whole);
+    EXPECT_LT(computeVolume(getCorners(*pOpen)), 0.5 * whole);
 }
 
 TEST(OuterHull, sheetGetsTwoSides)
@@ -163,8 +153,8 @@ TEST(OuterHull, sheetGetsTwoSides)
     const std::shared_ptr<Mesh> pMesh = remesh(sheet.vTriCorners, outerOptions(0.1));
     ASSERT_TRUE(pMesh);
     expectHull(*pMesh);
-    EXPECT_LT(farthestOff(soupOf(*pMesh), sheet.vTriCorners), 0.1);
-    EXPECT_LT(farthestOff(sheet.vTriCorners, soupOf(*pMesh)), 0.1);
+    EXPECT_LT(farthestOff(getCorners(*pMesh), sheet.vTriCorners), 0.1);
+    EXPECT_LT(farthestOff(sheet.vTriCorners, getCorners(*pMesh)), 0.1);
 }
 
 TEST(OuterHull, powerOfTwoScalesTheResultToTheLastBit)
@@ -176,7 +166,7 @@ TEST(OuterHull, powerOfTwoScalesTheResultToTheLastBit)
     {
         const std::shared_ptr<Mesh> pScaled = remesh(scaled(soup, factor), outerOptions(0.1 * factor));
         ASSERT_TRUE(pScaled);
-        EXPECT_TRUE(soupOf(*pScaled) == scaled(soupOf(*pPlain), factor)) << factor;
+        EXPECT_TRUE(getCorners(*pScaled) == scaled(getCorners(*pPlain), factor)) << factor;
     }
 }
 

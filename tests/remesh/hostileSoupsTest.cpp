@@ -2,6 +2,7 @@
 
 #include "ProgressBase.h"
 #include "ZefRefusedException.h"
+#include "helpers/finishedMeshes.h"
 #include "surface/HalfEdgeMesh.h"
 
 #include <gtest/gtest.h>
@@ -225,17 +226,6 @@ TEST(Remesh, lengthThatIsFoundKeepsTheLargestNumberOfTriangles)
     EXPECT_GT(bounded.length, free.length);
 }
 
-Soup flatOf(const Mesh& mesh)
-{
-    std::vector<Point3*> vPointers;
-    std::vector<int> vCorners;
-    mesh.getVertexIndexData(vPointers, vCorners);
-    Soup soup;
-    for (const int v : vCorners)
-        soup.push_back(*vPointers[v]);
-    return soup;
-}
-
 TEST(Remesh, powerOfTwoScalesTheResultToTheLastBit)
 {
     for (const Soup& soup : {makeTetrahedron(), makeHeap(5, 60, 4)})
@@ -246,7 +236,7 @@ TEST(Remesh, powerOfTwoScalesTheResultToTheLastBit)
         {
             const std::shared_ptr<Mesh> pScaled = remesh(scaled(soup, factor), withLength(0.25 * factor));
             ASSERT_TRUE(pScaled);
-            EXPECT_TRUE(flatOf(*pScaled) == scaled(flatOf(*pPlain), factor)) << factor;
+            EXPECT_TRUE(getCorners(*pScaled) == scaled(getCorners(*pPlain), factor)) << factor;
         }
     }
 }
