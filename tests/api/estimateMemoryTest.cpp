@@ -33,6 +33,7 @@ namespace
 {
 using Points = std::vector<Point3>;
 
+#if defined(CAN_MEASURE)
 Points randomPlane(std::size_t num)
 {
     std::mt19937 random(1);
@@ -43,7 +44,6 @@ Points randomPlane(std::size_t num)
     return points;
 }
 
-#if defined(CAN_MEASURE)
 std::size_t measurePeak(const std::function<void()>& call)
 {
     // What earlier calls have freed must not hide what this one takes.
