@@ -1,0 +1,48 @@
+// What can be asked of a surface.
+#include "bindings.h"
+
+#include "Call.h"
+#include "arrays.h"
+#include "figures.h"
+#include "options.h"
+
+namespace TARN_PYTHON
+{
+namespace
+{
+py::dict check(const Surface& surface, const py::dict& options, Call& call)
+{
+    const auto checkOptions = readOptions<TARN_ZEF::CheckOptions>(options);
+    return toDict(
+        call.run([&] { return TARN_ZEF::checkMesh(surface.vPoints, surface.vCorners, checkOptions); }));
+}
+
+py::list borderLoops(const Surface& surface, Call& call)
+{
+    py::list loops;
+    for (const TARN_ZEF::BorderLoop& loop :
+         call.run([&] { return TARN_ZEF::findBorderLoops(surface.vPoints, surface.vCorners); }))
+        loops.append(toDict(loop));
+    return loops;
+}
+
+py::dict compare(const Surface& first, const Surface& second, const py::dict& options, Call& call)
+{
+    const auto compareOptions = readOptions<TARN_ZEF::CompareOptions>(options);
+    return toDict(call.run(
+        [&]
+        {
+            return TARN_ZEF::compareMeshes(first.vPoints, first.vCorners, second.vPoints, second.vCorners,
+                                           compareOptions);
+        }));
+}
+} // namespace
+
+void bindQueryCalls(py::module_& module)
+{
+    module.def("check", &check);
+    module.def("border_loops", &borderLoops);
+    module.def("compare", &compare);
+}
+
+} // namespace TARN_PYTHON
