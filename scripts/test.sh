@@ -1,7 +1,8 @@
 #!/bin/sh
 # test.sh [PRESET]: installs what is missing, builds everything, and runs all tests. The preset is release if
 # none is named; or dev, clang, asan, tsan. ctest gives each test a process of its own; with the release preset they
-# run once more in one process, in an order of chance, which no test may notice.
+# run once more in one process, in an order of chance, which no test may notice,
+# and the tests of the Python module follow.
 preset=${1:-release}
 lane="all tests, preset $preset"
 . "$(dirname "$0")/lane.sh"
@@ -19,4 +20,5 @@ if [ "$preset" = release ]; then
         grep -E "random seed|FAILED|Failure" -A 8 "$scratch/log"
         exit 1
     }
+    scripts/check_python.sh
 fi

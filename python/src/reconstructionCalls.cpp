@@ -1,6 +1,7 @@
 // Points or triangles to meshes.
 #include "bindings.h"
 
+#include <map>
 #include <string>
 #include <utility>
 #include <vector>
@@ -17,6 +18,15 @@ namespace
 {
 using TARN_ZEF::Point3;
 using HandlePtr = std::shared_ptr<MeshHandle>;
+
+const std::map<std::string, TARN_ZEF::ForecastCall> FORECAST_CALLS = {
+    {"RECONSTRUCT_AUTO", TARN_ZEF::ForecastCall::RECONSTRUCT_AUTO},
+    {"RECONSTRUCT_AUTO_SMOOTHED", TARN_ZEF::ForecastCall::RECONSTRUCT_AUTO_SMOOTHED},
+    {"RECONSTRUCT_ABS", TARN_ZEF::ForecastCall::RECONSTRUCT_ABS},
+    {"RECONSTRUCT_ABS_SMOOTHED", TARN_ZEF::ForecastCall::RECONSTRUCT_ABS_SMOOTHED},
+    {"MELT", TARN_ZEF::ForecastCall::MELT},
+    {"TO_CLOUD", TARN_ZEF::ForecastCall::TO_CLOUD},
+};
 
 HandlePtr hold(std::shared_ptr<TARN_ZEF::Mesh> pMesh)
 {
@@ -74,10 +84,12 @@ double spacing(const py::array& points, Call& call)
     return call.run([&] { return TARN_ZEF::estimateAvgSpacing(vPoints); });
 }
 
-std::size_t forecast(const py::array& points, double spacing, TARN_ZEF::ForecastCall what, Call& call)
+// what: a name of ForecastCall
+std::size_t forecast(const py::array& points, double spacing, const std::string& what, Call& call)
 {
+    const TARN_ZEF::ForecastCall forecastCall = FORECAST_CALLS.at(what);
     const std::vector<Point3> vPoints = toPoints(points);
-    return call.run([&] { return TARN_ZEF::estimateMemory(vPoints, spacing, what); });
+    return call.run([&] { return TARN_ZEF::estimateMemory(vPoints, spacing, forecastCall); });
 }
 
 py::array sampleSurface(std::size_t num, unsigned int seed)
@@ -90,14 +102,6 @@ py::array sampleSurface(std::size_t num, unsigned int seed)
 
 void bindReconstructionCalls(py::module_& module)
 {
-    using TARN_ZEF::ForecastCall;
-    py::enum_<ForecastCall>(module, "ForecastCall")
-        .value("RECONSTRUCT_AUTO", ForecastCall::RECONSTRUCT_AUTO)
-        .value("RECONSTRUCT_AUTO_SMOOTHED", ForecastCall::RECONSTRUCT_AUTO_SMOOTHED)
-        .value("RECONSTRUCT_ABS", ForecastCall::RECONSTRUCT_ABS)
-        .value("RECONSTRUCT_ABS_SMOOTHED", ForecastCall::RECONSTRUCT_ABS_SMOOTHED)
-        .value("MELT", ForecastCall::MELT)
-        .value("TO_CLOUD", ForecastCall::TO_CLOUD);
     module.def("reconstruct_auto", &reconstructAuto);
     module.def("reconstruct_abs", &reconstructAbs);
     module.def("auto_reconstruct", &autoReconstruct);

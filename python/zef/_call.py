@@ -4,11 +4,14 @@ from __future__ import annotations
 import contextlib
 import functools
 import inspect
+import operator
 import sys
 import textwrap
-from typing import Any, Callable, Iterator, Optional, Tuple, TypeVar, Union
+from collections.abc import Iterator
+from typing import Any, Callable, Optional, Tuple, TypeVar, Union
 
 from . import _zef
+from ._errors import BadArgument
 from ._figures import Report, as_figures
 
 ProgressFunction = Callable[[str, float], object]
@@ -23,7 +26,7 @@ class _Bar:
         self._bar: Any = None
         self._percent = -1
         try:
-            from tqdm import tqdm
+            from tqdm import tqdm  # type: ignore[import]
         except ImportError:
             return
         self._bar = tqdm(total=100, unit="%", leave=False)
@@ -56,7 +59,9 @@ def running(progress: Progress, report: Optional[Report] = None, memoryLimit: Op
     told = bar if bar is not None else progress or None
     if told is not None and not callable(told):
         raise TypeError(f"progress must be True or a callable of a name and a fraction, not {progress!r}")
-    call = _zef.Call(told, report is not None, memoryLimit)
+    if memoryLimit is not None and memoryLimit < 0:
+        raise BadArgument(f"memoryLimit is {memoryLimit}; give bytes, or None for no limit")
+    call = _zef.Call(told, report is not None, None if memoryLimit is None else int(memoryLimit))
     try:
         yield call
     finally:
@@ -65,6 +70,20 @@ def running(progress: Progress, report: Optional[Report] = None, memoryLimit: Op
         if report is not None:
             report.clear()
             report.update(as_figures(call.report))
+
+
+def as_number(value: Any, name: str) -> float:
+    """A float, for an argument of that name."""
+    if isinstance(value, (str, bytes)) or not hasattr(value, "__float__"):
+        raise TypeError(f"{name} must be a number, not {value!r}")
+    return float(value)
+
+
+def as_whole_number(value: Any, name: str) -> int:
+    """An int of 32 bits, for an argument of that name."""
+    if not hasattr(value, "__index__"):
+        raise TypeError(f"{name} must be a whole number, not {value!r}")
+    return max(-(2**31), min(operator.index(value), 2**31 - 1))
 
 
 def add_to(report: Optional[Report], name: str, found: Any) -> None:
@@ -83,7 +102,8 @@ def with_options(struct: str, without: Tuple[str, ...] = ()) -> Callable[[F], F]
         parameters = [p for p in signature.parameters.values() if p.kind is not p.VAR_KEYWORD]
         first_keyword = next((i for i, p in enumerate(parameters) if p.kind is p.KEYWORD_ONLY), len(parameters))
         parameters[first_keyword:first_keyword] = [
-            inspect.Parameter(name, inspect.Parameter.KEYWORD_ONLY, default=default) for name, default, _ in table
+            inspect.Parameter(name, inspect.Parameter.KEYWORD_ONLY, default=default, annotation=type(default).__name__)
+            for name, default, _ in table
         ]
         whole = signature.replace(parameters=parameters)
 

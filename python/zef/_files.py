@@ -2,7 +2,7 @@
 from __future__ import annotations
 
 import os
-from typing import Any, List, Optional, Union
+from typing import Any, List, Optional, Tuple, Union
 
 import numpy as np
 
@@ -72,13 +72,21 @@ class TriangleData:
         self.triangles = surface.triangles
         self.__dict__.update(members)
 
+    def unpack(self) -> Tuple[np.ndarray, np.ndarray]:
+        """vertices and triangles"""
+        return self.vertices, self.triangles
+
     def __repr__(self) -> str:
         return f"<zef.TriangleData: {len(self.triangles)} triangles of a {self.format} file>"
 
 
 @with_options("ReadOptions")
 def read_points(path: Path, *, progress: Progress = None, **options: Any) -> PointData:
-    """Reads PLY, OBJ, OFF, PCD, LAS, BIN, and text in columns (XYZ, ASC, CSV, TXT, PTS, PTX).
+    """Reads points of PLY, OBJ, OFF, PCD, LAS, BIN, and text in columns (XYZ, ASC, CSV, TXT, PTS, PTX).
+
+    Args:
+        path: name of the file, of any kind that open() takes.
+        progress: as for reconstruct().
 
     Raises:
         BadFile: the file cannot be read; the text tells file, line or byte, and the reason.
@@ -91,8 +99,7 @@ def read_points(path: Path, *, progress: Progress = None, **options: Any) -> Poi
 def read_triangles(path: Path, *, progress: Progress = None) -> TriangleData:
     """Reads PLY, STL, OBJ, OFF and GLB as they are: Mesh() makes a mesh of the result, remesh() another one.
 
-    Raises:
-        BadFile: as read_points().
+    Arguments and errors are those of read_points().
     """
     name = os.fsencode(path)
     with running(progress) as call:
@@ -118,6 +125,7 @@ def write_points(
     """Writes points by extension: PLY, OBJ, OFF, PCD, LAS, BIN, XYZ, ASC, TXT, CSV, PTS, PTX.
 
     Args:
+        path: as for read_points().
         points: (n, 3).
         normals: (n, 3); colors: (n, 3) from 0 to 255; intensities: (n,). They go along where the format has a place
             for them; without, those of a PointData do.
@@ -145,6 +153,7 @@ def write_mesh(path: Path, mesh: Any, *, colors: Any = None, progress: Progress 
     """Writes a mesh by extension: PLY, STL, OBJ, OFF, GLB.
 
     Args:
+        path: as for read_points().
         mesh: a Mesh, or anything that is one.
         colors: (n, 3) from 0 to 255, one for each vertex.
 

@@ -1,13 +1,13 @@
 """Meshes to better meshes."""
 from __future__ import annotations
 
-from typing import Any, Optional, Sequence
+from typing import Any, Optional
 
 import numpy as np
 
 from . import _zef
 from ._arrays import as_points
-from ._call import Progress, add_to, running, with_options
+from ._call import Progress, add_to, as_number, as_whole_number, running, with_options
 from ._figures import Report
 from ._judging import border_loops
 from ._mesh import Mesh, as_mesh, get_own
@@ -78,22 +78,24 @@ def reduce(
         BadArgument: a length or angle that is not a number.
     """
     native = get_own(mesh, "reduce")
+    limits = as_number(maxEdgeLength, "maxEdgeLength"), as_number(maxDevAngle, "maxDevAngle"), bool(bKeepTopology)
     with running(progress, report) as call:
-        return _zef.reduce(native, maxEdgeLength, maxDevAngle, bKeepTopology, call)
+        return _zef.reduce(native, *limits, call)
 
 
 def smooth(mesh: Mesh, numIterations: int = 1, *, progress: Progress = None, report: Optional[Report] = None) -> None:
     """Moves each vertex off the border to the mean of its neighbours, so many times, in place. Closed shapes shrink:
     1 to 3 are usual, more than 10000 a BadArgument."""
     native = get_own(mesh, "smooth")
+    number = as_whole_number(numIterations, "numIterations")
     with running(progress, report) as call:
-        _zef.smooth(native, numIterations, call)
+        _zef.smooth(native, number, call)
 
 
 @with_options("FillOptions")
 def fill(
     mesh: Any,
-    loops: Optional[Sequence[Any]] = None,
+    loops: Any = None,
     *,
     progress: Progress = None,
     report: Optional[Report] = None,

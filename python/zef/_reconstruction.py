@@ -1,13 +1,15 @@
 """Points or triangles to meshes."""
 from __future__ import annotations
 
+import operator
 from typing import Any, Optional
 
 import numpy as np
 
 from . import _zef
 from ._arrays import as_corners, as_points
-from ._call import Progress, add_to, running, with_options
+from ._call import Progress, add_to, as_number, running, with_options
+from ._errors import BadArgument
 from ._figures import Report
 from ._mesh import Mesh
 
@@ -47,8 +49,8 @@ def reconstruct(
     array = as_points(points)
     with running(progress, report, memoryLimit) as call:
         if spacingAbs is not None:
-            return Mesh(_zef.reconstruct_abs(array, bSmooth, spacingAbs, call))
-        return Mesh(_zef.reconstruct_auto(array, bSmooth, spacingFactor, call))
+            return Mesh(_zef.reconstruct_abs(array, bool(bSmooth), as_number(spacingAbs, "spacingAbs"), call))
+        return Mesh(_zef.reconstruct_auto(array, bool(bSmooth), as_number(spacingFactor, "spacingFactor"), call))
 
 
 @with_options("AutoOptions")
@@ -103,9 +105,9 @@ def melt(
     Raises:
         As reconstruct(), and BadArgument for a number of corners that 3 does not divide.
     """
-    corners = as_corners(soup)
+    arguments = as_corners(soup), as_number(spacingAbs, "spacingAbs"), as_number(featureAngle, "featureAngle")
     with running(progress, report, memoryLimit) as call:
-        return Mesh(_zef.melt(corners, spacingAbs, featureAngle, call))
+        return Mesh(_zef.melt(*arguments, call))
 
 
 def to_cloud(
@@ -124,9 +126,9 @@ def to_cloud(
     Returns:
         The points, (n, 3) float64.
     """
-    corners = as_corners(soup)
+    arguments = as_corners(soup), as_number(spacingAbs, "spacingAbs"), as_number(featureAngle, "featureAngle")
     with running(progress, report, memoryLimit) as call:
-        return _zef.to_cloud(corners, spacingAbs, featureAngle, call)
+        return _zef.to_cloud(*arguments, call)
 
 
 def _remesh(soup: Any, options: Any, progress: Progress, report: Optional[Report]) -> Mesh:
@@ -185,30 +187,32 @@ def forecast(
     spacingAbs: Optional[float] = None,
     progress: Progress = None,
 ) -> int:
-    """The most bytes that reconstruct() with these arguments will hold at a time, beside the points; its result counts.
+    """The most bytes that reconstruct() will hold at a time, beside the points; its result counts.
 
-    The true peak lies within about a quarter of it. It takes a tenth of the call.
+    Arguments are those of reconstruct(). The true peak lies within about a quarter of it. It takes a tenth of the call.
 
     Raises:
         What reconstruct() would.
     """
     array = as_points(points)
     kind = "RECONSTRUCT_AUTO" if spacingAbs is None else "RECONSTRUCT_ABS"
-    what = getattr(_zef.ForecastCall, kind + ("_SMOOTHED" if bSmooth else ""))
+    what = kind + ("_SMOOTHED" if bSmooth else "")
+    length = as_number(spacingFactor, "spacingFactor") if spacingAbs is None else as_number(spacingAbs, "spacingAbs")
     with running(progress) as call:
-        return _zef.forecast(array, spacingFactor if spacingAbs is None else spacingAbs, what, call)
+        return _zef.forecast(array, length, what, call)
 
 
 def forecast_soup(soup: Any, spacingAbs: float, *, call: str = "melt", progress: Progress = None) -> int:
     """The same for melt() or to_cloud(), as ``call`` tells."""
-    kinds = {"melt": _zef.ForecastCall.MELT, "to_cloud": _zef.ForecastCall.TO_CLOUD}
-    if call not in kinds:
+    if call not in ("melt", "to_cloud"):
         raise ValueError(f"call must be 'melt' or 'to_cloud', not {call!r}")
     corners = as_corners(soup)
     with running(progress) as running_call:
-        return _zef.forecast(corners, spacingAbs, kinds[call], running_call)
+        return _zef.forecast(corners, as_number(spacingAbs, "spacingAbs"), call.upper(), running_call)
 
 
 def sample_surface(num: int = 100_000, seed: int = 123) -> np.ndarray:
     """Points (num, 3) of a closed sample surface, evenly spread with some jitter; the same on every system."""
-    return _zef.sample_surface(num, seed)
+    if num < 0 or not 0 <= seed < 2**32:
+        raise BadArgument("the number of points must be at least 0, the seed from 0 to 2^32 - 1")
+    return _zef.sample_surface(operator.index(num), operator.index(seed))
