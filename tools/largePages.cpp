@@ -2,7 +2,8 @@
 // of memory; on small pages a quarter of its time goes to the system's tables of them. Only systems that leave the choice to the
 // program are told; memory in use stays the same to about two megabytes an array.
 //
-// The operators are those of the whole program, which is the tool's right and no library's.
+// The operators are those of the whole program, which is the tool's right and no library's; or of the Python module alone,
+// which shows them to nobody. What they give and take is memory of malloc, so other parts of a process may mix with them.
 #include <cstdlib>
 #include <new>
 
