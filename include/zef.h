@@ -18,6 +18,7 @@
 #include "finishSurface.h"
 #include "meshHoles.h"
 #include "remesh.h"
+#include "sourcePoints.h"
 #include "testDataGenerators.h"
 #include "zef_api_functions.h"
 #include "zef_calls.h"

@@ -13,7 +13,7 @@ rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface 
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.
 public="checkMesh.h:judge compareMeshes.h:comparison finishSurface.h:finish zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_formats.h:formats autoReconstruct.h:choice zef_api_functions.h:api
-        remesh.h:api meshHoles.h:closing zef.h:api"
+        remesh.h:api sourcePoints.h:api meshHoles.h:closing zef.h:api"
 
 find . -type f \( -name '*.h' -o -name '*.cpp' \) | sed 's|^\./||' | sort | xargs awk -v rooms="$rooms" -v public="$public" '
 function complain(text) {

@@ -178,6 +178,11 @@ py::array fromInts(std::vector<int> vInts)
     return own<int>(std::move(vInts));
 }
 
+py::array fromLongInts(std::vector<std::int64_t> vInts)
+{
+    return own<std::int64_t>(std::move(vInts));
+}
+
 py::array fromDoubles(std::vector<double> vDoubles)
 {
     return own<double>(std::move(vDoubles));

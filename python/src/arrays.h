@@ -38,6 +38,7 @@ using SurfacePtr = std::shared_ptr<Surface>;
 [[nodiscard]] py::array fromVectors(std::vector<TARN_ZEF::Vector3> vVectors);
 [[nodiscard]] py::array fromColors(std::vector<TARN_ZEF::PointColor> vColors);
 [[nodiscard]] py::array fromInts(std::vector<int> vInts);
+[[nodiscard]] py::array fromLongInts(std::vector<std::int64_t> vInts);
 [[nodiscard]] py::array fromDoubles(std::vector<double> vDoubles);
 
 // Views of (n, 3) on the surface's memory, which lives as long as they do. They cannot be written to.

@@ -1,6 +1,8 @@
 // What can be asked of a surface.
 #include "bindings.h"
 
+#include <vector>
+
 #include "Call.h"
 #include "arrays.h"
 #include "figures.h"
@@ -36,6 +38,12 @@ py::dict compare(const Surface& first, const Surface& second, const py::dict& op
                                            compareOptions);
         }));
 }
+
+py::array sourceIndices(const Surface& surface, const py::array& points, Call& call)
+{
+    const std::vector<TARN_ZEF::Point3> vCloud = toPoints(points);
+    return fromLongInts(call.run([&] { return TARN_ZEF::findSourcePoints(surface.vPoints, vCloud); }));
+}
 } // namespace
 
 void bindQueryCalls(py::module_& module)
@@ -43,6 +51,7 @@ void bindQueryCalls(py::module_& module)
     module.def("check", &check);
     module.def("border_loops", &borderLoops);
     module.def("compare", &compare);
+    module.def("source_indices", &sourceIndices);
 }
 
 } // namespace TARN_PYTHON

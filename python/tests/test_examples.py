@@ -45,7 +45,8 @@ def test_batch_of_a_folder(cloud, tmp_path):
     table = run("batch_folder.py", tmp_path / "scans", tmp_path / "meshes", status=1)
     rows = {row["scan"]: row for row in csv.DictReader(table.splitlines())}
     assert list(rows) == ["a.xyz", "b.ply", "broken.ply"]
-    assert rows["a.xyz"]["isSound"] == rows["b.ply"]["isClosed"] == "True" and "broken.ply" in rows["broken.ply"]["error"]
+    assert rows["a.xyz"]["isSound"] == rows["b.ply"]["isClosed"] == "True"
+    assert "broken.ply" in rows["broken.ply"]["error"]
     meshes = sorted(path.name for path in (tmp_path / "meshes").iterdir())
     assert meshes == ["a.ply", "b.ply"]
     assert zef.check(zef.read_mesh(tmp_path / "meshes" / "a.ply")).isSound

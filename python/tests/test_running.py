@@ -1,4 +1,5 @@
 """How calls run: progress, Ctrl-C, threads, messages, errors."""
+import math
 import multiprocessing
 import os
 import signal
@@ -81,8 +82,9 @@ def large_mesh(large_cloud):
 
 
 def seconds_to_stop(call, delay):
-    """From a real SIGINT to the KeyboardInterrupt."""
+    """From a real SIGINT, that long after the beginning, to the KeyboardInterrupt; infinite if the call was over."""
     sent = []
+    over = False
 
     def send():
         sent.append(time.monotonic())
@@ -91,19 +93,20 @@ def seconds_to_stop(call, delay):
     timer = threading.Timer(delay, send)
     timer.start()
     try:
-        with pytest.raises(KeyboardInterrupt):
-            call()
-            time.sleep(60)  # a call that was too short: the signal must not hit the test
-        return time.monotonic() - sent[0]
-    finally:
-        timer.join()
+        call()
+        over = True
+        time.sleep(60)
+    except KeyboardInterrupt:
+        stopped = time.monotonic()
+    timer.join()
+    return math.inf if over else stopped - sent[0]
 
 
-@pytest.mark.parametrize("name", ["reconstruct", "finish", "anneal", "compare"])
+@pytest.mark.parametrize("name", LONG_CALLS)
 def test_control_c_stops_within_a_quarter_of_a_second(name, large_cloud, large_mesh):
     call = LONG_CALLS[name]
-    # The best of some, since other programs may hold the processors.
-    assert min(seconds_to_stop(lambda: call(large_cloud, large_mesh), delay) for delay in (0.1, 0.2, 0.3)) < 0.25
+    # Now and then other programs hold the processors.
+    assert any(seconds_to_stop(lambda: call(large_cloud, large_mesh), 0.1 + 0.05 * i) < 0.25 for i in range(8))
     assert len(large_mesh.triangles) > 0
     assert zef.check(large_mesh, bFindIntersections=False).numNotFinite == 0
 

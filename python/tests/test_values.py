@@ -119,6 +119,16 @@ def test_distances_are_those_of_a_shift(cube):
     assert found.toSecond.atPoints.tolist() == [0.25] * 6
 
 
+def test_attributes_follow_to_the_vertices(cloud, mesh):
+    sources = zef.source_indices(mesh, cloud)
+    assert sources.dtype == np.int64 and sources.shape == (len(mesh.vertices),)
+    distances = np.linalg.norm(cloud[sources] - mesh.vertices, axis=1)
+    some = slice(None, None, 50)
+    nearest = np.linalg.norm(mesh.vertices[some, None] - cloud[None], axis=2).min(axis=1)
+    assert np.array_equal(distances[some], nearest)
+    assert (zef.source_indices(mesh, np.empty((0, 3))) == -1).all()
+
+
 def test_report_adds_up(cloud):
     report = zef.Report(old=1)
     dirty = np.vstack([cloud, np.full((3, 3), np.nan)])

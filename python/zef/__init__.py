@@ -9,7 +9,7 @@
 Points to a mesh        reconstruct, auto_reconstruct; spacing and forecast tell beforehand
 Triangles to a mesh     remesh, outer_hull, melt; to_cloud samples them
 A mesh to a better one  finish, fill; in place: flips, anneal, reduce, smooth
-Questions               check, border_loops, compare
+Questions               check, border_loops, compare, source_indices
 Files                   read_points, read_triangles, read_mesh, write_points, write_mesh
 
 Points are arrays (n, 3); wherever a mesh is wanted, a pair (vertices, triangles) or an object of open3d, trimesh,
@@ -43,7 +43,7 @@ from ._files import (
     write_points,
 )
 from ._finishing import anneal, fill, finish, flips, reduce, smooth
-from ._judging import border_loops, check, compare
+from ._judging import border_loops, check, compare, source_indices
 from ._mesh import Mesh
 from ._reconstruction import (
     auto_reconstruct,
@@ -97,6 +97,7 @@ __all__ = [
     "remesh",
     "sample_surface",
     "smooth",
+    "source_indices",
     "spacing",
     "to_cloud",
     "write_mesh",

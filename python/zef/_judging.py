@@ -3,8 +3,10 @@ from __future__ import annotations
 
 from typing import Any, List
 
+import numpy as np
+
 from . import _zef
-from ._arrays import as_surface
+from ._arrays import as_points, as_surface
 from ._call import Progress, running, with_options
 from ._figures import Figures, as_figures
 
@@ -64,3 +66,22 @@ def compare(first: Any, second: Any, *, progress: Progress = None, **options: An
     surfaces = as_surface(first), as_surface(second)
     with running(progress) as call:
         return as_figures(_zef.compare(*surfaces, options, call))
+
+
+def source_indices(mesh: Any, points: Any, *, progress: Progress = None) -> np.ndarray:
+    """Which point of its cloud each vertex stands for: ``colors[source_indices(mesh, points)]`` are those of vertices.
+
+    Args:
+        mesh: a Mesh, or anything that is one.
+        points: the cloud, (n, 3).
+        progress: as for reconstruct().
+
+    Returns:
+        (number of vertices,) int64: the index of the nearest point, of several the first; -1 if there is none.
+
+    Raises:
+        BadArgument: mesh and points together have an extent outside 1e-100 to 1e100.
+    """
+    surface, cloud = as_surface(mesh), as_points(points)
+    with running(progress) as call:
+        return _zef.source_indices(surface, cloud, call)
