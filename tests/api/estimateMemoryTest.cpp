@@ -1,4 +1,4 @@
-// The forecast of memory against what calls take, and calls that keep to a limit.
+// The forecast of memory, and calls that keep to a limit.
 #include "zef.h"
 
 #include "helpers/PipelineMesh.h"
@@ -6,92 +6,14 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-#include <functional>
 #include <limits>
-#include <random>
-
-#if defined(__GLIBC__)
-#include <malloc.h>
-#endif
-
-// Sanitizers take memory of their own for every block.
-#if defined(__has_feature)
-#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
-#define HAS_SANITIZER
-#endif
-#elif defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define HAS_SANITIZER
-#endif
-#if defined(__linux__) && defined(__GLIBC__) && !defined(HAS_SANITIZER)
-#define CAN_MEASURE
-#endif
 
 namespace TARN_ZEF
 {
 namespace
 {
 using Points = std::vector<Point3>;
-
-#if defined(CAN_MEASURE)
-Points randomPlane(std::size_t num)
-{
-    std::mt19937 random(1);
-    Points points;
-    const auto draw = [&] { return std::generate_canonical<double, 32>(random); };
-    for (std::size_t i = 0; i < num; ++i)
-        points.emplace_back(draw(), draw(), 0.0);
-    return points;
-}
-
-std::size_t measurePeak(const std::function<void()>& call)
-{
-    // What earlier calls have freed must not hide what this one takes.
-    malloc_trim(0);
-    CallReport report;
-    const ReportScope scope(report);
-    call();
-    // The look at the mesh is the report's, not the call's.
-    std::size_t peak = 0;
-    for (const StageReport& stage : report.vStages)
-        if (stage.name != "look at the mesh" && stage.name != "other")
-            peak = std::max(peak, stage.peakBytes);
-    return peak - report.bytesAtStart;
-}
-#endif
 } // namespace
-
-#if defined(CAN_MEASURE)
-// Within a third here, where heap and threads of a whole test program are in the way.
-TEST(EstimateMemory, isAboutWhatCallsTake)
-{
-    struct Row
-    {
-        const char* name;
-        Points points;
-        double factor;
-        bool bSmooth;
-    };
-    Row rows[] = {
-        {"ball", makeCloud(150000, 0.0, 0.0), 1.0, false},
-        {"noisy ball", makeCloud(100000, 0.0, 0.1), 1.0, false},
-        {"smoothed", makeCloud(150000, 3.0, 0.05), 1.2, true},
-        {"plane", randomPlane(100000), 1.0, false},
-        {"many points a cell", makeCloud(400000, 0.0, 0.0), 10.0, false},
-    };
-    for (Row& row : rows)
-    {
-        SCOPED_TRACE(row.name);
-        const auto call =
-            row.bSmooth ? ForecastCall::RECONSTRUCT_AUTO_SMOOTHED : ForecastCall::RECONSTRUCT_AUTO;
-        const double forecast = static_cast<double>(estimateMemory(row.points, row.factor, call));
-        const double peak = static_cast<double>(
-            measurePeak([&] { (void)reconstruct_auto(row.points, row.bSmooth, row.factor); }));
-        EXPECT_GT(peak, 0.67 * forecast);
-        EXPECT_LT(peak, 1.33 * forecast);
-    }
-}
-#endif
 
 TEST(EstimateMemory, aLimitRefusesBeforehandAndNamesWhatFits)
 {
