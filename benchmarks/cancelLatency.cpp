@@ -88,6 +88,8 @@ Latency cancelAfter(const Subject& subject, double delay)
 double getSecondsOf(const Subject& subject)
 {
     subject.prepare();
+    const CancelToken token;
+    const CancelScope scope(token); // looks as the cancelled runs do
     const Clock::time_point start = Clock::now();
     subject.run();
     return getSeconds(start, Clock::now());
@@ -128,6 +130,18 @@ Points getCornersOf(const Mesh& mesh)
     return corners;
 }
 
+TriangleData getTrianglesOf(const Mesh& mesh)
+{
+    std::vector<Point3*> vVertices;
+    std::vector<int> vCorners;
+    mesh.getVertexIndexData(vVertices, vCorners);
+    TriangleData result;
+    for (const Point3* pVertex : vVertices)
+        result.vPoints.push_back(*pVertex);
+    result.vCorners.assign(vCorners.begin(), vCorners.end());
+    return result;
+}
+
 class Bench
 {
 public:
@@ -137,7 +151,9 @@ public:
         pFirst = reconstruct_auto(cloud, false, 1.0);
         soup = getCornersOf(*pFirst);
         edge = pFirst->getAverageEdgeLength();
-        takeTriangles();
+        triangles = getTrianglesOf(*pFirst);
+        tear();
+        pointData.vPoints = cloud;
         folder = (std::filesystem::temp_directory_path() / "zef_cancel_latency").string();
         std::filesystem::create_directories(folder);
         std::string name = folder + "/cloud.ply";
@@ -157,9 +173,11 @@ public:
     {
         std::vector<Subject> v;
         addMakers(v);
+        addJudges(v);
         addImprovers(v);
-        addReaders(v);
-        addWriters(v);
+        addEarlierReaders(v);
+        addEarlierWriters(v);
+        addFormats(v);
         return v;
     }
 
@@ -170,14 +188,8 @@ public:
     }
 
 private:
-    void takeTriangles()
+    void tear()
     {
-        std::vector<Point3*> vVertices;
-        std::vector<int> vCorners;
-        pFirst->getVertexIndexData(vVertices, vCorners);
-        for (const Point3* pVertex : vVertices)
-            triangles.vPoints.push_back(*pVertex);
-        triangles.vCorners.assign(vCorners.begin(), vCorners.end());
         TriangleData torn;
         torn.vPoints = triangles.vPoints;
         for (std::size_t i = 0; i < triangles.vCorners.size(); ++i)
@@ -206,10 +218,20 @@ private:
                 toCloud(soup, edge, 30.0, samples);
             });
         add(v, "remesh", [this] { pMesh = remesh(soup); });
+        add(v, "remesh outer", [this] { pMesh = remesh(soup, makeOuterOptions()); });
+        add(v, "estimateMemory",
+            [this] { static_cast<void>(estimateMemory(cloud, 1.0, ForecastCall::RECONSTRUCT_AUTO)); });
+        add(v, "makeMesh", [this] { pMesh = makeMesh(triangles); });
+    }
+
+    void addJudges(std::vector<Subject>& v)
+    {
         add(v, "checkMesh", [this] { static_cast<void>(checkMesh(*pFirst)); });
-        add(v, "finishSurface", [this] { pMesh = finishSurface(*pFirst, cloud); });
+        add(v, "compareMeshes", [this] { static_cast<void>(compareMeshes(*pFirst, *pTorn)); });
         add(v, "findBorderLoops", [this] { static_cast<void>(findBorderLoops(*pFirst)); });
         add(v, "fillHoles", [this] { pMesh = fillHoles(*pTorn, vTornLoops); });
+        add(v, "finishSurface", [this] { pMesh = finishSurface(*pFirst, cloud); });
+        add(v, "finishSurface alone", [this] { pMesh = finishSurface(*pFirst); });
     }
 
     void addImprover(std::vector<Subject>& v, const char* name, std::function<void()> run,
@@ -240,7 +262,7 @@ private:
             });
     }
 
-    void addReaders(std::vector<Subject>& v)
+    void addEarlierReaders(std::vector<Subject>& v)
     {
         addReader(v, "read text", "/cloud.xyz", readPoints_ASCII);
         addReader(v, "read binary", "/cloud.bin", readPoints_BIN);
@@ -251,7 +273,7 @@ private:
         addReader(v, "read STL", "/mesh.stl", readSTL_ASCII);
     }
 
-    void addWriters(std::vector<Subject>& v)
+    void addEarlierWriters(std::vector<Subject>& v)
     {
         const auto addWriter = [&](const char* label, const char* extension, auto write)
         {
@@ -276,11 +298,49 @@ private:
                   [this](const std::string& name) { return pFirst->writeGeomview_ASCII(name); });
     }
 
+    [[nodiscard]] static RemeshOptions makeOuterOptions()
+    {
+        RemeshOptions options;
+        options.bOuter = true;
+        return options;
+    }
+
+    // Each format written, then read.
+    void addFormats(std::vector<Subject>& v)
+    {
+        for (const char* const extension : {"ply", "obj", "off", "pcd", "las", "bin", "xyz", "pts", "ptx"})
+            addFormat(
+                v, std::string("points ") + extension,
+                [this](const std::string& name) { writePoints(name, pointData); },
+                [](const std::string& name) { static_cast<void>(readPoints(name)); });
+        for (const char* const extension : {"ply", "stl", "obj", "off", "glb"})
+            addFormat(
+                v, std::string("mesh ") + extension,
+                [this](const std::string& name) { writeMesh(name, *pFirst); },
+                [](const std::string& name) { static_cast<void>(readTriangles(name)); });
+    }
+
+    template <typename Write, typename Read>
+    void addFormat(std::vector<Subject>& v, const std::string& kind, Write write, Read read)
+    {
+        const std::string extension = kind.substr(kind.find(' ') + 1);
+        const std::string written = folder + "/written." + extension;
+        const std::string toRead = folder + "/toRead." + extension;
+        const auto prepareFile = [write, toRead]
+        {
+            if (!std::filesystem::exists(toRead))
+                write(toRead);
+        };
+        v.push_back({"write " + kind, [] {}, [write, written] { write(written); }});
+        v.push_back({"read " + kind, prepareFile, [read, toRead] { read(toRead); }});
+    }
+
     static constexpr std::size_t TRIANGLES_A_HOLE = 200;
     static constexpr double SECONDS_OF_ANNEALING = 6.0; // of 31 passes, some of them
 
     Points cloud;
     Points soup;
+    PointData pointData;    // the cloud
     TriangleData triangles; // of pFirst, as is soup
     double edge = 0.0;
     std::string folder;

@@ -1,6 +1,7 @@
 #include "geometry/PointTable.h"
 
 #include "core/definitions.h"
+#include "core/largeVectors.h"
 
 #include <bit>
 
@@ -34,17 +35,20 @@ void PointTable::reserve(std::size_t numPoints)
 
 void PointTable::rebuild(std::size_t numSlots)
 {
-    std::vector<Point3*> vOld(numSlots, nullptr);
-    vOld.swap(vSlots);
-    for (Point3* pPoint : vOld)
+    PointTable larger;
+    growTo<Point3*>(larger.vSlots, numSlots, nullptr);
+    CancelStride cancel;
+    for (Point3* pPoint : vSlots)
     {
+        cancel.step();
         if (pPoint == nullptr)
             continue;
-        std::size_t slot = hashSlot(*pPoint);
-        while (vSlots[slot] != nullptr)
-            slot = (slot + 1) & (vSlots.size() - 1);
-        vSlots[slot] = pPoint;
+        std::size_t slot = larger.hashSlot(*pPoint);
+        while (larger.vSlots[slot] != nullptr)
+            slot = (slot + 1) & (numSlots - 1);
+        larger.vSlots[slot] = pPoint;
     }
+    vSlots.swap(larger.vSlots);
 }
 
 Point3* PointTable::find(const Point3& coordinates) const noexcept

@@ -1,5 +1,6 @@
 #include "intake/CellPixels.h"
 
+#include "core/largeVectors.h"
 #include "parallel/sortMT2.h"
 
 namespace TARN_ZEF
@@ -33,7 +34,7 @@ void CellPixels::makeRoom()
     compact();
     firstOfTriangle = vPixels.size();
     mostPixels = std::max(FEWEST_TO_COMPACT, 2 * vPixels.size());
-    vPixels.reserve(mostPixels);
+    makeRoomFor(vPixels, mostPixels - vPixels.size());
 }
 
 } // namespace TARN_ZEF

@@ -8,6 +8,7 @@
 
 #include "core/CallRecorder.h"
 #include "core/Progress.h"
+#include "core/largeVectors.h"
 #include "geometry/tools.h"
 #include "parallel/parallelFor.h"
 #include "parallel/sortMT2.h"
@@ -96,7 +97,8 @@ void Cloud::estimateResolution()
     Progress* const pProgress = getRootProgress()->getChildProgressSetTodo("CL_eres", 6);
     pProgress->increment();
     const Calc calc(bbMin[0], bbMin[1], bbMin[2], maxExtent, maxExtent, maxExtent, FINE_LEVELS);
-    std::vector<CCD> vCCD(vPoints.size());
+    std::vector<CCD> vCCD;
+    growTo(vCCD, vPoints.size());
     parallelFor(vCCD.size(), MIN_CHUNK,
                 [&](std::size_t from, std::size_t to)
                 {

@@ -7,6 +7,7 @@
 #include "core/CallRecorder.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
+#include "core/largeVectors.h"
 #include "geometry/tools.h"
 #include "intake/SegmentWalk.h"
 #include "lattice/CellSet.h"
@@ -142,6 +143,7 @@ void Pixel::run(std::vector<Point3>& vPixels, CCDPairs& vFeatures, CCDPairs& vBo
     for (const auto& [rcd, point] : vEdgePixels)
     {
         cancel.step();
+        makeRoomFor(vPixels);
         if (sUsedRCD.insert(rcd))
             vPixels.push_back(point);
         pEdges->increment();
@@ -152,6 +154,7 @@ void Pixel::run(std::vector<Point3>& vPixels, CCDPairs& vFeatures, CCDPairs& vBo
     StridedProgress strided(pInside);
     for (const auto& [rcd, point] : vTriPixels)
     {
+        makeRoomFor(vPixels);
         if (sUsedRCD.insert(rcd))
             vPixels.push_back(point);
         strided.step();
@@ -219,7 +222,8 @@ std::size_t Pixel::getGroupEnd(std::size_t begin) const noexcept
 // For triangle t and its edge opposite corner i: where in vEdge2Tri that edge begins, at place 3 t + i.
 std::vector<std::uint32_t> Pixel::findEdgeGroups() const
 {
-    std::vector<std::uint32_t> vGroups(vEdge2Tri.size());
+    std::vector<std::uint32_t> vGroups;
+    growTo(vGroups, vEdge2Tri.size());
     std::size_t begin = 0;
     for (std::size_t k = 0; k < vEdge2Tri.size(); ++k)
     {
@@ -238,7 +242,8 @@ std::vector<std::uint32_t> Pixel::findEdgeGroups() const
 void Pixel::bfsSort()
 {
     const std::vector<std::uint32_t> vGroups = findEdgeGroups();
-    std::vector<char> vVisited(vTri.size(), 0);
+    std::vector<char> vVisited;
+    growTo(vVisited, vTri.size());
     std::vector<std::uint32_t> vOrder; // the queue, too: its front moves through it
     vOrder.reserve(vTri.size());
     std::size_t front = 0;
@@ -272,7 +277,8 @@ void Pixel::renumber(const std::vector<std::uint32_t>& vOrder)
 {
     std::vector<Tri> vSorted;
     vSorted.reserve(vTri.size());
-    std::vector<std::uint32_t> vNewPlaces(vTri.size());
+    std::vector<std::uint32_t> vNewPlaces;
+    growTo(vNewPlaces, vTri.size());
     CancelStride cancel;
     for (const std::uint32_t old : vOrder)
     {
@@ -306,9 +312,11 @@ void Pixel::pixelAllEdges(double featureAngle, std::vector<RCDPoint>& vPixelRCD,
         cancel.step();
         vRaster.clear();
         rasterizeEdge(*ends.first, *ends.second, vRaster);
+        makeRoomFor(vPixelRCD, vRaster.size());
         for (const RCDPoint& pixel : vRaster)
             if (sUsed.insert(pixel.first))
                 vPixelRCD.push_back(pixel);
+        makeRoomFor(vFeatures, vRaster.size());
         appendCellPairs(vRaster, *pCalc, vFeatures);
         if (maxDih == FeatureEdge::BORDER_DIH)
             appendCellPairs(vRaster, *pCalc, vBorders);
@@ -324,6 +332,7 @@ void Pixel::pixelAllEdges(double featureAngle, std::vector<RCDPoint>& vPixelRCD,
         const Plane plane(*a, vTri[vEdge2Tri[group].second].getNNV(a, b));
         vRaster.clear();
         rasterizeEdge(*a, *b, vRaster);
+        makeRoomFor(vPixelRCD, vRaster.size());
         for (RCDPoint& pixel : vRaster)
         {
             if (sUsed.contains(pixel.first))

@@ -7,6 +7,7 @@
 #include "core/CallScope.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
+#include "core/largeVectors.h"
 #include "lattice/CellOrder.h"
 #include "occupancy/SheetGaps.h"
 #include "parallel/parallelFor.h"
@@ -92,7 +93,8 @@ void Smooth::run(bool bSmooth)
 
 void Smooth::createNodes()
 {
-    std::vector<u64> vCodes(vPoints.size());
+    std::vector<u64> vCodes;
+    growTo(vCodes, vPoints.size());
     forEachParallel(vCodes.size(), [&](std::size_t i) { vCodes[i] = pCalc->getRCD(vPoints[i]); });
     const CellOrder order(std::move(vCodes));
     const std::vector<std::uint32_t> vFirsts = order.getFirsts();
@@ -100,7 +102,7 @@ void Smooth::createNodes()
     addToReport(&CallReport::numPointCells, numNodes);
     // Room for the nodes to come; address space only, until they do.
     vNodes.reserve(numNodes + numNodes / 2);
-    vNodes.resize(numNodes);
+    growTo(vNodes, numNodes);
     forEachParallel(numNodes,
                     [&](std::size_t i)
                     {

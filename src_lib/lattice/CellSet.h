@@ -2,6 +2,7 @@
 #define ZEF_CELLSET_H
 
 #include "core/definitions.h"
+#include "core/largeVectors.h"
 
 #include <algorithm>
 #include <bit>
@@ -70,12 +71,17 @@ private:
 
     void rebuild(std::size_t numSlots)
     {
-        std::vector<u64> vOld(numSlots, FREE);
+        std::vector<u64> vOld;
+        growTo(vOld, numSlots, FREE);
         vOld.swap(vSlots);
         shift = 64 - (std::countr_zero(numSlots) - 3);
+        CancelStride cancel;
         for (const u64 code : vOld)
+        {
+            cancel.step();
             if (code != FREE)
                 vSlots[findSlot(code)] = code;
+        }
     }
 
     std::vector<u64> vSlots;  // a power of two, at least 16

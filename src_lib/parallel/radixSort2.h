@@ -148,7 +148,10 @@ private:
             [&](Part& part)
             {
                 for (std::size_t i = part.from; i < part.to; ++i)
+                {
+                    checkCancelledAt(i);
                     pTo[part.counts[digitOf(pFrom[i])]++] = pFrom[i];
+                }
             });
     }
 

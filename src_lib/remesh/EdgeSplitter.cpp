@@ -1,5 +1,6 @@
 #include "remesh/EdgeSplitter.h"
 
+#include "core/largeVectors.h"
 #include "remesh/EdgeFlipper.h"
 
 #include <algorithm>
@@ -66,12 +67,14 @@ std::vector<int> EdgeSplitter::splitClass(int i)
                 vQueues[lengthClass].push_back(h);
             continue;
         }
+        work.makeRoom();
         const int v = work.splitInMiddle(h);
         if (v == NONE)
             continue;
         mesh.forEachOutgoing(v,
                              [&vTouched](int g)
                              {
+                                 makeRoomFor(vTouched, 2);
                                  vTouched.push_back(g);
                                  vTouched.push_back(HalfEdgeMesh::next(g));
                              });

@@ -1,6 +1,7 @@
 #include "remesh/SoupEdgeTable.h"
 
 #include "core/cancel.h"
+#include "core/largeVectors.h"
 #include "remesh/FlatSoup.h"
 
 #include <algorithm>
@@ -12,15 +13,24 @@ SoupEdgeTable::SoupEdgeTable(std::size_t numVertices, const std::vector<int>& vC
 {
     const auto endsOf = [&vCorners](int c) { return std::minmax(vCorners[c], vCorners[FlatSoup::next(c)]); };
     const int num = static_cast<int>(vCorners.size());
+    CancelStride cancel;
     std::vector<int> vStart(numVertices + 1, 0);
     for (int c = 0; c < num; ++c)
+    {
+        cancel.step();
         ++vStart[endsOf(c).first + 1];
+    }
     for (std::size_t v = 0; v < numVertices; ++v)
         vStart[v + 1] += vStart[v];
+    checkCancelled();
     std::vector<int> vNext(vStart.begin(), vStart.end() - 1);
-    std::vector<std::pair<int, int>> vHigh(vCorners.size()); // high end, corner
+    std::vector<std::pair<int, int>> vHigh; // high end, corner
+    growTo(vHigh, vCorners.size());
     for (int c = 0; c < num; ++c)
+    {
+        cancel.step();
         vHigh[vNext[endsOf(c).first]++] = {endsOf(c).second, c};
+    }
     vKey.reserve(vCorners.size());
     vCornerOf.reserve(vCorners.size());
     for (std::size_t v = 0; v < numVertices; ++v)

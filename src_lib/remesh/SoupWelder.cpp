@@ -1,6 +1,7 @@
 #include "remesh/SoupWelder.h"
 
 #include "core/cancel.h"
+#include "core/largeVectors.h"
 #include "geometry/tools.h"
 #include "remesh/SoupEdgeTable.h"
 #include "tarn_locate3/RTree.h"
@@ -47,8 +48,8 @@ public:
     NumberTable(std::size_t mostEntries, Hash hash_, Same same_)
         : hash(hash_)
         , same(same_)
-        , vSlot(std::bit_ceil(2 * mostEntries + 1), ABSENT)
     {
+        growTo(vSlot, std::bit_ceil(2 * mostEntries + 1), ABSENT);
     }
 
     // The number of an equal thing that was entered before, or candidate after entering it.
@@ -124,8 +125,12 @@ public:
         const double extent = getMax(high.x() - low.x(), high.y() - low.y(), high.z() - low.z());
         cell = std::max(CELL_FACTOR * distance, extent / MAX_CELLS);
         vKeys.reserve(vPoints.size());
+        CancelStride cancel;
         for (const Point3& p : vPoints)
+        {
+            cancel.step();
             vKeys.push_back(keyOf(p, 0.0, 0.0, 0.0));
+        }
         std::sort(vKeys.begin(), vKeys.end());
         vStaying.assign(vPoints.size(), ABSENT);
     }
@@ -410,6 +415,7 @@ void SoupWelder::weldEqual(const std::vector<Point3>& vTriCorners)
         const Point3 p(corner.x() + 0.0, corner.y() + 0.0, corner.z() + 0.0); // one zero for both signs
         const int next = static_cast<int>(soup.vPoints.size());
         const int v = table.find(p, next);
+        makeRoomFor(soup.vPoints);
         if (v == next)
             soup.vPoints.push_back(p);
         soup.vCorners.push_back(v);

@@ -154,8 +154,10 @@ double SourceSurface::getRoughness(double featureAngle) const
     const std::vector<bool> vSmooth = findSmoothVertices(featureAngle);
     std::vector<double> vOff;
     int numInner = 0;
+    CancelStride cancel;
     for (int v = 0; v < mesh.endVertices(); ++v)
     {
+        cancel.step();
         Vector3 around;
         int num = 0;
         bool bInner = !mesh.isBorderVertex(v);
@@ -212,9 +214,13 @@ void SourceSurface::markFeatures(double featureAngle, double length, double tole
 
 void SourceSurface::forgetFeatures()
 {
+    CancelStride cancel;
     for (int h = 0; h < 4 * mesh.endTriangles(); ++h)
+    {
+        cancel.step();
         if (h % 4 != 3)
             mesh.setFeature(h, 0);
+    }
     for (int v = 0; v < mesh.endVertices(); ++v)
         mesh.setKind(v, HalfEdgeMesh::Kind::FREE);
     vPatches.clear();

@@ -1,5 +1,6 @@
 #include "remesh/WorkSurface.h"
 
+#include "core/largeVectors.h"
 #include "remesh/triangles.h"
 
 #include <algorithm>
@@ -52,6 +53,13 @@ double WorkSurface::sqDistanceFromPatch(const Point3& p, int t) const
     if (patchOf(t).bFlat)
         return 0.0;
     return walker.walk(p, vHint[t]).sqDist;
+}
+
+void WorkSurface::makeRoom()
+{
+    mesh.makeRoomToSplit();
+    makeRoomFor(vHint, 2);
+    makeRoomFor(vSize);
 }
 
 int WorkSurface::split(int h, const Point3& p, int sourceTriangle)

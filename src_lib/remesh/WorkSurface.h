@@ -52,6 +52,8 @@ public:
         return sqDistanceFromPatch(p, t) <= settings.tolerance * settings.tolerance;
     }
 
+    // For one split to come.
+    void makeRoom();
     // Splits an edge at a place. The new triangles lie where the old ones lay, or at sourceTriangle if that is told.
     int split(int h, const Point3& p, int sourceTriangle = HalfEdgeMesh::NONE);
     // In the middle, on the patch. Returns the new vertex, or NONE where a triangle would fold.

@@ -1,5 +1,7 @@
 #include "surface/HalfEdgeMesh.h"
 
+#include "core/largeVectors.h"
+
 #include <algorithm>
 #include <array>
 #include <cstddef>
@@ -125,6 +127,17 @@ int HalfEdgeMesh::addVertex(const Point3& p)
     vOutgoing.push_back(NONE);
     vKind.push_back(Kind::FREE);
     return endVertices() - 1;
+}
+
+void HalfEdgeMesh::makeRoomToSplit()
+{
+    constexpr std::size_t numCorners = 8; // of two triangles
+    makeRoomFor(vCorner, numCorners);
+    makeRoomFor(vPartner, numCorners);
+    makeRoomFor(vFeature, numCorners);
+    makeRoomFor(vPoint);
+    makeRoomFor(vOutgoing);
+    makeRoomFor(vKind);
 }
 
 int HalfEdgeMesh::addTriangle(int a, int b, int c)

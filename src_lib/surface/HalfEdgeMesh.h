@@ -144,6 +144,9 @@ public:
     // Puts a vertex on an edge and returns it. h keeps its start, and ends in the new vertex; the new piece of
     // the edge is the half-edge that outgoing() of it names.
     int split(int h, const Point3& p);
+    // For one split to come; what else would move large arrays in the midst of it is done here, where a cancelled call
+    // may end.
+    void makeRoomToSplit();
     // Lets from(h) vanish into to(h). Allowed where the surface keeps its topology: the ends share no other
     // neighbours than the apexes, no inner edge joins two borders, and no triangle folds onto another.
     [[nodiscard]] bool mayCollapse(int h) const;
