@@ -45,6 +45,19 @@ Vec3f direction(const Frame& frame, float azimuth, float elevation)
            std::sin(el) * frame.up;
 }
 
+// The middle of the box is the origin, so the largest magnitudes are half its edges.
+Vec3f extentOf(const std::vector<Vec3f>& vPoints)
+{
+    Vec3f extent;
+    for (const Vec3f& p : vPoints)
+    {
+        extent.x = std::max(extent.x, 2.0f * std::fabs(p.x));
+        extent.y = std::max(extent.y, 2.0f * std::fabs(p.y));
+        extent.z = std::max(extent.z, 2.0f * std::fabs(p.z));
+    }
+    return extent;
+}
+
 // Looks from a corner at solid things, and more at the wide side of flat ones.
 Vec3f directionForBox(const Frame& frame, const Vec3f& extent)
 {
@@ -61,11 +74,11 @@ Vec3f directionForBox(const Frame& frame, const Vec3f& extent)
 }
 } // namespace
 
-Camera::Camera(const ViewOptions& options_, const Vec3f& extent, const Vec3f& meanNormal)
+Camera::Camera(const ViewOptions& options_, const std::vector<Vec3f>& vPoints, const Vec3f& meanNormal)
     : options(options_)
 {
     const Frame frame = frameOf(options.up);
-    Vec3f from = directionForBox(frame, extent);
+    Vec3f from = directionForBox(frame, extentOf(vPoints));
     if (options.angles)
         from = direction(frame, static_cast<float>((*options.angles)[0]),
                          static_cast<float>((*options.angles)[1]));
@@ -75,6 +88,7 @@ Camera::Camera(const ViewOptions& options_, const Vec3f& extent, const Vec3f& me
         const float side = dot(meanNormal, frame.up) < -0.5f * length(meanNormal) ? -1.0f : 1.0f;
         from = unit(0.6f * from + side * unit(meanNormal));
     }
+    axis = frame.up;
     towardsViewer = unit(from);
     // Straight from above any azimuth is as good; the given one still turns the picture.
     const float azimuth = options.angles ? toRadians(static_cast<float>((*options.angles)[0])) : 0.0f;
@@ -83,19 +97,41 @@ Camera::Camera(const ViewOptions& options_, const Vec3f& extent, const Vec3f& me
     up = cross(towardsViewer, right);
 }
 
-void Camera::fit(const std::vector<Vec3f>& vPoints, int width, int height)
+Camera::Window Camera::windowOf(const std::vector<Vec3f>& vPoints) const
 {
-    float minX = std::numeric_limits<float>::max();
-    float minY = minX;
-    float maxX = -minX;
-    float maxY = -minX;
+    constexpr float HUGE_SIZE = std::numeric_limits<float>::max();
+    Window window{HUGE_SIZE, HUGE_SIZE, -HUGE_SIZE, -HUGE_SIZE};
     for (const Vec3f& p : vPoints)
     {
-        minX = std::min(minX, dot(p, right));
-        maxX = std::max(maxX, dot(p, right));
-        minY = std::min(minY, dot(p, up));
-        maxY = std::max(maxY, dot(p, up));
+        window.minX = std::min(window.minX, dot(p, right));
+        window.maxX = std::max(window.maxX, dot(p, right));
+        window.minY = std::min(window.minY, dot(p, up));
+        window.maxY = std::max(window.maxY, dot(p, up));
     }
+    return window;
+}
+
+// Each point runs around a circle about the axis, which the picture shows as an ellipse.
+Camera::Window Camera::turningWindowOf(const std::vector<Vec3f>& vPoints) const
+{
+    const float rise = dot(up, axis);
+    const float tilt = std::fabs(dot(towardsViewer, axis));
+    Window window{0.0f, 0.0f, 0.0f, 0.0f};
+    for (const Vec3f& p : vPoints)
+    {
+        const float height = dot(p, axis);
+        const float radius = length(p - height * axis);
+        window.maxX = std::max(window.maxX, radius);
+        window.minY = std::min(window.minY, rise * height - tilt * radius);
+        window.maxY = std::max(window.maxY, rise * height + tilt * radius);
+    }
+    window.minX = -window.maxX;
+    return window;
+}
+
+void Camera::fit(const std::vector<Vec3f>& vPoints, int width, int height)
+{
+    const auto [minX, minY, maxX, maxY] = options.numTurns > 0 ? turningWindowOf(vPoints) : windowOf(vPoints);
     const float w = static_cast<float>(width);
     const float h = static_cast<float>(height);
     const float usable = 1.0f - 2.0f * MARGIN;
@@ -107,6 +143,19 @@ void Camera::fit(const std::vector<Vec3f>& vPoints, int width, int height)
     const float focusY = 0.5f * (minY + maxY) - (static_cast<float>(options.focus[1]) - 0.5f) * h / whole;
     offsetX = 0.5f * w - scale * focusX;
     offsetY = 0.5f * h + scale * focusY;
+}
+
+Camera Camera::turned(float degrees) const
+{
+    const float cosine = std::cos(toRadians(degrees));
+    const float sine = std::sin(toRadians(degrees));
+    const auto turnedAbout = [&](const Vec3f& v) // Rodrigues 1840
+    { return cosine * v + sine * cross(axis, v) + ((1.0f - cosine) * dot(axis, v)) * axis; };
+    Camera result = *this;
+    result.right = turnedAbout(right);
+    result.up = turnedAbout(up);
+    result.towardsViewer = turnedAbout(towardsViewer);
+    return result;
 }
 
 Vec3f Camera::project(const Vec3f& p) const

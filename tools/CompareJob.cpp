@@ -6,7 +6,6 @@
 
 #include "PointBox.h"
 #include "ToolError.h"
-#include "colorScale.h"
 #include "numberText.h"
 
 namespace TARN_TOOL
@@ -61,9 +60,14 @@ void CompareJob::run()
         { return TARN_ZEF::compareMeshes(first.vPoints, first.vCorners, second.vPoints, second.vCorners); });
     context.calls.forgetMessages();
     // Outliers beyond the percentile would leave the rest in one color.
-    targets.drawPainted(first.vPoints, first.vCorners,
-                        paintByScale(found.toSecond.vAtPoints, found.toSecond.percentile99));
-    tell(first, second, found);
+    PictureFigures pictures;
+    if (targets.getPictures().showMesh())
+    {
+        MeshDrawing drawing(first.vPoints, first.vCorners);
+        drawing.paintByDistance(found.toSecond.vAtPoints, found.toSecond.percentile99);
+        pictures = targets.getPictures().draw(std::move(drawing));
+    }
+    tell(first, second, found, pictures);
     targets.commit();
 }
 
@@ -77,22 +81,24 @@ CompareJob::Surface CompareJob::readSurface(const std::string& name)
     return surface;
 }
 
-void CompareJob::tell(const Surface& first, const Surface& second,
-                      const TARN_ZEF::MeshComparison& found) const
+void CompareJob::tell(const Surface& first, const Surface& second, const TARN_ZEF::MeshComparison& found,
+                      const PictureFigures& pictures) const
 {
     if (options.bJson)
     {
         JsonLine line = startJson(options);
         line.add("toSecond", distancesJson(found.toSecond));
         line.add("toFirst", distancesJson(found.toFirst));
+        pictures.addTo(line);
         context.console.print(line.getText() + "\n");
         return;
     }
     std::string text = distancesText(first.name, second.name, found.toSecond) +
                        distancesText(second.name, first.name, found.toFirst);
-    if (!options.pngName.empty())
-        text += options.pngName + ": picture of " + first.name + ", from blue at 0 to red at " +
-                textOf(found.toSecond.percentile99) + "\n";
+    for (const std::string& name : {options.pngName, options.htmlName})
+        if (!name.empty())
+            text += name + ": picture of " + first.name + "\n";
+    text += pictures.getText();
     if (!options.bQuiet)
         context.console.print(text);
 }

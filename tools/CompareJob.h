@@ -25,7 +25,8 @@ private:
     };
 
     [[nodiscard]] Surface readSurface(const std::string& name);
-    void tell(const Surface& first, const Surface& second, const TARN_ZEF::MeshComparison& found) const;
+    void tell(const Surface& first, const Surface& second, const TARN_ZEF::MeshComparison& found,
+              const PictureFigures& pictures) const;
 };
 
 } // namespace TARN_TOOL

@@ -21,6 +21,15 @@ void Image::setPixel(int x, int y, const Colour& colour)
         pPixel[c] = static_cast<std::uint8_t>(std::lround(255.0f * std::clamp(colour[c], 0.0f, 1.0f)));
 }
 
+Colour Image::getPixel(int x, int y) const
+{
+    const std::uint8_t* const pPixel = &vBytes[indexOf(x, y)];
+    Colour colour;
+    for (std::size_t c = 0; c < 3; ++c)
+        colour[c] = static_cast<float>(pPixel[c]) / 255.0f;
+    return colour;
+}
+
 void Image::darken(int x, int y, float factor)
 {
     std::uint8_t* const pPixel = &vBytes[indexOf(x, y)];

@@ -22,6 +22,7 @@ public:
     [[nodiscard]] int getHeight() const { return height; }
 
     void setPixel(int x, int y, const Colour& colour);
+    [[nodiscard]] Colour getPixel(int x, int y) const;
     // Multiplies the colour of a pixel by a factor from 0.0 to 1.0.
     void darken(int x, int y, float factor);
 

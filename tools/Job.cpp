@@ -3,6 +3,7 @@
 #include "CompareJob.h"
 #include "MeshJob.h"
 #include "ToolError.h"
+#include "checkOptions.h"
 #include "pointJobs.h"
 
 namespace TARN_TOOL
@@ -32,6 +33,8 @@ void requireNoCloudOptions(const Options& options)
             options.getInputText() +
             " holds triangles: -a, -f, -s, --auto and --plain are for points; to make even triangles "
             "use --fmelt (-m)");
+    if (options.view.paint == Paint::DISTANCE)
+        throw UsageError(options.getInputText() + " holds triangles: " + NO_DISTANCE);
 }
 } // namespace
 

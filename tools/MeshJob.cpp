@@ -24,7 +24,7 @@ void MeshJob::run()
     takeStatistics();
     judge();
     write(targets);
-    targets.draw(pMesh.get(), pSource->getPoints());
+    report.pictures = targets.getPictures().draw(pMesh.get(), pSource->getPoints());
     tell();
     targets.commit();
 }

@@ -48,6 +48,7 @@ struct Options
     std::string outName;      // empty: nothing is written
     std::string pngName;      // empty: no picture of the mesh
     std::string pngCloudName; // empty: no picture of the points
+    std::string htmlName;     // empty: no page that shows the mesh
     std::string batchFolder;  // not empty: each input for itself, its result there
     std::string format;       // of standard input and output, and of the results of a batch: "stl"
 
@@ -99,6 +100,7 @@ struct Options
     [[nodiscard]] bool isRemesh() const { return task == Task::REMESH && !bPlain; }
     // For what is made from cells.
     [[nodiscard]] double getCellFeatureAngle() const { return featureAngle < 0.0 ? 10.0 : featureAngle; }
+    [[nodiscard]] bool drawsMesh() const { return !pngName.empty() || !htmlName.empty(); }
     [[nodiscard]] bool isToStandardOutput() const { return outName == STANDARD_STREAM; }
     // A name whose extension tells the format of OUT.
     [[nodiscard]] std::string getOutFormatName() const

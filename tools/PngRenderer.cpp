@@ -4,7 +4,9 @@
 #include <cmath>
 #include <cstddef>
 #include <limits>
-#include <numeric>
+
+#include "SurfaceNormals.h"
+#include "annotations.h"
 
 namespace TARN_TOOL
 {
@@ -19,14 +21,15 @@ constexpr float FAR_AWAY = std::numeric_limits<float>::max();
 constexpr Colour FRONT = {0.60f, 0.71f, 0.82f};
 constexpr Colour BACK = {0.90f, 0.56f, 0.30f};
 constexpr Colour DOT = {0.10f, 0.33f, 0.52f};
+constexpr Colour BORDER = {0.86f, 0.10f, 0.16f};
+constexpr Colour NON_MANIFOLD = {0.62f, 0.05f, 0.78f};
 constexpr Colour SKY_TOP = {0.98f, 0.985f, 0.99f};
 constexpr Colour SKY_BOTTOM = {0.85f, 0.88f, 0.91f};
 
-// The normal at a corner averages the triangles around it that lean less than this against the corner's own,
-// so that sharp edges look sharp.
-const float COS_CREASE = std::cos(0.56f); // 32 degrees
-constexpr float WIRE_WIDTH = 1.1f;        // samples
-constexpr int HOLLOW_RADIUS = 28;         // samples over which the depth is averaged
+constexpr float WIRE_WIDTH = 1.1f; // samples
+constexpr int MARK_RADIUS = 2;     // samples on each side of a line
+constexpr float MARK_LIFT = 3.0f;  // samples by which a line may lie behind the surface
+constexpr int HOLLOW_RADIUS = 28;  // samples over which the depth is averaged
 constexpr float HOLLOW_STRENGTH = 1.1f;
 
 Colour mix(const Colour& a, const Colour& b, float t)
@@ -51,44 +54,6 @@ Colour shade(const Colour& base, const Vec3f& n)
 std::size_t sampleIndex(int x, int y)
 {
     return static_cast<std::size_t>(y) * WIDTH + static_cast<std::size_t>(x);
-}
-
-Vec3f areaVector(const std::vector<Vec3f>& v, const int* pCorners)
-{
-    return cross(v[pCorners[1]] - v[pCorners[0]], v[pCorners[2]] - v[pCorners[0]]);
-}
-
-// The triangles around each vertex: vTriangles[vBegin[i] .. vBegin[i + 1]) are those of vertex i.
-struct Fans
-{
-    std::vector<std::size_t> vBegin;
-    std::vector<int> vTriangles;
-
-    Fans(std::size_t numVertices, const std::vector<int>& vCorners)
-        : vBegin(numVertices + 1, 0)
-        , vTriangles(vCorners.size())
-    {
-        for (const int corner : vCorners)
-            ++vBegin[corner + 1];
-        std::partial_sum(vBegin.begin(), vBegin.end(), vBegin.begin());
-        std::vector<std::size_t> vNext(vBegin.begin(), vBegin.end() - 1);
-        for (std::size_t i = 0; i < vCorners.size(); ++i)
-            vTriangles[vNext[vCorners[i]]++] = static_cast<int>(i / 3);
-    }
-};
-
-// Mean of the triangles around a vertex that lean less than the crease angle against triangle.
-Vec3f cornerNormal(const Fans& fans, const std::vector<Vec3f>& vAreas, int vertex, std::size_t triangle)
-{
-    const Vec3f own = unit(vAreas[triangle]);
-    Vec3f sum;
-    for (std::size_t i = fans.vBegin[vertex]; i < fans.vBegin[vertex + 1]; ++i)
-    {
-        const Vec3f& other = vAreas[fans.vTriangles[i]];
-        if (dot(own, other) >= COS_CREASE * length(other))
-            sum += other;
-    }
-    return unit(sum);
 }
 
 // Running mean over num entries that lie stride apart, 2 * HOLLOW_RADIUS + 1 wide, clipped at the ends.
@@ -141,41 +106,106 @@ PngRenderer::PngRenderer(const ViewOptions& options_)
 {
 }
 
-Image PngRenderer::drawMesh(const std::vector<Point3*>& vVertices, const std::vector<int>& vCorners,
-                            const std::vector<Colour>& vColors)
+Image PngRenderer::drawMesh(const MeshDrawing& mesh, int turn)
 {
-    bPainted = !vColors.empty();
-    const std::vector<Vec3f> v = takeIn(vVertices.size(), [&](std::size_t i) { return *vVertices[i]; });
-    std::vector<Vec3f> vAreas(vCorners.size() / 3);
-    Vec3f sum;
-    float area = 0.0f;
-    for (std::size_t i = 0; i < vAreas.size(); ++i)
-    {
-        vAreas[i] = areaVector(v, &vCorners[3 * i]);
-        sum += vAreas[i];
-        area += length(vAreas[i]);
-    }
-    aim(v, area > 0.0f ? (1.0f / area) * sum : Vec3f());
+    bPainted = !mesh.getColors().empty();
+    const std::vector<Vec3f> v = takeIn(mesh.getPoints());
+    if (!camera)
+        aim(v, SurfaceNormals(v, mesh.getCorners()).getMean());
     startPicture();
-    const Fans fans(v.size(), vCorners);
-    for (std::size_t i = 0; i < vAreas.size(); ++i)
+    const Camera view =
+        turn == 0 ? *camera
+                  : camera->turned(360.0f * static_cast<float>(turn) / static_cast<float>(options.numTurns));
+    drawTriangles(mesh, v, view);
+    darkenHollows();
+    if (options.bMarks)
+        drawMarks(mesh, v, view);
+    return finish(mesh.getLegend());
+}
+
+void PngRenderer::drawTriangles(const MeshDrawing& mesh, const std::vector<Vec3f>& v, const Camera& view)
+{
+    const std::vector<int>& vCorners = mesh.getCorners();
+    const SurfaceNormals normals(v, vCorners);
+    for (std::size_t i = 0; i < vCorners.size(); i += 3)
     {
         Corner corners[3];
         for (std::size_t k = 0; k < 3; ++k)
         {
-            const int vertex = vCorners[3 * i + k];
-            corners[k] = {camera->project(v[vertex]), camera->turn(cornerNormal(fans, vAreas, vertex, i)),
-                          bPainted ? vColors[vertex] : FRONT};
+            const int vertex = vCorners[i + k];
+            corners[k] = {view.project(v[vertex]), view.turn(normals.getCornerNormal(i + k)),
+                          bPainted ? mesh.getColors()[vertex] : FRONT};
         }
         rasterise(corners);
     }
-    darkenHollows();
-    return samples.halved();
+}
+
+// Edges of more than two triangles last: they are fewer, and worse.
+void PngRenderer::drawMarks(const MeshDrawing& mesh, const std::vector<Vec3f>& v, const Camera& view)
+{
+    for (const bool bNonManifold : {false, true})
+        for (const MarkedEdge& edge : mesh.getMarks())
+            if (edge.bNonManifold == bNonManifold)
+                drawLine(view.project(v[edge.from]), view.project(v[edge.to]),
+                         bNonManifold ? NON_MANIFOLD : BORDER);
+}
+
+void PngRenderer::drawLine(const Vec3f& from, const Vec3f& to, const Colour& color)
+{
+    const Vec3f along = to - from;
+    if (!std::isfinite(from.x + from.y + along.x + along.y)) // magnified beyond all numbers
+        return;
+    // The part from t0 to t1 lies in the picture (Liang, Barsky 1984).
+    float t0 = 0.0f;
+    float t1 = 1.0f;
+    const auto clip = [&](float start, float step, float end)
+    {
+        if (step == 0.0f)
+            return start >= 0.0f && start < end;
+        const float atLow = -start / step;
+        const float atHigh = (end - start) / step;
+        t0 = std::max(t0, std::min(atLow, atHigh));
+        t1 = std::min(t1, std::max(atLow, atHigh));
+        return t0 <= t1;
+    };
+    if (!clip(from.x, along.x, WIDTH - 1.0f) || !clip(from.y, along.y, HEIGHT - 1.0f))
+        return;
+    const float numSteps =
+        std::max(1.0f, std::ceil((t1 - t0) * std::max(std::fabs(along.x), std::fabs(along.y))));
+    for (float i = 0.0f; i <= numSteps; i += 1.0f)
+    {
+        const Vec3f p = from + (t0 + (t1 - t0) * i / numSteps) * along;
+        const int x = static_cast<int>(p.x);
+        const int y = static_cast<int>(p.y);
+        if (isSeen(x, y, p.z))
+            fillBox(samples, {x - MARK_RADIUS, y - MARK_RADIUS, 2 * MARK_RADIUS + 1, 2 * MARK_RADIUS + 1},
+                    color);
+    }
+}
+
+// Where the surface is steep, it may lie before its own edge by the width of a sample.
+bool PngRenderer::isSeen(int x, int y, float depth) const
+{
+    for (int v = std::max(0, y - 1); v <= std::min(HEIGHT - 1, y + 1); ++v)
+        for (int u = std::max(0, x - 1); u <= std::min(WIDTH - 1, x + 1); ++u)
+            if (vDepth[sampleIndex(u, v)] >= depth - MARK_LIFT)
+                return true;
+    return false;
+}
+
+Image PngRenderer::finish(const std::optional<ColorLegend>& legend)
+{
+    Image picture = samples.halved();
+    if (options.bScaleBar)
+        barLength = drawScaleBar(picture, 0.5 * camera->getScale() / frame->getSize());
+    if (legend)
+        drawLegend(picture, *legend);
+    return picture;
 }
 
 Image PngRenderer::drawCloud(const std::vector<Point3>& vPoints)
 {
-    std::vector<Vec3f> v = takeIn(vPoints.size(), [&](std::size_t i) { return vPoints[i]; });
+    std::vector<Vec3f> v = takeIn(vPoints);
     aim(v, Vec3f());
     startPicture();
     float nearest = FAR_AWAY;
@@ -190,52 +220,21 @@ Image PngRenderer::drawCloud(const std::vector<Point3>& vPoints)
     const float range = std::max(farthest - nearest, std::numeric_limits<float>::min());
     for (const Vec3f& p : v)
         splat(p, radius, (p.z - nearest) / range);
-    return samples.halved();
+    return finish(std::nullopt);
 }
 
-Vec3f PngRenderer::localise(const Point3& p) const
+std::vector<Vec3f> PngRenderer::takeIn(const std::vector<Point3>& vPoints)
 {
-    const TARN_ZEF::Vector3 v = (p - *centre) * toUnit;
-    return {static_cast<float>(v.x()), static_cast<float>(v.y()), static_cast<float>(v.z())};
-}
-
-template <typename F>
-std::vector<Vec3f> PngRenderer::takeIn(std::size_t num, F getPoint)
-{
-    if (!centre)
-    {
-        Point3 low = getPoint(0);
-        Point3 high = low;
-        for (std::size_t i = 1; i < num; ++i)
-        {
-            const Point3& p = getPoint(i);
-            low.set(std::min(low.x(), p.x()), std::min(low.y(), p.y()), std::min(low.z(), p.z()));
-            high.set(std::max(high.x(), p.x()), std::max(high.y(), p.y()), std::max(high.z(), p.z()));
-        }
-        centre = low + (high - low) * 0.5;
-        const TARN_ZEF::Vector3 extent = high - low;
-        const double largest = std::max({extent.x(), extent.y(), extent.z()});
-        toUnit = largest > 0.0 ? 1.0 / largest : 1.0;
-    }
-    std::vector<Vec3f> v(num);
-    for (std::size_t i = 0; i < num; ++i)
-        v[i] = localise(getPoint(i));
-    return v;
+    if (!frame)
+        frame.emplace(vPoints);
+    return frame->localise(vPoints);
 }
 
 void PngRenderer::aim(const std::vector<Vec3f>& v, const Vec3f& meanNormal)
 {
     if (camera)
         return;
-    // The centre is the middle of the box, so the largest magnitudes are half its edges.
-    Vec3f extent;
-    for (const Vec3f& p : v)
-    {
-        extent.x = std::max(extent.x, 2.0f * std::fabs(p.x));
-        extent.y = std::max(extent.y, 2.0f * std::fabs(p.y));
-        extent.z = std::max(extent.z, 2.0f * std::fabs(p.z));
-    }
-    camera.emplace(options, extent, meanNormal);
+    camera.emplace(options, v, meanNormal);
     camera->fit(v, WIDTH, HEIGHT);
 }
 

@@ -3,7 +3,8 @@
 
 #include "Camera.h"
 #include "Image.h"
-#include "Point3.h"
+#include "LocalFrame.h"
+#include "MeshDrawing.h"
 
 #include <array>
 #include <optional>
@@ -23,12 +24,15 @@ class PngRenderer
 public:
     explicit PngRenderer(const ViewOptions& options_);
 
-    // Three consecutive entries of vCorners are one triangle. There must be one.
-    // With vColors, one for each vertex, both sides of the triangles take these colors.
-    [[nodiscard]] Image drawMesh(const std::vector<TARN_ZEF::Point3*>& vVertices,
-                                 const std::vector<int>& vCorners, const std::vector<Colour>& vColors = {});
+    // Colors are those of both sides. Marks stand out where nothing lies before them.
+    //
+    // turn  number of the picture among those that lead once around, if these are wanted
+    [[nodiscard]] Image drawMesh(const MeshDrawing& mesh, int turn = 0);
     // Each point is a small ball. There must be a point, and only finite ones.
     [[nodiscard]] Image drawCloud(const std::vector<TARN_ZEF::Point3>& vPoints);
+
+    // The length of the bar in the pictures drawn so far, in units of the points; 0.0 without one.
+    [[nodiscard]] double getBarLength() const { return barLength; }
 
 private:
     struct Corner // of a triangle, as the rasteriser takes it
@@ -38,13 +42,14 @@ private:
         Colour color; // of the vertex, if there are colors
     };
 
-    [[nodiscard]] Vec3f localise(const TARN_ZEF::Point3& p) const;
-    // Fixes centre and scale, if they are still open, from all points that getPoint(0 .. num - 1) hands out,
-    // and returns them in these terms.
-    template <typename F>
-    [[nodiscard]] std::vector<Vec3f> takeIn(std::size_t num, F getPoint);
+    // In the coordinates of the frame, which it fixes if it is still open.
+    [[nodiscard]] std::vector<Vec3f> takeIn(const std::vector<TARN_ZEF::Point3>& vPoints);
     void aim(const std::vector<Vec3f>& v, const Vec3f& meanNormal);
     void startPicture();
+    void drawTriangles(const MeshDrawing& mesh, const std::vector<Vec3f>& v, const Camera& view);
+    void drawMarks(const MeshDrawing& mesh, const std::vector<Vec3f>& v, const Camera& view);
+    void drawLine(const Vec3f& from, const Vec3f& to, const Colour& color);
+    [[nodiscard]] bool isSeen(int x, int y, float depth) const;
     void rasterise(const Corner (&corners)[3]);
     [[nodiscard]] Colour colorAt(const Corner (&corners)[3], const std::array<float, 3>& weights,
                                  bool bFront) const;
@@ -52,11 +57,13 @@ private:
                   int maxX);
     void splat(const Vec3f& pixel, float radius, float fog);
     void darkenHollows();
+    // The picture of the samples, with what is written onto it.
+    [[nodiscard]] Image finish(const std::optional<ColorLegend>& legend);
 
     ViewOptions options;
-    std::optional<TARN_ZEF::Point3> centre;
-    double toUnit = 1.0; // scales the longest edge of the box to 1, so that floats serve any unit of length
-    std::optional<Camera> camera;
+    std::optional<LocalFrame> frame;
+    std::optional<Camera> camera; // of the first turn
+    double barLength = 0.0;
     Image samples;             // four for each pixel of the picture
     bool bPainted = false;     // whether corners have colors of their own
     std::vector<float> vDepth; // of each sample; FAR_AWAY where nothing is drawn

@@ -115,6 +115,7 @@ std::string Report::getJson(const Options& options) const
     line.add("write_s", writeSeconds);
     line.add("peak_mb", peakMegabytes);
     addSteps(line);
+    pictures.addTo(line);
     if (!vCalls.empty())
     {
         std::vector<JsonLine> vLines;
@@ -169,10 +170,22 @@ std::string Report::getSummary(const Options& options) const
         text += holesText(*borders);
     for (const TARN_ZEF::CallReport& call : vCalls)
         text += callReportText(call);
-    for (const std::string& name : {options.pngName, options.pngCloudName})
-        if (!name.empty())
-            text += name + ": picture\n";
-    return text;
+    return text + getPicturesText(options);
+}
+
+std::string Report::getPicturesText(const Options& options) const
+{
+    std::string text;
+    if (options.view.numTurns > 0)
+        text += options.pngName + ": " + std::to_string(options.view.numTurns) +
+                " pictures, their numbers behind the name\n";
+    else if (!options.pngName.empty())
+        text += options.pngName + ": picture\n";
+    if (!options.pngCloudName.empty())
+        text += options.pngCloudName + ": picture\n";
+    if (!options.htmlName.empty())
+        text += options.htmlName + ": page for a browser\n";
+    return text + pictures.getText();
 }
 
 std::string Report::getResultText(const Options& options) const

@@ -4,6 +4,7 @@
 #include "JsonLine.h"
 #include "MeshStatistics.h"
 #include "Options.h"
+#include "PictureFigures.h"
 #include "TriangleAngles.h"
 
 #include <cstddef>
@@ -41,6 +42,7 @@ struct Report
     std::optional<TARN_ZEF::MeshCheck> check;                 // of that mesh, if asked for
     std::optional<std::vector<TARN_ZEF::BorderLoop>> borders; // of that mesh, if asked for
     std::vector<TARN_ZEF::CallReport> vCalls;                 // if they are asked for
+    PictureFigures pictures;
     std::optional<TARN_ZEF::AutoReport> choice; // of factor and smoothing, if left to the library
     double readSeconds = 0.0;
     double computeSeconds = 0.0; // in the library: reconstruction, melting or sampling, and all steps
@@ -60,6 +62,7 @@ struct Report
 private:
     void addMesh(JsonLine& line) const;
     void addSteps(JsonLine& line) const;
+    [[nodiscard]] std::string getPicturesText(const Options& options) const;
     [[nodiscard]] std::string getResultText(const Options& options) const;
     [[nodiscard]] std::string getTimesText(const Options& options) const;
     [[nodiscard]] std::string getSteps() const;

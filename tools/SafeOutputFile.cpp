@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 // What a signal handler may read: names in plain memory, an empty one is a free slot. A slot is filled
 // from its second character on, the first one last, so that a handler never sees half a name.
 constexpr std::size_t MAX_NAME = 4096;
-std::array<char[MAX_NAME], 4> tempNames;
+std::array<char[MAX_NAME], 368> tempNames; // the pictures of a turntable, and some more
 
 void remember(const std::string& tempName)
 {

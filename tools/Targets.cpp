@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "PngRenderer.h"
 #include "PointBox.h"
 #include "ToolError.h"
 #include "formatNames.h"
@@ -33,25 +32,15 @@ double floatStep(const std::vector<Point3>& vPoints)
     const auto stored = static_cast<float>(largest);
     return std::nextafter(stored, std::numeric_limits<float>::max()) - stored;
 }
-
-void writePng(SafeOutputFile& file, const Image& image)
-{
-    const std::string reason = image.writePng(file.create());
-    if (!reason.empty())
-        throw ToolError("cannot write " + file.getName() + ": " + reason);
-}
 } // namespace
 
 Targets::Targets(const JobContext& context_)
     : context(context_)
+    , pictures(context_)
 {
     const Options& options = context.options;
     if (!options.outName.empty())
         outFile.emplace(options.outName, options.getOutFormatName());
-    if (!options.pngName.empty())
-        pngFile.emplace(options.pngName);
-    if (!options.pngCloudName.empty())
-        pngCloudFile.emplace(options.pngCloudName);
 }
 
 template <typename F>
@@ -144,42 +133,12 @@ void Targets::noteLostDigits(const std::vector<Point3>& vPoints, double spacing)
                              "; to keep their digits write .ply, or .stl without --binary");
 }
 
-void Targets::draw(const TARN_ZEF::Mesh* pMesh, const std::vector<Point3>& vPoints)
-{
-    if (!pngFile && !pngCloudFile)
-        return;
-    PngRenderer renderer(context.options.view);
-    // The mesh first, so that both pictures are taken from its side.
-    if (pngFile && pMesh != nullptr)
-    {
-        std::vector<Point3*> vVertices;
-        std::vector<int> vCorners;
-        pMesh->getVertexIndexData(vVertices, vCorners);
-        writePng(*pngFile, renderer.drawMesh(vVertices, vCorners));
-    }
-    if (pngCloudFile)
-        writePng(*pngCloudFile, renderer.drawCloud(vPoints));
-}
-
-void Targets::drawPainted(std::vector<Point3> vPoints, const std::vector<int>& vCorners,
-                          const std::vector<Colour>& vColors)
-{
-    if (!pngFile)
-        return;
-    std::vector<Point3*> vVertices;
-    vVertices.reserve(vPoints.size());
-    for (Point3& p : vPoints)
-        vVertices.push_back(&p);
-    PngRenderer renderer(context.options.view);
-    writePng(*pngFile, renderer.drawMesh(vVertices, vCorners, vColors));
-}
-
 void Targets::commit()
 {
     Interruption::check();
-    for (std::optional<SafeOutputFile>* pFile : {&outFile, &pngFile, &pngCloudFile})
-        if (*pFile)
-            (*pFile)->commit();
+    if (outFile)
+        outFile->commit();
+    pictures.commit();
 }
 
 } // namespace TARN_TOOL

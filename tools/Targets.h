@@ -1,8 +1,8 @@
 #ifndef ZEF_TOOLS_TARGETS_H
 #define ZEF_TOOLS_TARGETS_H
 
-#include "Image.h"
 #include "MeshSource.h"
+#include "Pictures.h"
 #include "SafeOutputFile.h"
 
 #include <optional>
@@ -28,13 +28,7 @@ public:
     void write(const TARN_ZEF::TriangleData& data);
     void write(const TARN_ZEF::PointData& data, double spacing);
 
-    // The pictures that are wanted: the mesh, if there is one, and the points, from the same side.
-    void draw(const TARN_ZEF::Mesh* pMesh, const std::vector<TARN_ZEF::Point3>& vPoints);
-
-    // The picture of the mesh, if it is wanted, in one color for each point. Points that are not finite must not be
-    // used by triangles, of which there must be one.
-    void drawPainted(std::vector<TARN_ZEF::Point3> vPoints, const std::vector<int>& vCorners,
-                     const std::vector<Colour>& vColors);
+    [[nodiscard]] Pictures& getPictures() { return pictures; }
 
     void commit();
 
@@ -46,8 +40,7 @@ private:
 
     JobContext context;
     std::optional<SafeOutputFile> outFile;
-    std::optional<SafeOutputFile> pngFile;
-    std::optional<SafeOutputFile> pngCloudFile;
+    Pictures pictures;
 };
 
 } // namespace TARN_TOOL

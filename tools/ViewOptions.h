@@ -7,6 +7,14 @@
 
 namespace TARN_TOOL
 {
+enum class Paint
+{
+    SIDES,    // front or back
+    DISTANCE, // to the nearest point of the cloud
+    CURVATURE,
+    PIECES
+};
+
 // How a picture is taken.
 struct ViewOptions
 {
@@ -21,6 +29,13 @@ struct ViewOptions
     std::array<double, 2> focus{0.5, 0.5};
     // Draw the edges of the triangles.
     bool bWire = false;
+    // What the colors of the surface tell.
+    Paint paint = Paint::SIDES;
+    // Borders and edges of more than two triangles stand out.
+    bool bMarks = false;
+    bool bScaleBar = false;
+    // Pictures that lead once around what is drawn, about the axis that points up; 0: one picture.
+    int numTurns = 0;
 };
 
 } // namespace TARN_TOOL

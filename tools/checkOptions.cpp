@@ -50,6 +50,10 @@ void settleValues(const RawOptions& raw, Options& options)
         options.view.focus = parsePair("--focus", raw.focus);
     if (!raw.classes.empty())
         options.reading.vClasses = parseClasses(raw.classes);
+    options.view.paint = raw.paint == "distance"    ? Paint::DISTANCE
+                         : raw.paint == "curvature" ? Paint::CURVATURE
+                         : raw.paint == "pieces"    ? Paint::PIECES
+                                                    : Paint::SIDES;
     options.color = raw.color == "always"  ? ColorUse::ALWAYS
                     : raw.color == "never" ? ColorUse::NEVER
                                            : ColorUse::AUTO;
@@ -71,7 +75,7 @@ void settleNames(const RawOptions& raw, Options& options)
 // Whether the last stages of a mesh are asked for, which a mesh from a file serves as well.
 bool wantsMesh(const Options& options)
 {
-    return options.bCheck || options.bHoles || !options.pngName.empty() || !options.vSteps.empty();
+    return options.bCheck || options.bHoles || options.drawsMesh() || !options.vSteps.empty();
 }
 
 Task taskOf(const RawOptions& raw, const Options& options)
@@ -95,8 +99,7 @@ Task taskOf(const RawOptions& raw, const Options& options)
 
 void checkSample(const Options& options)
 {
-    if ((options.outName.empty() && options.batchFolder.empty() && !options.bDryRun) ||
-        !options.pngName.empty())
+    if ((options.outName.empty() && options.batchFolder.empty() && !options.bDryRun) || options.drawsMesh())
         refuse("--cloud", "writes points to OUT and makes no mesh to draw");
     if (options.bCheck || options.bHoles)
         refuse("--cloud", std::string("makes no mesh that ") + (options.bCheck ? "--check" : "--holes") +
@@ -123,8 +126,9 @@ void checkDraw(const Options& options)
         refuse("--check", "judges a mesh and draws no points: give OUT, or leave out --png-cloud");
     if (options.bHoles)
         refuse("--holes", "lists those of a mesh and draws no points: give OUT, or leave out --png-cloud");
-    if (!options.pngName.empty())
-        refuse("--png", "draws the mesh and needs OUT; --png-cloud draws the points");
+    if (options.drawsMesh())
+        refuse(options.pngName.empty() ? "--html" : "--png",
+               "draws the mesh and needs OUT; --png-cloud draws the points");
 }
 
 void checkMemory(const Options& options)
@@ -216,8 +220,8 @@ void checkBatch(const Options& options)
         return;
     if (options.task == Task::SPACING || options.task == Task::COMPARE || options.task == Task::DRAW)
         refuse("--batch", "writes a result for each input; leave it out with --spacing and --compare");
-    if (!options.pngName.empty() || !options.pngCloudName.empty())
-        refuse("--batch", "draws no pictures; leave out --png and --png-cloud");
+    if (options.drawsMesh() || !options.pngCloudName.empty())
+        refuse("--batch", "draws no pictures; leave out --png, --png-cloud and --html");
     for (const std::string& input : options.vInputs)
         if (input == Options::STANDARD_STREAM)
             refuse("--batch", "names its results after its inputs, and standard input has no name");
@@ -228,10 +232,37 @@ void checkBatch(const Options& options)
         refuse("--format", "the results of the batch cannot be of the format " + options.format);
 }
 
-void checkPngName(const std::string& optionName, const std::string& name)
+void checkPictureName(const std::string& optionName, const std::string& name, const std::string& extension)
 {
-    if (!name.empty() && extensionOf(name) != ".png")
-        refuse(optionName, "the name of a picture ends in .png, not " + name);
+    if (!name.empty() && extensionOf(name) != extension)
+        refuse(optionName, "the name of a picture ends in " + extension + ", not " + name);
+}
+
+// Points have no surface to paint, and where there is no cloud there is no distance to it.
+void checkPaint(const Options& options)
+{
+    const ViewOptions& view = options.view;
+    if (view.paint == Paint::SIDES && !view.bMarks)
+        return;
+    const std::string name = view.bMarks ? "--marks" : "--paint";
+    if (!options.drawsMesh())
+        refuse(name, "is for pictures of the mesh; give --png or --html");
+    if (view.paint != Paint::SIDES && options.task == Task::COMPARE)
+        refuse("--paint", "leave it out: the colors of --compare tell the distances of the two surfaces");
+    if (view.paint == Paint::DISTANCE && options.hasTriangles())
+        refuse("--paint", NO_DISTANCE);
+}
+
+void checkPictures(const Options& options)
+{
+    checkPictureName("--png", options.pngName, ".png");
+    checkPictureName("--png-cloud", options.pngCloudName, ".png");
+    checkPictureName("--html", options.htmlName, ".html");
+    if (!options.pngName.empty() && options.pngName == options.pngCloudName)
+        refuse("--png-cloud", "needs another name than --png");
+    if (options.view.bScaleBar && options.pngName.empty() && options.pngCloudName.empty())
+        refuse("--scale-bar", "belongs to a picture; give --png or --png-cloud");
+    checkPaint(options);
 }
 } // namespace
 
@@ -245,10 +276,7 @@ void settleOptions(const RawOptions& raw, Options& options)
     checkBatch(options);
     checkTask(options);
     checkTarget(options);
-    checkPngName("--png", options.pngName);
-    checkPngName("--png-cloud", options.pngCloudName);
-    if (!options.pngName.empty() && options.pngName == options.pngCloudName)
-        refuse("--png-cloud", "needs another name than --png");
+    checkPictures(options);
 }
 
 } // namespace TARN_TOOL

@@ -15,6 +15,7 @@ struct RawOptions
     std::string angles;              // of --view
     std::string focus;
     std::string classes;
+    std::string paint;
     std::string color = "auto";
     bool bMesh = false;
     bool bMelt = false;
@@ -25,6 +26,10 @@ struct RawOptions
     bool bAscii = false;
     bool bBinary = false;
 };
+
+// Why a mesh of triangles cannot be painted by distance.
+constexpr const char* NO_DISTANCE =
+    "distance is that to the points of a cloud; for two surfaces use --compare";
 
 // Brings what the options ask for together: the task, the names, the values that are lists.
 // Throws CLI::ParseError, which names the option and tells what to do, if that does not fit together.

@@ -3,15 +3,18 @@
 
 #include "Image.h"
 
-#include <vector>
+#include <cstddef>
 
 namespace TARN_TOOL
 {
 // From blue at 0 over green and yellow to red at 1; gray for what is not a number.
 [[nodiscard]] Colour colorOf(double share);
 
-// One for each value, from blue at 0 to red at highest.
-[[nodiscard]] std::vector<Colour> paintByScale(const std::vector<double>& vValues, double highest);
+// From blue at -1 over light gray at 0 to red at 1; gray for what is not a number.
+[[nodiscard]] Colour signedColorOf(double share);
+
+// Of the piece of this rank: neighbouring ranks look different, from some twenty on they come again.
+[[nodiscard]] Colour colorOfPiece(std::size_t rank);
 
 } // namespace TARN_TOOL
 

@@ -32,6 +32,7 @@ Examples:
   zef scan.ply mesh.ply -a 0.5              spacing of 0.5, in units of the points
   zef scan.ply --spacing                    print the detected spacing
   zef scan.ply mesh.ply --png mesh.png      draw the mesh
+  zef scan.ply mesh.ply --html mesh.html    a page to turn it in a browser
   zef part.stl mesh.ply -m -a 0.5           remesh triangles evenly, edges about 0.5 long
   zef part.stl mesh.ply -m --outer          one closed surface around all parts
   zef scan.ply mesh.ply --reduce 3c --flips thin flat regions, then even out the triangles
@@ -46,6 +47,8 @@ Examples:
 
 Exit status: 0 success, 1 input or result unusable, 2 wrong usage, 3 with --check a mesh with faults,
 130 interrupted.)";
+
+constexpr const char* PICTURES = "Pictures"; // group of options
 
 std::string versionText()
 {
@@ -183,30 +186,56 @@ void defineSteps(CLI::App& app, Options& options)
         ->group(group);
 }
 
-void definePictures(CLI::App& app, Options& options, RawOptions& raw)
+// What needs the library for pictures of pixels.
+void definePixelPictures(CLI::App& app, Options& options)
 {
-    const std::string pictures = "Pictures";
-    app.add_option("--png", options.pngName, "Draw the mesh; back sides are orange")
-        ->type_name("FILE")
-        ->group(pictures);
+    CLI::Option* pPng = app.add_option("--png", options.pngName, "Draw the mesh; back sides are orange")
+                            ->type_name("FILE")
+                            ->group(PICTURES);
     app.add_option("--png-cloud", options.pngCloudName, "Draw the points; without OUT nothing else is done")
         ->type_name("FILE")
-        ->group(pictures);
+        ->group(PICTURES);
+    app.add_option("--turntable", options.view.numTurns,
+                   "N pictures of --png once around: NAME_000.png and so on")
+        ->check(CLI::Range(2, 360))
+        ->type_name("N")
+        ->needs(pPng)
+        ->group(PICTURES);
+    app.add_flag("--scale-bar", options.view.bScaleBar,
+                 "Draw a bar of a round length, in units of the points")
+        ->group(PICTURES);
+}
+
+void definePictures(CLI::App& app, Options& options, RawOptions& raw)
+{
+    if (canWritePng())
+        definePixelPictures(app, options);
+    app.add_option("--html", options.htmlName,
+                   "A page with the mesh, to turn in any browser, without a network")
+        ->type_name("FILE")
+        ->group(PICTURES);
+    app.add_option("--paint", raw.paint, "Colors of the mesh: distance to the points, curvature, or pieces")
+        ->check(CLI::IsMember({"distance", "curvature", "pieces"}))
+        ->type_name("WHAT")
+        ->group(PICTURES);
+    app.add_flag("--marks", options.view.bMarks,
+                 "Draw borders red, and edges of more than two triangles violet")
+        ->group(PICTURES);
     app.add_option("--view", raw.angles, "Degrees from which to look, such as 30,20; chosen if not given")
         ->type_name("AZ,EL")
-        ->group(pictures);
+        ->group(PICTURES);
     app.add_option("--up", options.view.up, "Axis that points up (z)")
         ->check(CLI::IsMember({"x", "y", "z", "-x", "-y", "-z"}))
         ->type_name("AXIS")
-        ->group(pictures);
+        ->group(PICTURES);
     app.add_option("--zoom", options.view.zoom, "Magnification (1.0)")
         ->check(checkPositive)
         ->type_name("FACTOR")
-        ->group(pictures);
+        ->group(PICTURES);
     app.add_option("--focus", raw.focus, "What to zoom at: from 0,0 (upper left) to 1,1 of the whole picture")
         ->type_name("X,Y")
-        ->group(pictures);
-    app.add_flag("--wire", options.view.bWire, "Draw the edges of the triangles")->group(pictures);
+        ->group(PICTURES);
+    app.add_flag("--wire", options.view.bWire, "Draw the edges of the triangles")->group(PICTURES);
 }
 
 void defineRunning(CLI::App& app, Options& options, RawOptions& raw)
@@ -308,8 +337,7 @@ void defineOptions(CLI::App& app, Options& options, RawOptions& raw)
     defineMeshes(app, options, raw);
     defineSteps(app, options);
     defineFiles(app, options, raw);
-    if (canWritePng())
-        definePictures(app, options, raw);
+    definePictures(app, options, raw);
     defineRunning(app, options, raw);
 }
 

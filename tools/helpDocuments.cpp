@@ -118,7 +118,7 @@ std::string bashCompletion(const CLI::App& app)
            "    case $before in\n"
            "        --color) COMPREPLY=($(compgen -W 'auto always never' -- \"$word\")); return ;;\n"
            "        --batch) COMPREPLY=($(compgen -d -- \"$word\")); return ;;\n"
-           "        --png|--png-cloud) COMPREPLY=($(compgen -f -- \"$word\")); return ;;\n"
+           "        --png|--png-cloud|--html) COMPREPLY=($(compgen -f -- \"$word\")); return ;;\n"
            "        " +
            withValue +
            ") return ;;\n"

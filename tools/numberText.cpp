@@ -18,10 +18,11 @@ std::optional<double> parseNumber(const std::string& text)
     return value;
 }
 
-std::string textOf(double value)
+std::string textOf(double value, int numDigits)
 {
     std::ostringstream text;
     text.imbue(std::locale::classic());
+    text.precision(numDigits);
     text << value;
     return text.str();
 }

@@ -11,8 +11,7 @@ namespace TARN_TOOL
 // The whole of text as a finite number.
 [[nodiscard]] std::optional<double> parseNumber(const std::string& text);
 
-// With six significant digits.
-[[nodiscard]] std::string textOf(double value);
+[[nodiscard]] std::string textOf(double value, int numDigits = 6); // significant ones
 
 // With two decimals at most, and the unit.
 [[nodiscard]] std::string secondsText(double seconds);

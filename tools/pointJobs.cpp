@@ -79,7 +79,7 @@ void DrawJob::run()
     requireUsable(options, vPoints);
     Report report;
     report.numPoints = vPoints.size();
-    targets.draw(nullptr, vPoints);
+    report.pictures = targets.getPictures().draw(nullptr, vPoints);
     print(context, report);
     targets.commit();
 }
@@ -100,7 +100,7 @@ void SampleJob::run()
     report.writeSeconds = stopwatch.getSeconds();
     report.peakMegabytes = peakMegabytesOfProcess();
     report.vCalls = context.calls.takeReports();
-    targets.draw(nullptr, data.vPoints);
+    report.pictures = targets.getPictures().draw(nullptr, data.vPoints);
     print(context, report);
     targets.commit();
 }

@@ -153,7 +153,7 @@ private:
         if (size > file.getBytes().getRemaining().value_or(0))
             failAtByte(offset,
                        std::string("the file ends within its part of ") + what + "; it was cut, get it anew");
-        return {file.take(size, what), size};
+        return file.takeCopy(size, what);
     }
 
     void showAll()
@@ -249,51 +249,67 @@ private:
             data.vPoints.push_back(
                 transform(matrix, {loadValue<float>(p), loadValue<float>(p + 4), loadValue<float>(p + 8)}));
         }
-        std::vector<std::uint32_t> vIndices = indicesOf(primitive, places.count);
-        appendTriangles(vIndices, mode, static_cast<std::uint32_t>(first), determinant(matrix) < 0.0);
+        const TriangleRow row = {mode, static_cast<std::uint32_t>(first), determinant(matrix) < 0.0};
+        appendPrimitive(primitive, places.count, row);
     }
 
-    [[nodiscard]] std::vector<std::uint32_t> indicesOf(const Json& primitive, std::size_t numVertices) const
+    // How a row of indices makes triangles.
+    struct TriangleRow
     {
-        std::vector<std::uint32_t> vIndices;
+        int mode;            // 4: three each; 5: a strip, of which every second triangle is turned; 6: a fan
+        std::uint32_t first; // vertex that index 0 is
+        bool bTurn;
+    };
+
+    void appendPrimitive(const Json& primitive, std::size_t numVertices, const TriangleRow& row)
+    {
         if (!primitive.has("indices"))
-        {
-            for (std::size_t i = 0; i < numVertices; ++i)
-                vIndices.push_back(static_cast<std::uint32_t>(i));
-            return vIndices;
-        }
+            return appendTriangles(numVertices, row,
+                                   [](std::size_t i) { return static_cast<std::uint32_t>(i); });
         const Accessor corners = accessorOf(primitive["indices"], 1);
-        vIndices.reserve(corners.count);
+        const char* const pStart = bytes.data() + corners.start;
+        switch (corners.type)
+        {
+        case UINT8:
+            return appendIndexed<std::uint8_t>(pStart, corners, numVertices, row);
+        case UINT16:
+            return appendIndexed<std::uint16_t>(pStart, corners, numVertices, row);
+        default:
+            return appendIndexed<std::uint32_t>(pStart, corners, numVertices, row);
+        }
+    }
+
+    template <class T>
+    void appendIndexed(const char* pStart, const Accessor& corners, std::size_t numVertices,
+                       const TriangleRow& row)
+    {
+        const auto indexAt = [pStart](std::size_t i)
+        { return std::uint32_t{loadValue<T>(pStart + i * sizeof(T))}; };
         for (std::size_t i = 0; i < corners.count; ++i)
         {
             checkCancelledAt(i);
-            const char* p = bytes.data() + corners.start + i * corners.stride;
-            const std::uint32_t index = corners.type == UINT8    ? loadValue<std::uint8_t>(p)
-                                        : corners.type == UINT16 ? loadValue<std::uint16_t>(p)
-                                                                 : loadValue<std::uint32_t>(p);
-            if (corners.type == FLOAT || index >= numVertices)
-                throw FileError("a triangle names vertex " + std::to_string(index) + " of " +
+            if (corners.type == FLOAT || indexAt(i) >= numVertices)
+                throw FileError("a triangle names vertex " + std::to_string(indexAt(i)) + " of " +
                                 std::to_string(numVertices) + "; get the file anew");
-            vIndices.push_back(index);
         }
-        return vIndices;
+        appendTriangles(corners.count, row, indexAt);
     }
 
-    // mode 4: three each; 5: a strip, of which every second triangle is turned; 6: a fan.
-    void appendTriangles(const std::vector<std::uint32_t>& vIndices, int mode, std::uint32_t first,
-                         bool bTurn)
+    template <class IndexAt>
+    void appendTriangles(std::size_t num, const TriangleRow& row, IndexAt indexAt)
     {
-        const std::size_t step = mode == 4 ? 3 : 1;
+        const std::size_t step = row.mode == 4 ? 3 : 1;
         if (data.vCorners.empty())
-            data.vCorners.reserve(3 * (vIndices.size() / step + 1));
-        for (std::size_t i = 0; i + 2 < vIndices.size(); i += step)
+            data.vCorners.reserve(3 * (num / step + 1));
+        for (std::size_t i = 0; i + 2 < num; i += step)
         {
-            std::array<std::uint32_t, 3> aCorners = {vIndices[mode == 6 ? 0 : i], vIndices[i + 1],
-                                                     vIndices[i + 2]};
-            if (bTurn != (mode == 5 && i % 2 == 1))
+            checkCancelledAt(i);
+            std::array<std::uint32_t, 3> aCorners = {indexAt(row.mode == 6 ? 0 : i), indexAt(i + 1),
+                                                     indexAt(i + 2)};
+            if (row.bTurn != (row.mode == 5 && i % 2 == 1))
                 std::swap(aCorners[1], aCorners[2]);
             for (const std::uint32_t corner : aCorners)
-                data.vCorners.push_back(first + corner);
+                data.vCorners.push_back(row.first + corner);
         }
         if (data.vCorners.size() > 6 * MAX_CORNERS)
             throw FileError("the scene shows too many triangles; write the parts into files of their own");

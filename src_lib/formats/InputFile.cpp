@@ -10,6 +10,13 @@ namespace
 // Between two reports of progress.
 constexpr u64 STEP_BYTES = u64{1} << 16;
 
+[[noreturn]] void failCut(u64 offset, std::size_t wanted, std::size_t left, const char* what)
+{
+    failAtByte(offset, std::string("the file ends within ") + what + ", " + std::to_string(wanted) +
+                           " bytes are wanted and " + std::to_string(left) +
+                           " are left; it was cut, get it anew");
+}
+
 std::ifstream& openAt(std::ifstream& stream, const std::string& path, std::string& head, u64& size)
 {
     std::error_code ec;
@@ -46,15 +53,37 @@ std::istream& InputFile::getStream()
 
 const char* InputFile::take(std::size_t num, const char* what)
 {
-    const u64 offset = source.getOffset();
     if (!source.need(num))
-        failAtByte(offset, std::string("the file ends within ") + what + ", " + std::to_string(num) +
-                               " bytes are wanted and " + std::to_string(source.getAvailable()) +
-                               " are left; it was cut, get it anew");
+        failCut(source.getOffset(), num, source.getAvailable(), what);
     const char* p = source.getData();
     source.consume(num);
     step();
     return p;
+}
+
+std::string InputFile::takeCopy(std::size_t num, const char* what)
+{
+    const u64 offset = source.getOffset();
+    std::string copy;
+    copy.reserve(num);
+    while (copy.size() < num)
+    {
+        if (!source.need(1))
+            failCut(offset, num, copy.size(), what);
+        const std::size_t part = std::min(num - copy.size(), source.getAvailable());
+        copy.append(source.getData(), part);
+        source.consume(part);
+        step();
+    }
+    return copy;
+}
+
+const char* InputFile::takeRecords(std::size_t recordBytes, std::size_t& count, const char* what)
+{
+    if (!source.need(recordBytes))
+        failCut(source.getOffset(), recordBytes, source.getAvailable(), what);
+    count = std::min(count, source.getAvailable() / recordBytes);
+    return take(count * recordBytes, what);
 }
 
 bool InputFile::nextLine(std::string_view& line)

@@ -7,6 +7,7 @@
 #include "text/LineReader.h"
 #include "text/quote.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstring>
 #include <fstream>
@@ -19,10 +20,14 @@ namespace TARN_ZEF
 template <class T>
 [[nodiscard]] T loadValue(const char* p, std::endian order = std::endian::little) noexcept
 {
-    char aBytes[sizeof(T)];
-    for (std::size_t i = 0; i < sizeof(T); ++i)
-        aBytes[i] = p[order == std::endian::native ? i : sizeof(T) - 1 - i];
     T value;
+    if (order == std::endian::native)
+    {
+        std::memcpy(&value, p, sizeof(T));
+        return value;
+    }
+    char aBytes[sizeof(T)];
+    std::reverse_copy(p, p + sizeof(T), aBytes);
     std::memcpy(&value, aBytes, sizeof(T));
     return value;
 }
@@ -49,6 +54,10 @@ public:
 
     // The next num bytes, until the next call; what tells what they are.
     [[nodiscard]] const char* take(std::size_t num, const char* what);
+    // The same as a copy, which takes no more memory than that.
+    [[nodiscard]] std::string takeCopy(std::size_t num, const char* what);
+    // As many whole records of a count as are at hand, at least one; the number is in count.
+    [[nodiscard]] const char* takeRecords(std::size_t recordBytes, std::size_t& count, const char* what);
     // The next line, without blanks around it; false at the end.
     [[nodiscard]] bool nextLine(std::string_view& line);
     // The next line that is neither blank nor a comment, up to its comment; false at the end.

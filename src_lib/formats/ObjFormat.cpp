@@ -1,5 +1,6 @@
 // OBJ: lines "v x y z [r g b]" and "f a b c ...", where a corner is "vertex[/texture][/normal]", counted from 1 or
 // with a minus from the end. Groups, materials, normals and what else there is are passed over.
+#include "core/cancel.h"
 #include "formats/Format.h"
 #include "formats/polygons.h"
 #include "formats/textRows.h"
@@ -63,22 +64,21 @@ public:
             vColors.clear();
     }
 
-    void cutFaces(std::vector<std::uint32_t>& vCorners) const
+    // Once: takes the indices of the faces.
+    [[nodiscard]] std::vector<std::uint32_t> cutFaces()
     {
+        requireVertices();
+        if (std::all_of(vFaces.begin(), vFaces.end(), [](const FaceRun& run) { return run.numCorners == 3; }))
+            return std::move(vIndices);
+        std::vector<std::uint32_t> vCorners;
         std::size_t first = 0;
-        for (const Face& face : vFaces)
-        {
-            const std::span<const std::uint32_t> polygon(vIndices.data() + first, face.numCorners);
-            for (const std::uint32_t index : polygon)
+        for (const FaceRun& run : vFaces)
+            for (std::size_t i = 0; i < run.numFaces; ++i, first += run.numCorners)
             {
-                if (index >= vPoints.size())
-                    failAtLine(face.line, "a face names vertex " + std::to_string(u64{index} + 1) +
-                                              ", but the file has " + std::to_string(vPoints.size()) +
-                                              "; it is damaged, get it anew");
+                checkCancelledAt(i);
+                appendPolygon(vPoints, {vIndices.data() + first, run.numCorners}, vCorners);
             }
-            appendPolygon(vPoints, polygon, vCorners);
-            first += face.numCorners;
-        }
+        return vCorners;
     }
 
     std::vector<Point3> vPoints;
@@ -86,11 +86,41 @@ public:
     u64 numSmallFaces = 0; // of fewer than three corners
 
 private:
-    struct Face
+    // Faces of as many corners on lines that follow each other: most files have few of these.
+    struct FaceRun
     {
-        u64 line;
-        std::size_t numCorners;
+        u64 line; // of the first
+        std::size_t numFaces;
+        std::size_t numCorners; // of each
     };
+
+    void addFace(u64 line, std::size_t numCorners)
+    {
+        if (!vFaces.empty() && vFaces.back().numCorners == numCorners &&
+            vFaces.back().line + vFaces.back().numFaces == line)
+            ++vFaces.back().numFaces;
+        else
+            vFaces.push_back({line, 1, numCorners});
+    }
+
+    // Faces may stand before their vertices, so that this is known at the end only.
+    void requireVertices() const
+    {
+        const auto itWrong = std::find_if(vIndices.begin(), vIndices.end(),
+                                          [&](std::uint32_t index) { return index >= vPoints.size(); });
+        if (itWrong == vIndices.end())
+            return;
+        auto before = static_cast<std::size_t>(itWrong - vIndices.begin());
+        for (const FaceRun& run : vFaces)
+        {
+            if (before < run.numFaces * run.numCorners)
+                failAtLine(run.line + before / run.numCorners,
+                           "a face names vertex " + std::to_string(u64{*itWrong} + 1) +
+                               ", but the file has " + std::to_string(vPoints.size()) +
+                               "; it is damaged, get it anew");
+            before -= run.numFaces * run.numCorners;
+        }
+    }
 
     // A backslash at the end of a line joins it with the next one.
     [[nodiscard]] bool nextJoined(std::string_view& line)
@@ -137,7 +167,7 @@ private:
             vIndices.push_back(toIndex(word));
         const std::size_t num = vIndices.size() - first;
         if (num >= 3)
-            vFaces.push_back({file.getLines().getLineNumber(), num});
+            addFace(file.getLines().getLineNumber(), num);
         else
         {
             vIndices.resize(first);
@@ -162,7 +192,7 @@ private:
     InputFile& file;
     std::string joined;
     std::vector<std::uint32_t> vIndices; // of all faces, in order
-    std::vector<Face> vFaces;
+    std::vector<FaceRun> vFaces;
 };
 
 void readObjPoints(InputFile& file, const ReadOptions&, PointData& data)
@@ -177,7 +207,7 @@ void readObjTriangles(InputFile& file, TriangleData& data)
 {
     ObjReader reader(file);
     reader.run(true);
-    reader.cutFaces(data.vCorners);
+    data.vCorners = reader.cutFaces();
     data.vPoints = std::move(reader.vPoints);
     data.vColors = std::move(reader.vColors);
     noteSmallFaces(data, reader.numSmallFaces);

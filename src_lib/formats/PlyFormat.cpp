@@ -243,6 +243,24 @@ void readPlyPoints(InputFile& file, const ReadOptions&, PointData& data)
 #endif
 }
 
+// Whether it is known beforehand.
+[[nodiscard]] bool areTriangles([[maybe_unused]] const tinyply::PlyData& faces)
+{
+#ifdef ZEF_OWN_TINYPLY
+    return faces.listCounts.empty() && USUAL_CORNERS == 3;
+#else
+    return false;
+#endif
+}
+
+[[nodiscard]] bool areBelow(const std::vector<std::uint32_t>& vIndices, std::size_t end)
+{
+    std::uint32_t largest = 0;
+    for (const std::uint32_t index : vIndices)
+        largest = std::max(largest, index);
+    return vIndices.empty() || largest < end;
+}
+
 void appendFaces(const tinyply::PlyData& faces, TriangleData& data)
 {
     if (!faces.isList)
@@ -250,7 +268,12 @@ void appendFaces(const tinyply::PlyData& faces, TriangleData& data)
     if (faces.t == tinyply::Type::FLOAT32 || faces.t == tinyply::Type::FLOAT64)
         throw FileError("the vertex indices of the faces are no integers; get the file anew");
     // Negative indices become large ones, and thus fall out of range.
-    const std::vector<std::uint32_t> vIndices = toValues<std::uint32_t>(faces);
+    std::vector<std::uint32_t> vIndices = toValues<std::uint32_t>(faces);
+    if (areTriangles(faces) && areBelow(vIndices, data.vPoints.size()))
+    {
+        data.vCorners = std::move(vIndices);
+        return;
+    }
     std::size_t first = 0;
     for (std::size_t i = 0; i < faces.count; ++i)
     {

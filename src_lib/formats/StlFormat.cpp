@@ -1,11 +1,11 @@
 // STL, binary and as text: told apart by what the file holds, since binary ones may start with "solid" too.
 #include "formats/Format.h"
 #include "formats/textRows.h"
+#include "tarn_tools/PageWarmer.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <numeric>
 
 namespace TARN_ZEF
 {
@@ -107,12 +107,23 @@ void readBinary(InputFile& file, TriangleData& data)
         failAtByte(80, "binary STL: the file counts " + std::to_string(num) + " triangles and holds " +
                            std::to_string(numThere) + "; it was cut or is no STL, get it anew");
     data.vPoints.reserve(3 * numThere);
-    for (std::uint32_t i = 0; i < num; ++i)
+    PageWarmer warmer; // the points are most of the memory, and filled front to back
+    warmer.begin(data.vPoints.data(), data.vPoints.capacity() * sizeof(Point3));
+    std::size_t numAtHand = 0;
+    std::size_t warmBytes = 0;
+    for (std::size_t numLeft = num; numLeft > 0; numLeft -= numAtHand)
     {
-        const char* p = file.take(RECORD_BYTES, "a triangle") + 12; // past the normal
-        for (std::size_t k = 0; k < 3; ++k)
-            data.vPoints.emplace_back(loadValue<float>(p + 12 * k), loadValue<float>(p + 12 * k + 4),
-                                      loadValue<float>(p + 12 * k + 8));
+        numAtHand = numLeft;
+        if (data.vPoints.size() * sizeof(Point3) >= warmBytes)
+            warmBytes = warmer.advance();
+        const char* const pRecords = file.takeRecords(RECORD_BYTES, numAtHand, "a triangle");
+        for (std::size_t i = 0; i < numAtHand; ++i)
+        {
+            const char* const p = pRecords + i * RECORD_BYTES + 12; // past the normal
+            for (std::size_t k = 0; k < 3; ++k)
+                data.vPoints.emplace_back(loadValue<float>(p + 12 * k), loadValue<float>(p + 12 * k + 4),
+                                          loadValue<float>(p + 12 * k + 8));
+        }
     }
     const u64 left = file.getBytes().getRemaining().value_or(0);
     if (left > 0)
@@ -125,8 +136,9 @@ void readStl(InputFile& file, TriangleData& data)
         StlTextReader(file, data).run();
     else
         readBinary(file, data);
-    data.vCorners.resize(data.vPoints.size());
-    std::iota(data.vCorners.begin(), data.vCorners.end(), 0U);
+    data.vCorners.reserve(data.vPoints.size());
+    for (std::size_t i = 0; i < data.vPoints.size(); ++i)
+        data.vCorners.push_back(static_cast<std::uint32_t>(i));
 }
 
 // --- Writing ----------------------------------------------------------------------------------------------

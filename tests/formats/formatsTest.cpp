@@ -432,6 +432,12 @@ TEST(Formats, RefusalsTellThePlaceAndTheWayOut)
     EXPECT_NE(
         refusalOf([&] { static_cast<void>(readTriangles(face.path)); }).find("line 4: a face names vertex 4"),
         std::string::npos);
+    // The line counts across faces of other sizes, blank lines and faces of too few corners.
+    const TempFile faces(
+        ".obj", "f 1 2 3\nv 0 0 0\nv 1 0 0\nv 0 1 0\nv 1 1 0\nf 1 2 4 3\nf 1 2\n\nf 2 4 3\nf 2 4 5\n");
+    EXPECT_NE(refusalOf([&] { static_cast<void>(readTriangles(faces.path)); })
+                  .find("line 10: a face names vertex 5"),
+              std::string::npos);
 }
 
 TEST(Formats, ContentCountsBeforeTheName)

@@ -175,6 +175,19 @@ const FailureCase FAILURES[] = {
     {"batch with pictures", "ball.xyz --batch new --png a.png", 2, "--png"},
     {"batch of one name", "ball.xyz ./ball.xyz --batch new", 1, "two inputs"},
     {"batch of a stream", "- --batch new", 2, "no name"},
+    {"turntable of nothing", "ball.xyz new.ply --turntable 8", 2, "--png"},
+    {"turntable of one", "ball.xyz new.ply --png a.png --turntable 1", 2, "--turntable"},
+    {"turntable without a number", "ball.xyz new.ply --png a.png --turntable all", 2, "--turntable"},
+    {"page of another kind", "ball.xyz new.ply --html page.png", 2, ".html"},
+    {"page of points", "ball.xyz --png-cloud a.png --html page.html", 2, "needs OUT"},
+    {"colors of nothing", "ball.xyz new.ply --paint curvature", 2, "--html"},
+    {"colors of no kind", "ball.xyz new.ply --png a.png --paint blue", 2, "blue"},
+    {"marks of nothing", "ball.xyz new.ply --marks", 2, "--png"},
+    {"scale bar of nothing", "ball.xyz new.ply --html page.html --scale-bar", 2, "--png"},
+    {"distance without a cloud", "box.stl new.ply --png a.png --paint distance", 2, "--compare"},
+    {"distance of a finished mesh", "box.stl --mesh --png a.png --paint distance", 2, "--compare"},
+    {"comparison in other colors", "box.stl box.stl --compare --png a.png --paint pieces", 2, "--paint"},
+    {"page in a missing folder", "ball.xyz old.ply --html none/page.html", 1, "none"},
     {"comparison of one", "box.stl --compare", 2, "A and B"},
     {"comparison of points", "box.stl ball.xyz --compare", 1, "ball.xyz"},
     {"comparison and a step", "box.stl box.stl --compare --flips", 2, "--mesh"},
@@ -537,6 +550,29 @@ TEST_F(HostTool, surfacesAreCompared)
     EXPECT_GT(contentOf(folder / "compared.png").size(), 20000u);
     for (const std::string& value : valuesOf(run("box.stl box.stl --compare --json").out, "largest"))
         EXPECT_NEAR(std::stod(value), 0.0, 1e-15);
+}
+
+TEST_F(HostTool, allPicturesAppearAtOnce)
+{
+    const Files before = files();
+    const Result made =
+        run("ball.xyz new.ply --json --png a.b.png --turntable 3 --html page.html --paint distance "
+            "--marks --scale-bar --png-cloud cloud.png");
+    ASSERT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(valuesOf(made.out, "of"), std::vector<std::string>{"distance"});
+    // No vertex of a ball of 3000 points is farther from the next one than the points lie apart.
+    EXPECT_GT(numberOf(made.out, "red"), 0.0);
+    EXPECT_LT(numberOf(made.out, "red"), numberOf(made.out, "spacing"));
+    EXPECT_EQ(numberOf(made.out, "scaleBar"), 0.5);
+    const Files after = files();
+    std::set<std::string> pictures;
+    for (const auto& [name, content] : after)
+        if (!before.contains(name))
+            pictures.insert(content);
+    EXPECT_EQ(after.size(), before.size() + 6);
+    EXPECT_EQ(pictures.size(), 6u); // all different
+    for (const char* pName : {"a.b_000.png", "a.b_001.png", "a.b_002.png", "cloud.png", "page.html"})
+        EXPECT_GT(after.at(pName).size(), 10000u) << pName;
 }
 
 TEST_F(HostTool, standardStreamsCarryFiles)
