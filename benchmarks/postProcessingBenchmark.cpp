@@ -72,7 +72,7 @@ void BM_reduceToATenth(benchmark::State& state)
 void BM_laplacianSmoothing(benchmark::State& state)
 {
     run(
-        state, [](const std::shared_ptr<Mesh>& pMesh) { laplacianSmoothing(pMesh, 1); },
+        state, [](const std::shared_ptr<Mesh>& pMesh) { laplacianSmoothing(pMesh, 10); },
         [](const RMesh& mesh, std::size_t numT, double area)
         { return mesh.getArea() < 0.95 * area && mesh.getNumT() > numT - numT / 100; });
 }

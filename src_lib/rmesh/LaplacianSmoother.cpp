@@ -30,6 +30,9 @@ void LaplacianSmoother::run(int numIterations)
 {
     markBorder();
     listNeighbours();
+    vPlaces.reserve(pRMesh->getNumVertices());
+    pRMesh->forEachVertex([this](const Point3& point) { vPlaces.push_back(point); });
+    vOldVtx2NewPnt.resize(vSources.size());
     for (int iteration = 0; iteration < numIterations; ++iteration)
         iterate(iteration);
 }
@@ -66,15 +69,15 @@ void LaplacianSmoother::listNeighbours()
             const unsigned int number0 = RVertex::of(pRE->getVtx0())->number;
             const unsigned int number1 = RVertex::of(pRE->getVtx1())->number;
             if (vIsBorder[number0] == 0)
-                f(number0, pRE->getVtx0(), pRE->getVtx1());
+                f(number0, pRE->getVtx0(), number1);
             if (vIsBorder[number1] == 0)
-                f(number1, pRE->getVtx1(), pRE->getVtx0());
+                f(number1, pRE->getVtx1(), number0);
         }
     };
     std::vector<Point3*> vPulled(vIsBorder.size(), nullptr);
     std::vector<std::size_t> vEnd(vIsBorder.size() + 1, 0);
     forEachPull(
-        [&](unsigned int number, Point3* pFrom, Point3*)
+        [&](unsigned int number, Point3* pFrom, unsigned int)
         {
             vPulled[number] = pFrom;
             ++vEnd[number + 1];
@@ -90,23 +93,23 @@ void LaplacianSmoother::listNeighbours()
     vFirst.push_back(vEnd.back());
     vNeighbours.resize(vEnd.back());
     forEachPull(
-        [&](unsigned int number, Point3*, Point3* pTo)
+        [&](unsigned int number, Point3*, unsigned int neighbour)
         {
             // The start of a vertex moves up to its end.
-            vNeighbours[vEnd[number]++] = pTo;
+            vNeighbours[vEnd[number]++] = neighbour;
         });
     finishStep(pProgress);
 }
 
-Point3 LaplacianSmoother::getMean(std::size_t source) const
+Point3 LaplacianSmoother::getMean(std::size_t source) const noexcept
 {
     const std::size_t first = vFirst[source];
     const std::size_t last = vFirst[source + 1];
-    double x = vNeighbours[first]->x();
-    double y = vNeighbours[first]->y();
-    double z = vNeighbours[first]->z();
+    double x = vPlaces[vNeighbours[first]].x();
+    double y = vPlaces[vNeighbours[first]].y();
+    double z = vPlaces[vNeighbours[first]].z();
     for (std::size_t i = first + 1; i < last; ++i)
-        vNeighbours[i]->addOwnCoords(x, y, z);
+        vPlaces[vNeighbours[i]].addOwnCoords(x, y, z);
     const auto num = static_cast<double>(last - first);
     return {x / num, y / num, z / num};
 }
@@ -114,12 +117,11 @@ Point3 LaplacianSmoother::getMean(std::size_t source) const
 void LaplacianSmoother::iterate(int iteration)
 {
     Progress* pProgress = startStep(smoothingTag(iteration), vNeighbours.size());
-    std::vector<std::pair<Point3*, Point3>> vOldVtx2NewPnt(vSources.size());
     for (std::size_t from = 0; from < vSources.size(); from += MEANS_PER_REPORT)
     {
         const std::size_t to = std::min(from + MEANS_PER_REPORT, vSources.size());
         parallelFor(to - from, MIN_MEANS_PER_JOB,
-                    [&, from](std::size_t jobFrom, std::size_t jobTo)
+                    [this, from](std::size_t jobFrom, std::size_t jobTo)
                     {
                         for (std::size_t i = from + jobFrom; i < from + jobTo; ++i)
                             vOldVtx2NewPnt[i] = {vSources[i], getMean(i)};
@@ -128,7 +130,19 @@ void LaplacianSmoother::iterate(int iteration)
             pProgress->increment(vFirst[to] - vFirst[from]);
     }
     pRMesh->moveVertices(vOldVtx2NewPnt);
+    rereadPlaces();
     finishStep(pProgress);
+}
+
+// A vertex may have stayed where it was.
+void LaplacianSmoother::rereadPlaces()
+{
+    parallelFor(vSources.size(), MIN_MEANS_PER_JOB,
+                [this](std::size_t from, std::size_t to)
+                {
+                    for (std::size_t i = from; i < to; ++i)
+                        vPlaces[RVertex::of(vSources[i])->number] = *vSources[i];
+                });
 }
 
 } // namespace TARN_ZEF

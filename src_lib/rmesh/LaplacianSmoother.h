@@ -5,6 +5,7 @@
 #include "core/definitions.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <utility>
 #include <vector>
 
@@ -37,7 +38,8 @@ private:
     void markBorder();
     void listNeighbours();
     void iterate(int iteration);
-    [[nodiscard]] Point3 getMean(std::size_t source) const;
+    void rereadPlaces();
+    [[nodiscard]] Point3 getMean(std::size_t source) const noexcept;
     [[nodiscard]] Progress* startStep(const std::string& tag, u64 todo) const;
 
     RMesh* pRMesh;
@@ -45,9 +47,11 @@ private:
     std::vector<char> vIsBorder; // by vertex number
     // Neighbours of all vertices that move, by vertex and creation of the edge. Those of vSources[i] stand
     // from vFirst[i] to before vFirst[i + 1].
-    std::vector<Point3*> vNeighbours;
+    std::vector<std::uint32_t> vNeighbours; // vertex numbers
     std::vector<std::size_t> vFirst;
     std::vector<Point3*> vSources; // by vertex
+    std::vector<Point3> vPlaces;   // of all vertices, by number: the reads of the means stand close together
+    std::vector<std::pair<Point3*, Point3>> vOldVtx2NewPnt; // of the iteration, by source
 };
 
 } // namespace TARN_ZEF

@@ -4,6 +4,7 @@
 #include "rmesh/RMesh.h"
 
 #include <algorithm>
+#include <cfloat>
 #include <cmath>
 
 namespace TARN_ZEF
@@ -21,9 +22,32 @@ const double MIN_GAIN_WITH_PENALTY = 0.1;
 const double FOLD_OF_170_DEGREES = 1.984807753; // 1 - cos
 const double SEPARATION_IN_CELLS = 0.1;
 
-double getEnergy(double oneMinusCosine, double length)
+// What the single precision may be off by, with room: numbers of its range have a power that is right to 1e-5, and
+// those below it a power below 1e-11.
+const double ROUGH_RELATIVE_ERROR = 1e-4;
+const double ROUGH_ERROR = 1e-10;
+
+double getEnergy(const double* pBend, int num)
 {
-    return std::pow(oneMinusCosine * length, EXPONENT);
+    double sum = 0.0;
+    for (int i = 0; i < num; ++i)
+        sum += std::pow(pBend[i], EXPONENT);
+    return sum;
+}
+
+// Several times as quick.
+double getRoughEnergy(const double* pBend, int num)
+{
+    float sum = 0.0f;
+    for (int i = 0; i < num; ++i)
+        sum += std::pow(static_cast<float>(pBend[i]), static_cast<float>(EXPONENT));
+    return sum;
+}
+
+// False if a number is negative, infinite or none.
+bool haveEnergy(const double* pBend, int num)
+{
+    return std::all_of(pBend, pBend + num, [](double bend) { return bend >= 0.0 && bend <= DBL_MAX; });
 }
 
 // Cosine between the directions u and v of the given lengths.
@@ -54,19 +78,37 @@ void REdgeEnergy::compute()
 {
     improvement = LOWEST_DBL;
     Quad quad;
+    if (prepare(quad))
+        improvement = evaluate(quad, LOWEST_DBL);
+}
+
+bool REdgeEnergy::isPossible(REdge* pRE_)
+{
+    pRE = pRE_;
+    Quad quad;
+    Bends bends;
+    if (!prepare(quad) || !getBends(quad, bends))
+        return false;
+    return (haveEnergy(bends.aCur, bends.num) && haveEnergy(bends.aAlt, bends.num)) ||
+           evaluate(quad, LOWEST_DBL) != LOWEST_DBL;
+}
+
+// False if the edge has no other diagonal.
+bool REdgeEnergy::prepare(Quad& quad)
+{
     if (!findTriangles(quad))
-        return;
+        return false;
     if (quad.pRT0->needFlip(quad.pRT1))
         quad.pRT1->flipOrientation();
     findCorners(quad, pRE);
     if (isDiagonalTaken(quad))
-        return;
+        return false;
     if (*quad.p0 == *quad.px)
         separate(quad);
-    improvement = evaluate(quad);
+    return true;
 }
 
-bool REdgeEnergy::tryGetImprovement(REdge* pRE_, double& result)
+bool REdgeEnergy::tryGetImprovement(REdge* pRE_, double& result, double bar)
 {
     pRE = pRE_;
     improvement = LOWEST_DBL;
@@ -80,7 +122,7 @@ bool REdgeEnergy::tryGetImprovement(REdge* pRE_, double& result)
         {
             if (*quad.p0 == *quad.px)
                 return false;
-            improvement = evaluate(quad);
+            improvement = evaluate(quad, bar);
         }
     }
     result = improvement;
@@ -145,14 +187,38 @@ double REdgeEnergy::getLength(const Point3& a, const Point3& b) const
     return std::sqrt(sqDistance(a, b)) / pRMesh->getCellSize();
 }
 
-double REdgeEnergy::evaluate(const Quad& quad) const
+// The penalty is no gain: what is below the bar without it may stay without it.
+double REdgeEnergy::evaluate(const Quad& quad, double bar) const
+{
+    Bends bends;
+    if (!getBends(quad, bends))
+        return LOWEST_DBL;
+    if (bar > LOWEST_DBL)
+    {
+        const double cur = getRoughEnergy(bends.aCur, bends.num);
+        const double alt = getRoughEnergy(bends.aAlt, bends.num);
+        if (const double most = cur - alt + ROUGH_RELATIVE_ERROR * (cur + alt) + ROUGH_ERROR; most < bar)
+            return most;
+    }
+    const double gainOfEnergy = getEnergy(bends.aCur, bends.num) - getEnergy(bends.aAlt, bends.num);
+    if (gainOfEnergy < bar)
+        return gainOfEnergy;
+    const double penalty = getAnglePenalty(quad);
+    double gain = gainOfEnergy - penalty;
+    if (MIN_GAIN_WITH_PENALTY > gain)
+        gain -= 10.0 * penalty;
+    return isNaN(gain) ? LOWEST_DBL : gain;
+}
+
+// False if the flip is impossible.
+bool REdgeEnergy::getBends(const Quad& quad, Bends& bends) const
 {
     bool bOK0 = false;
     bool bOK1 = false;
     const Vector3 altVec0 = getNormalVector(quad.p0, quad.p1, quad.px, bOK0);
     const Vector3 altVec1 = getNormalVector(quad.p0, quad.px, quad.p2, bOK1);
     if (!bOK0 || !bOK1)
-        return LOWEST_DBL;
+        return false;
     ASSEX(altVec0.isNV() && altVec1.isNV());
     const double altDih = 1.0 - getCosPhi(altVec0, altVec1);
     bool bOKvec0 = false;
@@ -163,28 +229,22 @@ double REdgeEnergy::evaluate(const Quad& quad) const
     ASSEX(vec0.isNV() && vec1.isNV());
     const double curDih = 1.0 - getCosPhi(vec0, vec1);
     if (altDih > FOLD_OF_170_DEGREES && altDih > curDih)
-        return LOWEST_DBL;
+        return false;
 
-    Energy energy{getEnergy(curDih, getLength(*quad.p1, *quad.p2)),
-                  getEnergy(altDih, getLength(*quad.p0, *quad.px))};
+    bends.add(curDih * getLength(*quad.p1, *quad.p2), altDih * getLength(*quad.p0, *quad.px));
     const int next0 = RTriangle::getNext(quad.ici0);
     const int next1 = RTriangle::getNext(quad.ici1);
-    addSide(quad.pRT0, next0, getLength(*quad.p2, *quad.p0), vec0, altVec1, energy);
-    addSide(quad.pRT0, RTriangle::getNext(next0), getLength(*quad.p0, *quad.p1), vec0, altVec0, energy);
-    addSide(quad.pRT1, next1, getLength(*quad.p1, *quad.px), vec1, altVec0, energy);
-    addSide(quad.pRT1, RTriangle::getNext(next1), getLength(*quad.px, *quad.p2), vec1, altVec1, energy);
-
-    const double penalty = getAnglePenalty(quad);
-    double gain = energy.cur - energy.alt - penalty;
-    if (MIN_GAIN_WITH_PENALTY > gain)
-        gain -= 10.0 * penalty;
-    return isNaN(gain) ? LOWEST_DBL : gain;
+    addSide(quad.pRT0, next0, getLength(*quad.p2, *quad.p0), vec0, altVec1, bends);
+    addSide(quad.pRT0, RTriangle::getNext(next0), getLength(*quad.p0, *quad.p1), vec0, altVec0, bends);
+    addSide(quad.pRT1, next1, getLength(*quad.p1, *quad.px), vec1, altVec0, bends);
+    addSide(quad.pRT1, RTriangle::getNext(next1), getLength(*quad.px, *quad.p2), vec1, altVec1, bends);
+    return true;
 }
 
 // The side opposite corner ici of pT, whose normal is cur and would be alt. A side without exactly one other
 // triangle, or one whose triangle has no normal, counts nothing.
 void REdgeEnergy::addSide(const RTriangle* pT, int ici, double length, const Vector3& cur, const Vector3& alt,
-                          Energy& energy)
+                          Bends& bends)
 {
     RTriangle* pNeigT = pT->getRE(ici)->getNeigT(pT);
     if (pNeigT == nullptr)
@@ -196,8 +256,7 @@ void REdgeEnergy::addSide(const RTriangle* pT, int ici, double length, const Vec
     if (pT->needFlip(pNeigT))
         nnv.mul(-1.0);
     ASSEX(nnv.isNV());
-    energy.cur += getEnergy(1.0 - getCosPhi(nnv, cur), length);
-    energy.alt += getEnergy(1.0 - getCosPhi(nnv, alt), length);
+    bends.add((1.0 - getCosPhi(nnv, cur)) * length, (1.0 - getCosPhi(nnv, alt)) * length);
 }
 
 double REdgeEnergy::getMinCosPhi(const Point3* p0, const Point3* p1, const Point3* p2)

@@ -3,6 +3,7 @@
 
 #include "Point3.h"
 #include "Vector3.h"
+#include "core/definitions.h"
 
 namespace TARN_ZEF
 {
@@ -29,8 +30,11 @@ public:
     // Above 0.0 if the flip lowers the energy; LOWEST_DBL if it is impossible. The evaluation turns the
     // second triangle if the two disagree, and moves an opposite corner that coincides with the other one.
     double getImprovement(REdge* pRE_);
-    // The same, but leaves the mesh alone: false, without a result, where it would have to edit.
-    [[nodiscard]] bool tryGetImprovement(REdge* pRE_, double& result);
+    // Whether that improvement is above LOWEST_DBL; for less. Edits the mesh as the evaluation does.
+    [[nodiscard]] bool isPossible(REdge* pRE_);
+    // As getImprovement(), but leaves the mesh alone: false, without a result, where it would have to edit. A
+    // caller that drops what is below bar anyway says so: then such a result is any number below bar.
+    [[nodiscard]] bool tryGetImprovement(REdge* pRE_, double& result, double bar = LOWEST_DBL);
     [[nodiscard]] double getLastImprovement() const noexcept { return improvement; }
     void compute();
 
@@ -50,22 +54,32 @@ private:
         int ici0 = 0; // of p0 and px in their triangles
         int ici1 = 0;
     };
-    // Energies of the two configurations.
-    struct Energy
+    // (1 - cos d) * length of the edges of the two configurations, the diagonal first.
+    struct Bends
     {
-        double cur;
-        double alt;
+        void add(double cur, double alt) noexcept
+        {
+            aCur[num] = cur;
+            aAlt[num] = alt;
+            ++num;
+        }
+
+        double aCur[5];
+        double aAlt[5];
+        int num = 0;
     };
 
+    [[nodiscard]] bool prepare(Quad& quad);
     [[nodiscard]] bool findTriangles(Quad& quad) const;
     static void findCorners(Quad& quad, const REdge* pEdge);
     [[nodiscard]] bool isDiagonalTaken(const Quad& quad) const;
     void separate(const Quad& quad);
     [[nodiscard]] static double getAnglePenalty(const Quad& quad);
     [[nodiscard]] double getLength(const Point3& a, const Point3& b) const;
-    [[nodiscard]] double evaluate(const Quad& quad) const;
+    [[nodiscard]] double evaluate(const Quad& quad, double bar) const;
+    [[nodiscard]] bool getBends(const Quad& quad, Bends& bends) const;
     static void addSide(const RTriangle* pT, int ici, double length, const Vector3& cur, const Vector3& alt,
-                        Energy& energy);
+                        Bends& bends);
 
     RMesh* pRMesh;
     REdge* pRE;

@@ -23,14 +23,29 @@ const u64 STEPS_PER_JOB = 5; // announced; one is made for the evaluation
 // Stands for an evaluation that has to edit the mesh and so waits for the calling thread.
 const double NOT_YET = std::numeric_limits<double>::quiet_NaN();
 
-// Chance accepts a loss with probability exp(loss / temperature). The number belongs to the edge and the
-// pass, so that it does not matter which thread draws it.
-bool acceptsLoss(double improvement, double temperature, unsigned int pass, const REdge* pRE)
+// The number of [0, 1] belongs to the edge and the pass, so that it does not matter which thread draws it.
+double drawFor(unsigned int pass, const REdge* pRE)
 {
     u64 h = (static_cast<u64>(pass) << 32 | pRE->getNumber()) * 0x9E3779B97F4A7C15ull;
     h = (h ^ h >> 32) * 0xD6E8FEB86659FD93ull;
     ZefRandom random(static_cast<std::uint32_t>(h >> 32));
-    return random.next() / ZEF_RAND_MAX <= std::exp(improvement / temperature);
+    return random.next() / ZEF_RAND_MAX;
+}
+
+// Chance accepts a loss with probability exp(loss / temperature).
+bool acceptsLoss(double improvement, double temperature, unsigned int pass, const REdge* pRE)
+{
+    return drawFor(pass, pRE) <= std::exp(improvement / temperature);
+}
+
+// No candidate is below it. The logarithm and the exponential may be off by far more than they are.
+double getBar(double minImprovement, double temperature, unsigned int pass, const REdge* pRE)
+{
+    const double barOfAll = std::min(minImprovement, 0.0);
+    if (!(temperature > 0.0))
+        return temperature == 0.0 ? barOfAll : LOWEST_DBL;
+    const double logarithm = std::log(drawFor(pass, pRE));
+    return std::min(barOfAll, temperature * (logarithm - 1e-12 * (1.0 - logarithm)));
 }
 
 // minImprovement never keeps out an improvement of 0.0 or more.
@@ -94,8 +109,11 @@ void RMesh::getEdgeFlipCandidates_MT_priv(const std::vector<REdge*>& vInRE, doub
         if (!pRE->isInner())
             continue;
         double improvement = NOT_YET;
-        if (!ee.tryGetImprovement(pRE, improvement) ||
-            isCandidate(improvement, minImprovement, temperature, numAnnealingPasses, pRE))
+        const double bar = getBar(minImprovement, temperature, numAnnealingPasses, pRE);
+        if (!ee.tryGetImprovement(pRE, improvement, bar))
+            vImpRE[i] = {NOT_YET, pRE};
+        else if (!(improvement < bar) &&
+                 isCandidate(improvement, minImprovement, temperature, numAnnealingPasses, pRE))
             vImpRE[i] = {improvement, pRE};
     }
 }

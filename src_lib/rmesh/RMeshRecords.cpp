@@ -260,6 +260,36 @@ void RMeshRecords::fetchFans(const std::vector<const Point3*>& vVtx,
     }
 }
 
+// Each walk reads what the one before has asked for.
+void RMeshRecords::fetchQuads(const std::vector<const REdge*>& vRE)
+{
+    const auto forEachT = [&vRE](auto f)
+    {
+        for (const REdge* pRE : vRE)
+            for (const RTriangle* pRT : pRE->vRT)
+                f(pRT);
+    };
+    for (const REdge* pRE : vRE)
+        prefetch(pRE);
+    forEachT([](const RTriangle* pRT) { prefetch(pRT); });
+    forEachT(
+        [](const RTriangle* pRT)
+        {
+            for (int i = 0; i < 3; ++i)
+            {
+                prefetch(RVertex::of(pRT->aCorner[i]));
+                prefetch(pRT->aRE[i]);
+            }
+        });
+    forEachT(
+        [](const RTriangle* pRT)
+        {
+            for (const REdge* pRE : pRT->aRE)
+                for (const RTriangle* pNeigT : pRE->vRT)
+                    prefetch(pNeigT);
+        });
+}
+
 // --- One vertex for another --------------------------------------------------------------------------------
 
 void RMeshRecords::replaceVertex(Point3* pSrc, Point3* pTrg)

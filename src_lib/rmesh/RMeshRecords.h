@@ -65,6 +65,8 @@ public:
     // Brings the records of the vertices, and of the triangles and corners around them, near the processor. For
     // a caller that knows where it will work next: walks over lists of different vertices overlap in time.
     void fetchFans(const std::vector<const Point3*>& vVtx, std::vector<const RTriangle*>& vBuffer) const;
+    // The same for edges, with the triangles at them, their corners and the neighbours across their edges.
+    static void fetchQuads(const std::vector<const REdge*>& vRE);
     [[nodiscard]] REdge* getRE(const Point3* pA, const Point3* pB) const noexcept; // null if absent
     [[nodiscard]] bool hasEdge(const Point3* pA, const Point3* pB) const noexcept; // with degree at least 1
     void getAdjacentT(const Point3* pA, const Point3* pB, std::vector<RTriangle*>& vRT) const;

@@ -19,6 +19,9 @@ const double START_TEMPERATURE = 0.02;
 const double END_TEMPERATURE = 0.001;
 const double COOLING = 0.9;
 
+// The loops jump over the whole mesh: what the next edges need is brought near together.
+const std::size_t NUM_AHEAD = 16;
+
 using FlipCandidate = std::pair<double, REdge*>; // improvement, edge
 
 struct LargestGainFirst
@@ -41,6 +44,23 @@ void reverseGains(std::vector<FlipCandidate>& vImpRE)
     }
 }
 
+void fetchAhead(FlipQueue& queue, std::vector<const REdge*>& vAhead)
+{
+    vAhead.clear();
+    if (queue.lookAhead(NUM_AHEAD,
+                        [&vAhead](const FlipCandidate& candidate) { vAhead.push_back(candidate.second); }))
+        RMesh::fetchQuads(vAhead);
+}
+
+void fetchAhead(const std::vector<FlipCandidate>& vCandidates, std::size_t from,
+                std::vector<const REdge*>& vAhead)
+{
+    vAhead.clear();
+    for (std::size_t i = from; i < std::min(from + NUM_AHEAD, vCandidates.size()); ++i)
+        vAhead.push_back(vCandidates[i].second);
+    RMesh::fetchQuads(vAhead);
+}
+
 // An edge that must not be flipped has the lowest value. What the evaluation throws is a fault, and passes:
 // between two flips the mesh is whole.
 double getFreshImprovement(REdgeEnergy& energy, REdge* pRE)
@@ -61,9 +81,11 @@ int flipGreedily(RMesh* pRMesh)
     Progress* pProgress = getRootProgress()->getChildProgressSetTodo("efLoop", 3 * vMeshRE.size());
     REdgeEnergy energy(pRMesh, nullptr);
     int numFlips = 0;
+    std::vector<const REdge*> vAhead;
     while (!queue.empty())
     {
         checkCancelled(); // the mesh is whole between two flips
+        fetchAhead(queue, vAhead);
         const auto [savedImprovement, pRE] = queue.front();
         queue.pop();
         ASSEX(savedImprovement > LOWEST_DBL);
@@ -93,10 +115,14 @@ void edgeFlipsSimA(RMesh* pRMesh, double temperature)
     pRMesh->getEdgeFlipCandidates_MT(pRMesh->getAllRE(), 0.0, temperature, vImpRE);
     zefShuffle(vImpRE.begin(), vImpRE.end());
     REdgeEnergy energy(pRMesh, nullptr);
-    for (const auto& [savedImprovement, pRE] : vImpRE)
+    std::vector<const REdge*> vAhead;
+    for (std::size_t i = 0; i < vImpRE.size(); ++i)
     {
         checkCancelled();
-        if (pRE->isInner() && getFreshImprovement(energy, pRE) != LOWEST_DBL)
+        if (i % NUM_AHEAD == 0)
+            fetchAhead(vImpRE, i, vAhead);
+        REdge* pRE = vImpRE[i].second;
+        if (pRE->isInner() && energy.isPossible(pRE))
             pRE->tryFlipEdge(pRMesh, nullptr, nullptr);
     }
 }

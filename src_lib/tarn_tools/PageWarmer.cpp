@@ -32,6 +32,21 @@ const bool CAN_MAP_AHEAD = false;
 
 void mapPages(char*, std::size_t) {}
 #endif
+
+#if defined(__linux__) && defined(MADV_HUGEPAGE)
+// A record of a mesh leads to another one far away, so that with small pages nearly each step misses the table
+// of addresses, too. Whole large pages only: what stands around the block keeps its own.
+void askForLargePages(char* pFrom, std::size_t num)
+{
+    constexpr std::uintptr_t pageSize = std::uintptr_t{2} << 20;
+    const auto start = reinterpret_cast<std::uintptr_t>(pFrom);
+    const std::uintptr_t skipped = (pageSize - start % pageSize) % pageSize;
+    if (num > skipped)
+        (void)::madvise(pFrom + skipped, (num - skipped) / pageSize * pageSize, MADV_HUGEPAGE);
+}
+#else
+void askForLargePages(char*, std::size_t) {}
+#endif
 } // namespace
 
 void PageWarmer::begin(void* pMemory, std::size_t numBytes_)
@@ -40,6 +55,8 @@ void PageWarmer::begin(void* pMemory, std::size_t numBytes_)
     jobs.finish();
     pBlock = static_cast<char*>(pMemory);
     numBytes = numBytes_;
+    if (numBytes >= MIN_BLOCK)
+        askForLargePages(pBlock, numBytes);
     const bool bWorth = CAN_MAP_AHEAD && numBytes >= MIN_BLOCK && getNumThreads() > 1 && !isWorkerThread();
     released = bWorth ? 0 : numBytes;
     ordered = bWorth ? STEP : numBytes;
