@@ -31,6 +31,9 @@ struct AutoOptions
     // The search ends if the second factor leaves more than this share of the faults of factor 1, and these are many,
     // one for 400 triangles: then they are the cloud's own, and no factor mends them. From 0 to 1.
     double mostFaultsLeft = 0.5;
+    // Whether, where no factor makes a sound surface, closed bodies are looked for by the way that their surface faces
+    // at each point: walls and gaps that are too thin for cells are told apart.
+    bool bTellSheetsApart = true;
 };
 
 // What was measured of the cloud, on a sample of some thousand points.
@@ -51,6 +54,7 @@ struct AutoTrial
 {
     double factor = 1.0;
     bool bSmooth = false;
+    bool bByFacing = false; // see AutoOptions::bTellSheetsApart; factor and smoothing say nothing then
     std::size_t numTriangles = 0;
     std::size_t numHoles = 0; // see AutoOptions::mostEdgesOfHole
     std::size_t numRims = 0;  // longer borders
@@ -72,6 +76,7 @@ struct AutoReport
     CloudFigures cloud;
     double factor = 1.0; // on the detected spacing
     bool bSmooth = false;
+    bool bByFacing = false;         // the mesh is no lattice's: closed bodies, told by the way that they face
     std::string reason;             // one sentence
     std::vector<AutoTrial> vTrials; // in order; the first is the one of plain defaults
 };
@@ -81,7 +86,8 @@ struct AutoReport
 // The surface is made with each factor in turn until one will do, so that the result is what reconstruct_auto() gives
 // for the chosen factor and smoothing. Where the points scatter much, they are smoothed first. What differs from plain
 // defaults must pay: the mesh has neither holes nor non-manifold edges or vertices, and no more border edges, border
-// loops or pieces than the one of plain defaults. Otherwise it is that one.
+// loops or pieces than the one of plain defaults. Otherwise the points are asked which way they face: where that gives
+// closed bodies, with all points on them, their surface is the mesh. Otherwise it is the one of plain defaults.
 //
 // vPoints    read, never changed
 // pReport    what was chosen, and why; may be null

@@ -9,7 +9,7 @@ cd "$tree"
 
 # From the ground up. docs/architecture.md tells what each is about.
 rooms="core parallel tarn_tools tarn_locate3 tarn_octree geometry judge surface closing finish remesh outer comparison text lattice tinyply files formats
-       occupancy intake cmesh extraction holes repair rmesh meshfiles choice api"
+       occupancy intake cmesh extraction holes repair rmesh meshfiles choice sheets api"
 
 # Public headers that only the named room and later ones may include; the others serve all rooms.
 public="checkMesh.h:judge compareMeshes.h:comparison finishSurface.h:finish zef_files.h:files testDataGenerators.h:intake Mesh.h:meshfiles zef_formats.h:formats autoReconstruct.h:choice zef_api_functions.h:api

@@ -7,8 +7,10 @@
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
 #include "core/zefRand.h"
+#include "geometry/NearFrame.h"
 #include "geometry/isFinite.h"
 #include "intake/Cloud.h"
+#include "sheets/BodyFinder.h"
 #include "zef_api_functions.h"
 
 #include <algorithm>
@@ -58,6 +60,47 @@ void reportChoice(const CallReport& plain, CallReport chosen)
     *pReport = std::move(chosen);
 }
 
+// The mesh of the bodies that the points face away from; null if they bound none.
+std::shared_ptr<Mesh> makeBodies(const std::vector<Point3>& vFinite, double spacing)
+{
+    const StageScope stage("bodies by facing");
+    ProgressScope progress("Bodies");
+    const NearFrame frame = NearFrame::around(vFinite, spacing);
+    std::vector<Point3> vCopies;
+    BodyFinder finder(frame.enter(vFinite, vCopies), spacing);
+    const bool bFound = finder.run();
+    progress.finish();
+    if (!bFound)
+        return nullptr;
+    std::vector<Point3> vVertices = finder.getVertices();
+    frame.leave(vVertices);
+    return makeMesh(std::move(vVertices), {finder.getCorners().begin(), finder.getCorners().end()}, spacing);
+}
+
+bool isPlain(const AutoReport& report)
+{
+    return report.factor == 1.0 && !report.bSmooth && !report.bByFacing;
+}
+
+// Where plain defaults stay with their faults.
+std::shared_ptr<Mesh> tryBodies(const std::vector<Point3>& vFinite, const AutoOptions& options,
+                                AutoReport& report)
+{
+    if (!options.bTellSheetsApart || !isPlain(report) || report.vTrials.front().getNumFaults() == 0)
+        return nullptr;
+    std::shared_ptr<Mesh> pBodies = makeBodies(vFinite, report.cloud.spacing);
+    if (!pBodies)
+        return nullptr;
+    AutoTrial trial;
+    trial.bByFacing = true;
+    countFaults(*pBodies, options.mostEdgesOfHole, trial);
+    report.vTrials.push_back(trial);
+    report.bByFacing = true;
+    report.reason =
+        "no factor makes a sound surface; by the way that they face, the points bound closed bodies";
+    return pBodies;
+}
+
 CloudFigures measureCloud(const std::vector<Point3>& vFinite)
 {
     ProgressScope progress("Density Estimation");
@@ -105,8 +148,10 @@ std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOp
                 return pLast != nullptr;
             },
             report);
+        if (std::shared_ptr<Mesh> pBodies = tryBodies(vFinite, options, report))
+            pLast = std::move(pBodies);
     }
-    const bool bPlain = report.factor == 1.0 && !report.bSmooth;
+    const bool bPlain = isPlain(report);
     reportChoice(plainFigures, bPlain ? plainFigures : lastFigures);
     if (pReport != nullptr)
         *pReport = report;

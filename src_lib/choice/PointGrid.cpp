@@ -38,12 +38,12 @@ PointGrid::PointGrid(const std::vector<Point3>& vPoints_, double reach_)
            { return a.cell != b.cell ? a.cell < b.cell : a.index < b.index; });
 }
 
-// One is added, so that the cells below the lowest have codes too.
+// Two are added, so that the cells around those below the lowest have codes too.
 std::array<std::int64_t, 3> PointGrid::getCell(const Point3& p) const
 {
-    return {static_cast<std::int64_t>(std::floor((p.x() - low.x()) / reach)) + 1,
-            static_cast<std::int64_t>(std::floor((p.y() - low.y()) / reach)) + 1,
-            static_cast<std::int64_t>(std::floor((p.z() - low.z()) / reach)) + 1};
+    return {static_cast<std::int64_t>(std::floor((p.x() - low.x()) / reach)) + 2,
+            static_cast<std::int64_t>(std::floor((p.y() - low.y()) / reach)) + 2,
+            static_cast<std::int64_t>(std::floor((p.z() - low.z()) / reach)) + 2};
 }
 
 std::uint64_t PointGrid::codeOf(std::int64_t x, std::int64_t y, std::int64_t z)
@@ -55,24 +55,7 @@ std::uint64_t PointGrid::codeOf(std::int64_t x, std::int64_t y, std::int64_t z)
 void PointGrid::find(const Point3& mid, std::vector<Hit>& vHits) const
 {
     vHits.clear();
-    const auto cell = getCell(mid);
-    for (std::int64_t dz = -1; dz <= 1; ++dz)
-        for (std::int64_t dy = -1; dy <= 1; ++dy)
-        {
-            const std::uint64_t first = codeOf(cell[0] - 1, cell[1] + dy, cell[2] + dz);
-            auto it = std::lower_bound(vEntries.begin(), vEntries.end(), first,
-                                       [](const Entry& e, std::uint64_t code) { return e.cell < code; });
-            for (; it != vEntries.end() && it->cell <= first + 2; ++it)
-            {
-                const Point3& p = vPoints[it->index];
-                const double x = p.x() - mid.x();
-                const double y = p.y() - mid.y();
-                const double z = p.z() - mid.z();
-                const double squared = x * x + y * y + z * z;
-                if (squared <= reach * reach)
-                    vHits.push_back({it->index, squared});
-            }
-        }
+    visit(mid, [&vHits](const Hit& hit) { vHits.push_back(hit); });
     std::sort(vHits.begin(), vHits.end(),
               [](const Hit& a, const Hit& b)
               {

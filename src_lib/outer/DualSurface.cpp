@@ -12,27 +12,15 @@ namespace TARN_ZEF
 namespace
 {
 constexpr std::uint64_t EDGE_MASK = 15;
-// Cells that a vertex may stand off the middle of its own along an axis.
-constexpr double REACH = 1.25;
 
 // The cells round an edge, counter-clockwise seen from its far end: how far each begins before the edge, along the
 // next axis and the one after it.
 constexpr std::array<std::array<int, 2>, 4> RING = {{{0, 0}, {1, 0}, {1, 1}, {0, 1}}};
 } // namespace
 
-DualSurface::DualSurface(const HullLattice& lattice_, const AllCrossings& crossings_,
-                         const InsidePoints& points_, const HalfEdgeMesh& surface_)
-    : lattice(lattice_)
-    , crossings(crossings_)
-    , points(points_)
-    , surface(surface_)
-    , walker(surface_)
+void DualSurface::run(std::vector<Change> vAllChanges)
 {
-}
-
-void DualSurface::run()
-{
-    findChanges();
+    vChanges = std::move(vAllChanges);
     findVertices();
     splitDoubleLinks();
     addTriangles();
@@ -43,14 +31,6 @@ HullLattice::Cell DualSurface::Change::getOutside() const
     Cell p = lower;
     p[axis] += bFirstInside ? 1 : 0;
     return p;
-}
-
-void DualSurface::findChanges()
-{
-    points.getInside().forEachChange(
-        [this](int axis, const Cell& p, bool bFirstInside) {
-            vChanges.push_back({p, axis, bFirstInside, {-1, -1, -1, -1}});
-        });
 }
 
 void DualSurface::findVertices()
@@ -88,14 +68,18 @@ void DualSurface::passCell(const CellEdge* pBegin, const CellEdge* pEnd)
     Cell cell = first.lower;
     cell[HullLattice::after(first.axis)] -= RING[pBegin->place][0];
     cell[HullLattice::before(first.axis)] -= RING[pBegin->place][1];
-    std::vector<const CellEdge*> vLoop;
+    std::vector<const Change*> vLoop;
     for (int loop = 0; loop < loops.num; ++loop)
     {
         vLoop.clear();
         for (const CellEdge* p = pBegin; p != pEnd; ++p)
             if (loops.loopOf[p->key & EDGE_MASK] == loop)
-                vLoop.push_back(p);
-        addVertex(vLoop, cell, loops.bAmbiguous);
+            {
+                vChanges[p->change].ring[p->place] = static_cast<int>(vVertices.size());
+                vLoop.push_back(&vChanges[p->change]);
+            }
+        vVertices.push_back(makeVertex(cell, vLoop));
+        vAmbiguous.push_back(loops.bAmbiguous);
     }
 }
 
@@ -122,53 +106,6 @@ unsigned DualSurface::getCorners(const CellEdge* pBegin, const CellEdge* pEnd) c
             corners |= (((corners >> from) ^ (changing >> edge)) & 1U) << to;
         }
     return corners;
-}
-
-void DualSurface::addVertex(const std::vector<const CellEdge*>& vLoop, const Cell& cell, bool bAmbiguous)
-{
-    std::vector<EdgeSample> vSamples;
-    for (const CellEdge* p : vLoop)
-    {
-        vChanges[p->change].ring[p->place] = static_cast<int>(vVertices.size());
-        vSamples.push_back(sample(vChanges[p->change]));
-    }
-    const Point3 centre = lattice.toPoint({cell[0] + 0.5, cell[1] + 0.5, cell[2] + 0.5});
-    HullVertex vertex = placeOnPlanes(vSamples, centre, REACH * lattice.cell);
-    const auto onSurface = std::find_if(vSamples.begin(), vSamples.end(),
-                                        [](const EdgeSample& s) { return !s.normal.isDegenerate(); });
-    if (vertex.rank == 1 && onSurface != vSamples.end())
-        vertex.point = walker.walk(vertex.point, onSurface->triangle).point;
-    vVertices.push_back(vertex);
-    vAmbiguous.push_back(bAmbiguous);
-}
-
-// Where the triangles are met first from outside.
-EdgeSample DualSurface::sample(const Change& change) const
-{
-    const LineCrossings::Range all = crossings[change.axis].after(change.lower);
-    Cell upper = change.lower;
-    ++upper[change.axis];
-    const bool bWall = points.isWall(change.bFirstInside ? change.lower : upper);
-    Place place = {static_cast<double>(change.lower[0]), static_cast<double>(change.lower[1]),
-                   static_cast<double>(change.lower[2])};
-    EdgeSample result;
-    if (bWall || all.empty())
-    {
-        place[change.axis] += 0.5;
-        result.point = lattice.toPoint(place);
-        return result;
-    }
-    const LineCrossings::Crossing& crossing = change.bFirstInside ? *(all.pEnd - 1) : *all.pBegin;
-    place[change.axis] = crossing.at;
-    result.point = lattice.toPoint(place);
-    result.triangle = crossing.getTriangle();
-    const int h = 4 * result.triangle;
-    const Vector3 normal =
-        unitOrNull(rawNormal(surface.point(surface.from(h)), surface.point(surface.from(h + 1)),
-                             surface.point(surface.from(h + 2))));
-    // As it is met, whichever way the triangle faces.
-    result.normal = crossing.enters() == change.bFirstInside ? normal * -1.0 : normal;
-    return result;
 }
 
 void DualSurface::splitDoubleLinks()
@@ -237,26 +174,9 @@ void DualSurface::addQuad(const Change& change)
     std::array<int, 4> ring = change.ring;
     if (!change.bFirstInside)
         std::reverse(ring.begin(), ring.end());
-    const int shift = isFirstDiagonalBetter(ring, sample(change)) ? 0 : 1;
+    const int shift = isFirstDiagonalBetter(ring, change) ? 0 : 1;
     addTriangle(ring[shift], ring[shift + 1], ring[shift + 2]);
     addTriangle(ring[shift + 2], ring[(shift + 3) % 4], ring[shift]);
-}
-
-// The one whose triangles pass nearer to the place where the edge meets the surface; on a plane the shorter one.
-bool DualSurface::isFirstDiagonalBetter(const std::array<int, 4>& ring, const EdgeSample& sample) const
-{
-    constexpr double equal = 1e-6; // of a cell, squared
-    const auto place = [&](int i) -> const Point3& { return vVertices[ring[i % 4]].point; };
-    const auto offOf = [&](int i)
-    {
-        return std::min(nearestOnTriangle(sample.point, place(i), place(i + 1), place(i + 2)).sqDist,
-                        nearestOnTriangle(sample.point, place(i + 2), place(i + 3), place(i)).sqDist);
-    };
-    const double offFirst = offOf(0);
-    const double offSecond = offOf(1);
-    if (std::fabs(offFirst - offSecond) > equal * lattice.cell * lattice.cell)
-        return offFirst < offSecond;
-    return sqDistance(place(0), place(2)) <= sqDistance(place(1), place(3));
 }
 
 void DualSurface::addPolygon(const std::vector<int>& vRing)

@@ -2,10 +2,8 @@
 #define ZEF_DUALSURFACE_H
 
 #include "outer/CellLoops.h"
-#include "outer/InsidePoints.h"
+#include "outer/HullLattice.h"
 #include "outer/SoupPlanes.h"
-#include "remesh/FlatSoup.h"
-#include "remesh/PatchWalker.h"
 
 #include <array>
 #include <cstddef>
@@ -16,7 +14,7 @@
 namespace TARN_ZEF
 {
 // The surface between inside and outside points of a lattice: a vertex for each time that it passes a cell, four of them
-// round each edge that changes.
+// round each edge that changes. Where a vertex stands is for derived classes to say.
 //
 // Manifold by construction: two cells agree about the side between them. Only where the surface passes such a side twice,
 // and connects the same vertices both times, would an edge have four triangles; one of the two gets a vertex of its own.
@@ -24,16 +22,6 @@ namespace TARN_ZEF
 class DualSurface
 {
 public:
-    // surface: the triangles that the crossings name.
-    DualSurface(const HullLattice& lattice_, const AllCrossings& crossings_, const InsidePoints& points_,
-                const HalfEdgeMesh& surface_);
-
-    void run();
-
-    [[nodiscard]] const std::vector<HullVertex>& getVertices() const { return vVertices; }
-    [[nodiscard]] const std::vector<int>& getCorners() const { return vCorners; }
-
-private:
     using Cell = HullLattice::Cell;
 
     // An edge of the lattice from inside to outside, or back.
@@ -42,10 +30,36 @@ private:
         Cell lower;
         int axis;
         bool bFirstInside;
-        std::array<int, 4>
-            ring; // vertices of the four cells round it, counter-clockwise seen from the far end
+        // Vertices of the four cells round it, counter-clockwise seen from the far end.
+        std::array<int, 4> ring = {-1, -1, -1, -1};
         [[nodiscard]] Cell getOutside() const;
     };
+
+    explicit DualSurface(const HullLattice& lattice_)
+        : lattice(lattice_)
+    {
+    }
+    virtual ~DualSurface() = default;
+    DualSurface(const DualSurface&) = delete;
+    DualSurface& operator=(const DualSurface&) = delete;
+
+    // Once. REQUIRES: all edges of the lattice that change are there.
+    void run(std::vector<Change> vAllChanges);
+
+    [[nodiscard]] const std::vector<HullVertex>& getVertices() const { return vVertices; }
+    [[nodiscard]] const std::vector<int>& getCorners() const { return vCorners; }
+
+protected:
+    // Where the surface passes these edges of the cell.
+    [[nodiscard]] virtual HullVertex makeVertex(const Cell& cell,
+                                                const std::vector<const Change*>& vLoop) const = 0;
+    // Whether the ring is better cut from its first vertex to the third than from the second to the fourth.
+    [[nodiscard]] virtual bool isFirstDiagonalBetter(const std::array<int, 4>& ring,
+                                                     const Change& change) const = 0;
+
+    const HullLattice& lattice;
+
+private:
     // A change as one of its cells sees it.
     struct CellEdge
     {
@@ -62,25 +76,16 @@ private:
         int place;
     };
 
-    void findChanges();
     void findVertices();
     void passCell(const CellEdge* pBegin, const CellEdge* pEnd);
     [[nodiscard]] unsigned getCorners(const CellEdge* pBegin, const CellEdge* pEnd) const;
-    void addVertex(const std::vector<const CellEdge*>& vLoop, const Cell& cell, bool bAmbiguous);
-    [[nodiscard]] EdgeSample sample(const Change& change) const;
     void splitDoubleLinks();
     void splitLinks(const Link& first, const Link& second);
     void addTriangles();
     void addQuad(const Change& change);
     void addPolygon(const std::vector<int>& vRing);
     void addTriangle(int a, int b, int c);
-    [[nodiscard]] bool isFirstDiagonalBetter(const std::array<int, 4>& ring, const EdgeSample& sample) const;
 
-    const HullLattice& lattice;
-    const AllCrossings& crossings;
-    const InsidePoints& points;
-    const HalfEdgeMesh& surface;
-    const PatchWalker walker;
     const CellLoops cellLoops;
     std::vector<Change> vChanges;
     std::vector<HullVertex> vVertices;

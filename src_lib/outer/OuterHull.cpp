@@ -2,8 +2,8 @@
 
 #include "geometry/tools.h"
 #include "judge/judgeMesh.h"
-#include "outer/DualSurface.h"
 #include "outer/HullLattice.h"
+#include "outer/HullSurface.h"
 #include "outer/HullTidier.h"
 #include "outer/InsidePoints.h"
 #include "outer/SheetSealer.h"
@@ -122,7 +122,7 @@ void OuterHull::runOnLattice(FlatSoup& soup, const Parts& parts) const
     const InsidePoints points(lattice, crossings, vOpen, bridgedCells);
     HalfEdgeMesh surface;
     ASSEX_TEXT(surface.build(soup.vPoints, soup.vCorners), "sealed sheets are no oriented manifold");
-    DualSurface dual(lattice, crossings, points, surface);
+    HullSurface dual(lattice, crossings, points, surface);
     dual.run();
     HullTidier tidier(dual.getVertices(), dual.getCorners(), lattice.cell);
     tidier.run();
