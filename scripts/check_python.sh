@@ -12,6 +12,8 @@ python=$(command -p -v python3)
 
 cmake --preset release >/dev/null
 cmake --build --preset release --target zef_tool
+# What earlier wheels were packed from would be packed again.
+rm -rf build/lib.* build/bdist.*
 CMAKE_ARGS=-DZEF_WERROR=ON "$python" -m pip --disable-pip-version-check wheel . --no-build-isolation --no-deps \
     --no-index --wheel-dir "$scratch" --quiet
 "$python" -m pip --disable-pip-version-check install "$scratch"/zef-*.whl --no-deps --no-index --quiet --root-user-action=ignore \

@@ -75,6 +75,7 @@ public:
     {
     }
 
+    // Joining a thread that can be joined does not fail. NOLINTNEXTLINE(bugprone-exception-escape)
     ~LibraryThread()
     {
         if (!thread.joinable())

@@ -40,8 +40,8 @@ py::dict describe(const Data& data)
 
 py::dict readPoints(const std::string& path, const py::dict& options, Call& call)
 {
-    const auto readOptions_ = readOptions<TARN_ZEF::ReadOptions>(options);
-    PointData data = call.run([&] { return TARN_ZEF::readPoints(path, readOptions_); });
+    const auto fileOptions = readOptions<TARN_ZEF::ReadOptions>(options);
+    PointData data = call.run([&] { return TARN_ZEF::readPoints(path, fileOptions); });
     py::dict file = describe(data);
     file["points"] = fromPoints(std::move(data.vPoints));
     file["normals"] = optional(data.vNormals, fromVectors);
