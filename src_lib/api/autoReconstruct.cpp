@@ -10,7 +10,7 @@
 #include "geometry/NearFrame.h"
 #include "geometry/isFinite.h"
 #include "intake/Cloud.h"
-#include "sheets/BodyFinder.h"
+#include "sheets/FacingBodies.h"
 #include "zef_api_functions.h"
 
 #include <algorithm>
@@ -67,14 +67,14 @@ std::shared_ptr<Mesh> makeBodies(const std::vector<Point3>& vFinite, double spac
     ProgressScope progress("Bodies");
     const NearFrame frame = NearFrame::around(vFinite, spacing);
     std::vector<Point3> vCopies;
-    BodyFinder finder(frame.enter(vFinite, vCopies), spacing);
-    const bool bFound = finder.run();
+    FacingBodies bodies(frame.enter(vFinite, vCopies), spacing);
+    const bool bFound = bodies.run();
     progress.finish();
     if (!bFound)
         return nullptr;
-    std::vector<Point3> vVertices = finder.getVertices();
+    std::vector<Point3> vVertices = bodies.getVertices();
     frame.leave(vVertices);
-    return makeMesh(std::move(vVertices), {finder.getCorners().begin(), finder.getCorners().end()}, spacing);
+    return makeMesh(std::move(vVertices), {bodies.getCorners().begin(), bodies.getCorners().end()}, spacing);
 }
 
 bool isPlain(const AutoReport& report)

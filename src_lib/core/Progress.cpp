@@ -52,6 +52,7 @@ constexpr Child REMESH_CHILDREN[] = {{"remesh", 1}};
 constexpr Child FINISH_CHILDREN[] = {
     {"FI_part", 10}, {"FI_load", 4}, {"FI_even", 30}, {"FI_fit", 60}, {"FI_folds", 12}, {"FI_out", 8},
 };
+constexpr Child BODIES_CHILDREN[] = {{"BO_facing", 3}, {"BO_field", 6}, {"BO_surface", 1}};
 constexpr Child READ_CHILDREN[] = {{"Read", 1}};
 constexpr Child WRITE_CHILDREN[] = {{"Write", 1}};
 
@@ -69,6 +70,7 @@ constexpr Tree TREES[] = {
     {"Reduce", REDUCE_CHILDREN},
     {"Remesh", REMESH_CHILDREN},
     {"Finish", FINISH_CHILDREN},
+    {"Bodies", BODIES_CHILDREN},
     {"Read", READ_CHILDREN},
     {"Write", WRITE_CHILDREN},
 };

@@ -1,6 +1,7 @@
-#include "sheets/BodyFinder.h"
+#include "sheets/FacingBodies.h"
 
 #include "choice/PointGrid.h"
+#include "core/Progress.h"
 #include "core/cancel.h"
 #include "sheets/BodySurface.h"
 #include "sheets/FacingField.h"
@@ -9,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <optional>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -24,6 +26,11 @@ constexpr double PROBE_REACH = 4.0;          // in detected spacings
 constexpr double MOST_WITHIN_REACH = 250.0;
 // Of the points, the surface must pass that share.
 constexpr double LEAST_COVERED = 0.99;
+
+void tellDone(const char* step)
+{
+    getRootProgress()->getChildProgressSetTodo(step, 1)->setFinished(true);
+}
 
 // Of the points within reach of points spread over the cloud.
 double getMeanWithin(const PointGrid& grid, const std::vector<Point3>& vPoints)
@@ -41,7 +48,7 @@ double getMeanWithin(const PointGrid& grid, const std::vector<Point3>& vPoints)
 } // namespace
 
 // The detected one depends on how evenly the points lie.
-double BodyFinder::measureSpacing() const
+double FacingBodies::measureSpacing() const
 {
     const PointGrid grid(vPoints, PROBE_REACH * detected);
     if (!(getMeanWithin(grid, vPoints) <= MOST_WITHIN_REACH))
@@ -63,7 +70,7 @@ double BodyFinder::measureSpacing() const
     return DISC * std::sqrt(*middle);
 }
 
-bool BodyFinder::run()
+bool FacingBodies::run()
 {
     if (vPoints.size() < LEAST_POINTS)
         return false;
@@ -73,14 +80,17 @@ bool BodyFinder::run()
     const PointGrid grid(vPoints, FacingField::REACH * spacing);
     PointFacing facing(vPoints, grid, spacing);
     facing.run();
+    tellDone("BO_facing");
     FacingField field(vPoints, facing.getNormals(), grid, spacing);
     if (!field.run() || field.getCovered() < LEAST_COVERED)
         return false;
+    tellDone("BO_field");
     std::optional<std::vector<DualSurface::Change>> oChanges = field.findChanges();
     if (!oChanges || oChanges->empty())
         return false;
     BodySurface surface(field);
     surface.run(std::move(*oChanges));
+    tellDone("BO_surface");
     vVertices.reserve(surface.getVertices().size());
     for (const HullVertex& vertex : surface.getVertices())
         vVertices.push_back(vertex.point);

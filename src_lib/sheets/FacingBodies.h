@@ -1,5 +1,5 @@
-#ifndef ZEF_BODYFINDER_H
-#define ZEF_BODYFINDER_H
+#ifndef ZEF_FACINGBODIES_H
+#define ZEF_FACINGBODIES_H
 
 #include "Point3.h"
 
@@ -13,11 +13,11 @@ namespace TARN_ZEF
 //
 // Ownership:  refers to the points, which must be finite.
 // Threads:    one caller; runs on the pool. The result is the same for every number of threads, and for all lengths doubled.
-class BodyFinder
+class FacingBodies
 {
 public:
     // spacing: the detected one
-    BodyFinder(const std::vector<Point3>& vPoints_, double spacing_)
+    FacingBodies(const std::vector<Point3>& vPoints_, double spacing_)
         : vPoints(vPoints_)
         , detected(spacing_)
     {
