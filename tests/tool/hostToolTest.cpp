@@ -178,6 +178,8 @@ const FailureCase FAILURES[] = {
     {"turntable of nothing", "ball.xyz new.ply --turntable 8", 2, "--png"},
     {"turntable of one", "ball.xyz new.ply --png a.png --turntable 1", 2, "--turntable"},
     {"turntable without a number", "ball.xyz new.ply --png a.png --turntable all", 2, "--turntable"},
+    {"picture of no height", "ball.xyz new.ply --png a.png --size 800", 2, "--size"},
+    {"picture too large", "ball.xyz new.ply --png a.png --size 800,8001", 2, "8000"},
     {"page of another kind", "ball.xyz new.ply --html page.png", 2, ".html"},
     {"page of points", "ball.xyz --png-cloud a.png --html page.html", 2, "needs OUT"},
     {"colors of nothing", "ball.xyz new.ply --paint curvature", 2, "--html"},
