@@ -292,6 +292,7 @@ void defineFiles(CLI::App& app, Options& options, RawOptions& raw)
     app.add_flag("--binary", raw.bBinary, "Write binary where the format has both, as for a printer's STL")
         ->excludes(pAscii)
         ->group(files);
+    app.add_flag("--compress", options.bCompress, "PCD: write it compressed")->excludes(pAscii)->group(files);
     app.add_flag("--y-up", options.bYUp, "GLB: turn what points up along z to y, as viewers expect")
         ->group(files);
     app.add_option("--batch", options.batchFolder,

@@ -171,6 +171,7 @@ const FailureCase FAILURES[] = {
     {"mesh of points", "ball.xyz new.ply --mesh", 1, "ball.xyz"},
     {"conversion of points to triangles", "ball.xyz new.stl --convert", 1, "leave out --convert"},
     {"conversion with a step", "box.stl new.ply --convert --flips", 2, "--mesh"},
+    {"text that is compressed", "ball.xyz new.pcd --convert --ascii --compress", 2, "excludes"},
     {"batch of a format for nothing", "ball.xyz --batch new --format las", 2, "--format"},
     {"batch with pictures", "ball.xyz --batch new --png a.png", 2, "--png"},
     {"batch of one name", "ball.xyz ./ball.xyz --batch new", 1, "two inputs"},
