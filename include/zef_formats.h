@@ -73,6 +73,7 @@ struct WriteOptions
     // Length in units of the points that the coordinates must tell. Floats are written where they tell a
     // thousandth of it, doubles elsewhere. 0.0: doubles, unless floats hold the coordinates exactly.
     double spacing = 0.0;
+    bool bCompressed = false; // PCD, unless bASCII: as binary_compressed, which takes longer
     bool bYUp = false; // GLB: turned so that what pointed up along z points up along y, as viewers expect
 };
 

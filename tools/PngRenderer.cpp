@@ -14,8 +14,6 @@ using TARN_ZEF::Point3;
 
 namespace
 {
-constexpr int WIDTH = 2 * 1200; // two samples a pixel in each direction
-constexpr int HEIGHT = 2 * 900;
 constexpr float FAR_AWAY = std::numeric_limits<float>::max();
 
 constexpr Colour FRONT = {0.60f, 0.71f, 0.82f};
@@ -29,7 +27,7 @@ constexpr Colour SKY_BOTTOM = {0.85f, 0.88f, 0.91f};
 constexpr float WIRE_WIDTH = 1.1f; // samples
 constexpr int MARK_RADIUS = 2;     // samples on each side of a line
 constexpr float MARK_LIFT = 3.0f;  // samples by which a line may lie behind the surface
-constexpr int HOLLOW_RADIUS = 28;  // samples over which the depth is averaged
+constexpr int HOLLOW_SHARE = 85;   // of the width: the samples over which the depth is averaged
 constexpr float HOLLOW_STRENGTH = 1.1f;
 
 Colour mix(const Colour& a, const Colour& b, float t)
@@ -51,28 +49,23 @@ Colour shade(const Colour& base, const Vec3f& n)
     return {diffuse * base[0] + gloss, diffuse * base[1] + gloss, diffuse * base[2] + gloss};
 }
 
-std::size_t sampleIndex(int x, int y)
-{
-    return static_cast<std::size_t>(y) * WIDTH + static_cast<std::size_t>(x);
-}
-
-// Running mean over num entries that lie stride apart, 2 * HOLLOW_RADIUS + 1 wide, clipped at the ends.
-void boxBlur(float* pFirst, int num, std::size_t stride, std::vector<float>& vCopy)
+// Running mean over num entries that lie stride apart, 2 * radius + 1 wide, clipped at the ends.
+void boxBlur(float* pFirst, int num, std::size_t stride, int radius, std::vector<float>& vCopy)
 {
     for (int i = 0; i < num; ++i)
         vCopy[i] = pFirst[i * stride];
     double sum = 0.0;
     int count = 0;
-    for (int i = -HOLLOW_RADIUS; i < num; ++i)
+    for (int i = -radius; i < num; ++i)
     {
-        if (i + HOLLOW_RADIUS < num)
+        if (i + radius < num)
         {
-            sum += vCopy[i + HOLLOW_RADIUS];
+            sum += vCopy[i + radius];
             ++count;
         }
-        if (i - HOLLOW_RADIUS - 1 >= 0)
+        if (i - radius - 1 >= 0)
         {
-            sum -= vCopy[i - HOLLOW_RADIUS - 1];
+            sum -= vCopy[i - radius - 1];
             --count;
         }
         if (i >= 0)
@@ -81,17 +74,17 @@ void boxBlur(float* pFirst, int num, std::size_t stride, std::vector<float>& vCo
 }
 
 // Half the mean distance of neighbouring dots, from the share of the picture that they cover.
-float dotRadius(const std::vector<Vec3f>& vPixels)
+float dotRadius(const std::vector<Vec3f>& vPixels, int width, int height)
 {
     constexpr int BLOCK = 12;
-    constexpr int BLOCKS_X = WIDTH / BLOCK;
-    std::vector<char> vSeen(static_cast<std::size_t>(BLOCKS_X) * (HEIGHT / BLOCK), 0);
+    const std::size_t numAcross = static_cast<std::size_t>(width) / BLOCK + 1;
+    std::vector<char> vSeen(numAcross * (static_cast<std::size_t>(height) / BLOCK + 1), 0);
     std::size_t numInside = 0;
     for (const Vec3f& p : vPixels)
-        if (p.x >= 0.0f && p.y >= 0.0f && p.x < WIDTH && p.y < HEIGHT)
+        if (p.x >= 0.0f && p.y >= 0.0f && p.x < width && p.y < height)
         {
             ++numInside;
-            vSeen[static_cast<std::size_t>(p.y) / BLOCK * BLOCKS_X + static_cast<std::size_t>(p.x) / BLOCK] =
+            vSeen[static_cast<std::size_t>(p.y) / BLOCK * numAcross + static_cast<std::size_t>(p.x) / BLOCK] =
                 1;
         }
     const auto covered = static_cast<float>(BLOCK * BLOCK * std::count(vSeen.begin(), vSeen.end(), 1));
@@ -102,7 +95,9 @@ float dotRadius(const std::vector<Vec3f>& vPixels)
 
 PngRenderer::PngRenderer(const ViewOptions& options_)
     : options(options_)
-    , samples(WIDTH, HEIGHT)
+    , width(2 * options_.width)
+    , height(2 * options_.height)
+    , samples(width, height)
 {
 }
 
@@ -168,7 +163,7 @@ void PngRenderer::drawLine(const Vec3f& from, const Vec3f& to, const Colour& col
         t1 = std::min(t1, std::max(atLow, atHigh));
         return t0 <= t1;
     };
-    if (!clip(from.x, along.x, WIDTH - 1.0f) || !clip(from.y, along.y, HEIGHT - 1.0f))
+    if (!clip(from.x, along.x, width - 1.0f) || !clip(from.y, along.y, height - 1.0f))
         return;
     const float numSteps =
         std::max(1.0f, std::ceil((t1 - t0) * std::max(std::fabs(along.x), std::fabs(along.y))));
@@ -186,8 +181,8 @@ void PngRenderer::drawLine(const Vec3f& from, const Vec3f& to, const Colour& col
 // Where the surface is steep, it may lie before its own edge by the width of a sample.
 bool PngRenderer::isSeen(int x, int y, float depth) const
 {
-    for (int v = std::max(0, y - 1); v <= std::min(HEIGHT - 1, y + 1); ++v)
-        for (int u = std::max(0, x - 1); u <= std::min(WIDTH - 1, x + 1); ++u)
+    for (int v = std::max(0, y - 1); v <= std::min(height - 1, y + 1); ++v)
+        for (int u = std::max(0, x - 1); u <= std::min(width - 1, x + 1); ++u)
             if (vDepth[sampleIndex(u, v)] >= depth - MARK_LIFT)
                 return true;
     return false;
@@ -216,7 +211,7 @@ Image PngRenderer::drawCloud(const std::vector<Point3>& vPoints)
         nearest = std::min(nearest, p.z);
         farthest = std::max(farthest, p.z);
     }
-    const float radius = dotRadius(v);
+    const float radius = dotRadius(v, width, height);
     const float range = std::max(farthest - nearest, std::numeric_limits<float>::min());
     for (const Vec3f& p : v)
         splat(p, radius, (p.z - nearest) / range);
@@ -235,16 +230,16 @@ void PngRenderer::aim(const std::vector<Vec3f>& v, const Vec3f& meanNormal)
     if (camera)
         return;
     camera.emplace(options, v, meanNormal);
-    camera->fit(v, WIDTH, HEIGHT);
+    camera->fit(v, width, height);
 }
 
 void PngRenderer::startPicture()
 {
-    vDepth.assign(static_cast<std::size_t>(WIDTH) * HEIGHT, FAR_AWAY);
-    for (int y = 0; y < HEIGHT; ++y)
+    vDepth.assign(sampleIndex(0, height), FAR_AWAY);
+    for (int y = 0; y < height; ++y)
     {
-        const Colour colour = mix(SKY_TOP, SKY_BOTTOM, static_cast<float>(y) / HEIGHT);
-        for (int x = 0; x < WIDTH; ++x)
+        const Colour colour = mix(SKY_TOP, SKY_BOTTOM, static_cast<float>(y) / height);
+        for (int x = 0; x < width; ++x)
             samples.setPixel(x, y, colour);
     }
 }
@@ -255,13 +250,13 @@ void PngRenderer::rasterise(const Corner (&corners)[3])
     const Vec3f& b = corners[1].pixel;
     const Vec3f& c = corners[2].pixel;
     const int minX =
-        static_cast<int>(std::clamp(std::ceil(std::min({a.x, b.x, c.x}) - 0.5f), 0.0f, float(WIDTH)));
+        static_cast<int>(std::clamp(std::ceil(std::min({a.x, b.x, c.x}) - 0.5f), 0.0f, float(width)));
     const int maxX =
-        static_cast<int>(std::clamp(std::ceil(std::max({a.x, b.x, c.x}) - 0.5f), 0.0f, float(WIDTH)));
+        static_cast<int>(std::clamp(std::ceil(std::max({a.x, b.x, c.x}) - 0.5f), 0.0f, float(width)));
     const int minY =
-        static_cast<int>(std::clamp(std::ceil(std::min({a.y, b.y, c.y}) - 0.5f), 0.0f, float(HEIGHT)));
+        static_cast<int>(std::clamp(std::ceil(std::min({a.y, b.y, c.y}) - 0.5f), 0.0f, float(height)));
     const int maxY =
-        static_cast<int>(std::clamp(std::ceil(std::max({a.y, b.y, c.y}) - 0.5f), 0.0f, float(HEIGHT)));
+        static_cast<int>(std::clamp(std::ceil(std::max({a.y, b.y, c.y}) - 0.5f), 0.0f, float(height)));
     const double area = (double(b.x) - a.x) * (double(c.y) - a.y) - (double(b.y) - a.y) * (double(c.x) - a.x);
     if (area == 0.0)
         return;
@@ -319,13 +314,13 @@ void PngRenderer::shadeRow(const Corner (&corners)[3], const float (&heights)[3]
 
 void PngRenderer::splat(const Vec3f& pixel, float radius, float fog)
 {
-    if (!(pixel.x > -radius && pixel.y > -radius && pixel.x < WIDTH + radius && pixel.y < HEIGHT + radius))
+    if (!(pixel.x > -radius && pixel.y > -radius && pixel.x < width + radius && pixel.y < height + radius))
         return;
     const Colour base = mix(DOT, SKY_BOTTOM, 0.6f * fog);
     const int minX = std::max(0, static_cast<int>(pixel.x - radius));
-    const int maxX = std::min(WIDTH - 1, static_cast<int>(pixel.x + radius));
+    const int maxX = std::min(width - 1, static_cast<int>(pixel.x + radius));
     const int minY = std::max(0, static_cast<int>(pixel.y - radius));
-    const int maxY = std::min(HEIGHT - 1, static_cast<int>(pixel.y + radius));
+    const int maxY = std::min(height - 1, static_cast<int>(pixel.y + radius));
     for (int y = minY; y <= maxY; ++y)
         for (int x = minX; x <= maxX; ++x)
         {
@@ -351,18 +346,20 @@ void PngRenderer::darkenHollows()
             farthest = std::max(farthest, depth);
     std::vector<float> vMean(vDepth);
     std::replace(vMean.begin(), vMean.end(), FAR_AWAY, farthest);
-    std::vector<float> vCopy(std::max(WIDTH, HEIGHT));
-    for (int y = 0; y < HEIGHT; ++y)
-        boxBlur(&vMean[sampleIndex(0, y)], WIDTH, 1, vCopy);
-    for (int x = 0; x < WIDTH; ++x)
-        boxBlur(&vMean[sampleIndex(x, 0)], HEIGHT, WIDTH, vCopy);
-    for (int y = 0; y < HEIGHT; ++y)
-        for (int x = 0; x < WIDTH; ++x)
+    std::vector<float> vCopy(static_cast<std::size_t>(std::max(width, height)));
+    const int radius = std::max(1, width / HOLLOW_SHARE);
+    for (int y = 0; y < height; ++y)
+        boxBlur(&vMean[sampleIndex(0, y)], width, 1, radius, vCopy);
+    for (int x = 0; x < width; ++x)
+        boxBlur(&vMean[sampleIndex(x, 0)], height, static_cast<std::size_t>(width), radius, vCopy);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
         {
             const std::size_t i = sampleIndex(x, y);
             if (vDepth[i] == FAR_AWAY || vDepth[i] <= vMean[i])
                 continue;
-            const float hollow = HOLLOW_STRENGTH * (vDepth[i] - vMean[i]) / (4.0f * HOLLOW_RADIUS);
+            const float hollow =
+                HOLLOW_STRENGTH * (vDepth[i] - vMean[i]) / (4.0f * static_cast<float>(radius));
             samples.darken(x, y, 1.0f - std::min(0.45f, hollow));
         }
 }

@@ -60,7 +60,14 @@ private:
     // The picture of the samples, with what is written onto it.
     [[nodiscard]] Image finish(const std::optional<ColorLegend>& legend);
 
+    [[nodiscard]] std::size_t sampleIndex(int x, int y) const
+    {
+        return static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x);
+    }
+
     ViewOptions options;
+    int width; // in samples, two for each pixel
+    int height;
     std::optional<LocalFrame> frame;
     std::optional<Camera> camera; // of the first turn
     double barLength = 0.0;

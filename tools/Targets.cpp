@@ -116,6 +116,7 @@ TARN_ZEF::WriteOptions Targets::getWriteOptions(double spacing) const
         context.options.form == FileForm::TEXT || (context.options.form == FileForm::USUAL &&
                                                    extensionOf(context.options.getOutFormatName()) == ".stl");
     result.spacing = spacing;
+    result.bCompressed = context.options.bCompress;
     result.bYUp = context.options.bYUp;
     return result;
 }

@@ -18,6 +18,8 @@ enum class Paint
 // How a picture is taken.
 struct ViewOptions
 {
+    int width = 1200; // pixels
+    int height = 900;
     // Azimuth and elevation of the viewer in degrees, about the axis that points up; chosen from the shape
     // if not given.
     std::optional<std::array<double, 2>> angles;

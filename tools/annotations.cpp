@@ -11,13 +11,19 @@ namespace TARN_TOOL
 {
 namespace
 {
-constexpr int MARGIN = 36;
-constexpr int DOT = 3;        // pixels of each square of a digit
-constexpr int GAP = 10;       // between a bar and its number
-constexpr int BAR_HEIGHT = 6; // of the scale bar
-constexpr int TICK_HEIGHT = 18;
-constexpr int LEGEND_WIDTH = 240;
-constexpr int LEGEND_HEIGHT = 18;
+// In dots, the squares of digits; see dotOf().
+constexpr int MARGIN = 12;
+constexpr int GAP = 3;        // between a bar and its number
+constexpr int BAR_HEIGHT = 2; // of the scale bar
+constexpr int TICK_HEIGHT = 6;
+constexpr int LEGEND_WIDTH = 80;
+constexpr int LEGEND_HEIGHT = 6;
+
+// Pixels; small pictures have small letters.
+int dotOf(const Image& image)
+{
+    return std::max(1, image.getWidth() / 400);
+}
 
 void fillRimmedBox(Image& image, const PixelBox& box)
 {
@@ -51,34 +57,41 @@ double drawScaleBar(Image& image, double pixelsPerUnit)
         return 0.0;
     const double length = findRoundLength(limit);
     const int width = std::max(1, static_cast<int>(std::lround(length * pixelsPerUnit)));
-    const int top = image.getHeight() - MARGIN - TICK_HEIGHT;
-    const PixelBox bar = {MARGIN, top + (TICK_HEIGHT - BAR_HEIGHT) / 2, width, BAR_HEIGHT};
-    const PixelBox ticks[2] = {{MARGIN, top, 3, TICK_HEIGHT}, {MARGIN + width - 3, top, 3, TICK_HEIGHT}};
-    for (const PixelBox& box : {bar, ticks[0], ticks[1]})
+    const int dot = dotOf(image);
+    const int left = dot * MARGIN;
+    const int top = image.getHeight() - dot * (MARGIN + TICK_HEIGHT);
+    const PixelBox boxes[] = {
+        {left, top + dot * (TICK_HEIGHT - BAR_HEIGHT) / 2, width, dot * BAR_HEIGHT},
+        {left, top, dot, dot * TICK_HEIGHT},
+        {left + width - dot, top, dot, dot * TICK_HEIGHT},
+    };
+    for (const PixelBox& box : boxes)
         fillRimmedBox(image, box);
-    for (const PixelBox& box : {bar, ticks[0], ticks[1]})
+    for (const PixelBox& box : boxes)
         fillBox(image, box, INK);
-    const BitmapText number(textOf(length), DOT);
-    number.draw(image, MARGIN, top - GAP - number.getHeight());
+    const BitmapText number(textOf(length), dot);
+    number.draw(image, left, top - dot * GAP - number.getHeight());
     return length;
 }
 
 void drawLegend(Image& image, const ColorLegend& legend)
 {
-    const int left = image.getWidth() - MARGIN - LEGEND_WIDTH;
-    const int top = image.getHeight() - MARGIN - LEGEND_HEIGHT;
-    fillRimmedBox(image, {left, top, LEGEND_WIDTH, LEGEND_HEIGHT});
-    for (int x = 0; x < LEGEND_WIDTH; ++x)
+    const int dot = dotOf(image);
+    const int width = dot * LEGEND_WIDTH;
+    const int left = image.getWidth() - dot * MARGIN - width;
+    const int top = image.getHeight() - dot * (MARGIN + LEGEND_HEIGHT);
+    fillRimmedBox(image, {left, top, width, dot * LEGEND_HEIGHT});
+    for (int x = 0; x < width; ++x)
     {
-        const double share = (x + 0.5) / LEGEND_WIDTH;
-        fillBox(image, {left + x, top, 1, LEGEND_HEIGHT},
+        const double share = (x + 0.5) / width;
+        fillBox(image, {left + x, top, 1, dot * LEGEND_HEIGHT},
                 legend.bSigned ? signedColorOf(2.0 * share - 1.0) : colorOf(share));
     }
-    const BitmapText low(textOf(legend.low, 3), DOT);
-    const BitmapText high(textOf(legend.high, 3), DOT);
-    const int textTop = top - GAP - low.getHeight();
+    const BitmapText low(textOf(legend.low, 3), dot);
+    const BitmapText high(textOf(legend.high, 3), dot);
+    const int textTop = top - dot * GAP - low.getHeight();
     low.draw(image, left, textTop);
-    high.draw(image, image.getWidth() - MARGIN - high.getWidth(), textTop);
+    high.draw(image, left + width - high.getWidth(), textTop);
 }
 
 } // namespace TARN_TOOL

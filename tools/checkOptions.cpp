@@ -29,6 +29,18 @@ std::array<double, 2> parsePair(const std::string& optionName, const std::string
     return {*first, *second};
 }
 
+void settleSize(const std::string& text, ViewOptions& view)
+{
+    constexpr double LEAST = 100.0;
+    constexpr double MOST = 8000.0;
+    const std::array<double, 2> size = parsePair("--size", text);
+    for (const double pixels : size)
+        if (pixels < LEAST || pixels > MOST || pixels != static_cast<int>(pixels))
+            refuse("--size", "expects whole numbers from 100 to 8000 like 1200,900, not " + text);
+    view.width = static_cast<int>(size[0]);
+    view.height = static_cast<int>(size[1]);
+}
+
 std::vector<int> parseClasses(const std::string& text)
 {
     std::vector<int> vClasses;
@@ -46,6 +58,8 @@ void settleValues(const RawOptions& raw, Options& options)
 {
     if (!raw.angles.empty())
         options.view.angles = parsePair("--view", raw.angles);
+    if (!raw.size.empty())
+        settleSize(raw.size, options.view);
     if (!raw.focus.empty())
         options.view.focus = parsePair("--focus", raw.focus);
     if (!raw.classes.empty())

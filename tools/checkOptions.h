@@ -16,6 +16,7 @@ struct RawOptions
     std::string focus;
     std::string classes;
     std::string paint;
+    std::string size; // of pictures
     std::string color = "auto";
     bool bMesh = false;
     bool bMelt = false;

@@ -187,7 +187,7 @@ void defineSteps(CLI::App& app, Options& options)
 }
 
 // What needs the library for pictures of pixels.
-void definePixelPictures(CLI::App& app, Options& options)
+void definePixelPictures(CLI::App& app, Options& options, RawOptions& raw)
 {
     CLI::Option* pPng = app.add_option("--png", options.pngName, "Draw the mesh; back sides are orange")
                             ->type_name("FILE")
@@ -201,6 +201,9 @@ void definePixelPictures(CLI::App& app, Options& options)
         ->type_name("N")
         ->needs(pPng)
         ->group(PICTURES);
+    app.add_option("--size", raw.size, "Width and height of pictures in pixels (1200,900)")
+        ->type_name("W,H")
+        ->group(PICTURES);
     app.add_flag("--scale-bar", options.view.bScaleBar,
                  "Draw a bar of a round length, in units of the points")
         ->group(PICTURES);
@@ -209,7 +212,7 @@ void definePixelPictures(CLI::App& app, Options& options)
 void definePictures(CLI::App& app, Options& options, RawOptions& raw)
 {
     if (canWritePng())
-        definePixelPictures(app, options);
+        definePixelPictures(app, options, raw);
     app.add_option("--html", options.htmlName,
                    "A page with the mesh, to turn in any browser, without a network")
         ->type_name("FILE")
@@ -289,6 +292,7 @@ void defineFiles(CLI::App& app, Options& options, RawOptions& raw)
     app.add_flag("--binary", raw.bBinary, "Write binary where the format has both, as for a printer's STL")
         ->excludes(pAscii)
         ->group(files);
+    app.add_flag("--compress", options.bCompress, "PCD: write it compressed")->excludes(pAscii)->group(files);
     app.add_flag("--y-up", options.bYUp, "GLB: turn what points up along z to y, as viewers expect")
         ->group(files);
     app.add_option("--batch", options.batchFolder,

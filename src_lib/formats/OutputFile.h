@@ -43,10 +43,11 @@ public:
 
     void finish();
 
-private:
+    // As value() writes it, sizeof(T) bytes.
     template <class T>
     static void store(T number, char* pBytes) noexcept;
 
+private:
     std::string path;
     std::ofstream stream;
     TextWriter out;

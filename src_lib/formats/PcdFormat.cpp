@@ -1,5 +1,6 @@
 // PCD 0.7 and before: a header in text that names the fields, then rows as text, as bytes, or as packed bytes field
 // by field.
+#include "core/cancel.h"
 #include "formats/Format.h"
 #include "formats/lzf.h"
 #include "formats/textRows.h"
@@ -8,6 +9,7 @@
 #include <array>
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace TARN_ZEF
 {
@@ -337,7 +339,7 @@ void readPcd(InputFile& file, const ReadOptions&, PointData& data)
 
 // --- Writing ----------------------------------------------------------------------------------------------
 
-void writeHeader(OutputFile& file, const PointData& data, bool bASCII)
+void writeHeader(OutputFile& file, const PointData& data, std::string_view form)
 {
     std::string fields = "x y z";
     std::string sizes = "8 8 8";
@@ -359,8 +361,9 @@ void writeHeader(OutputFile& file, const PointData& data, bool bASCII)
     const std::string num = std::to_string(data.vPoints.size());
     file.getText().text("# .PCD v0.7 - Point Cloud Data file format\nVERSION 0.7\nFIELDS " + fields +
                         "\nSIZE " + sizes + "\nTYPE " + types + "\nCOUNT " + counts + "\nWIDTH " + num +
-                        "\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + num + "\nDATA " +
-                        (bASCII ? "ascii\n" : "binary\n"));
+                        "\nHEIGHT 1\nVIEWPOINT 0 0 0 1 0 0 0\nPOINTS " + num + "\nDATA ");
+    file.getText().text(form);
+    file.getText().text("\n");
 }
 
 [[nodiscard]] std::uint32_t packRgb(const PointColor& color) noexcept
@@ -388,9 +391,54 @@ void forEachValue(const PointData& data, std::size_t i, Put put)
         put(packRgb(data.vColors[i]));
 }
 
+template <class T>
+void appendValue(T value, std::string& bytes)
+{
+    std::array<char, sizeof(T)> aBytes;
+    OutputFile::store(value, aBytes.data());
+    bytes.append(aBytes.data(), aBytes.size());
+}
+
+// All values of the first field, then all of the second, and so on.
+[[nodiscard]] std::string columnsOf(const PointData& data)
+{
+    std::vector<std::string> vColumns;
+    for (std::size_t i = 0; i < data.vPoints.size(); ++i)
+    {
+        checkCancelledAt(i);
+        std::size_t column = 0;
+        forEachValue(data, i,
+                     [&](auto value)
+                     {
+                         if (vColumns.size() <= column)
+                             vColumns.emplace_back().reserve(sizeof value * data.vPoints.size());
+                         appendValue(value, vColumns[column++]);
+                     });
+    }
+    std::string columns;
+    for (std::string& column : vColumns)
+        columns.append(std::exchange(column, {}));
+    return columns;
+}
+
+void writePacked(OutputFile& file, const PointData& data)
+{
+    const std::string columns = columnsOf(data);
+    const std::string packed = packLzf(columns);
+    if (std::max(columns.size(), packed.size()) > UINT32_MAX)
+        throw FileError("a compressed PCD holds less than 4 GB, " + std::to_string(columns.size()) +
+                        " bytes are wanted; leave out the compression");
+    file.value(static_cast<std::uint32_t>(packed.size()));
+    file.value(static_cast<std::uint32_t>(columns.size()));
+    file.getText().text(packed);
+}
+
 void writePcd(OutputFile& file, const PointData& data, const WriteOptions& options)
 {
-    writeHeader(file, data, options.bASCII);
+    const bool bPacked = options.bCompressed && !options.bASCII;
+    writeHeader(file, data, options.bASCII ? "ascii" : bPacked ? "binary_compressed" : "binary");
+    if (bPacked)
+        return writePacked(file, data);
     TextWriter& out = file.getText();
     for (std::size_t i = 0; i < data.vPoints.size(); ++i)
     {

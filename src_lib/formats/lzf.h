@@ -12,6 +12,9 @@ namespace TARN_ZEF
 // can give at best, 264 bytes for 3.
 [[nodiscard]] bool unpackLzf(std::string_view packed, std::size_t size, std::string& unpacked);
 
+// What unpackLzf() turns back into data: at most a thirtieth longer than data.
+[[nodiscard]] std::string packLzf(std::string_view data);
+
 } // namespace TARN_ZEF
 
 #endif

@@ -2,6 +2,7 @@
 
 #include "checkMesh.h"
 #include "formats/Format.h"
+#include "formats/lzf.h"
 #include "formats/polygons.h"
 #include "helpers/StreamCapture.h"
 #include "helpers/TempFile.h"
@@ -184,14 +185,15 @@ TEST(Formats, PointsComeBackAsTheyWereWritten)
         const PointData data = somePoints(bAttributes);
         for (const Format* pFormat : getFormats())
         {
-            for (const bool bASCII : {false, true})
+            for (const WriteOptions& form :
+                 {WriteOptions{}, WriteOptions{.bASCII = true}, WriteOptions{.bCompressed = true}})
             {
                 if (pFormat->writePoints == nullptr)
                     continue;
-                SCOPED_TRACE(std::string(pFormat->name) + (bASCII ? " ASCII" : "") +
-                             (bAttributes ? " more" : ""));
+                SCOPED_TRACE(std::string(pFormat->name) + (form.bASCII ? " ASCII" : "") +
+                             (form.bCompressed ? " compressed" : "") + (bAttributes ? " more" : ""));
                 const TempFile file(std::string(pFormat->extensions.substr(0, 4)));
-                writePoints(file.path, data, {.bASCII = bASCII});
+                writePoints(file.path, data, form);
                 const PointData read = readPoints(file.path);
                 EXPECT_EQ(read.format, pFormat->name);
                 ASSERT_EQ(read.vPoints.size(), data.vPoints.size());
@@ -210,6 +212,32 @@ TEST(Formats, PointsComeBackAsTheyWereWritten)
             }
         }
     }
+}
+
+// Noise, repetitions of every length and distance, and both together, to the limits of what a copy can tell.
+TEST(Lzf, whatWasPackedIsUnpacked)
+{
+    std::mt19937 rng(5);
+    std::vector<std::string> texts = {"", "a", "ab", "abc", std::string(100000, 'x')};
+    for (const std::size_t distance : {1u, 2u, 3u, 31u, 32u, 33u, 255u, 256u, 257u, 8191u, 8192u, 8193u})
+        for (const std::size_t num : {2u, 3u, 8u, 9u, 263u, 264u, 265u, 1000u})
+        {
+            std::string text;
+            for (std::size_t i = 0; i < distance; ++i)
+                text.push_back(static_cast<char>(rng()));
+            for (std::size_t i = 0; i < num; ++i)
+                text.push_back(text[text.size() - distance]);
+            texts.push_back(text + "end");
+        }
+    for (const std::string& text : texts)
+    {
+        const std::string packed = packLzf(text);
+        EXPECT_LE(packed.size(), text.size() + text.size() / 30 + 1);
+        std::string unpacked;
+        EXPECT_TRUE(unpackLzf(packed, text.size(), unpacked)) << text.size();
+        EXPECT_TRUE(unpacked == text) << text.size();
+    }
+    EXPECT_LT(packLzf(texts[4]).size(), 2000u);
 }
 
 TEST(Formats, TrianglesComeBackAsTheyWereWritten)
