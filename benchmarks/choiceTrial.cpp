@@ -132,7 +132,11 @@ void tryShape(const ClosedShape& shape, const SurfaceSampler::Wish& wish, Sums& 
     const std::shared_ptr<Mesh> pMesh = autoReconstruct(vPoints, AutoOptions(), &report);
     sums.chosenSeconds += secondsNow() - start;
     std::printf("  even %.2f noise %.2f layers %.2f  %s%.4g  ", report.cloud.evenness, report.cloud.noise,
-                report.cloud.layers, report.bSmooth ? "-s " : "", report.factor);
+                report.cloud.layers,
+                report.bByFacing ? "by facing "
+                : report.bSmooth ? "-s "
+                                 : "",
+                report.factor);
     if (pMesh)
     {
         const MeasuredMesh mesh(*pMesh);

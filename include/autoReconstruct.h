@@ -32,7 +32,8 @@ struct AutoOptions
     // one for 400 triangles: then they are the cloud's own, and no factor mends them. From 0 to 1.
     double mostFaultsLeft = 0.5;
     // Whether, where no factor makes a sound surface, closed bodies are looked for by the way that their surface faces
-    // at each point: walls and gaps that are too thin for cells are told apart.
+    // at each point: walls and gaps that are too thin for cells are told apart. Left out under a MemoryLimitScope of
+    // less than 2,500 bytes a point.
     bool bTellSheetsApart = true;
 };
 
@@ -86,8 +87,9 @@ struct AutoReport
 // The surface is made with each factor in turn until one will do, so that the result is what reconstruct_auto() gives
 // for the chosen factor and smoothing. Where the points scatter much, they are smoothed first. What differs from plain
 // defaults must pay: the mesh has neither holes nor non-manifold edges or vertices, and no more border edges, border
-// loops or pieces than the one of plain defaults. Otherwise the points are asked which way they face: where that gives
-// closed bodies, with all points on them, their surface is the mesh. Otherwise it is the one of plain defaults.
+// loops or pieces than the one of plain defaults.
+// Where no factor makes such a mesh, the points are asked which way they face: if they bound closed bodies, with hardly
+// one of them off, the surface of these is the mesh, manifold and without border. Otherwise it is the one of plain defaults.
 //
 // vPoints    read, never changed
 // pReport    what was chosen, and why; may be null
@@ -95,7 +97,8 @@ struct AutoReport
 // Throws     as reconstruct_auto(), and ZefBadArgument for an option out of its range
 // Progress   goes from 0 to 1 once for each mesh that is made
 // Cost       that of reconstruct_auto() with the chosen factor, and of the smaller ones before it: two to three times
-//            the time at factor 1, at most four; two meshes are held at a time
+//            the time at factor 1, at most four, and about two more where closed bodies are looked for; two meshes are
+//            held at a time
 [[nodiscard]] ZEF_API std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints,
                                                             const AutoOptions& options = AutoOptions(),
                                                             AutoReport* pReport = nullptr);

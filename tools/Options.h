@@ -59,7 +59,7 @@ struct Options
     TARN_ZEF::ReadOptions reading;
     FileForm form = FileForm::USUAL;
     bool bCompress = false; // PCD
-    bool bYUp = false; // GLB: what points up along z is written along y
+    bool bYUp = false;      // GLB: what points up along z is written along y
 
     double spacingAbs = -1.0;   // in units of the points; counts only if above 0.0
     double spacingFactor = 1.0; // factor on the detected spacing

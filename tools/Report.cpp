@@ -44,19 +44,27 @@ const char* nameOf(Task task)
     return "";
 }
 
+constexpr const char* BY_FACING = "bodies by facing";
+
 std::string choiceText(const TARN_ZEF::AutoReport& choice)
 {
     const auto rounded = [](double x) { return textOf(std::round(100.0 * x) / 100.0); };
-    std::string text = std::string("chosen: factor ") + textOf(choice.factor) +
-                       (choice.bSmooth ? ", smoothed" : ", not smoothed") + ": " + choice.reason + "\n";
+    std::string text = "chosen: " +
+                       (choice.bByFacing ? std::string(BY_FACING)
+                                         : "factor " + textOf(choice.factor) +
+                                               (choice.bSmooth ? ", smoothed" : ", not smoothed")) +
+                       ": " + choice.reason + "\n";
     if (choice.cloud.noise >= 0.0)
         text += "cloud: evenness " + rounded(choice.cloud.evenness) + ", noise " +
                 rounded(choice.cloud.noise) + " spacings, layers at " + rounded(100.0 * choice.cloud.layers) +
                 " % of the points\n";
     for (const TARN_ZEF::AutoTrial& trial : choice.vTrials)
-        text += "tried: factor " + textOf(trial.factor) + (trial.bSmooth ? ", smoothed" : "") + ": " +
-                std::to_string(trial.numHoles) + " holes, " + std::to_string(trial.numNonManifoldEdges) +
-                " non-manifold edges, " + std::to_string(trial.numNonManifoldVertices) + " vertices\n";
+        text += "tried: " +
+                (trial.bByFacing ? std::string(BY_FACING)
+                                 : "factor " + textOf(trial.factor) + (trial.bSmooth ? ", smoothed" : "")) +
+                ": " + std::to_string(trial.numHoles) + " holes, " +
+                std::to_string(trial.numNonManifoldEdges) + " non-manifold edges, " +
+                std::to_string(trial.numNonManifoldVertices) + " vertices\n";
     return text;
 }
 
@@ -65,6 +73,7 @@ JsonLine choiceJson(const TARN_ZEF::AutoReport& choice)
     JsonLine line;
     line.add("factor", choice.factor);
     line.add("smooth", std::size_t{choice.bSmooth});
+    line.add("byFacing", std::size_t{choice.bByFacing});
     line.add("reason", choice.reason);
     line.add("evenness", choice.cloud.evenness);
     line.add("noise", choice.cloud.noise);
@@ -74,6 +83,7 @@ JsonLine choiceJson(const TARN_ZEF::AutoReport& choice)
     {
         vTrials[i].add("factor", choice.vTrials[i].factor);
         vTrials[i].add("smooth", std::size_t{choice.vTrials[i].bSmooth});
+        vTrials[i].add("byFacing", std::size_t{choice.vTrials[i].bByFacing});
         vTrials[i].add("holes", choice.vTrials[i].numHoles);
         vTrials[i].add("nonManifoldEdges", choice.vTrials[i].numNonManifoldEdges);
         vTrials[i].add("nonManifoldVertices", choice.vTrials[i].numNonManifoldVertices);

@@ -18,7 +18,9 @@ const OptionTable<AutoOptions>& getOptionTable()
             .add("mostEdgesOfHole", &O::mostEdgesOfHole,
                  "longest border loop, in edges, that counts as a hole")
             .add("mostFaultsLeft", &O::mostFaultsLeft,
-                 "share of faults, 0 to 1, that the second factor may leave for the search to go on");
+                 "share of faults, 0 to 1, that the second factor may leave for the search to go on")
+            .add("bTellSheetsApart", &O::bTellSheetsApart,
+                 "whether closed bodies are looked for by the way that points face, where no factor does");
     return table;
 }
 

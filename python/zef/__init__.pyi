@@ -89,6 +89,7 @@ def auto_reconstruct(
     leastNoiseToSmooth: float = ...,
     mostEdgesOfHole: int = ...,
     mostFaultsLeft: float = ...,
+    bTellSheetsApart: bool = ...,
     memoryLimit: Optional[int] = ...,
     progress: _Progress = ...,
     report: Optional[Report] = ...,

@@ -1,11 +1,13 @@
 #include "autoReconstruct.h"
 
 #include "api/flatMesh.h"
+#include "api/reportMesh.h"
 #include "choice/CloudMeasure.h"
 #include "choice/FactorLadder.h"
 #include "choice/countTrialFaults.h"
 #include "core/CallScope.h"
 #include "core/ProgressScope.h"
+#include "core/memoryLimit.h"
 #include "core/zefRand.h"
 #include "geometry/NearFrame.h"
 #include "geometry/isFinite.h"
@@ -23,6 +25,9 @@ namespace TARN_ZEF
 {
 namespace
 {
+// What looking for bodies takes at most.
+constexpr std::size_t BYTES_A_POINT_OF_BODIES = 2'500;
+
 void countFaults(const Mesh& mesh, std::size_t mostEdgesOfHole, AutoTrial& trial)
 {
     std::vector<Point3> vPoints;
@@ -83,10 +88,16 @@ bool isPlain(const AutoReport& report)
 }
 
 // Where plain defaults stay with their faults.
+bool mayBoundBodies(const std::vector<Point3>& vFinite, const AutoReport& report)
+{
+    return isPlain(report) && report.vTrials.front().getNumFaults() > 0 &&
+           vFinite.size() <= memoryLimit / BYTES_A_POINT_OF_BODIES;
+}
+
 std::shared_ptr<Mesh> tryBodies(const std::vector<Point3>& vFinite, const AutoOptions& options,
                                 AutoReport& report)
 {
-    if (!options.bTellSheetsApart || !isPlain(report) || report.vTrials.front().getNumFaults() == 0)
+    if (!options.bTellSheetsApart || !mayBoundBodies(vFinite, report))
         return nullptr;
     std::shared_ptr<Mesh> pBodies = makeBodies(vFinite, report.cloud.spacing);
     if (!pBodies)
@@ -152,7 +163,9 @@ std::shared_ptr<Mesh> autoReconstruct(std::vector<Point3>& vPoints, const AutoOp
             pLast = std::move(pBodies);
     }
     const bool bPlain = isPlain(report);
-    reportChoice(plainFigures, bPlain ? plainFigures : lastFigures);
+    reportChoice(plainFigures, bPlain || report.bByFacing ? plainFigures : lastFigures);
+    if (report.bByFacing)
+        reportMesh(pLast);
     if (pReport != nullptr)
         *pReport = report;
     return bPlain ? pPlain : pLast;

@@ -8,6 +8,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <random>
 
 namespace TARN_ZEF
 {
@@ -43,6 +44,7 @@ TEST(AutoReconstruct, makesTheMeshOfItsChoiceAndNoWorseThanPlain)
         threadRandom() = start;
         const std::shared_ptr<Mesh> pMesh = autoReconstruct(cloud.vPoints, AutoOptions(), &report);
         ASSERT_TRUE(pMesh && pPlain);
+        ASSERT_FALSE(report.bByFacing);
         threadRandom() = start;
         EXPECT_TRUE(flatten(*pMesh) ==
                     flatten(*reconstruct_auto(cloud.vPoints, report.bSmooth, report.factor)));
@@ -74,6 +76,34 @@ TEST(AutoReconstruct, answersOddInputAsPlainDefaultsDo)
     const std::shared_ptr<Mesh> pDirty = autoReconstruct(vCloud);
     ASSERT_TRUE(pClean && pDirty);
     EXPECT_TRUE(flatten(*pClean) == flatten(*pDirty));
+}
+
+// Random points on both sides and the rim of a card, at a spacing of 1: no cell tells its sides apart.
+TEST(AutoReconstruct, tellsThinWallsApartWhereNoFactorDoes)
+{
+    std::mt19937 random(3);
+    const auto draw = [&](double width) { return width * std::generate_canonical<double, 32>(random); };
+    std::vector<Point3> vCloud;
+    for (int i = 0; i < 24000; ++i)
+        vCloud.emplace_back(draw(200.0), draw(60.0), i % 2 == 0 ? 0.0 : 2.8);
+    for (int i = 0; i < 1120; ++i)
+        vCloud.emplace_back(draw(200.0), i % 2 == 0 ? 0.0 : 60.0, draw(2.8));
+    for (int i = 0; i < 336; ++i)
+        vCloud.emplace_back(i % 2 == 0 ? 0.0 : 200.0, draw(60.0), draw(2.8));
+    AutoReport report;
+    const std::shared_ptr<Mesh> pMesh = autoReconstruct(vCloud, AutoOptions(), &report);
+    ASSERT_TRUE(pMesh);
+    EXPECT_TRUE(report.bByFacing);
+    EXPECT_TRUE(report.vTrials.back().bByFacing);
+    const MeshCheck check = checkMesh(*pMesh);
+    EXPECT_TRUE(check.isClosed() && check.isEdgeManifold());
+    EXPECT_EQ(check.eulerNumber, 2);
+    AutoOptions options;
+    options.bTellSheetsApart = false;
+    const std::shared_ptr<Mesh> pPlain = autoReconstruct(vCloud, options, &report);
+    ASSERT_TRUE(pPlain);
+    EXPECT_FALSE(report.bByFacing);
+    EXPECT_TRUE(flatten(*pPlain) == flatten(*reconstruct_auto(vCloud, false, 1.0)));
 }
 
 // A board of squares: its rim, a hole of one square, and a hole that touches it in a corner.
