@@ -25,7 +25,7 @@ public:
 
     PointGrid(const std::vector<Point3>& vPoints_, double reach_);
 
-    // The points within reach, the centre's own included, nearest first, ties by index.
+    // The points within reach, the centre's own included, nearest first, ties by place, then by index.
     void find(const Point3& mid, std::vector<Hit>& vHits) const;
 
 private:
