@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <tuple>
 
 #include "parallel/parallelFor.h"
 #include "parallel/sortMT2.h"
@@ -56,12 +57,13 @@ void PointGrid::find(const Point3& mid, std::vector<Hit>& vHits) const
 {
     vHits.clear();
     visit(mid, [&vHits](const Hit& hit) { vHits.push_back(hit); });
-    std::sort(vHits.begin(), vHits.end(),
-              [](const Hit& a, const Hit& b)
-              {
-                  return a.squaredDistance != b.squaredDistance ? a.squaredDistance < b.squaredDistance
-                                                                : a.index < b.index;
-              });
+    // By place where distances are equal: the first few must not depend on the order of the cloud.
+    const auto rank = [this](const Hit& hit)
+    {
+        const Point3& p = vPoints[hit.index];
+        return std::tuple(hit.squaredDistance, p.x(), p.y(), p.z(), hit.index);
+    };
+    std::sort(vHits.begin(), vHits.end(), [&](const Hit& a, const Hit& b) { return rank(a) < rank(b); });
 }
 
 } // namespace TARN_ZEF

@@ -26,7 +26,7 @@ public:
 
     PointGrid(const std::vector<Point3>& vPoints_, double reach_);
 
-    // The points within reach, the centre's own included, nearest first, ties by index.
+    // The points within reach, the centre's own included, nearest first, ties by place, then by index.
     void find(const Point3& mid, std::vector<Hit>& vHits) const;
     // Calls f(hit) for each of them, in an order that depends on where the points lie alone; ties by index.
     template <typename F>

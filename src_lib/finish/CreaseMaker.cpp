@@ -10,10 +10,10 @@ namespace TARN_ZEF
 using Kind = HalfEdgeMesh::Kind;
 
 CreaseMaker::CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Surfaces& vSurfaces_, double cellSize_,
-                         double noise_, double radius_)
+                         double noise_, double radius_, const Box& room)
     : mesh(mesh_)
     , cellSize(cellSize_)
-    , sides(mesh_, vSurfaces_, cellSize_, noise_, radius_)
+    , sides(mesh_, vSurfaces_, cellSize_, noise_, radius_, room)
 {
 }
 

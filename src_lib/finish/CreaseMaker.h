@@ -19,8 +19,9 @@ class CreaseMaker
 {
 public:
     // Lengths in units of the points but for noise and radius, which are in cells.
+    // room: where creases may run.
     CreaseMaker(HalfEdgeMesh& mesh_, const CreaseSides::Surfaces& vSurfaces_, double cellSize_, double noise_,
-                double radius_);
+                double radius_, const Box& room);
 
     void run();
 

@@ -37,10 +37,11 @@ constexpr double FARTHEST_OFF = 0.6;
 } // namespace
 
 CreaseSides::CreaseSides(const HalfEdgeMesh& mesh_, const Surfaces& vSurfaces_, double cellSize_,
-                         double noise_, double radius_)
+                         double noise_, double radius_, const Box& room_)
     : mesh(mesh_)
     , vSurfaces(vSurfaces_)
     , cellSize(cellSize_)
+    , room(room_)
     , noise(noise_)
     , radius(radius_)
 {
@@ -184,7 +185,7 @@ bool CreaseSides::meet(int a, int b, Point3& point) const
                          planeB.normal * ((heightB - cosine * heightA) / det);
     const double limit = FARTHEST * cellSize + 0.5 * edge.length();
     point = middle + move;
-    return move.sqLength() < limit * limit;
+    return move.sqLength() < limit * limit && room.contains(point.x(), point.y(), point.z());
 }
 
 // Whether the fits over an edge are far worse than those of its sides: else the surface is round there.

@@ -3,6 +3,7 @@
 
 #include "finish/LocalSurface.h"
 #include "surface/HalfEdgeMesh.h"
+#include "tarn_tools/Box.h"
 
 #include <vector>
 
@@ -20,7 +21,7 @@ public:
 
     // Lengths in units of the points but for noise and radius, which are in cells.
     CreaseSides(const HalfEdgeMesh& mesh_, const Surfaces& vSurfaces_, double cellSize_, double noise_,
-                double radius_);
+                double radius_, const Box& room_);
 
     void run();
 
@@ -53,6 +54,7 @@ private:
     const HalfEdgeMesh& mesh;
     const Surfaces& vSurfaces;
     double cellSize;
+    Box room;
     double noise;
     double radius;
     std::vector<int> vSide; // of each vertex

@@ -213,7 +213,7 @@ void Finisher::fit()
 
 void Finisher::makeCreases()
 {
-    CreaseMaker maker(mesh, oFit->getSurfaces(), cellSize, report.noise, report.fitRadius);
+    CreaseMaker maker(mesh, oFit->getSurfaces(), cellSize, report.noise, report.fitRadius, oFit->getRoom());
     maker.run();
     report.numCreaseEdges = maker.getNumCreaseEdges();
     report.numCreaseCorners = maker.getNumCorners();

@@ -2,6 +2,7 @@
 
 #include "core/Progress.h"
 #include "finish/NormalTensor.h"
+#include "geometry/isFinite.h"
 #include "geometry/tools.h"
 #include "parallel/collectInOrder.h"
 #include "parallel/parallelFor.h"
@@ -37,6 +38,8 @@ constexpr double GROUP_REACH = 1.6;
 constexpr double HOLDS = 0.6;
 // Rings of vertices that a cell may take.
 constexpr double RINGS_PER_CELL = 1.5;
+// Cells by which a vertex may leave the box of the points.
+constexpr double ROOM = 1.9;
 // Sides of a crease that meet under about 10 degrees or less do not say where along their normals' difference.
 constexpr double MEETING_SHARE = 0.008;
 
@@ -55,6 +58,7 @@ SheetFit::SheetFit(HalfEdgeMesh& mesh_, const std::vector<Point3>& vCloud_, doub
     , vCloud(vCloud_)
     , cellSize(cellSize_)
     , maxMove(maxMove_)
+    , room(findRoom())
 {
 }
 
@@ -253,11 +257,28 @@ void SheetFit::projectAll()
                 });
 }
 
+// A surface that leads farther out of the cloud than this tells of no points.
+Box SheetFit::findRoom() const
+{
+    Box box;
+    for (const Point3& p : vCloud)
+        if (isFinite(p))
+            box.include({p.x(), p.y(), p.z(), p.x(), p.y(), p.z()});
+    const double margin = ROOM * cellSize;
+    return {box.xmin - margin, box.ymin - margin, box.zmin - margin,
+            box.xmax + margin, box.ymax + margin, box.zmax + margin};
+}
+
 void SheetFit::moveAll()
 {
     for (int v = 0; v < mesh.endVertices(); ++v)
-        if (mesh.isAliveVertex(v))
-            mesh.setPoint(v, vProposed[static_cast<std::size_t>(v)]);
+    {
+        if (!mesh.isAliveVertex(v))
+            continue;
+        const Point3& p = vProposed[static_cast<std::size_t>(v)];
+        if (room.contains(p.x(), p.y(), p.z()))
+            mesh.setPoint(v, p);
+    }
 }
 
 std::vector<int> SheetFit::chooseSamples() const

@@ -5,6 +5,7 @@
 #include "finish/QuadricSums.h"
 #include "finish/SheetReach.h"
 #include "surface/HalfEdgeMesh.h"
+#include "tarn_tools/Box.h"
 
 #include <array>
 #include <cstddef>
@@ -42,6 +43,8 @@ public:
     [[nodiscard]] double getRadius() const noexcept { return radius; }
     // What the points usually leave the quadrics by, in cells: an estimate of their noise.
     [[nodiscard]] double getNoise() const noexcept { return noise; }
+    // Where vertices may move to: the box of the points, and a little around it.
+    [[nodiscard]] const Box& getRoom() const noexcept { return room; }
     // A vertex each; none for those on creases, and for those that no points are near to.
     [[nodiscard]] const std::vector<LocalSurface>& getSurfaces() const noexcept { return vSurfaces; }
 
@@ -90,6 +93,7 @@ private:
     void proposeGroup(const SheetReach& reach, Scratch& scratch);
     void collectGroup(const SheetReach& reach, int v, int from, int to, Scratch& scratch);
     void projectAll();
+    [[nodiscard]] Box findRoom() const;
     void moveAll();
 
     [[nodiscard]] Point3 proposeFree(const SheetReach& reach, const Place& place, Scratch& scratch);
@@ -108,6 +112,7 @@ private:
     const std::vector<Point3>& vCloud;
     double cellSize;
     double maxMove;
+    Box room; // that vertices may move in
     double radius = 0.0;
     double noise = 0.0;
     std::vector<LocalSurface> vSurfaces; // of the vertices

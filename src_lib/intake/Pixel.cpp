@@ -244,6 +244,8 @@ void Pixel::bfsSort()
     const std::vector<std::uint32_t> vGroups = findEdgeGroups();
     std::vector<char> vVisited;
     growTo(vVisited, vTri.size());
+    std::vector<char> vIsDone; // by group
+    growTo(vIsDone, vEdge2Tri.size());
     std::vector<std::uint32_t> vOrder; // the queue, too: its front moves through it
     vOrder.reserve(vTri.size());
     std::size_t front = 0;
@@ -259,6 +261,9 @@ void Pixel::bfsSort()
             const std::size_t firstEdge = std::size_t{3} * vOrder[front];
             for (std::size_t i = firstEdge; i < firstEdge + 3; ++i)
             {
+                // Once is enough, however many triangles meet at an edge.
+                if (std::exchange(vIsDone[vGroups[i]], char{1}))
+                    continue;
                 const u64 edge = vEdge2Tri[vGroups[i]].first;
                 for (std::size_t k = vGroups[i]; k < vEdge2Tri.size() && vEdge2Tri[k].first == edge; ++k)
                 {

@@ -107,6 +107,8 @@ protected:
             "reconstruct", [&] { return reconstruct_auto(v, false, 1.2); }, finish);
         hash = 31 * hash + run(
                                "smoothed", [&] { return reconstruct_auto(v, true, 1.5); }, finish);
+        hash = 31 * hash + run(
+                               "chosen", [&] { return autoReconstruct(v); }, finish);
         return hash;
     }
 
@@ -194,6 +196,7 @@ TEST_F(OddInputCalls, noMeshIsRefusedByEveryCallOnOne)
         {"edgeFlips", [](const auto& pMesh) { edgeFlips(pMesh); }},
         {"edgeFlipsSimA", [](const auto& pMesh) { edgeFlipsSimA(pMesh); }},
         {"laplacianSmoothing", [](const auto& pMesh) { laplacianSmoothing(pMesh, 1); }},
+        {"finishSurface", [](const auto& pMesh) { static_cast<void>(finishSurface(pMesh, Points())); }},
         {"findHoles", [](const auto& pMesh) { findHoles(pMesh); }},
         {"writeMesh_auto",
          [](const auto& pMesh) { static_cast<void>(writeMesh_auto("none.ply", pMesh, true)); }},
@@ -208,6 +211,32 @@ TEST_F(OddInputCalls, noMeshIsRefusedByEveryCallOnOne)
         {
             EXPECT_NE(std::string(e.what()).find("the mesh pointer is empty"), std::string::npos) << name;
         }
+}
+
+// Once each, within some minutes and 600 MB: what is quadratic takes hours.
+TEST_F(OddInputCalls, aMillionAtOnePlaceEndWell)
+{
+    Points cloud;
+    generateSampleSurface(2000, 1, cloud);
+    for (int i = 0; i < 1'000'000; ++i)
+        cloud.push_back(cloud[0] + Vector3(1e-9 * (i % 1000), 1e-9 * (i / 1000), 0.0));
+    Points soup;
+    for (int i = 0; i < 1'000'000; ++i)
+        soup.insert(soup.end(), {Point3(0, 0, 0), Point3(4, 0, 0), Point3(0, 4, 0)});
+    const std::map<std::string, std::function<std::shared_ptr<Mesh>()>> mCalls = {
+        {"cloud", [&] { return reconstruct_auto(cloud, false, 1.2); }},
+        {"smoothed cloud", [&] { return reconstruct_auto(cloud, true, 1.2); }},
+        {"melted soup", [&] { return melt(soup, 0.5, 30.0); }},
+        {"remeshed soup", [&] { return remesh(soup); }},
+    };
+    for (const auto& [name, call] : mCalls)
+    {
+        CallReport report;
+        const ReportScope scope(report);
+        static_cast<void>(run(name.c_str(), call, expectManifold));
+        EXPECT_LT(report.seconds, 300.0) << name;
+        EXPECT_LT(report.peakBytes, report.bytesAtStart + 600'000'000) << name;
+    }
 }
 
 TEST_F(OddInputCalls, oddSoupsEndWell)
