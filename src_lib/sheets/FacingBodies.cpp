@@ -3,12 +3,14 @@
 #include "choice/PointGrid.h"
 #include "core/Progress.h"
 #include "core/cancel.h"
+#include "parallel/sortMT2.h"
 #include "sheets/BodySurface.h"
 #include "sheets/FacingField.h"
 #include "sheets/PointFacing.h"
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <optional>
 #include <utility>
 
@@ -46,6 +48,13 @@ double getMeanWithin(const PointGrid& grid, const std::vector<Point3>& vPoints)
     return static_cast<double>(numHits) / static_cast<double>(numSamples);
 }
 } // namespace
+
+FacingBodies::FacingBodies(const std::vector<Point3>& vPoints_, double spacing_)
+    : vPoints(vPoints_)
+    , detected(spacing_)
+{
+    sortMT(vPoints.begin(), vPoints.end(), std::less<Point3>());
+}
 
 // The detected one depends on how evenly the points lie.
 double FacingBodies::measureSpacing() const

@@ -11,17 +11,13 @@ namespace TARN_ZEF
 // each point (PointFacing). So walls and gaps may be as thin as two and a half spacings of random points, where cells of
 // one size join both sides. FacingField says how far it is to the surface, BodySurface follows it.
 //
-// Ownership:  refers to the points, which must be finite.
+// Ownership:  copies the points, which must be finite.
 // Threads:    one caller; runs on the pool. The result is the same for every number of threads, and for all lengths doubled.
 class FacingBodies
 {
 public:
     // spacing: the detected one
-    FacingBodies(const std::vector<Point3>& vPoints_, double spacing_)
-        : vPoints(vPoints_)
-        , detected(spacing_)
-    {
-    }
+    FacingBodies(const std::vector<Point3>& vPoints_, double spacing_);
 
     // False if no closed surface passes near the points, as for an open scan; nothing is there then.
     [[nodiscard]] bool run();
@@ -33,7 +29,7 @@ public:
 private:
     [[nodiscard]] double measureSpacing() const;
 
-    const std::vector<Point3>& vPoints;
+    std::vector<Point3> vPoints; // by place, so that the order of the cloud does not matter
     double detected;
     std::vector<Point3> vVertices;
     std::vector<int> vCorners;

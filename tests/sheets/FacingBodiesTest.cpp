@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <random>
@@ -128,12 +129,18 @@ TEST(FacingBodies, wallsAndGapsOfAFewSpacingsAreToldApart)
     }
 }
 
-TEST(FacingBodies, isTheSameAtAnyScale)
+TEST(FacingBodies, isTheSameAtAnyScaleAndInAnyOrder)
 {
     const ProgressScope progress("Bodies");
     const Points vCard = makeCard();
     FacingBodies bodies(vCard, 0.6);
     ASSERT_TRUE(bodies.run());
+    Points vShuffled = vCard;
+    std::shuffle(vShuffled.begin(), vShuffled.end(), std::mt19937(7));
+    FacingBodies shuffled(vShuffled, 0.6);
+    ASSERT_TRUE(shuffled.run());
+    EXPECT_TRUE(shuffled.getVertices() == bodies.getVertices());
+    EXPECT_TRUE(shuffled.getCorners() == bodies.getCorners());
     for (const double scale : {0x1p-40, 0x1p30})
     {
         Points vScaled;
