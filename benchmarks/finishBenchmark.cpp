@@ -120,7 +120,8 @@ private:
         SheetFit sheetFit(mesh, sample.vPoints, cellSize, 0.75);
         Progress& progress = *getRootProgress()->getChildProgressSetTodo("FI_fit", 1);
         time("fit", [&] { sheetFit.run(progress); });
-        CreaseMaker maker(mesh, sheetFit.getSurfaces(), cellSize, sheetFit.getNoise(), sheetFit.getRadius());
+        CreaseMaker maker(mesh, sheetFit.getSurfaces(), cellSize, sheetFit.getNoise(), sheetFit.getRadius(),
+                          sheetFit.getRoom());
         time("crease", [&] { maker.run(); });
         even(3);
         time("refit", [&] { sheetFit.repeat(progress); });
