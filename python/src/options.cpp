@@ -124,6 +124,7 @@ const OptionTable<WriteOptions>& getOptionTable()
             .add("bASCII", &O::bASCII, "whether text is written where a format has both forms")
             .add("spacing", &O::spacing,
                  "length that the coordinates must tell to a thousandth; 0: floats only where they are exact")
+            .add("bCompressed", &O::bCompressed, "PCD, unless bASCII: whether it is compressed")
             .add("bYUp", &O::bYUp, "GLB: whether z is turned to y, as viewers expect");
     return table;
 }

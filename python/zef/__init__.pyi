@@ -222,6 +222,7 @@ def write_points(
     intensities: Any = ...,
     bASCII: bool = ...,
     spacing: float = ...,
+    bCompressed: bool = ...,
     bYUp: bool = ...,
     progress: _Progress = ...,
 ) -> None: ...
@@ -232,6 +233,7 @@ def write_mesh(
     colors: Any = ...,
     bASCII: bool = ...,
     spacing: float = ...,
+    bCompressed: bool = ...,
     bYUp: bool = ...,
     progress: _Progress = ...,
 ) -> None: ...

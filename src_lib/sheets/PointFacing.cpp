@@ -151,7 +151,8 @@ void PointFacing::faceOutward()
         double vote = 0.0;
         for (int code = 0; code < 27; ++code)
         {
-            const Vector3 direction = getUnit({code % 3 - 1.0, (code / 3) % 3 - 1.0, code / 9 - 1.0});
+            const auto step = [](int number) { return number % 3 - 1.0; };
+            const Vector3 direction = getUnit({step(code), step(code / 3), step(code / 9)});
             const std::vector<std::uint32_t>& vOwn = vOfGroup[group];
             const Point3& start = vPoints[vOwn.front()];
             const auto reach = [&](std::uint32_t i) { return (vPoints[i] - start) * direction; };
